@@ -1,0 +1,76 @@
+/* Shared by hosts and plug-ins: the OpenGL 1.1 functions that a host exports, and the constants they take. C11 and C++. */
+#ifndef TOVU_HOST_OPENGL_H
+#define TOVU_HOST_OPENGL_H
+
+/*
+ * Each is OpenGL's own function behind the prefix `ormixGL_`, with OpenGL's own prototype; the types are written out
+ * so that no OpenGL header is needed, and agree with one that is. Callable inside PLUGIN_RENDER_OPENGL, where the
+ * host's context is current; `ormixGL_glTexCoordPointer`, which only notes an address, in PLUGIN_INIT_FUNCTION too.
+ */
+
+#ifndef GL_POINTS
+#define GL_POINTS 0x0000
+#define GL_LINES 0x0001
+#define GL_LINE_LOOP 0x0002
+#define GL_LINE_STRIP 0x0003
+#define GL_TRIANGLES 0x0004
+#define GL_QUADS 0x0007
+#define GL_FALSE 0
+#define GL_TRUE 1
+#define GL_UNSIGNED_BYTE 0x1401
+#define GL_SHORT 0x1402
+#define GL_FLOAT 0x1406
+#define GL_POINT_SMOOTH_HINT 0x0C51
+#define GL_NICEST 0x1102
+#define GL_LIGHTING 0x0B50
+#define GL_ALPHA_TEST 0x0BC0
+#define GL_BLEND 0x0BE2
+#define GL_DEPTH_TEST 0x0B71
+#define GL_TEXTURE_2D 0x0DE1
+#define GL_MODELVIEW 0x1700
+#define GL_VERTEX_ARRAY 0x8074
+#define GL_NORMAL_ARRAY 0x8075
+#define GL_COLOR_ARRAY 0x8076
+#define GL_TEXTURE_COORD_ARRAY 0x8078
+#define GL_ALPHA 0x1906
+#define GL_RGB 0x1907
+#define GL_RGBA 0x1908
+#define GL_LUMINANCE 0x1909
+#define GL_LUMINANCE_ALPHA 0x190A
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+void ormixGL_glBegin(unsigned int mode);
+void ormixGL_glEnd(void);
+void ormixGL_glVertex3f(float x, float y, float z);
+void ormixGL_glVertex3fv(const float *xyz);
+void ormixGL_glColor4f(float red, float green, float blue, float alpha);
+void ormixGL_glColor4ub(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
+void ormixGL_glTexCoord2s(short s, short t);
+void ormixGL_glVertexPointer(int size, unsigned int type, int stride, const void *pointer);
+void ormixGL_glColorPointer(int size, unsigned int type, int stride, const void *pointer);
+void ormixGL_glTexCoordPointer(int size, unsigned int type, int stride, const void *pointer);
+void ormixGL_glDrawArrays(unsigned int mode, int first, int count);
+void ormixGL_glEnableClientState(unsigned int array);
+void ormixGL_glDisableClientState(unsigned int array);
+void ormixGL_glEnable(unsigned int capability);
+void ormixGL_glDisable(unsigned int capability);
+void ormixGL_glDepthMask(unsigned char flag);
+void ormixGL_glHint(unsigned int target, unsigned int mode);
+void ormixGL_glLineWidth(float width);
+void ormixGL_glPointSize(float size);
+void ormixGL_glMatrixMode(unsigned int mode);
+void ormixGL_glLoadIdentity(void);
+void ormixGL_glPushMatrix(void);
+void ormixGL_glPopMatrix(void);
+void ormixGL_glMultMatrixf(const float *matrix);
+void ormixGL_glTranslatef(float x, float y, float z);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

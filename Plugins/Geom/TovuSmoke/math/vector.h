@@ -1,0 +1,30 @@
+// Operations on three floats. Components are float32; a sum of products is formed in float32, left to right.
+#pragma once
+
+#include <cmath>
+
+#include "../host/vector3.h"
+
+namespace tovu {
+
+inline Vector3 operator+(Vector3 a, Vector3 b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+inline Vector3 operator-(Vector3 a, Vector3 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+inline Vector3 operator-(Vector3 a) { return {-a.x, -a.y, -a.z}; }
+inline Vector3 operator*(Vector3 a, float s) { return {a.x * s, a.y * s, a.z * s}; }
+inline Vector3& operator+=(Vector3& a, Vector3 b) { return a = a + b; }
+inline Vector3& operator*=(Vector3& a, float s) { return a = a * s; }
+
+inline float dot(Vector3 a, Vector3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+/// Component by component.
+inline Vector3 scaled(Vector3 a, Vector3 factors) { return {a.x * factors.x, a.y * factors.y, a.z * factors.z}; }
+
+/// Makes `v` of length 1 and returns the length it had; a length of 0, or not a number, leaves it alone.
+/// Divides, since multiplying by the reciprocal would round twice.
+inline float normalize(Vector3& v) {
+    const float length = std::sqrt(dot(v, v));
+    if (length > 0.0f) v = {v.x / length, v.y / length, v.z / length};
+    return length;
+}
+
+}  // namespace tovu

@@ -1,0 +1,98 @@
+// The 60 parameter slots as typed fields, their indices, and what a slot's bits mean to the rest of the plug-in.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tovu {
+
+constexpr int32_t kMaxParticles = 25000;  // most records of one instance; the shared drawing arrays hold as many quads
+
+// Choices of the radio parameters, by position.
+enum SpawnType : int32_t { kSpawnCube = 0, kSpawnSphere = 1, kSpawnContainer = 2, kSpawnImage = 3 };
+enum Reference : int32_t { kReferenceLocal = 0, kReferenceWorld = 1 };
+enum Billboard : int32_t { kBillboardNone = 0, kBillboardParticle = 1 };
+
+/// Index of each parameter: its position in registration order, and its slot.
+enum ParameterIndex : int32_t {
+#define PARAM_INT(name, label, initial, minimum, maximum) kIndex_##name,
+#define PARAM_FLOAT(name, label, initial, minimum, maximum) kIndex_##name,
+#define PARAM_BOOL(name, label, initial) kIndex_##name,
+#define PARAM_RADIO(name, label, initial, choices) kIndex_##name,
+#define PARAM_STRING(name, label, initial, longest) kIndex_##name,
+#define PARAM_CONTAINER(name, label) kIndex_##name,
+#define PARAM_IMAGE(name, label) kIndex_##name,
+#include "parameters.def"
+#include "parameters_undef.h"
+    kParameterCount
+};
+
+/// The slots as the host fills them, 32 bits each. Read them through `param`, which knows what hostile bits mean.
+struct ParameterSlots {
+#define PARAM_INT(name, label, initial, minimum, maximum) int32_t name;
+#define PARAM_FLOAT(name, label, initial, minimum, maximum) float name;
+#define PARAM_BOOL(name, label, initial) int32_t name;
+#define PARAM_RADIO(name, label, initial, choices) int32_t name;
+#define PARAM_STRING(name, label, initial, longest) uint32_t name;
+#define PARAM_CONTAINER(name, label) uint32_t name;
+#define PARAM_IMAGE(name, label) uint32_t name;
+#include "parameters.def"
+#include "parameters_undef.h"
+};
+
+static_assert(kParameterCount == 60, "the host and saved scenes know 60 parameters by their position");
+static_assert(sizeof(ParameterSlots) == 4 * kParameterCount, "one 32-bit slot each, without gaps");
+static_assert(offsetof(ParameterSlots, spawn_image_bool) == 4 * kIndex_spawn_image_bool);
+
+/// Typed reading, one function per parameter, named as registered. Values outside the registered range work as they
+/// stand, with these exceptions, so that no bit pattern can lead a computation astray:
+/// - a float that is not finite reads as the parameter's default;
+/// - `number_of_particles` is held to 0…25000;
+/// - `spawn_type`, `reference` and `billboard` outside their lists read as choice 0.
+/// Switches: any value but 0 is on. Texts: the slot is an address below 4 GiB, 0 reads as "".
+namespace param {
+
+/// `value`, or `fallback` where it is infinite or not a number.
+inline float finite_or(float value, float fallback) {
+    return value - value == 0.0f ? value : fallback;
+}
+
+/// The text behind a slot. The memory is the host's.
+inline const char* text_at(uint32_t slot) {
+    return slot == 0 ? "" : reinterpret_cast<const char*>(static_cast<uintptr_t>(slot));
+}
+
+#define PARAM_INT(name, label, initial, minimum, maximum)                                        \
+    inline int32_t name(const ParameterSlots& slots) {                                           \
+        return slots.name < (minimum) ? (minimum) : slots.name > (maximum) ? (maximum) : slots.name; \
+    }
+#define PARAM_FLOAT(name, label, initial, minimum, maximum) \
+    inline float name(const ParameterSlots& slots) { return finite_or(slots.name, initial); }
+#define PARAM_BOOL(name, label, initial) \
+    inline bool name(const ParameterSlots& slots) { return slots.name != 0; }
+#define PARAM_RADIO(name, label, initial, choices) \
+    inline int32_t name##_slot(const ParameterSlots& slots) { return slots.name; }
+#define PARAM_STRING(name, label, initial, longest) \
+    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
+#define PARAM_CONTAINER(name, label) \
+    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
+#define PARAM_IMAGE(name, label) \
+    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
+#include "parameters.def"
+#include "parameters_undef.h"
+
+inline SpawnType spawn_type(const ParameterSlots& slots) {
+    const int32_t choice = spawn_type_slot(slots);
+    return choice < kSpawnCube || choice > kSpawnImage ? kSpawnCube : static_cast<SpawnType>(choice);
+}
+inline Reference reference(const ParameterSlots& slots) {
+    return reference_slot(slots) == kReferenceWorld ? kReferenceWorld : kReferenceLocal;
+}
+inline Billboard billboard(const ParameterSlots& slots) {
+    return billboard_slot(slots) == kBillboardParticle ? kBillboardParticle : kBillboardNone;
+}
+inline bool spawn_cont_ref_plane_is_xz(const ParameterSlots& slots) { return spawn_cont_ref_plane_slot(slots) != 0; }
+inline bool spawn_cont_coord_is_world(const ParameterSlots& slots) { return spawn_cont_coord_slot(slots) != 0; }
+
+}  // namespace param
+}  // namespace tovu

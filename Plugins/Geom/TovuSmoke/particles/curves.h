@@ -1,0 +1,45 @@
+// Colour and opacity over a particle's life: texts become tables, tables are looked up by age and life.
+#pragma once
+
+#include <cstdint>
+
+namespace tovu {
+
+struct SmokeInstance;
+
+constexpr int32_t kColorEntries = 1025;
+constexpr int32_t kAlphaEntries = 513;
+
+/// Entry k: red, green, blue, 0 to 255, at life fraction k / 1024.
+struct ColorTable {
+    uint8_t rgb[kColorEntries][3];
+};
+
+/// Entries 0 to 511: opacity 0 to 1, sampled at i / 511; entry 512 is always 0. Read at trunc(512 × life fraction).
+struct AlphaTable {
+    float alpha[kAlphaEntries];
+};
+
+/// trunc(age × 1024 / life), the entry of the ColorTable: 0…1024 whatever the numbers are; 1024 where the fraction is
+/// not a number (age and life both 0).
+inline int32_t color_index(float age, float life) {
+    const float k = age * 1024.0f / life;
+    const float below = k < 1024.0f ? k : 1024.0f;  // also where k is not a number
+    return static_cast<int32_t>(below > 0.0f ? below : 0.0f);
+}
+
+/// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.
+inline int32_t alpha_index(int32_t color_index) { return color_index / 2; }
+
+/// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all held to 0…1. Each pair
+/// of neighbouring stops fills the entries from the first up to but not including the second; all others are black.
+void build_color_table(SmokeInstance& instance);
+
+/// Rebuilds `alpha_table` from the parameter `alpha_curve`: pairs of x and alpha, joined by Akima's spline and held to
+/// 0…1. Fewer than two points, or x that does not strictly increase, leave the table 0; points past 1000 are ignored.
+void build_alpha_table(SmokeInstance& instance);
+
+/// Writes the sampled alpha curve as 104 pairs in the format of `alpha_curve` into the host's buffer of `return_value`.
+void build_alpha_text(SmokeInstance& instance);
+
+}  // namespace tovu

@@ -1,0 +1,95 @@
+// The block that the host keeps for each container that carries a smoke, and the operations behind the entry points.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "host/exchange.h"
+#include "host/particle_record.h"
+#include "math/matrix.h"
+#include "math/vector.h"
+#include "parameters.h"
+#include "particles/curves.h"
+#include "sources/container_source.h"
+#include "sources/image_source.h"
+
+namespace tovu {
+
+struct SpeedUps;
+
+/// All state of one smoke. The host allocates it, fills the parameter slots and frees it; the fields behind the slots
+/// are built in place. Order and types are fixed.
+struct SmokeInstance {
+    ParameterSlots parameters;
+
+    int32_t array_warmup_frames;  // passes that still enable the client arrays although Use Array is off
+
+    Particle* active_head;    // live particles, youngest first
+    Particle* inactive_head;  // pooled records, the one that joined last first
+    Particle* deleted_head;   // records that left the pool while a consumer may hold them
+    uint8_t consumer_attached;
+    uint8_t consumer_owns_colour;
+    int32_t consumer_birth_limit;  // read only while a consumer is attached
+    ParticleExchangeBlock exchange_block;
+
+    int32_t geom_handle;       // this instance's geometry
+    int32_t container_handle;  // the container that carries it
+
+    int32_t particle_count;   // records on the active and the inactive list
+    float birth_accumulator;  // seconds not yet turned into births
+    double time_step;         // seconds of the current step
+    float last_post_time;     // seconds on the post-recording clock; negative: none seen yet
+    int32_t last_retrace;
+
+    Vector3 emission_vector;  // central direction of emission times the speed
+    Vector3 abs_position;     // world units
+    Vector3 abs_rotation;     // degrees
+    Vector3 abs_scale;
+
+    int32_t draw_mode;        // 2 × (Reference is World) + (Billboard is Particle)
+    Vector3 billboard_axis;   // turns a quad that faces +Z toward the camera …
+    Matrix4 billboard_matrix;
+    float billboard_tilt;     // … by this angle, degrees
+    float billboard_roll;     // then in the screen's plane, degrees
+    Matrix4 rotation_scale_matrix;  // of the carrying container, without its translation
+    Matrix4 transformation_matrix;  // of the carrying container, as the host gives it
+
+    ColorTable color_table;
+    AlphaTable alpha_table;
+
+    Matrix4 quad_matrix;           // corner transform of the quad being built
+    float transformation_copy[16]; // transformation_matrix as the step found it
+    float* vertex_cursor;          // next float to write in the shared vertex array
+    Vector3 quad_corners[4];       // corner offsets: top left, top right, bottom left, bottom right
+    int32_t draw_count;            // draw-list entries of the current pass
+
+    ContainerSpawnSource container_source;
+    char saved_container_name[1000];  // what container_source was last built from
+    ImageSource wind_source;
+    char saved_wind_image_name[1000];
+    ImageSource spawn_image_source;
+    char saved_spawn_image_name[1000];
+
+    SpeedUps* speed_ups;  // this plug-in's own, in what is left of the block; null where memory ran out
+};
+
+constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same on every platform
+static_assert(sizeof(SmokeInstance) <= kInstanceBytes);
+static_assert(alignof(SmokeInstance) <= 8);
+
+/// Builds the instance in place over the host's block, leaving the parameter slots alone.
+void initialise_instance(SmokeInstance& instance);
+
+/// Frees all that the instance owns. Neither the host nor a consumer is told.
+void clean_up_instance(SmokeInstance& instance);
+
+/// One frame: the simulation step, then changed source names, the images' rectangles and the host's notice.
+void rebuild_frame(SmokeInstance& instance);
+
+/// Rebuilds what depends on the parameter with this index; other indices do nothing.
+void parameter_changed(SmokeInstance& instance, int32_t parameter_index);
+
+/// Push buttons: 1 sends every live particle back to the pool, 2 writes the sampled alpha curve into `return_value`.
+void execute_action(SmokeInstance& instance, int32_t action);
+
+}  // namespace tovu

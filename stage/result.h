@@ -1,0 +1,37 @@
+// A value, or the message that says why there is none.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace stage {
+
+/// What went wrong: names the file, line or object and says what would be right. One line or several, no newline at the end.
+struct Error {
+    std::string message;
+};
+
+/// Either a value or an error; test it before use.
+template <class T>
+class Result {
+  public:
+    Result(T value) : value_(std::move(value)) {}
+    Result(Error error) : error_(std::move(error)) {}
+
+    explicit operator bool() const { return value_.has_value(); }
+    T& operator*() { return *value_; }
+    const T& operator*() const { return *value_; }
+    T* operator->() { return &*value_; }
+    const T* operator->() const { return &*value_; }
+    const Error& error() const { return error_; }
+
+  private:
+    std::optional<T> value_;
+    Error error_;
+};
+
+/// The value of an operation that has none.
+struct Done {};
+
+}  // namespace stage
