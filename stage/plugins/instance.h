@@ -1,0 +1,49 @@
+// One instance of a plug-in: its block, its texts and its random numbers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "low_memory.h"
+#include "parameters.h"
+#include "plugin.h"
+#include "random_stream.h"
+
+namespace stage {
+
+struct Stage;
+
+/// The block is exactly as large as registered, zeroed at first, and lies at an address that is divisible by 8 and not
+/// by 16, since more is not promised. Behind it, and behind every text, guard bytes show whether a plug-in writes past.
+struct Instance {
+    PluginId plugin = 0;
+    int32_t container_handle = -1;
+    int32_t geometry_handle = -1;
+    std::unique_ptr<std::byte[]> memory;
+    std::byte* block = nullptr;
+    LowMemory texts;
+    std::vector<char*> text_buffers;  // by parameter index; null where the parameter is no text
+    RandomStream random;
+};
+
+/// Gives the container an instance of the plug-in: the block with the defaults and then `values` in its slots, then
+/// PLUGIN_INIT_FUNCTION. A geometry that is there makes way. Returns the geometry's handle. The error names the
+/// container and the parameter; nothing is changed then.
+STAGE_EXPORT Result<int32_t> add_instance(Stage& stage, int32_t container_handle, PluginId plugin,
+                                          const ParameterValues& values = {});
+
+/// The instance that the container carries, or null.
+STAGE_EXPORT Instance* instance_of(Stage& stage, int32_t container_handle);
+STAGE_EXPORT const Instance* instance_of(const Stage& stage, int32_t container_handle);
+
+/// The block of the container's instance as the plug-in sees it, or null.
+STAGE_EXPORT void* instance_block(Stage& stage, int32_t container_handle);
+
+/// Sends a request to the container's instance as another plug-in would: `_api__geom_dispatcher` without the log.
+/// False when the container carries no instance.
+STAGE_EXPORT bool dispatch(Stage& stage, int32_t container_handle, int32_t request, void* data, void* reply);
+
+}  // namespace stage

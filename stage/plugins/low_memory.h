@@ -1,0 +1,27 @@
+// Memory whose addresses fit into 32 bits, for the texts behind parameter slots.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace stage {
+
+/// Pages below 4 GiB, zeroed, freed with the object. Moves, does not copy.
+class LowMemory {
+  public:
+    LowMemory() = default;
+    /// data() is null when the system has no such pages left.
+    explicit LowMemory(size_t bytes);
+    LowMemory(LowMemory&& other) noexcept;
+    LowMemory& operator=(LowMemory&& other) noexcept;
+    ~LowMemory();
+
+    char* data() const { return data_; }
+    size_t size() const { return bytes_; }
+
+  private:
+    char* data_ = nullptr;
+    size_t bytes_ = 0;
+};
+
+}  // namespace stage

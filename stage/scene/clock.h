@@ -1,0 +1,23 @@
+// Frames, time and status, as plug-ins are told them.
+#pragma once
+
+#include <cstdint>
+
+namespace stage {
+
+struct Clock {
+    double frame_period_seconds = 0.02;
+    int64_t frame = 0;           // counts from 0
+    bool frame_has_run = false;  // the plug-ins have simulated this frame
+    int32_t retrace_counter = 1;
+    bool on_air = false;
+    bool post_recording = false;
+    double post_time_seconds = 0;  // the post-recording clock; goes on with the frames while post_recording is set
+};
+
+/// Seconds from frame 0 to the current one.
+inline double current_time_seconds(const Clock& clock) {
+    return static_cast<double>(clock.frame) * clock.frame_period_seconds;
+}
+
+}  // namespace stage

@@ -1,0 +1,35 @@
+// What plug-ins did against the contract. Nothing of it stops the Stage: a wrong call is answered like one about an
+// unknown object.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "stage/stage_export.h"
+
+namespace stage {
+
+struct Stage;
+
+struct Complaint {
+    std::string call;     // the service or entry point, "_api__get_image_size"
+    std::string caller;   // "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'"; empty for calls from outside of plug-ins
+    std::string message;  // what was wrong
+    int64_t times = 1;    // the same complaint is kept once
+};
+
+/// At most kMostComplaints different ones are kept; `dropped` counts those beyond.
+struct Complaints {
+    std::vector<Complaint> list;
+    int64_t dropped = 0;
+};
+constexpr int kMostComplaints = 1000;
+
+/// Notes a complaint; the caller is the entry point that is running.
+STAGE_EXPORT void complain(Stage& stage, std::string call, std::string message);
+
+/// "_api__get_image_size, called by PLUGIN_NEW_GEOM of TovuSmoke in 'steam': … (3 times)".
+STAGE_EXPORT std::string to_string(const Complaint& complaint);
+
+}  // namespace stage

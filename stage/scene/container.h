@@ -1,0 +1,75 @@
+// Containers: the nodes of the scene's tree. Each has a place, a look and at most one geometry.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "handles.h"
+#include "stage/stage_export.h"
+#include "transform.h"
+
+namespace stage {
+
+struct Stage;
+
+enum class Blend { Alpha, Additive };
+
+/// What the host has in force while the container's geometry is drawn.
+struct Look {
+    int32_t texture_handle = kNoObject;  // an image; none draws without a texture
+    Blend blend = Blend::Alpha;
+    float alpha_test_reference = 0;  // with the alpha test on, what is not above this is dropped
+    bool depth_test = true;
+};
+
+struct BoundingBox {
+    Vector3 minimum;
+    Vector3 maximum;
+};
+
+/// All but the placement, visibility, opacity and look is kept by the functions below: read it, leave it alone.
+struct Container {
+    int32_t handle = kNoObject;
+    std::string name;  // not necessarily the only one of that name
+    int32_t parent_handle = kNoObject;
+    std::vector<int32_t> child_handles;  // in the order they were added
+    int32_t geometry_handle = kNoObject;
+    std::optional<BoundingBox> bounding_box;  // in container units, as its plug-in sent it last
+
+    Placement placement;
+    bool visible = true;  // an invisible one hides its children as well; its plug-in still simulates
+    float opacity = 1;    // 0 to 1, multiplied down the tree
+    Look look;
+};
+
+/// Adds a container as its parent's last child, or as the last root for kNoObject. Returns its handle; kNoObject when
+/// the parent is not a container, or all 16777215 object numbers of the Stage are used.
+STAGE_EXPORT int32_t add_container(Stage& stage, std::string name, int32_t parent_handle = kNoObject);
+
+/// Destroys the container, its geometry and its children, the newest child first. False when it is no container, or
+/// when an entry point of a plug-in below it is running.
+STAGE_EXPORT bool remove_container(Stage& stage, int32_t container_handle);
+
+/// Null for anything but a live container. The pointer stays good until the container is removed.
+STAGE_EXPORT Container* find_container(Stage& stage, int32_t container_handle);
+STAGE_EXPORT const Container* find_container(const Stage& stage, int32_t container_handle);
+
+/// The first container of this name in tree order, or kNoObject.
+STAGE_EXPORT int32_t find_container_by_name(const Stage& stage, std::string_view name);
+
+/// Every container, parents before children, siblings in the order they were added: the order of drawing.
+STAGE_EXPORT std::vector<int32_t> containers_in_tree_order(const Stage& stage);
+
+/// From the container's coordinates to the world's: the parents' matrices times its own. Identity for no container.
+STAGE_EXPORT Matrix world_matrix(const Stage& stage, int32_t container_handle);
+
+/// The container and all its parents are visible.
+STAGE_EXPORT bool is_shown(const Stage& stage, int32_t container_handle);
+
+/// Product of its own and its parents' opacity.
+STAGE_EXPORT float total_opacity(const Stage& stage, int32_t container_handle);
+
+}  // namespace stage

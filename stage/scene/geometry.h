@@ -1,0 +1,48 @@
+// What a container carries: meshes, or an instance of a plug-in.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "container.h"
+#include "stage/plugins/instance.h"
+
+namespace stage {
+
+/// One closed outline or one part of a model; the order of the vertices is kept. Container units.
+struct Mesh {
+    std::vector<Vector3> vertices;
+};
+
+/// A container's geometry: an instance, or else meshes (of which there may be none).
+struct Geometry {
+    int32_t handle = kNoObject;
+    int32_t container_handle = kNoObject;
+    std::vector<Mesh> meshes;
+    std::unique_ptr<Instance> instance;  // null for meshes
+    int64_t changed_count = 0;           // how often it was reported as changed, by its plug-in or by new meshes
+
+    // Mesh access.
+    std::vector<int32_t> first_cursors;  // the vertex cursor of each mesh's first vertex
+    int64_t access_frame = -1;           // the frame in which access to the meshes was given last
+    bool access_begun = false;           // and whether the access was begun since
+};
+
+/// Gives the container these meshes. Meshes that are there already are replaced under the same handle (a geometry that
+/// deforms); an instance makes way. Returns the geometry's handle; kNoObject when it is no container.
+STAGE_EXPORT int32_t set_mesh_geometry(Stage& stage, int32_t container_handle, std::vector<Mesh> meshes);
+
+/// Destroys what the container carries: an instance is cleaned up first. False when there is nothing to destroy, or
+/// when an entry point of that instance is running.
+STAGE_EXPORT bool remove_geometry(Stage& stage, int32_t container_handle);
+
+/// Null for anything but a live geometry. The pointer stays good until the geometry is removed.
+STAGE_EXPORT Geometry* find_geometry(Stage& stage, int32_t geometry_handle);
+STAGE_EXPORT const Geometry* find_geometry(const Stage& stage, int32_t geometry_handle);
+
+/// The geometry that the container carries, or null.
+STAGE_EXPORT Geometry* geometry_of(Stage& stage, int32_t container_handle);
+STAGE_EXPORT const Geometry* geometry_of(const Stage& stage, int32_t container_handle);
+
+}  // namespace stage

@@ -1,0 +1,35 @@
+// How the Stage numbers its objects: a handle holds an object's kind and its number.
+#pragma once
+
+#include <cstdint>
+
+namespace stage {
+
+/// Kinds of object. Containers, geometries and cameras have the code by which plug-ins look them up.
+enum class ObjectKind : int32_t {
+    Container = 2,
+    Geometry = 50,
+    Camera = 62,
+    Image = 70,
+    MeshAccess = 80,       // carries the number of its geometry
+    CameraPosition = 90,   // carries the number of its camera
+    CameraDirection = 91,  // carries the number of its camera
+    Event = 100,           // profiling events count for the whole process, apart from the scene's objects
+};
+
+constexpr int32_t kNoObject = -1;
+constexpr int32_t kLargestNumber = 0xFFFFFF;
+
+/// The kind stands in the bits from 24 up, so that an object of a wrong kind is never mistaken for another one.
+constexpr int32_t make_handle(ObjectKind kind, int32_t number) {
+    return static_cast<int32_t>(kind) << 24 | number;
+}
+/// The number that users write behind a '#'. Meaningless for a negative handle.
+constexpr int32_t number_of(int32_t handle) {
+    return handle & kLargestNumber;
+}
+constexpr bool has_kind(int32_t handle, ObjectKind kind) {
+    return handle >= 0 && handle >> 24 == static_cast<int32_t>(kind);
+}
+
+}  // namespace stage

@@ -1,0 +1,77 @@
+// The Stage: a stand-in host that loads plug-ins, keeps a scene for them and answers their calls.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "camera.h"
+#include "clock.h"
+#include "complaints.h"
+#include "container.h"
+#include "geometry.h"
+#include "handles.h"
+#include "image.h"
+#include "profile.h"
+#include "stage/services/overrides.h"
+
+namespace stage {
+
+struct StageOptions {
+    uint32_t seed = 1;
+    double frame_period_seconds = 0.02;  // above 0
+    /// All instances draw from the process-wide `rand`, seeded once when the Stage is made, instead of each from a
+    /// stream of its own. For tests that want to know every number drawn.
+    bool shared_random = false;
+};
+
+/// An entry point that is running; dispatcher calls nest.
+struct RunningCall {
+    const char* entry_point;  // exported name
+    Instance* instance;
+};
+
+/// One scene and everything in it. Fields may be read freely; of what a function keeps, change nothing by hand.
+/// Change freely: camera, clock, overrides, complaints, the profile's totals and sink, and what Container says.
+/// A Stage and its plug-ins belong to one thread.
+struct Stage {
+    StageOptions options;
+    int32_t last_number = 0;  // object numbers count up from 1 in the order of making and are never used again
+    std::unordered_map<int32_t, Container> containers;  // by handle
+    std::unordered_map<int32_t, Geometry> geometries;   // by handle
+    std::unordered_map<int32_t, Image> images;          // by handle
+    std::vector<int32_t> root_handles;                  // containers without a parent, in the order they were added
+    std::vector<int32_t> instance_handles;              // geometries with an instance, oldest first
+    int32_t camera_handle = kNoObject;
+    Camera camera;
+    Clock clock;
+    Profile profile;
+    Complaints complaints;
+    Overrides overrides;
+    std::vector<RunningCall> running;  // outermost first
+};
+
+struct DestroyStage {
+    STAGE_EXPORT void operator()(Stage* stage) const;
+};
+/// Destroying it cleans up its instances, the newest first.
+using StagePtr = std::unique_ptr<Stage, DestroyStage>;
+
+/// Makes an empty Stage with a camera, and makes it current.
+STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
+
+/// The Stage that answers the exported services, or null. Functions that run plug-ins make theirs current meanwhile.
+STAGE_EXPORT Stage* current_stage();
+STAGE_EXPORT void make_current(Stage* stage);
+
+/// The object is there: container, geometry, image, camera, or the position or direction of one.
+STAGE_EXPORT bool is_alive(const Stage& stage, int32_t handle);
+
+/// The live container, geometry, image or camera with this number, or kNoObject.
+STAGE_EXPORT int32_t find_object_by_number(const Stage& stage, int32_t number);
+
+/// The next free number as a handle of this kind, or kNoObject when all are used.
+int32_t new_handle(Stage& stage, ObjectKind kind);
+
+}  // namespace stage

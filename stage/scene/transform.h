@@ -1,0 +1,43 @@
+// Placement of containers and cameras: matrices in OpenGL's column order and what can be read off them.
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "stage/stage_export.h"
+#include "vector3.h"
+
+namespace stage {
+
+/// element[4 * column + row]; columns 0 to 2 are the images of the axes, column 3 the translation.
+using Matrix = std::array<float, 16>;
+
+constexpr Matrix kIdentity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+struct Placement {
+    Vector3 position{0, 0, 0};          // in the parent's units
+    Vector3 rotation_degrees{0, 0, 0};  // about X, Y and Z; the matrix is Rx · Ry · Rz
+    Vector3 scale{1, 1, 1};             // along the own axes
+};
+
+/// T · Rx · Ry · Rz · S: a point is scaled first and moved last.
+STAGE_EXPORT Matrix local_matrix(const Placement& placement);
+
+/// a · b: b acts first.
+STAGE_EXPORT Matrix multiply(const Matrix& a, const Matrix& b);
+
+/// Nothing where the matrix flattens space (a scale of 0).
+STAGE_EXPORT std::optional<Matrix> inverse(const Matrix& matrix);
+
+STAGE_EXPORT Vector3 transform_point(const Matrix& matrix, Vector3 point);
+
+/// Lengths of the first three columns. Where the matrix mirrors, x is negative, so that rotation and scaling together
+/// still say what the matrix does.
+STAGE_EXPORT Vector3 scaling_of(const Matrix& matrix);
+
+/// The angles in degrees for which Rx · Ry · Rz is the matrix with its scaling divided out: y in -90…90, x and z in
+/// -180…180; z is 0 where y is ±90 and only the sum or difference of the others is known. Exact for matrices without
+/// shear; a column of length 0 counts as unturned.
+STAGE_EXPORT Vector3 rotation_degrees_of(const Matrix& matrix);
+
+}  // namespace stage
