@@ -1,0 +1,44 @@
+// Pixels in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace stage {
+
+/// OpenGL's pixel format codes, as the image services report them to plug-ins.
+enum PictureFormat : int32_t {
+    kPictureRgb = 0x1907,
+    kPictureRgba = 0x1908,
+    kPictureLuminance = 0x1909,
+    kPictureLuminanceAlpha = 0x190A,
+};
+
+/// Rows of width × bytes per pixel bytes without padding, the bottom row of the picture first; alpha is straight.
+struct Picture {
+    int32_t width = 0;
+    int32_t height = 0;
+    PictureFormat format = kPictureRgba;
+    std::vector<uint8_t> bytes;
+};
+
+constexpr int32_t bytes_per_pixel(PictureFormat format) {
+    switch (format) {
+        case kPictureLuminance:
+            return 1;
+        case kPictureLuminanceAlpha:
+            return 2;
+        case kPictureRgb:
+            return 3;
+        case kPictureRgba:
+            break;
+    }
+    return 4;
+}
+
+constexpr size_t picture_byte_count(int32_t width, int32_t height, PictureFormat format) {
+    return static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(bytes_per_pixel(format));
+}
+
+}  // namespace stage

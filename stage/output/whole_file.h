@@ -1,0 +1,24 @@
+// Files that appear under their name only when they are whole.
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+#include "stage/result.h"
+#include "stage/stage_export.h"
+
+namespace stage {
+
+/// The name to write to until the file is whole: beside the target, hidden, and another for each process.
+STAGE_EXPORT std::filesystem::path partial_name(const std::filesystem::path& target);
+
+/// Renames partial_name(target) to target, over an older one.
+STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);
+
+/// Removes partial_name(target) if it is there.
+STAGE_EXPORT void discard_partial(const std::filesystem::path& target) noexcept;
+
+/// All of it in one go, for what is in memory.
+STAGE_EXPORT Result<Done> write_whole_file(const std::filesystem::path& target, std::string_view bytes);
+
+}  // namespace stage
