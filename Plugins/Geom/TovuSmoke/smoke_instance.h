@@ -22,63 +22,72 @@ struct SpeedUps;
 struct SmokeInstance {
     ParameterSlots parameters;
 
-    int32_t array_warmup_frames;  // passes that still enable the client arrays although Use Array is off
+    int32_t array_warmup_frames = 10;  // passes that still enable the client arrays although Use Array is off
 
-    Particle* active_head;    // live particles, youngest first
-    Particle* inactive_head;  // pooled records, the one that joined last first
-    Particle* deleted_head;   // records that left the pool while a consumer may hold them
-    uint8_t consumer_attached;
-    uint8_t consumer_owns_colour;
-    int32_t consumer_birth_limit;  // read only while a consumer is attached
-    ParticleExchangeBlock exchange_block;
+    Particle* active_head = nullptr;    // live particles, youngest first
+    Particle* inactive_head = nullptr;  // pooled records, the one that joined last first
+    Particle* deleted_head = nullptr;   // records that left the pool while a consumer may hold them
+    uint8_t consumer_attached = 0;
+    uint8_t consumer_owns_colour = 0;
+    int32_t consumer_birth_limit = 0;  // read only while a consumer is attached
+    ParticleExchangeBlock exchange_block{};
 
-    int32_t geom_handle;       // this instance's geometry
-    int32_t container_handle;  // the container that carries it
+    int32_t geom_handle = -1;       // this instance's geometry
+    int32_t container_handle = -1;  // the container that carries it
 
-    int32_t particle_count;   // records on the active and the inactive list
-    float birth_accumulator;  // seconds not yet turned into births
-    double time_step;         // seconds of the current step
-    float last_post_time;     // seconds on the post-recording clock; negative: none seen yet
-    int32_t last_retrace;
+    int32_t particle_count = 0;   // records on the active and the inactive list
+    float birth_accumulator = 0;  // seconds not yet turned into births
+    double time_step = 0;         // seconds of the current step
+    float last_post_time = -1;    // seconds on the post-recording clock; negative: none seen yet
+    int32_t last_retrace = 0;
 
-    Vector3 emission_vector;  // central direction of emission times the speed
-    Vector3 abs_position;     // world units
-    Vector3 abs_rotation;     // degrees
-    Vector3 abs_scale;
+    Vector3 emission_vector{};  // central direction of emission times the speed
+    Vector3 abs_position{};     // world units
+    Vector3 abs_rotation{};     // degrees
+    Vector3 abs_scale{1, 1, 1};
 
-    int32_t draw_mode;        // 2 × (Reference is World) + (Billboard is Particle)
-    Vector3 billboard_axis;   // turns a quad that faces +Z toward the camera …
+    int32_t draw_mode = 0;     // 2 × (Reference is World) + (Billboard is Particle)
+    Vector3 billboard_axis{};  // turns a quad that faces +Z toward the camera …
     Matrix4 billboard_matrix;
-    float billboard_tilt;     // … by this angle, degrees
-    float billboard_roll;     // then in the screen's plane, degrees
+    float billboard_tilt = 0;       // … by this angle, degrees
+    float billboard_roll = 0;       // then in the screen's plane, degrees
     Matrix4 rotation_scale_matrix;  // of the carrying container, without its translation
     Matrix4 transformation_matrix;  // of the carrying container, as the host gives it
 
-    ColorTable color_table;
-    AlphaTable alpha_table;
+    ColorTable color_table{};
+    AlphaTable alpha_table{};
 
-    Matrix4 quad_matrix;           // corner transform of the quad being built
-    float transformation_copy[16]; // transformation_matrix as the step found it
-    float* vertex_cursor;          // next float to write in the shared vertex array
-    Vector3 quad_corners[4];       // corner offsets: top left, top right, bottom left, bottom right
-    int32_t draw_count;            // draw-list entries of the current pass
+    Matrix4 quad_matrix;              // corner transform of the quad being built
+    float transformation_copy[16]{};  // transformation_matrix as the step found it
+    float* vertex_cursor = nullptr;   // next float to write in the shared vertex array
+    Vector3 quad_corners[4]{};        // corner offsets: top left, top right, bottom left, bottom right
+    int32_t draw_count = 0;           // draw-list entries of the current pass
 
     ContainerSpawnSource container_source;
-    char saved_container_name[1000];  // what container_source was last built from
+    char saved_container_name[1000]{};  // what container_source was last built from
     ImageSource wind_source;
-    char saved_wind_image_name[1000];
+    char saved_wind_image_name[1000]{};
     ImageSource spawn_image_source;
-    char saved_spawn_image_name[1000];
+    char saved_spawn_image_name[1000]{};
 
-    SpeedUps* speed_ups;  // this plug-in's own, in what is left of the block; null where memory ran out
+    SpeedUps* speed_ups = nullptr;  // this plug-in's own, in what is left of the block; null where memory ran out
 };
 
 constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same on every platform
 static_assert(sizeof(SmokeInstance) <= kInstanceBytes);
 static_assert(alignof(SmokeInstance) <= 8);
+static_assert(offsetof(SmokeInstance, array_warmup_frames) == 240);
+static_assert(sizeof(void*) != 8 ||
+              (offsetof(SmokeInstance, active_head) == 248 && offsetof(SmokeInstance, exchange_block) == 280 &&
+               offsetof(SmokeInstance, geom_handle) == 312 && offsetof(SmokeInstance, time_step) == 328 &&
+               offsetof(SmokeInstance, draw_mode) == 392 && offsetof(SmokeInstance, color_table) == 608 &&
+               offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
+               offsetof(SmokeInstance, wind_source) == 7016 && offsetof(SmokeInstance, spawn_image_source) == 8052 &&
+               offsetof(SmokeInstance, speed_ups) == 9088));
+static_assert(sizeof(void*) != 4 || offsetof(SmokeInstance, speed_ups) == 9032);
 
-/// Builds the instance in place over the host's block, leaving the parameter slots alone.
-void initialise_instance(SmokeInstance& instance);
+/// Builds the instance in place over the host's block of kInstanceBytes, leaving the parameter slots as they are.
+void initialise_instance(void* block);
 
 /// Frees all that the instance owns. Neither the host nor a consumer is told.
 void clean_up_instance(SmokeInstance& instance);
@@ -89,7 +98,11 @@ void rebuild_frame(SmokeInstance& instance);
 /// Rebuilds what depends on the parameter with this index; other indices do nothing.
 void parameter_changed(SmokeInstance& instance, int32_t parameter_index);
 
-/// Push buttons: 1 sends every live particle back to the pool, 2 writes the sampled alpha curve into `return_value`.
+/// Action numbers of the push buttons, as registered.
+constexpr int32_t kActionReset = 1;       // sends every live particle back to the pool
+constexpr int32_t kActionBuildAlpha = 2;  // writes the sampled alpha curve into `return_value`
+
+/// A push button was pressed; unknown numbers do nothing.
 void execute_action(SmokeInstance& instance, int32_t action);
 
 }  // namespace tovu

@@ -10,6 +10,15 @@ struct Matrix4 {
     float m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 };
 
+/// Cosine and sine of an angle.
+struct Turn {
+    float cosine;
+    float sine;
+};
+
+/// Of an angle in degrees: the radians, the cosine and the sine are each rounded to float32.
+Turn turn_of(float degrees);
+
 /// M ← M · T. A component of exactly 0 leaves its term out, so that a zero translation changes no bit.
 void translate(Matrix4& matrix, Vector3 by);
 
@@ -33,6 +42,8 @@ inline Vector3 transform(const float* m, Vector3 v) {
     return {m[0] * v.x + m[4] * v.y + m[8] * v.z + m[12], m[1] * v.x + m[5] * v.y + m[9] * v.z + m[13],
             m[2] * v.x + m[6] * v.y + m[10] * v.z + m[14]};
 }
-inline Vector3 transform(const Matrix4& matrix, Vector3 v) { return transform(matrix.m, v); }
+inline Vector3 transform(const Matrix4& matrix, Vector3 v) {
+    return transform(matrix.m, v);
+}
 
 }  // namespace tovu

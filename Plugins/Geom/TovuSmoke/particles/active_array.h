@@ -4,8 +4,19 @@
 #pragma once
 
 #include "../smoke_instance.h"
+#include "../speed_ups.h"
 
 namespace tovu {
+
+/// How far ahead of its use a record is fetched: far enough to hide a trip to memory, near enough to stay cached.
+constexpr int32_t kFetchAhead = 12;
+
+/// Asks for a record that will be read and written soon.
+inline void fetch_ahead(const Particle* particle) {
+    const char* bytes = reinterpret_cast<const char*>(particle);
+    __builtin_prefetch(bytes, 1);
+    __builtin_prefetch(bytes + 64, 1);
+}
 
 /// The live particles, oldest first: the active list from its tail to its head. Walk it backwards for list order.
 /// records is null where the links have to be walked instead. Valid until a particle is born, dies or is moved.
@@ -14,5 +25,20 @@ struct ActiveRecords {
     int32_t count;
 };
 ActiveRecords active_records(const SmokeInstance& instance);
+
+/// The array itself, filled anew from the links where it does not match them; null where there is none.
+ActiveArray* current_active_array(SmokeInstance& instance);
+
+/// Makes room for `count` live particles. Called when the pool grows, so that no other step allocates.
+void reserve_active_array(SmokeInstance& instance, int32_t count);
+
+/// Enters the particle that has just become the active head.
+void enter_youngest(SmokeInstance& instance, Particle& particle);
+
+/// Forgets the active head, which is about to leave the active list.
+void forget_youngest(SmokeInstance& instance);
+
+/// Forgets all: the active list is empty.
+void forget_all(SmokeInstance& instance);
 
 }  // namespace tovu

@@ -1,0 +1,44 @@
+#include "camera_alignment.h"
+
+#include "../host/host_queries.h"
+
+namespace tovu {
+namespace {
+
+constexpr double kDegreesPerRadian = 57.29577951308232;
+
+float degrees_of(double y, double x) {
+    return static_cast<float>(std::atan2(y, x) * kDegreesPerRadian);
+}
+
+Vector3 viewing_direction(int32_t camera_handle) {
+    Matrix4 turned;
+    rotate_y(turned, host::camera_pan(camera_handle));
+    rotate_x(turned, host::camera_tilt(camera_handle));
+    const float* m = turned.m;
+    return {m[12] - m[8], m[13] - m[9], m[14] - m[10]};
+}
+
+}  // namespace
+
+void align_to_camera(SmokeInstance& instance) {
+    const int32_t camera_handle = host::render_camera();
+    const Vector3 view = viewing_direction(camera_handle);
+    instance.billboard_axis = {-view.y, view.x, 0.0f};
+    Vector3 unit_axis = instance.billboard_axis;
+    const float axis_length = normalize(unit_axis);
+    instance.billboard_tilt = -degrees_of(static_cast<double>(axis_length), -static_cast<double>(view.z));
+
+    // The turned quad's up, seen by the camera, is what the roll has to undo.
+    Matrix4 turned;
+    rotate(turned, instance.billboard_tilt, instance.billboard_axis);
+    const float* r = turned.m;
+    const Matrix4 view_matrix = host::camera_view_matrix(camera_handle);
+    const float* v = view_matrix.m;
+    const float a = v[0] * r[4] + v[4] * r[5] + v[8] * r[6] + v[12] * r[7];
+    const float b = v[1] * r[4] + v[5] * r[5] + v[9] * r[6] + v[13] * r[7];
+    const float roll = degrees_of(std::fabs(static_cast<double>(a)), static_cast<double>(b));
+    instance.billboard_roll = a > 0.0f ? roll : -roll;
+}
+
+}  // namespace tovu

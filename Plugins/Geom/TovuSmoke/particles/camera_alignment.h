@@ -1,0 +1,11 @@
+// How a quad that faces +Z has to be turned to face the render camera.
+#pragma once
+
+#include "../smoke_instance.h"
+
+namespace tovu {
+
+/// Sets billboard_axis, billboard_tilt and billboard_roll from the host's render camera.
+void align_to_camera(SmokeInstance& instance);
+
+}  // namespace tovu

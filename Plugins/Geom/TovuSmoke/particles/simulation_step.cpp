@@ -1,0 +1,110 @@
+#include "simulation_step.h"
+
+#include <cstring>
+
+#include "../host/host_queries.h"
+#include "../speed_ups.h"
+#include "camera_alignment.h"
+#include "emission.h"
+#include "particle_motion.h"
+#include "pool.h"
+
+namespace tovu {
+namespace {
+
+void refresh_container_source(SmokeInstance& instance) {
+    const ParameterSlots& p = instance.parameters;
+    ContainerSpawnSource& source = instance.container_source;
+    if (param::spawn_type(p) != kSpawnContainer || !is_valid(source)) return;
+    refresh(source);
+    if (instance.speed_ups != nullptr) instance.speed_ups->outline_index.stale = true;
+    set_ref_plane(source, param::spawn_cont_ref_plane_is_xz(p) ? 1 : 0);
+    set_coord_mode(source, param::spawn_cont_coord_is_world(p) ? 1 : 0);  // counts from the next refresh on
+    set_depth(source, param::spawn_range_z(p));
+}
+
+void read_placement(SmokeInstance& instance) {
+    instance.abs_position = host::absolute_position(instance.container_handle);
+    instance.abs_rotation = host::absolute_rotation(instance.container_handle);
+    instance.abs_scale = host::absolute_scaling(instance.container_handle);
+    instance.transformation_matrix = host::transformation_matrix(instance.container_handle);
+    std::memcpy(instance.transformation_copy, instance.transformation_matrix.m, sizeof instance.transformation_copy);
+    Matrix4 placement;
+    rotate(placement, instance.abs_rotation);
+    scale(placement, instance.abs_scale);
+    instance.rotation_scale_matrix = placement;
+}
+
+// Truncated, and held to the range of int32: a jump of the host's clock makes more births due than can be counted.
+int32_t whole_births(float due) {
+    if (!(due > -2147483648.0f)) return INT32_MIN;
+    return due < 2147483648.0f ? static_cast<int32_t>(due) : INT32_MAX;
+}
+
+void give_births(SmokeInstance& instance) {
+    instance.birth_accumulator += static_cast<float>(instance.time_step);
+    const float period = 1.0f / param::birth_rate(instance.parameters);  // infinite at rate 0: no births
+    if (!(period < instance.birth_accumulator)) return;
+    int32_t births = whole_births(instance.birth_accumulator / period);
+    if (instance.consumer_attached && births > instance.consumer_birth_limit) births = instance.consumer_birth_limit;
+    emit_particles(instance, births);  // makes none of a negative number
+    // The pool may have run dry: what could not be made is lost. What a consumer's limit held back stays due.
+    instance.birth_accumulator -= static_cast<float>(births) * period;
+}
+
+Bounds in_container(const SmokeInstance& instance, const Bounds& world) {
+    const Vector3 angles = instance.abs_rotation;
+    Matrix4 turn_back;  // the last one multiplied acts first: about x, then y, then z
+    rotate_z(turn_back, -angles.z);
+    rotate_y(turn_back, -angles.y);
+    rotate_x(turn_back, -angles.x);
+    Bounds local;
+    for (int corner = 0; corner < 8; ++corner) {
+        const Vector3 point{corner & 1 ? world.high.x : world.low.x, corner & 2 ? world.high.y : world.low.y,
+                            corner & 4 ? world.high.z : world.low.z};
+        const Vector3 turned = transform(turn_back, point - instance.abs_position);
+        const Vector3 s = instance.abs_scale;
+        widen(local, {turned.x / s.x, turned.y / s.y, turned.z / s.z});
+    }
+    return local;
+}
+
+void send_bounding_box(const SmokeInstance& instance, const Bounds& bounds) {
+    Bounds box = param::reference(instance.parameters) == kReferenceWorld ? in_container(instance, bounds) : bounds;
+    if (instance.active_head == nullptr) box = {{0, 0, 0}, {0, 0, 0}};
+    _api__container_set_bounding_box(instance.container_handle, box.low.x, box.low.y, box.low.z, box.high.x, box.high.y,
+                                     box.high.z);
+}
+
+}  // namespace
+
+double compute_time_step(SmokeInstance& instance) {
+    if (host::is_post_recording()) {
+        const float now = host::post_current_time();
+        const float before = instance.last_post_time;
+        instance.last_post_time = now;
+        return before >= 0.0f ? static_cast<double>(now - before) : -1.0;
+    }
+    const int32_t retrace = host::retrace_counter();
+    if (retrace == instance.last_retrace) return 0.0;
+    instance.last_retrace = retrace;
+    return host::frame_period();  // of one frame, however many were missed
+}
+
+void simulation_step(SmokeInstance& instance) {
+    const ParameterSlots& p = instance.parameters;
+    instance.time_step = compute_time_step(instance);
+    if (instance.time_step == 0.0) return;
+    if (instance.time_step < 0.0) instance.time_step = 0.0;
+    refresh_container_source(instance);
+    sync_capacity(instance);
+    if (instance.consumer_attached && instance.deleted_head != nullptr) purge_deleted(instance);
+    instance.draw_mode = 2 * param::reference(p) + param::billboard(p);
+    read_placement(instance);
+    align_to_camera(instance);
+    if (param::freeze_motion(p)) return;
+    give_births(instance);
+    send_bounding_box(instance, move_particles(instance));
+}
+
+}  // namespace tovu

@@ -1,0 +1,103 @@
+#include "mask_area.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "../math/random.h"
+
+namespace tovu {
+namespace {
+
+/// One row of the mask, as far as the host's data reaches.
+struct MaskRow {
+    const uint8_t* pixels;
+    int32_t inner_count;  // pixels in front of the last column
+    bool last_lit;
+};
+
+MaskRow row_at(const ImageReader& mask, int32_t row) {
+    const auto bytes = static_cast<uint64_t>(mask.source.bytes_per_pixel);
+    const auto width = static_cast<uint64_t>(mask.source.width);
+    const uint64_t start = static_cast<uint64_t>(row) * width * bytes;
+    if (start >= mask.byte_count) return {mask.pixels, 0, false};
+    const uint64_t held = (mask.byte_count - start + bytes - 1) / bytes;  // pixels whose first byte is there
+    const uint64_t inner = std::min(held, width - 1);
+    return {mask.pixels + start, static_cast<int32_t>(inner), byte_at(mask, start + (width - 1) * bytes) != 0};
+}
+
+// The formats in use have loops of their own, which the compiler turns into vector code.
+int32_t count_lit(const uint8_t* pixels, int32_t count, int32_t bytes_per_pixel) {
+    int32_t lit = 0;
+    if (bytes_per_pixel == 1) {
+        for (int32_t i = 0; i < count; ++i) lit += pixels[i] != 0;
+    } else if (bytes_per_pixel == 4) {
+        for (int32_t i = 0; i < count; ++i) lit += pixels[4 * static_cast<size_t>(i)] != 0;
+    } else {
+        const auto step = static_cast<size_t>(bytes_per_pixel);
+        for (size_t i = 0; i < static_cast<size_t>(count); ++i) lit += pixels[i * step] != 0;
+    }
+    return lit;
+}
+
+double width_of(const MaskRow& row, const ImageReader& mask) {
+    const int32_t lit = count_lit(row.pixels, row.inner_count, mask.source.bytes_per_pixel);
+    return lit + (row.last_lit ? 1.0 + mask.source.width : 0.0);
+}
+
+double height_of(int32_t row, const ImageReader& mask) {
+    return row == mask.source.height - 1 ? 1.0 + mask.source.height : 1.0;
+}
+
+// The column of the lit pixel with this rank among those in front of the last column.
+int32_t lit_column(const MaskRow& row, int32_t bytes_per_pixel, int32_t rank) {
+    const auto step = static_cast<size_t>(bytes_per_pixel);
+    for (int32_t column = 0; column < row.inner_count; ++column)
+        if (row.pixels[static_cast<size_t>(column) * step] != 0 && rank-- == 0) return column;
+    return row.inner_count;
+}
+
+float position_at(double pixel, float rect_min, float rect_max, int32_t count) {
+    const double extent = static_cast<double>(rect_max) - static_cast<double>(rect_min);
+    return static_cast<float>(static_cast<double>(rect_min) + pixel * extent / count);
+}
+
+}  // namespace
+
+bool build_area(MaskArea& area, const ImageReader& mask) {
+    const int32_t rows = mask.source.height;
+    if (mask.pixels == nullptr || rows <= 0 || mask.source.width <= 0) return false;
+    area.area_through = static_cast<double*>(std::malloc(static_cast<size_t>(rows) * sizeof(double)));
+    if (area.area_through == nullptr) return false;
+    area.row_count = rows;
+    for (int32_t row = 0; row < rows; ++row) {
+        area.total += width_of(row_at(mask, row), mask) * height_of(row, mask);
+        area.area_through[row] = area.total;
+    }
+    return area.total > 0.0;
+}
+
+MaskPoint draw_from_area(const MaskArea& area, const ImageReader& mask) {
+    const ImageSource& s = mask.source;
+    const double chosen = random_fraction() * area.total;
+    const double* const first = area.area_through;
+    const double* const end = first + area.row_count;
+    const double* at = std::upper_bound(first, end, chosen);
+    if (at == end) --at;
+    const auto row_index = static_cast<int32_t>(at - first);
+    const MaskRow row = row_at(mask, row_index);
+    const int32_t lit = count_lit(row.pixels, row.inner_count, s.bytes_per_pixel);
+    const double y = row_index + random_fraction() * height_of(row_index, mask);
+    const double along = random_fraction() * (lit + (row.last_lit ? 1.0 + s.width : 0.0));
+    const auto rank = static_cast<int32_t>(along);
+    const double x =
+        along < lit ? lit_column(row, s.bytes_per_pixel, rank) + (along - rank) : s.width - 1 + (along - lit);
+    return {position_at(x, s.rect_min_x, s.rect_max_x, s.width), position_at(y, s.rect_min_y, s.rect_max_y, s.height)};
+}
+
+void release(MaskArea& area) {
+    std::free(area.area_through);
+    area = MaskArea{};
+}
+
+}  // namespace tovu

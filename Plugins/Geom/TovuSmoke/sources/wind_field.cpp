@@ -1,0 +1,22 @@
+#include "wind_field.h"
+
+namespace tovu {
+
+Vector3 global_wind(const SmokeInstance& instance) {
+    const ParameterSlots& p = instance.parameters;
+    const float strength = param::wind_force(p);
+    Matrix4 direction;
+    rotate_x(direction, param::wind_rot_x(p));
+    rotate_z(direction, param::wind_rot_z(p));
+    const Vector3 wind = transform(direction, {strength, 0, 0});
+    return param::reference(p) == kReferenceWorld ? scaled(wind, instance.abs_scale) : wind;
+}
+
+void fill_wind_angles(WindAngles& angles) {
+    for (int32_t byte = 0; byte < 256; ++byte) {
+        const auto channel = static_cast<float>(byte / 255.0);
+        angles.turns[byte] = turn_of(channel * 360.0f);
+    }
+}
+
+}  // namespace tovu
