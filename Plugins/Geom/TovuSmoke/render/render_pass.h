@@ -10,8 +10,8 @@ namespace tovu {
 /// opacity: factor on every particle's alpha, 0 to 1.
 void render_pass(SmokeInstance& instance, int32_t render_flags, float opacity);
 
-/// Fills the shared colours with 255 and the shared texture coordinates with their fixed pattern, and tells OpenGL where
-/// the latter are; zeroes the z of the instance's corners. Part of building an instance.
+/// Fills the shared colours with 255 and the shared texture coordinates with their fixed pattern, and tells OpenGL
+/// where the latter are; zeroes the z of the instance's corners. Part of building an instance.
 void initialise_quad_arrays(SmokeInstance& instance);
 
 }  // namespace tovu

@@ -1,0 +1,61 @@
+// The path that sends quads corner by corner.
+#include "../host/opengl.h"
+#include "quad_block.h"
+#include "quads.h"
+#include "truncate.h"
+
+namespace tovu {
+namespace {
+
+/// Here a factor of exactly 0 leaves its axis unscaled.
+Vector3 nonzero_scale(Vector3 scale) {
+    return {scale.x == 0.0f ? 1.0f : scale.x, scale.y == 0.0f ? 1.0f : scale.y, scale.z == 0.0f ? 1.0f : scale.z};
+}
+
+/// Turns apply to every particle that has one: those of 0 are exact, so all are turned.
+QuadPlacement immediate_placement(const SmokeInstance& instance) {
+    switch (instance.draw_mode) {
+        case kDrawLocalBillboard:
+            return local_billboard_placement(instance, instance.transformation_matrix.m,
+                                             nonzero_scale(instance.abs_scale), true);
+        case kDrawWorldBillboard:
+            return world_billboard_placement(instance, true);
+        default:
+            return flat_placement(true);
+    }
+}
+
+void send_corners(const float* corners) {
+    for (int32_t corner = 0; corner < 4; ++corner) {
+        ormixGL_glTexCoord2s(kQuadTexcoords[2 * corner], kQuadTexcoords[2 * corner + 1]);
+        ormixGL_glVertex3fv(corners + 3 * corner);
+    }
+}
+
+}  // namespace
+
+void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity) {
+    const QuadPlacement placement = immediate_placement(instance);
+    const bool world_coordinates = instance.draw_mode != kDrawLocalFlat;
+    if (world_coordinates) {
+        ormixGL_glMatrixMode(GL_MODELVIEW);
+        ormixGL_glPushMatrix();
+        ormixGL_glLoadIdentity();
+    }
+    ormixGL_glBegin(GL_QUADS);
+    for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
+        const int32_t left = instance.draw_count - first;
+        const int32_t count = left < kQuadsPerBlock ? left : kQuadsPerBlock;
+        float corners[kQuadsPerBlock * kFloatsPerQuad + 1];
+        build_corners(placement, first, count, instance.draw_count, corners);
+        for (int32_t i = 0; i < count; ++i) {
+            const Particle& p = *draw_list[first + i].particle;
+            if (full_pass) ormixGL_glColor4ub(p.color[0], p.color[1], p.color[2], low_byte(p.alpha * opacity));
+            send_corners(corners + kFloatsPerQuad * i);
+        }
+    }
+    ormixGL_glEnd();
+    if (world_coordinates) ormixGL_glPopMatrix();
+}
+
+}  // namespace tovu

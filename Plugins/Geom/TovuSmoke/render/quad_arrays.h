@@ -1,0 +1,22 @@
+// The client arrays that OpenGL reads quads from: one set for the whole library, refilled by every pass that uses it.
+#pragma once
+
+#include <cstdint>
+
+#include "../parameters.h"
+
+namespace tovu {
+
+constexpr int32_t kFloatsPerQuad = 12;  // four corners of x, y, z
+constexpr int32_t kBytesPerQuad = 16;   // four corners of red, green, blue, alpha
+constexpr int32_t kShortsPerQuad = 8;   // four corners of s, t
+
+/// s and t of the four corners in drawing order: top left, bottom left, bottom right, top right.
+constexpr int16_t kQuadTexcoords[kShortsPerQuad] = {0, 32767, 0, 0, 32767, 0, 32767, 32767};
+
+/// Corners are stored as four floats, the fourth of which the next corner overwrites: hence one more at the end.
+extern float quad_vertices[kMaxParticles * kFloatsPerQuad + 1];
+extern uint8_t quad_colors[kMaxParticles * kBytesPerQuad];
+extern int16_t quad_texcoords[kMaxParticles * kShortsPerQuad];  // filled by `initialise_quad_arrays`, then only read
+
+}  // namespace tovu

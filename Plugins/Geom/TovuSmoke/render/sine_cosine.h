@@ -1,0 +1,49 @@
+// Sine and cosine of an angle in degrees, without a branch, so that a loop over an array of angles becomes vectors.
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace tovu {
+
+struct SineCosine {
+    float sine;
+    float cosine;
+};
+
+/// Up to here the reduction to a quadrant below is exact.
+constexpr float kLargestPlainDegrees = 4194304.0f;  // 2^22
+
+/// `degrees` less whole turns where it is beyond the range of `sine_cosine`, exactly; not a number where it is infinite
+/// or not a number. Ordinary angles pass unchanged.
+inline float plain_degrees(float degrees) {
+    return std::fabs(degrees) <= kLargestPlainDegrees ? degrees : std::fmod(degrees, 360.0f);
+}
+
+/// Right to about one unit in the last place for |degrees| up to kLargestPlainDegrees; not a number for one.
+/// 0 gives exactly 0 and 1, and so do the other multiples of 90 their 0, 1 or -1.
+/// The angle is brought to -45…45 in degrees, where a quarter turn is a whole number and nothing is lost; polynomials
+/// through the Chebyshev nodes of that range do the rest.
+inline SineCosine sine_cosine(float degrees) {
+    // Adding 1.5 · 2^23 rounds to a whole number, whose last bits are then those of the float. They are read as bits,
+    // since converting a value that is not a number to an integer is undefined.
+    constexpr float kRounder = 12582912.0f;
+    const uint32_t quarters = std::bit_cast<uint32_t>(degrees * (1.0f / 90.0f) + kRounder);
+    const float r = degrees - (std::bit_cast<float>(quarters) - kRounder) * 90.0f;
+    const float u = r * r;
+    const float s =
+        r * 1.745329238e-02f + r * (u * (-8.860960490e-07f + u * (1.349506787e-11f + u * -9.663329042e-17f)));
+    const float c =
+        1.0f + u * (-1.523087098e-04f + u * (3.866322363e-09f + u * (-3.925464278e-14f + u * 2.106395906e-19f)));
+
+    // Odd quarters exchange the two; the sine is negative in quarters 2 and 3, the cosine in 1 and 2.
+    const uint32_t s_bits = std::bit_cast<uint32_t>(s);
+    const uint32_t c_bits = std::bit_cast<uint32_t>(c);
+    const uint32_t exchange = (s_bits ^ c_bits) & (0u - (quarters & 1u));
+    const uint32_t sine_sign = (quarters & 2u) << 30;
+    const uint32_t cosine_sign = ((quarters + 1u) & 2u) << 30;
+    return {std::bit_cast<float>(s_bits ^ exchange ^ sine_sign), std::bit_cast<float>(c_bits ^ exchange ^ cosine_sign)};
+}
+
+}  // namespace tovu
