@@ -1,0 +1,179 @@
+#include "stage/scenefile/container_reader.h"
+
+#include <fmt/format.h>
+
+#include "stage/scenefile/geometry_reader.h"
+#include "stage/scenefile/names.h"
+
+namespace stage {
+
+namespace {
+
+constexpr double kLargest = 1e9;  // of a coordinate: keeps matrices far from the limits of float
+
+// A container as written: its parent may be named and stand later in the file.
+struct WrittenContainer {
+    ContainerDescription container;
+    int32_t nested_in = -1;  // index of the written container around it
+    std::string parent_name;
+    Place parent_place;
+    const toml::node* children = nullptr;
+};
+
+const KeyRow<WrittenContainer> kContainerKeys[] = {
+    {"name",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         read_text(r, e, w.container.name);
+         w.container.place = place_of(r, e.node.source());
+     }},
+    {"parent",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         read_text(r, e, w.parent_name);
+         w.parent_place = place_of(r, e.node.source());
+         if (w.nested_in >= 0)
+             report(r, e.node.source(), "a nested container has its parent already: leave 'parent' out");
+     }},
+    {"position", [](KeyReader& r, const KeyedNode& e,
+                    WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.position); }},
+    {"rotation", [](KeyReader& r, const KeyedNode& e,
+                    WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.rotation); }},
+    {"scale", [](KeyReader& r, const KeyedNode& e,
+                 WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.scale); }},
+    {"plugin",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         w.container.has_plugin = read_text(r, e, w.container.plugin);
+         w.container.plugin_place = place_of(r, e.node.source());
+     }},
+    {"parameters",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         w.container.has_plugin = true;
+         if (w.container.plugin_place.empty()) w.container.plugin_place = place_of(r, e.node.source());
+         read_settings(r, e, w.container.parameters);
+     }},
+    {"texture",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         read_text(r, e, w.container.texture);
+         w.container.texture_place = place_of(r, e.node.source());
+     }},
+    {"blend",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         size_t choice = 0;
+         if (read_choice(r, e, {"alpha", "additive"}, choice)) w.container.blend = static_cast<Blend>(choice);
+     }},
+    {"opacity",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_number(r, e, 0.0, 1.0, w.container.opacity); }},
+    {"geometry",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_geometry(r, e, w.container.geometry); }},
+    {"container", [](KeyReader&, const KeyedNode& e, WrittenContainer& w) { w.children = &e.node; }},
+};
+
+void read_written(KeyReader& reader, const KeyedNode& entry, int32_t nested_in,
+                  std::vector<WrittenContainer>& written) {
+    for (const toml::table* table : read_tables(reader, entry)) {
+        WrittenContainer one;
+        one.nested_in = nested_in;
+        one.container.place = place_of(reader, table->source());
+        read_keys(reader, *table, "[[container]]", kContainerKeys, one);
+        if (!table->contains("name"))
+            report(reader, table->source(), "a container needs a name, such as name = \"smoke\"");
+        if (one.container.has_plugin && one.container.geometry)
+            report_at(reader, one.container.geometry->place,
+                      fmt::format("container '{}' carries a plug-in already: give the shape a container of its own",
+                                  one.container.name));
+        written.push_back(one);
+        if (one.children != nullptr)
+            read_written(reader, {"container", *one.children}, static_cast<int32_t>(written.size()) - 1, written);
+    }
+}
+
+int32_t index_of(const std::vector<WrittenContainer>& written, const std::string& name) {
+    for (size_t i = 0; i < written.size(); ++i) {
+        if (written[i].container.name == name) return static_cast<int32_t>(i);
+    }
+    return -1;
+}
+
+void check_names(KeyReader& reader, const std::vector<WrittenContainer>& written) {
+    std::vector<std::string> names;
+    for (const WrittenContainer& one : written) names.push_back(one.container.name);
+    for (size_t i = 0; i < written.size(); ++i) {
+        const WrittenContainer& one = written[i];
+        if (!one.container.name.empty() && index_of(written, one.container.name) < static_cast<int32_t>(i))
+            report_at(reader, one.container.place,
+                      fmt::format("there is a container '{}' already: names are used once", one.container.name));
+        if (!one.parent_name.empty() && index_of(written, one.parent_name) < 0)
+            report_at(reader, one.parent_place,
+                      fmt::format("unknown container '{}': {}", one.parent_name, name_hint(one.parent_name, names)));
+    }
+}
+
+}  // namespace
+
+void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<ParameterSetting>& settings) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    for (const auto& [key, node] : entries_as_written(*table)) {
+        ParameterSetting setting{std::string(key->str()), false, place_of(reader, node->source())};
+        if (const auto* flag = node->as_boolean())
+            setting.value = flag->get();
+        else if (const auto* whole = node->as_integer())
+            setting.value = whole->get();
+        else if (const auto* number = node->as_floating_point())
+            setting.value = number->get();
+        else if (const auto* text = node->as_string())
+            setting.value = text->get();
+        else {
+            report(reader, node->source(),
+                   fmt::format("{} must be a number, true, false or a text, not {}", setting.name, describe(*node)));
+            continue;
+        }
+        settings.push_back(setting);
+    }
+}
+
+void read_containers(KeyReader& reader, const KeyedNode& entry, std::vector<ContainerDescription>& containers) {
+    std::vector<WrittenContainer> written;
+    read_written(reader, entry, -1, written);
+    check_names(reader, written);
+    std::vector<int32_t> placed(written.size(), -1);  // index among the finished containers
+    bool grew = true;
+    while (grew) {
+        grew = false;
+        for (size_t i = 0; i < written.size(); ++i) {
+            if (placed[i] >= 0) continue;
+            const int32_t named = written[i].parent_name.empty() ? -1 : index_of(written, written[i].parent_name);
+            const int32_t parent = written[i].nested_in >= 0 ? written[i].nested_in : named;
+            if (parent >= 0 && placed[static_cast<size_t>(parent)] < 0) continue;
+            written[i].container.parent = parent < 0 ? -1 : placed[static_cast<size_t>(parent)];
+            placed[i] = static_cast<int32_t>(containers.size());
+            containers.push_back(written[i].container);
+            grew = true;
+        }
+    }
+    for (size_t i = 0; i < written.size(); ++i) {
+        if (placed[i] < 0 && !written[i].parent_name.empty())
+            report_at(reader, written[i].parent_place,
+                      fmt::format("'{}' cannot be the parent of '{}': the parents form a circle",
+                                  written[i].parent_name, written[i].container.name));
+    }
+}
+
+int32_t read_container_name(KeyReader& reader, const KeyedNode& entry,
+                            const std::vector<ContainerDescription>& containers) {
+    std::string name;
+    if (!read_text(reader, entry, name)) return -1;
+    std::vector<std::string> names;
+    for (size_t i = 0; i < containers.size(); ++i) {
+        if (containers[i].name == name) return static_cast<int32_t>(i);
+        names.push_back(containers[i].name);
+    }
+    report(reader, entry.node.source(), fmt::format("unknown container '{}': {}", name, name_hint(name, names)));
+    return -1;
+}
+
+void append_container_keys(std::vector<std::string>& keys) {
+    for (const std::string& key : key_names(kContainerKeys)) keys.push_back("container." + key);
+    append_geometry_keys(keys);
+}
+
+}  // namespace stage

@@ -1,0 +1,125 @@
+// What a scene file says, as plain values: the reader fills it, the builder makes a scene of it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "stage/scene/container.h"
+
+namespace stage {
+
+using Triple = std::array<float, 3>;
+
+/// Where a value was written: "file:line:column", or the option that gave it. Starts the message about a wrong value.
+using Place = std::string;
+
+/// A value for a registered parameter, as written. Its kind is checked against the plug-in when the scene is built.
+using WrittenValue = std::variant<bool, int64_t, double, std::string>;
+
+struct ParameterSetting {
+    std::string name;    // as registered
+    WrittenValue value;  // text for curves, choices, containers and images
+    Place place;
+};
+
+struct CameraDescription {
+    Triple position = {0.0f, 0.0f, 300.0f};  // world units
+    std::optional<Triple> look_at;           // world point; replaces pan and tilt
+    float pan = 0.0f;                        // degrees about Y; 0 looks along -Z, positive turns to the left
+    float tilt = 0.0f;                       // degrees; positive looks up
+    float roll = 0.0f;                       // degrees about the line of sight
+    float field_of_view = 45.0f;             // degrees, vertical, 1…179
+};
+
+enum class GeometryKind { kRectangle, kEllipse, kPolygon, kMesh, kText, kPicture };
+enum class Align { kLeft, kCentre, kRight };
+
+/// A shape that a container carries; smoke can be born from its outline. Only the fields of its kind count.
+struct GeometryDescription {
+    GeometryKind kind = GeometryKind::kRectangle;
+    float width = 100.0f;                      // rectangle, ellipse, picture: container units
+    float height = 100.0f;                     // rectangle, ellipse, picture: container units
+    int32_t segments = 64;                     // ellipse: corners of its outline, 3…4096
+    std::vector<std::array<float, 2>> points;  // polygon: corners in order, three or more
+    std::filesystem::path file;                // mesh, picture
+    std::string text;                          // text
+    std::string font;                          // text: a font file or an installed family, empty for DejaVu Sans
+    float size = 100.0f;                       // text: units per em, about the distance of two lines
+    Align align = Align::kCentre;              // text: of every line about x = 0
+    float threshold = 0.5f;                    // picture: brightness × opacity from which a pixel is inside, 0…1
+    std::optional<Triple> fill;                // flat shapes: red, green, blue, 0…1 each; none draws nothing
+    Place place;
+};
+
+struct ContainerDescription {
+    std::string name;             // not used twice in a scene
+    int32_t parent = -1;          // index of an earlier container, -1 for none
+    Triple position = {0, 0, 0};  // parent's units
+    Triple rotation = {0, 0, 0};  // degrees about X, Y, Z
+    Triple scale = {1, 1, 1};     // factors
+    bool has_plugin = false;      // carries a plug-in's geometry: `plugin` or `parameters` was given
+    std::string plugin;           // file name or "smoke"; empty means the smoke
+    Place plugin_place;
+    std::vector<ParameterSetting> parameters;  // in the order written
+    std::string texture = "puff";              // name of an image or a built-in sprite, "none" for no texture
+    Place texture_place;
+    Blend blend = Blend::Alpha;
+    float opacity = 1.0f;  // 0…1
+    std::optional<GeometryDescription> geometry;
+    Place place;
+};
+
+/// What happens once, before the first frame whose time is not below `time`.
+struct TimelineEntry {
+    double time = 0.0;       // seconds from the first picture, 0 or more
+    int32_t container = -1;  // index
+    std::vector<ParameterSetting> parameters;
+    std::string press;  // name of a push button, empty for none
+    Place press_place;
+    Place place;
+};
+
+enum class Ease { kLinear, kSmooth };
+enum class TrackProperty { kPosition, kRotation, kScale };
+
+struct TrackKey {
+    double time = 0.0;  // seconds, above the key before
+    Triple value = {0, 0, 0};
+    Ease ease = Ease::kLinear;  // of the way from the key before to this one
+};
+
+/// Motion of one container between keyed values: held before the first key and after the last.
+struct Track {
+    int32_t container = -1;  // index
+    TrackProperty property = TrackProperty::kPosition;
+    std::vector<TrackKey> keys;  // one or more
+};
+
+struct ImageDescription {
+    std::filesystem::path file;
+    Place place;
+};
+
+struct SceneDescription {
+    std::filesystem::path file;                 // the scene file; relative paths in it start from its folder
+    std::array<int32_t, 2> size = {1280, 720};  // pixels, 1…16384 each
+    double frame_rate = 50.0;                   // frames per second, 1…1000
+    double length = 5.0;                        // seconds
+    double prewarm = 0.0;                       // seconds simulated before the first picture
+    uint32_t seed = 1;
+    std::optional<Triple> background;  // 0…1 each; none is transparent
+    int32_t bits = 16;                 // per channel of the frame that is drawn into: 8, or 16 (floating point)
+    CameraDescription camera;
+    std::map<std::string, ImageDescription> images;  // by the name that containers and parameters use
+    std::vector<ContainerDescription> containers;    // parents before their children
+    std::vector<TimelineEntry> timeline;             // by time, those of one time as written
+    std::vector<Track> tracks;
+};
+
+}  // namespace stage

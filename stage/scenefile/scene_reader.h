@@ -1,0 +1,24 @@
+// Scene files: TOML, read whole into a SceneDescription or refused with every mistake named.
+#pragma once
+
+#include "stage/result.h"
+#include "stage/scenefile/scene_description.h"
+#include "stage/stage_export.h"
+
+namespace stage {
+
+/// Reads a scene file. The error has one line for each mistake: "file:line:column: what is wrong, what would be right".
+/// Files that it names must exist; names and ranges of parameters are checked when the scene is built.
+STAGE_EXPORT Result<SceneDescription> load_scene_file(const std::filesystem::path& file);
+
+/// The same from text; `file` is for messages, and its folder is where relative paths start.
+STAGE_EXPORT Result<SceneDescription> read_scene(const std::string& text, const std::filesystem::path& file);
+
+/// Every key that a scene file may have, dotted: "size", "camera.position", "container.geometry.kind", …
+STAGE_EXPORT std::vector<std::string> scene_keys();
+
+/// "container.parameter=value" as a later setting of that parameter: the value is read as in a scene file, and as
+/// plain text where it is none of number, true, false or a quoted text. Fails for an unknown container.
+STAGE_EXPORT Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment);
+
+}  // namespace stage
