@@ -33,7 +33,6 @@ void find_slopes(const AkimaSpline& spline, double* slopes) {
     const int32_t n = spline.count;
     double* m = slopes + 2;
     for (int32_t k = 0; k + 1 < n; ++k) m[k] = (spline.y[k + 1] - spline.y[k]) / (spline.x[k + 1] - spline.x[k]);
-    if (n == 2) m[1] = 0.0;  // no pair of points defines it
     m[-1] = 2.0 * m[0] - m[1];
     m[-2] = 2.0 * m[-1] - m[0];
     m[n - 1] = 2.0 * m[n - 2] - m[n - 3];
@@ -57,7 +56,7 @@ void build_spline(AkimaSpline& spline, int32_t count, const float* x, const floa
         spline.x[k] = static_cast<double>(x[k]);
         spline.y[k] = static_cast<double>(y[k]);
     }
-    double slopes[kMaxSplinePoints + 3];
+    double slopes[kMaxSplinePoints + 3] = {};  // with two points one is used that no pair of points defines
     find_slopes(spline, slopes);
     const double* m = slopes + 2;
     for (int32_t k = 0; k < count; ++k) spline.t[k] = derivative(m, k);
