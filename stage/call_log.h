@@ -35,7 +35,7 @@ template <class... Arguments>
 void record_call(const char* name, Arguments... arguments) {
     if (!is_recording_calls()) return;
     Call call{name, {}};
-    const auto add = [&call](auto argument) {
+    [[maybe_unused]] const auto add = [&call](auto argument) {
         if constexpr (std::is_arithmetic_v<decltype(argument)>)
             call.arguments.emplace_back(static_cast<double>(argument));
         else
