@@ -30,19 +30,27 @@ STAGE_EXPORT std::string to_string(const Call& call);
 
 STAGE_EXPORT void append_call(Call call);
 
-/// Notes a call when recording is on. Numbers and texts only.
+/// A call with its numbers and texts (a null text is an empty one); other pointers are left out.
 template <class... Arguments>
-void record_call(const char* name, Arguments... arguments) {
-    if (!is_recording_calls()) return;
+Call make_call(const char* name, Arguments... arguments) {
     Call call{name, {}};
-    [[maybe_unused]] const auto add = [&call](auto argument) {
-        if constexpr (std::is_arithmetic_v<decltype(argument)>)
+    const auto add = [&call](auto argument) {
+        using Argument = decltype(argument);
+        if constexpr (std::is_arithmetic_v<Argument>)
             call.arguments.emplace_back(static_cast<double>(argument));
-        else
+        else if constexpr (std::is_same_v<Argument, const char*>)
+            call.arguments.emplace_back(std::string(argument ? argument : ""));
+        else if constexpr (!std::is_pointer_v<Argument>)
             call.arguments.emplace_back(std::string(argument));
     };
     (add(arguments), ...);
-    append_call(std::move(call));
+    return call;
+}
+
+/// Notes a call when recording is on.
+template <class... Arguments>
+void record_call(const char* name, Arguments... arguments) {
+    if (is_recording_calls()) append_call(make_call(name, arguments...));
 }
 
 }  // namespace stage

@@ -19,6 +19,7 @@ enum class ObjectKind : int32_t {
 
 constexpr int32_t kNoObject = -1;
 constexpr int32_t kLargestNumber = 0xFFFFFF;
+constexpr int32_t kCameraNumber = 0;  // outside the count, so that the first container made is #1
 
 /// The kind stands in the bits from 24 up, so that an object of a wrong kind is never mistaken for another one.
 constexpr int32_t make_handle(ObjectKind kind, int32_t number) {

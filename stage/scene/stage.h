@@ -30,6 +30,7 @@ struct StageOptions {
 struct RunningCall {
     const char* entry_point;  // exported name
     Instance* instance;
+    size_t open_sections;  // profiling sections that were open when it began
 };
 
 /// One scene and everything in it. Fields may be read freely; of what a function keeps, change nothing by hand.
@@ -55,7 +56,7 @@ struct Stage {
 struct DestroyStage {
     STAGE_EXPORT void operator()(Stage* stage) const;
 };
-/// Destroying it cleans up its instances, the newest first.
+/// Destroying it cleans up its instances, the newest first. Not while one of their entry points is running.
 using StagePtr = std::unique_ptr<Stage, DestroyStage>;
 
 /// Makes an empty Stage with a camera, and makes it current.
@@ -68,7 +69,7 @@ STAGE_EXPORT void make_current(Stage* stage);
 /// The object is there: container, geometry, image, camera, or the position or direction of one.
 STAGE_EXPORT bool is_alive(const Stage& stage, int32_t handle);
 
-/// The live container, geometry, image or camera with this number, or kNoObject.
+/// The live container, geometry or image with this number, or kNoObject.
 STAGE_EXPORT int32_t find_object_by_number(const Stage& stage, int32_t number);
 
 /// The next free number as a handle of this kind, or kNoObject when all are used.

@@ -1,0 +1,55 @@
+#include "entry_point_call.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "instance_memory.h"
+#include "stage/scene/stage.h"
+
+namespace stage {
+namespace {
+
+double seconds_since_start(const Profile& profile) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - profile.origin).count();
+}
+
+void close_sections(Stage& stage, size_t count, const char* entry_point) {
+    Profile& profile = stage.profile;
+    while (profile.open.size() > count) {
+        const std::string& event = profile.totals[profile.open.back().event].name;
+        complain(stage, "pelEventStart", fmt::format("'{}' was still open when {} returned", event, entry_point));
+        profile.open.pop_back();
+    }
+}
+
+}  // namespace
+
+EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* entry_point)
+    : stage_(stage), previous_stage_(current_stage()) {
+    make_current(&stage);
+    stage.running.push_back({entry_point, &instance, stage.profile.open.size()});
+    if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
+    if (!stage.options.shared_random) previous_random_ = enter_stream(instance.random);
+}
+
+EntryPointCall::~EntryPointCall() {
+    const RunningCall call = stage_.running.back();
+    if (previous_random_) leave_stream(previous_random_);
+    close_sections(stage_, call.open_sections, call.entry_point);
+    for (const std::string& damage : repair_guards(*call.instance)) complain(stage_, call.entry_point, damage);
+    if (stage_.profile.sink) {
+        const Container* container = find_container(stage_, call.instance->container_handle);
+        stage_.profile.sink({call.entry_point, container ? std::string_view(container->name) : std::string_view(),
+                             start_seconds_, seconds_since_start(stage_.profile) - start_seconds_});
+    }
+    stage_.running.pop_back();
+    make_current(previous_stage_);
+}
+
+bool is_running(const Stage& stage, const Instance& instance) {
+    return std::any_of(stage.running.begin(), stage.running.end(),
+                       [&](const RunningCall& call) { return call.instance == &instance; });
+}
+
+}  // namespace stage

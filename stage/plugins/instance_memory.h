@@ -1,0 +1,28 @@
+// The memory behind an instance: its block, its slots and its texts.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "instance.h"
+#include "parameter_values.h"
+
+namespace stage {
+
+/// Allocates the block and the texts, fills the slots with the registered defaults and lays the guard bytes.
+/// False when the system has no memory below 4 GiB left for the texts.
+bool allocate_memory(Instance& instance);
+
+uint32_t read_slot(const Instance& instance, int32_t index);
+void write_slot(Instance& instance, int32_t index, uint32_t bits);
+
+/// Writes the slot, and the text behind it. Returns whether anything differs from before.
+bool write_value(Instance& instance, const ParameterInfo& parameter, const SlotValue& value);
+
+/// What the slot holds now. An error for a text slot that leads elsewhere than to the host's buffer.
+Result<ParameterValue> read_value(const Instance& instance, const ParameterInfo& parameter);
+
+/// Which guard bytes are no longer as laid, a sentence each; lays them anew.
+std::vector<std::string> repair_guards(Instance& instance);
+
+}  // namespace stage

@@ -1,0 +1,200 @@
+#include "parameter_values.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+#include <optional>
+
+namespace stage {
+namespace {
+
+std::string wanted(const ParameterInfo& parameter) {
+    switch (parameter.kind) {
+        case ParameterKind::Int:
+            return fmt::format("a whole number from {} to {}", parameter.minimum, parameter.maximum);
+        case ParameterKind::Float:
+            return fmt::format("a number from {} to {}", static_cast<float>(parameter.minimum),
+                               static_cast<float>(parameter.maximum));
+        case ParameterKind::Bool:
+            return "true or false";
+        case ParameterKind::Radio:
+            return fmt::format("one of \"{}\"", fmt::join(parameter.choices, "\", \""));
+        default:
+            return fmt::format("a text of at most {} bytes", parameter.max_length);
+    }
+}
+
+std::string in_words(const ParameterValue& value) {
+    if (const auto* text = std::get_if<std::string>(&value))
+        return text->size() > 60 ? fmt::format("a text of {} bytes", text->size()) : '"' + *text + '"';
+    return std::visit(
+        [](const auto& plain) {
+            if constexpr (std::is_same_v<decltype(plain), const std::string&>)
+                return plain;
+            else
+                return fmt::format("{}", plain);
+        },
+        value);
+}
+
+Error refusal(const ParameterInfo& parameter, const std::string& given) {
+    return {fmt::format("parameter '{}' takes {}, not {}", parameter.name, wanted(parameter), given)};
+}
+
+std::optional<uint32_t> encode_float(const ParameterInfo& parameter, const ParameterValue& value) {
+    const auto* whole = std::get_if<int>(&value);
+    const auto* decimal = std::get_if<double>(&value);
+    if (!whole && !decimal) return std::nullopt;
+    const auto number = static_cast<float>(whole ? *whole : *decimal);
+    if (!(number >= static_cast<float>(parameter.minimum) && number <= static_cast<float>(parameter.maximum)))
+        return std::nullopt;
+    return std::bit_cast<uint32_t>(number);
+}
+
+std::optional<uint32_t> encode_choice(const ParameterInfo& parameter, const ParameterValue& value) {
+    const auto count = static_cast<int>(parameter.choices.size());
+    if (const auto* position = std::get_if<int>(&value)) {
+        if (*position < 0 || *position >= count) return std::nullopt;
+        return static_cast<uint32_t>(*position);
+    }
+    const auto* text = std::get_if<std::string>(&value);
+    const auto found =
+        text ? std::find(parameter.choices.begin(), parameter.choices.end(), *text) : parameter.choices.end();
+    if (found == parameter.choices.end()) return std::nullopt;
+    return static_cast<uint32_t>(found - parameter.choices.begin());
+}
+
+std::optional<uint32_t> encode_number(const ParameterInfo& parameter, const ParameterValue& value) {
+    switch (parameter.kind) {
+        case ParameterKind::Int: {
+            const auto* number = std::get_if<int>(&value);
+            if (!number || *number < parameter.minimum || *number > parameter.maximum) return std::nullopt;
+            return static_cast<uint32_t>(*number);
+        }
+        case ParameterKind::Float:
+            return encode_float(parameter, value);
+        case ParameterKind::Bool: {
+            const auto* on = std::get_if<bool>(&value);
+            if (!on) return std::nullopt;
+            return *on ? 1u : 0u;
+        }
+        default:
+            return encode_choice(parameter, value);
+    }
+}
+
+bool is_text_kind(ParameterKind kind) {
+    return kind == ParameterKind::String || kind == ParameterKind::Container || kind == ParameterKind::Image;
+}
+
+template <class Number>
+std::optional<Number> parse_number(std::string_view text) {
+    Number number{};
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (problem != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::optional<bool> parse_switch(std::string_view text) {
+    for (const std::string_view on : {"true", "on", "yes", "1"})
+        if (text == on) return true;
+    for (const std::string_view off : {"false", "off", "no", "0"})
+        if (text == off) return false;
+    return std::nullopt;
+}
+
+template <class Value>
+std::optional<ParameterValue> as_parameter_value(const std::optional<Value>& value) {
+    if (!value) return std::nullopt;
+    return ParameterValue(*value);
+}
+
+std::optional<ParameterValue> parse_text(const ParameterInfo& parameter, std::string_view text) {
+    switch (parameter.kind) {
+        case ParameterKind::Int:
+            return as_parameter_value(parse_number<int>(text));
+        case ParameterKind::Float:
+            return as_parameter_value(parse_number<double>(text));
+        case ParameterKind::Bool:
+            return as_parameter_value(parse_switch(text));
+        case ParameterKind::Radio: {
+            const auto& choices = parameter.choices;
+            const bool is_choice = std::find(choices.begin(), choices.end(), text) != choices.end();
+            if (!is_choice) return as_parameter_value(parse_number<int>(text));
+            return ParameterValue(std::string(text));
+        }
+        default:
+            return ParameterValue(std::string(text));
+    }
+}
+
+// Levenshtein's distance: fewest insertions, deletions and replacements of one character.
+size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (size_t i = 0; i < a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (size_t j = 0; j < b.size(); ++j) {
+            const size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+Result<SlotValue> encode_value(const ParameterInfo& parameter, const ParameterValue& value) {
+    if (is_text_kind(parameter.kind)) {
+        const auto* text = std::get_if<std::string>(&value);
+        if (!text || text->size() > static_cast<size_t>(parameter.max_length))
+            return refusal(parameter, in_words(value));
+        if (text->find('\0') != std::string::npos) return refusal(parameter, "one with a NUL character in it");
+        return SlotValue{0, *text};
+    }
+    const std::optional<uint32_t> bits = encode_number(parameter, value);
+    if (!bits) return refusal(parameter, in_words(value));
+    return SlotValue{*bits, ""};
+}
+
+Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValue& value) {
+    const auto encoded = encode_value(parameter, value);
+    if (!encoded) return encoded.error();
+    return Done{};
+}
+
+Result<ParameterValue> parse_parameter(const ParameterInfo& parameter, std::string_view text) {
+    const std::optional<ParameterValue> value = parse_text(parameter, text);
+    if (!value) return refusal(parameter, in_words(std::string(text)));
+    if (const auto checked = check_parameter(parameter, *value); !checked) return checked.error();
+    return *value;
+}
+
+Error unknown_parameter(const Plugin& owner, std::string_view name) {
+    std::vector<std::string> known;
+    for (const ParameterInfo& parameter : owner.parameters) known.push_back(parameter.name);
+    const std::string nearest = nearest_name(name, known);
+    return {fmt::format("parameter '{}' is not known to {}{}", name, owner.name,
+                        nearest.empty() ? "" : fmt::format("; did you mean '{}'?", nearest))};
+}
+
+std::string nearest_name(std::string_view name, const std::vector<std::string>& known) {
+    std::string nearest;
+    size_t least = std::max<size_t>(2, name.size() / 3) + 1;  // about one slip in three characters
+    for (const std::string& candidate : known) {
+        const size_t distance = edit_distance(name, candidate);
+        if (distance >= least) continue;
+        least = distance;
+        nearest = candidate;
+    }
+    return nearest;
+}
+
+}  // namespace stage

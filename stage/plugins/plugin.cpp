@@ -1,0 +1,129 @@
+#include "plugin.h"
+
+#include <dlfcn.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "entry_points.h"
+#include "registration.h"
+#include "stage/scene/stage.h"
+
+namespace stage {
+namespace {
+
+std::vector<std::unique_ptr<Plugin>> the_plugins;  // libraries are the process's, whatever Stage asked for them
+
+struct CloseLibrary {
+    void operator()(void* library) const { dlclose(library); }
+};
+using LibraryPtr = std::unique_ptr<void, CloseLibrary>;
+
+template <class Function>
+void resolve(void* library, const char* name, Function& function, std::vector<std::string>& missing) {
+    void* symbol = dlsym(library, name);
+    if (!symbol) missing.push_back(name);
+    function = reinterpret_cast<Function>(symbol);
+}
+
+/// Finds all eight; returns the names of those that are missing.
+std::vector<std::string> resolve_entry_points(void* library, EntryPoints& found) {
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_INIT), decltype(found.init)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_INIT_FUNCTION), decltype(found.init_function)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_CLEANUP_FUNCTION), decltype(found.cleanup_function)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_CHANGED_CALLBACK), decltype(found.changed_callback)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_EXEC_ACTION), decltype(found.exec_action)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_NEW_GEOM), decltype(found.new_geom)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_RENDER_OPENGL), decltype(found.render_opengl)>);
+    static_assert(std::is_convertible_v<decltype(&PLUGIN_DISPATCHER_CALLBACK), decltype(found.dispatcher_callback)>);
+    std::vector<std::string> missing;
+    resolve(library, "PLUGIN_INIT", found.init, missing);
+    resolve(library, "PLUGIN_INIT_FUNCTION", found.init_function, missing);
+    resolve(library, "PLUGIN_CLEANUP_FUNCTION", found.cleanup_function, missing);
+    resolve(library, "PLUGIN_CHANGED_CALLBACK", found.changed_callback, missing);
+    resolve(library, "PLUGIN_EXEC_ACTION", found.exec_action, missing);
+    resolve(library, "PLUGIN_NEW_GEOM", found.new_geom, missing);
+    resolve(library, "PLUGIN_RENDER_OPENGL", found.render_opengl, missing);
+    resolve(library, "PLUGIN_DISPATCHER_CALLBACK", found.dispatcher_callback, missing);
+    return missing;
+}
+
+/// Runs PLUGIN_INIT; returns what was wrong.
+std::vector<std::string> register_plugin(Stage& stage, Registration& registration) {
+    Stage* previous = current_stage();
+    make_current(&stage);
+    set_running_registration(&registration);
+    const int32_t returned = registration.plugin.entry_points.init();
+    set_running_registration(nullptr);
+    make_current(previous);
+    std::vector<std::string> problems = find_problems(registration);
+    if (returned != 0) problems.push_back(fmt::format("PLUGIN_INIT returned {}; 0 is right", returned));
+    for (const auto& other : the_plugins)
+        if (other->name == registration.plugin.name)
+            problems.push_back(fmt::format("its name '{}' is that of {}, loaded before", other->name, other->path));
+    return problems;
+}
+
+}  // namespace
+
+const char* to_string(ParameterKind kind) {
+    switch (kind) {
+        case ParameterKind::Int:
+            return "Int";
+        case ParameterKind::Float:
+            return "Float";
+        case ParameterKind::Bool:
+            return "Bool";
+        case ParameterKind::Radio:
+            return "Radio";
+        case ParameterKind::String:
+            return "String";
+        case ParameterKind::Container:
+            return "Container";
+        case ParameterKind::Image:
+            return "Image";
+    }
+    return "";
+}
+
+Result<PluginId> load_plugin(Stage& stage, const std::string& path) {
+    // A bare name would be searched for among the system's libraries.
+    LibraryPtr library(dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (!library) return Error{fmt::format("{}: not a plug-in library: {}", path, dlerror())};
+    for (size_t i = 0; i < the_plugins.size(); ++i)
+        if (the_plugins[i]->library == library.get()) return static_cast<PluginId>(i);
+
+    Registration registration;
+    registration.plugin.path = path;
+    if (const auto missing = resolve_entry_points(library.get(), registration.plugin.entry_points); !missing.empty())
+        return Error{fmt::format("{}: not a plug-in: it does not export {}", path, fmt::join(missing, ", "))};
+    if (const auto problems = register_plugin(stage, registration); !problems.empty())
+        return Error{fmt::format("{}: {}", path, fmt::join(problems, fmt::format("\n{}: ", path)))};
+    registration.plugin.library = library.release();
+    the_plugins.push_back(std::make_unique<Plugin>(std::move(registration.plugin)));
+    return static_cast<PluginId>(the_plugins.size() - 1);
+}
+
+const std::vector<std::unique_ptr<Plugin>>& loaded_plugins() {
+    return the_plugins;
+}
+
+const Plugin& plugin(PluginId id) {
+    return *the_plugins.at(static_cast<size_t>(id));
+}
+
+const ParameterInfo* find_parameter(const Plugin& plugin, std::string_view name) {
+    const auto found = std::find_if(plugin.parameters.begin(), plugin.parameters.end(),
+                                    [&](const ParameterInfo& parameter) { return parameter.name == name; });
+    return found == plugin.parameters.end() ? nullptr : &*found;
+}
+
+const PushButton* find_button(const Plugin& plugin, std::string_view name) {
+    const auto found = std::find_if(plugin.buttons.begin(), plugin.buttons.end(),
+                                    [&](const PushButton& button) { return button.name == name; });
+    return found == plugin.buttons.end() ? nullptr : &*found;
+}
+
+}  // namespace stage

@@ -1,0 +1,44 @@
+#include "complaints.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "stage.h"
+
+namespace stage {
+namespace {
+
+std::string caller_of(const Stage& stage) {
+    if (stage.running.empty()) return "";
+    const RunningCall& call = stage.running.back();
+    const Container* container = find_container(stage, call.instance->container_handle);
+    return fmt::format("{} of {} in '{}'", call.entry_point, plugin(call.instance->plugin).name,
+                       container ? container->name : "");
+}
+
+}  // namespace
+
+void complain(Stage& stage, std::string call, std::string message) {
+    Complaint complaint{std::move(call), caller_of(stage), std::move(message), 1};
+    std::vector<Complaint>& list = stage.complaints.list;
+    const auto same = std::find_if(list.begin(), list.end(), [&](const Complaint& other) {
+        return other.call == complaint.call && other.caller == complaint.caller && other.message == complaint.message;
+    });
+    if (same != list.end())
+        ++same->times;
+    else if (list.size() < kMostComplaints)
+        list.push_back(std::move(complaint));
+    else
+        ++stage.complaints.dropped;
+}
+
+std::string to_string(const Complaint& complaint) {
+    std::string text = complaint.call;
+    if (!complaint.caller.empty()) text += ", called by " + complaint.caller;
+    text += ": " + complaint.message;
+    if (complaint.times > 1) text += fmt::format(" ({} times)", complaint.times);
+    return text;
+}
+
+}  // namespace stage

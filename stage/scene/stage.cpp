@@ -1,0 +1,58 @@
+#include "stage.h"
+
+#include <cstdlib>
+
+namespace stage {
+namespace {
+
+Stage* the_current_stage = nullptr;  // the services have no argument that could carry it
+
+}  // namespace
+
+StagePtr make_stage(const StageOptions& options) {
+    StagePtr stage(new Stage);
+    stage->options = options;
+    stage->clock.frame_period_seconds = options.frame_period_seconds;
+    stage->camera_handle = make_handle(ObjectKind::Camera, kCameraNumber);
+    if (options.shared_random) std::srand(options.seed);
+    make_current(stage.get());
+    return stage;
+}
+
+void DestroyStage::operator()(Stage* stage) const {
+    while (!stage->instance_handles.empty() &&
+           remove_geometry(*stage, find_geometry(*stage, stage->instance_handles.back())->container_handle)) {
+    }
+    if (the_current_stage == stage) the_current_stage = nullptr;
+    delete stage;
+}
+
+Stage* current_stage() {
+    return the_current_stage;
+}
+
+void make_current(Stage* stage) {
+    the_current_stage = stage;
+}
+
+bool is_alive(const Stage& stage, int32_t handle) {
+    return find_container(stage, handle) || find_geometry(stage, handle) || find_image(stage, handle) ||
+           handle == stage.camera_handle || handle == make_handle(ObjectKind::CameraPosition, kCameraNumber) ||
+           handle == make_handle(ObjectKind::CameraDirection, kCameraNumber);
+}
+
+int32_t find_object_by_number(const Stage& stage, int32_t number) {
+    if (number < 1 || number > kLargestNumber) return kNoObject;
+    for (const ObjectKind kind : {ObjectKind::Container, ObjectKind::Geometry, ObjectKind::Image}) {
+        const int32_t handle = make_handle(kind, number);
+        if (is_alive(stage, handle)) return handle;
+    }
+    return kNoObject;
+}
+
+int32_t new_handle(Stage& stage, ObjectKind kind) {
+    if (stage.last_number == kLargestNumber) return kNoObject;
+    return make_handle(kind, ++stage.last_number);
+}
+
+}  // namespace stage

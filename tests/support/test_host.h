@@ -1,0 +1,79 @@
+// A host for scenarios: a Stage with the built smoke plug-in, driven frame by frame and looked at from outside.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "smoke_instance.h"
+#include "stage/call_log.h"
+#include "stage/plugins/frames.h"
+#include "stage/scene/stage.h"
+
+namespace tovu {
+
+/// A smoke in the scene.
+struct SmokeHandle {
+    int32_t container = -1;
+    int32_t geometry = -1;
+};
+
+/// A host with one Stage, current while it lives. All instances draw from the process-wide `rand`, seeded with `seed`
+/// here, so that a test can draw the same numbers itself. What goes wrong in its own functions is thrown as
+/// std::runtime_error with the Stage's message, which fails the test. OpenGL is silent until a test sets it.
+class TestHost {
+  public:
+    explicit TestHost(uint32_t seed = 1, double period_seconds = 0.02);
+
+    stage::Stage& stage() { return *stage_; }
+    stage::PluginId smoke_plugin() const { return plugin_; }
+
+    /// A container with a smoke of these values; the rest are defaults.
+    SmokeHandle add_smoke(const stage::ParameterValues& values = {}, const std::string& name = "smoke",
+                          int32_t parent_container = -1);
+    /// A container with these outlines.
+    int32_t add_outlines(const std::string& name, std::vector<stage::Mesh> meshes, int32_t parent_container = -1);
+
+    /// For its placement, visibility and look. The reference stays good while the container lives.
+    stage::Container& container(SmokeHandle smoke);
+    stage::Container& container(int32_t container_handle);
+
+    void set(SmokeHandle smoke, std::string_view parameter, const stage::ParameterValue& value);
+    stage::ParameterValue get(SmokeHandle smoke, std::string_view parameter);
+    void press(SmokeHandle smoke, std::string_view button);
+
+    /// Simulates this many frames, frame 0 first.
+    void run_frames(int count);
+    /// One pass of the smoke, as the host asks for it, without any state around it.
+    void render(SmokeHandle smoke, int32_t render_flags = 0, float opacity = 1.0f);
+
+    /// The instance's block as the plug-in left it, also for writing.
+    SmokeInstance& block(SmokeHandle smoke);
+    int active_count(SmokeHandle smoke);
+    /// The lists from head to tail. Throws where links do not fit together: prev of the first not null, prev of the
+    /// next not the one before, more records than a pool can have.
+    std::vector<Particle*> active(SmokeHandle smoke);
+    std::vector<Particle*> inactive(SmokeHandle smoke);
+    std::vector<Particle*> deleted(SmokeHandle smoke);
+
+    bool has_bounding_box(SmokeHandle smoke);
+    /// As sent last; throws when none was sent.
+    stage::BoundingBox bounding_box(SmokeHandle smoke);
+
+    /// Every call of the plug-in to the host from now on, services and recorded OpenGL alike.
+    void start_recording();
+    /// What was recorded since, as text: "_api__object_valid(33554433)".
+    std::vector<std::string> calls() const;
+    std::vector<std::string> call_names() const;
+    int count_calls(std::string_view name) const;
+
+    /// What the plug-in did against the contract, a line each; empty is right.
+    std::vector<std::string> complaints() const;
+
+  private:
+    stage::StagePtr stage_;
+    stage::PluginId plugin_ = 0;
+};
+
+}  // namespace tovu
