@@ -41,7 +41,7 @@ void append_call(Call call) {
 std::string to_string(const Call& call) {
     std::string text = call.name + "(";
     for (const CallArgument& argument : call.arguments) {
-        if (text.back() != '(') text += ", ";
+        if (&argument != call.arguments.data()) text += ", ";
         if (const double* number = std::get_if<double>(&argument))
             text += fmt::format("{}", *number);
         else
