@@ -28,10 +28,8 @@ function(tovu_optimise target)
 endfunction()
 
 # A plug-in library: a module under plugins/ in the build tree that exports its entry points and nothing else.
+include(TovuPlugin)
 function(tovu_plugin target)
-  set_target_properties(${target} PROPERTIES
-    PREFIX "" SUFFIX ".so"
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/plugins
-    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/plugin_exports.map)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/plugin_exports.map)
+  tovu_export_entry_points(${target})
+  set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/plugins)
 endfunction()

@@ -11,9 +11,11 @@
  * One particle. The smoke owns every record: it alone allocates, links and frees them. Field order and types are a
  * fixed interface between separately built plug-ins; the offsets in brackets are those of a build with 4-byte pointers.
  * A consumer may read every field and write any but `next` and `prev`, on the host's thread, between the smoke's calls.
+ * Keep 0 <= `age` <= `life`: colour and opacity are looked up at age / life. A record that was never born has set only
+ * `position`, `velocity` and the fields from `accelerated` on, all to 0.
  */
 typedef struct Particle {
-    Vector3 position;      /**< [0] container units under Reference Local, world units under World; fixed at birth */
+    Vector3 position;      /**< [0] container units under the smoke's Reference Local, world units under World */
     Vector3 velocity;      /**< [12] displacement per frame, added to `position` once a frame */
     uint8_t color[3];      /**< [24] red, green, blue, 0 to 255; not kept up to date while Use Array is on */
     float alpha;           /**< [28] opacity, 0 to 255; not kept up to date while Use Array is on */
@@ -28,10 +30,12 @@ typedef struct Particle {
     float life;            /**< [64] seconds to live; the particle dies in the first frame in which `age` exceeds it */
     int32_t accelerated;   /**< [68] 1 once Death Acceleration has cut this particle's life, else 0 */
     int32_t reserved;      /**< [72] 0 in a new record, used by nobody since */
-    struct Particle *next; /**< [76] next record of the same list, null at the tail */
-    struct Particle *prev; /**< [80] previous record of the same list, null at the head */
-    int32_t claimed;       /**< [84] nonzero while the consumer holds the particle; set by the consumer alone */
-    uint8_t released;      /**< [88] nonzero once the consumer has handed the particle back; set by the consumer alone */
+    struct Particle* next; /**< [76] next record of the same list, null at the tail */
+    struct Particle* prev; /**< [80] previous record of the same list, null at the head */
+    int32_t claimed;       /**< [84] nonzero while the consumer holds the particle: set by it alone, any value;
+                                cleared at birth and by a detach */
+    uint8_t released;      /**< [88] nonzero once the consumer has handed the particle back: set by it alone;
+                                cleared at birth */
 } Particle;
 
 #endif

@@ -6,17 +6,28 @@
 
 /*
  * A smoke whose Spawn Type is Container sends these to the geometry of its spawn container through
- * `_api__geom_dispatcher`. The reply is the address of an `int32_t` that holds 0; a request is taken as answered with
- * yes when the dispatcher and that slot are both nonzero. Points are three floats, under the smoke's Reference.
+ * `_api__geom_dispatcher`, inside the smoke's PLUGIN_NEW_GEOM. The reply is the address of an `int32_t` that holds 0; a
+ * request is taken as answered with yes when the dispatcher's result and that slot are both nonzero. Leave the slot
+ * alone for no. The points are the smoke's and valid during the call only.
  */
 
-/** Will this geometry supply spawn points itself? data: null. Sent once a frame, before any other request. */
-#define TOVU_REQUEST_SUPPLIES_SPAWN_POINTS ((int32_t)0x5350574E) /* 'SPWN' */
+/**
+ * Will this geometry supply spawn points itself? data: null. Sent once a frame, before any other request of the frame;
+ * after a no the smoke reads the geometry's meshes instead.
+ */
+#define TOVU_REQUEST_SUPPLIES_SPAWN_POINTS INT32_C(0x5350574E) /* 'SPWN' */
 
-/** Write a spawn point. data: `float[3]` to fill. Sent once for every particle that is born; no means no birth. */
-#define TOVU_REQUEST_NEW_SPAWN_POINT ((int32_t)0x4E455750) /* 'NEWP' */
+/**
+ * Write a spawn point. data: `float[3]` to fill, in the coordinates of the smoke's container, which under Reference
+ * World the smoke itself maps on to the world. Sent once for every particle that is to be born; no means no birth.
+ */
+#define TOVU_REQUEST_NEW_SPAWN_POINT INT32_C(0x4E455750) /* 'NEWP' */
 
-/** Is this point inside? data: `float[3]`, not to be written. Sent for particles under Death Acceleration. */
-#define TOVU_REQUEST_IS_INSIDE ((int32_t)0x4953494E) /* 'ISIN' */
+/**
+ * Is this point inside? data: `float[3]`, not to be written: a particle's position, in the coordinates of the smoke's
+ * container under Reference Local, of the world under World. Sent every frame while the smoke's Death Acceleration is
+ * below 100, for each particle that it has not cut yet.
+ */
+#define TOVU_REQUEST_IS_INSIDE INT32_C(0x4953494E) /* 'ISIN' */
 
 #endif

@@ -1,8 +1,8 @@
-/* Shared by hosts and plug-ins: three floats in a row, as positions, directions and angles cross the boundary. C11 and C++. */
+/* Shared by hosts and plug-ins: three floats in a row, for positions, directions and angles. C11 and C++. */
 #ifndef TOVU_HOST_VECTOR3_H
 #define TOVU_HOST_VECTOR3_H
 
-/** Three contiguous floats: a pointer to `x` is a pointer to three floats, which is how OpenGL and other plug-ins take it. */
+/** Three contiguous floats: a pointer to `x` is a pointer to three floats, as OpenGL and requests take it. */
 typedef struct Vector3 {
     float x;
     float y;

@@ -1,0 +1,30 @@
+# What `cmake --install` lays out. Component SDK: the headers, the CMake package, the pkg-config file, and samples and
+# documents to learn from. Component Plugins: the plug-in library.
+include(CMakePackageConfigHelpers)
+set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
+
+list(TRANSFORM TOVU_SDK_HEADERS PREPEND ${TOVU_SDK_SOURCE_DIR}/ OUTPUT_VARIABLE sdk_header_files)
+install(FILES ${sdk_header_files} DESTINATION include/tovu COMPONENT SDK)
+
+install(TARGETS tovu_sdk EXPORT TovuSmokeTargets COMPONENT SDK)
+install(EXPORT TovuSmokeTargets NAMESPACE TovuSmoke:: DESTINATION ${TOVU_PACKAGE_DIR} COMPONENT SDK)
+file(WRITE ${PROJECT_BINARY_DIR}/TovuSmokeConfig.cmake
+  "include(\${CMAKE_CURRENT_LIST_DIR}/TovuSmokeTargets.cmake)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/TovuPlugin.cmake)\n")
+# Headers alone have no word size: one installation serves 64-bit and 32-bit builds.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TovuSmokeConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+install(FILES
+  ${PROJECT_BINARY_DIR}/TovuSmokeConfig.cmake ${PROJECT_BINARY_DIR}/TovuSmokeConfigVersion.cmake
+  ${PROJECT_SOURCE_DIR}/cmake/TovuPlugin.cmake ${PROJECT_SOURCE_DIR}/cmake/plugin_exports.map
+  DESTINATION ${TOVU_PACKAGE_DIR} COMPONENT SDK)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/tovusmoke.pc.in ${PROJECT_BINARY_DIR}/tovusmoke.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION lib/pkgconfig COMPONENT SDK)
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
+  FILES_MATCHING REGEX "/[^/]+/" PATTERN "*.c" PATTERN "*.cpp" PATTERN "*.h" PATTERN "CMakeLists.txt"
+  PATTERN "faulty" EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/plugin-authors.md
+  DESTINATION share/doc/tovu COMPONENT SDK OPTIONAL)
+
+install(TARGETS TovuSmoke LIBRARY DESTINATION lib/tovu/plugins COMPONENT Plugins)
