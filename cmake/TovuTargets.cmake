@@ -13,8 +13,12 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
-# Without contraction every compiler rounds alike, so that builds agree to the bit.
+# Without contraction every compiler rounds alike, so that builds agree to the bit. On 32-bit x86 the default unit keeps
+# more digits than a float has; the vector unit does not.
 add_compile_options(-ffp-contract=off)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i.86|AMD64")
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
 
 # Warnings are errors in our own code. Headers of libraries are system headers and stay out of it.
 add_library(tovu_warnings INTERFACE)

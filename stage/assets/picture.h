@@ -9,6 +9,7 @@ namespace stage {
 
 /// OpenGL's pixel format codes, as the image services report them to plug-ins.
 enum PictureFormat : int32_t {
+    kPictureAlpha = 0x1906,
     kPictureRgb = 0x1907,
     kPictureRgba = 0x1908,
     kPictureLuminance = 0x1909,
@@ -25,6 +26,7 @@ struct Picture {
 
 constexpr int32_t bytes_per_pixel(PictureFormat format) {
     switch (format) {
+        case kPictureAlpha:
         case kPictureLuminance:
             return 1;
         case kPictureLuminanceAlpha:

@@ -38,7 +38,7 @@ STAGE_EXPORT const OpenGlDispatch& current_opengl();
 /// One client array as a glDrawArrays would read it.
 struct RecordedArray {
     int size = 0;               // components per vertex; 0: the array was not enabled
-    unsigned int type = 0;      // as given: GL_FLOAT, GL_SHORT, GL_UNSIGNED_BYTE
+    unsigned int type = 0;      // as given: GL_FLOAT, GL_SHORT, GL_UNSIGNED_BYTE; others leave values empty
     std::vector<float> values;  // size × count numbers, each as it stood in memory (a byte as 0…255)
 };
 

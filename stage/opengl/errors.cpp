@@ -1,0 +1,45 @@
+#include "stage/opengl/errors.h"
+
+#include <epoxy/gl.h>
+#include <fmt/format.h>
+
+namespace stage {
+namespace {
+
+std::string error_words(GLenum error) {
+    switch (error) {
+        case GL_INVALID_ENUM:
+            return "invalid enumerant";
+        case GL_INVALID_VALUE:
+            return "invalid value";
+        case GL_INVALID_OPERATION:
+            return "invalid operation in this state";
+        case GL_STACK_OVERFLOW:
+            return "matrix stack overflow";
+        case GL_STACK_UNDERFLOW:
+            return "matrix stack underflow";
+        case GL_OUT_OF_MEMORY:
+            return "out of memory";
+        case GL_INVALID_FRAMEBUFFER_OPERATION:
+            return "incomplete framebuffer";
+        default:
+            return fmt::format("OpenGL error {:#06x}", error);
+    }
+}
+
+/// A lost context answers with errors for ever.
+constexpr int kMostFlags = 16;
+
+}  // namespace
+
+std::vector<std::string> take_opengl_errors() {
+    std::vector<std::string> errors;
+    for (int i = 0; i < kMostFlags; ++i) {
+        const GLenum error = glGetError();
+        if (error == GL_NO_ERROR) break;
+        errors.push_back(error_words(error));
+    }
+    return errors;
+}
+
+}  // namespace stage

@@ -1,0 +1,12 @@
+// OpenGL's error flags as words. Inside the library only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace stage {
+
+/// Reads and clears all error flags of the current context. Not between glBegin and glEnd.
+std::vector<std::string> take_opengl_errors();
+
+}  // namespace stage

@@ -1,0 +1,153 @@
+#include "stage/opengl/framebuffer.h"
+
+#include <epoxy/gl.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace stage {
+
+struct Framebuffer::Objects {
+    int32_t width = 0;
+    int32_t height = 0;
+    GLuint framebuffer = 0;
+    GLuint color = 0;
+    GLuint depth_stencil = 0;
+
+    Objects() = default;
+    Objects(const Objects&) = delete;
+    Objects& operator=(const Objects&) = delete;
+    ~Objects() {
+        glDeleteFramebuffers(1, &framebuffer);  // numbers that are 0 are passed over
+        glDeleteTextures(1, &color);
+        glDeleteRenderbuffers(1, &depth_stencil);
+    }
+};
+
+namespace {
+
+GLuint make_color_texture(int32_t width, int32_t height, FrameDepth depth) {
+    GLuint color = 0;
+    glPushAttrib(GL_TEXTURE_BIT);
+    glActiveTexture(GL_TEXTURE0);
+    glGenTextures(1, &color);
+    glBindTexture(GL_TEXTURE_2D, color);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    const GLint format = depth == FrameDepth::kFloat16 ? GL_RGBA16F : GL_RGBA8;
+    glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, GL_RGBA, GL_FLOAT, nullptr);
+    glPopAttrib();
+    return color;
+}
+
+GLuint make_depth_stencil(int32_t width, int32_t height) {
+    GLuint depth_stencil = 0;
+    glGenRenderbuffers(1, &depth_stencil);
+    glBindRenderbuffer(GL_RENDERBUFFER, depth_stencil);
+    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
+    glBindRenderbuffer(GL_RENDERBUFFER, 0);
+    return depth_stencil;
+}
+
+/// 0…255, nearest; what is not a number is 0.
+uint8_t to_byte(float value) {
+    if (!(value > 0.0f)) return 0;
+    return static_cast<uint8_t>(std::min(value, 1.0f) * 255.0f + 0.5f);
+}
+
+}  // namespace
+
+Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDepth depth) {
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &limit);
+    if (width < 1 || height < 1 || width > limit || height > limit)
+        return Error{fmt::format("a frame of {} x {} pixels: both must be 1 to {}", width, height, limit)};
+
+    auto objects = std::make_unique<Objects>();
+    objects->width = width;
+    objects->height = height;
+    objects->color = make_color_texture(width, height, depth);
+    objects->depth_stencil = make_depth_stencil(width, height);
+    GLint previous = 0;
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
+    glGenFramebuffers(1, &objects->framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, objects->framebuffer);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, objects->color, 0);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, objects->depth_stencil);
+    const GLenum status = glCheckFramebufferStatus(GL_FRAMEBUFFER);
+    glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previous));
+    if (status != GL_FRAMEBUFFER_COMPLETE)
+        return Error{fmt::format("the renderer can't draw into a frame of {} x {} pixels with {} (status {:#06x})",
+                                 width, height, depth == FrameDepth::kFloat16 ? "16-bit floats" : "8 bits", status)};
+    return Framebuffer(std::move(objects));
+}
+
+int32_t Framebuffer::width() const {
+    return objects_->width;
+}
+
+int32_t Framebuffer::height() const {
+    return objects_->height;
+}
+
+unsigned int Framebuffer::texture() const {
+    return objects_->color;
+}
+
+void Framebuffer::bind() const {
+    glBindFramebuffer(GL_FRAMEBUFFER, objects_->framebuffer);
+    glViewport(0, 0, objects_->width, objects_->height);
+}
+
+void Framebuffer::clear(const FrameColor& color) const {
+    bind();
+    glPushAttrib(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT | GL_SCISSOR_BIT);
+    glDisable(GL_SCISSOR_TEST);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDepthMask(GL_TRUE);
+    glStencilMask(~0u);
+    // What is stored is colour × coverage.
+    glClearColor(color.red * color.alpha, color.green * color.alpha, color.blue * color.alpha, color.alpha);
+    glClearDepth(1.0);
+    glClearStencil(0);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    glPopAttrib();
+}
+
+Picture Framebuffer::read() const {
+    const size_t pixel_count = static_cast<size_t>(objects_->width) * static_cast<size_t>(objects_->height);
+    std::vector<float> stored(pixel_count * 4);
+    GLint previous = 0;
+    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &previous);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, objects_->framebuffer);
+    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_PACK_SKIP_ROWS, 0);
+    glPixelStorei(GL_PACK_SKIP_PIXELS, 0);
+    glReadPixels(0, 0, objects_->width, objects_->height, GL_RGBA, GL_FLOAT, stored.data());
+    glPopClientAttrib();
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(previous));
+
+    Picture picture{objects_->width, objects_->height, kPictureRgba, std::vector<uint8_t>(pixel_count * 4)};
+    for (size_t i = 0; i < stored.size(); i += 4) {
+        const float alpha = stored[i + 3];
+        picture.bytes[i + 3] = to_byte(alpha);
+        if (picture.bytes[i + 3] == 0) continue;
+        for (size_t channel = 0; channel < 3; ++channel)
+            picture.bytes[i + channel] = to_byte(stored[i + channel] / alpha);
+    }
+    return picture;
+}
+
+Framebuffer::Framebuffer(std::unique_ptr<Objects> objects) : objects_(std::move(objects)) {}
+Framebuffer::Framebuffer(Framebuffer&&) noexcept = default;
+Framebuffer& Framebuffer::operator=(Framebuffer&&) noexcept = default;
+Framebuffer::~Framebuffer() = default;
+
+}  // namespace stage

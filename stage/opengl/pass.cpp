@@ -1,0 +1,165 @@
+#include "stage/opengl/pass.h"
+
+#include <epoxy/gl.h>
+#include <fmt/format.h>
+
+#include "stage/opengl/dispatch.h"
+#include "stage/opengl/errors.h"
+
+namespace stage {
+namespace {
+
+using Constants = std::initializer_list<unsigned int>;
+
+constexpr int kStackCount = 3;
+
+struct StackKind {
+    GLenum mode;
+    GLenum depth_query;
+    GLenum matrix_query;
+    const char* name;
+};
+
+constexpr StackKind kStacks[kStackCount] = {
+    {GL_PROJECTION, GL_PROJECTION_STACK_DEPTH, GL_PROJECTION_MATRIX, "GL_PROJECTION"},
+    {GL_MODELVIEW, GL_MODELVIEW_STACK_DEPTH, GL_MODELVIEW_MATRIX, "GL_MODELVIEW"},
+    {GL_TEXTURE, GL_TEXTURE_STACK_DEPTH, GL_TEXTURE_MATRIX, "GL_TEXTURE"},
+};
+
+/// Matrix stacks, programs and vertex array objects are no part of OpenGL's attribute stacks.
+struct SavedState {
+    GLint depths[kStackCount];
+    PassMatrix matrices[kStackCount];
+    GLint program = 0;
+    GLint vertex_array = 0;
+    OpenGlDispatch dispatch;
+};
+
+SavedState save_state() {
+    SavedState saved{};
+    saved.dispatch = current_opengl();
+    glGetIntegerv(GL_CURRENT_PROGRAM, &saved.program);
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &saved.vertex_array);
+    glUseProgram(0);
+    glBindVertexArray(0);  // first: the client attributes to save are those of the object that plug-ins change
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    glActiveTexture(GL_TEXTURE0);  // the texture stack and the client arrays are those of the first unit
+    glClientActiveTexture(GL_TEXTURE0);
+    for (int i = 0; i < kStackCount; ++i) {
+        glGetIntegerv(kStacks[i].depth_query, &saved.depths[i]);
+        glGetFloatv(kStacks[i].matrix_query, saved.matrices[i].data());
+    }
+    return saved;
+}
+
+void set_matrices(const PassSettings& settings) {
+    constexpr float kShortToOne =
+        1.0f / 32767.0f;  // texture coordinates come as shorts, which OpenGL doesn't normalise
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(settings.projection_view.data());
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glScalef(kShortToOne, kShortToOne, 1.0f);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixf(settings.world.data());
+}
+
+void set_texture(unsigned int texture) {
+    for (const unsigned int target : Constants{GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP})
+        glDisable(target);
+    if (texture == 0) return;
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+}
+
+void set_client_state() {
+    for (const unsigned int array : Constants{GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY})
+        glDisableClientState(array);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);  // array pointers are addresses in memory
+}
+
+void set_state(const PassSettings& settings) {
+    set_matrices(settings);
+    set_texture(settings.texture);
+    set_client_state();
+    for (const unsigned int off : Constants{GL_LIGHTING, GL_CULL_FACE, GL_FOG, GL_STENCIL_TEST, GL_FRAMEBUFFER_SRGB})
+        glDisable(off);
+    glEnable(GL_BLEND);
+    glBlendEquation(GL_FUNC_ADD);
+    glBlendFuncSeparate(GL_SRC_ALPHA, settings.blend == PassBlend::kAdditive ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA, GL_ONE,
+                        GL_ONE_MINUS_SRC_ALPHA);
+    glEnable(GL_ALPHA_TEST);
+    glAlphaFunc(GL_GREATER, settings.alpha_reference);
+    (settings.depth_test ? glEnable : glDisable)(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glDepthMask(GL_TRUE);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    glShadeModel(GL_SMOOTH);
+    glLineWidth(1.0f);
+    glPointSize(1.0f);
+    glColor4fv(settings.color.data());
+}
+
+/// Between glBegin and glEnd OpenGL answers no question: the value asked for stays as it was.
+bool is_inside_begin() {
+    GLint depth = -1;
+    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
+    return depth == -1;
+}
+
+void end_open_begin(std::vector<std::string>& complaints) {
+    if (!is_inside_begin()) return;
+    glEnd();
+    take_opengl_errors();  // of the question
+    complaints.emplace_back("a glBegin was left without its glEnd");
+}
+
+void restore_stack(const StackKind& stack, GLint depth_before, const PassMatrix& matrix,
+                   std::vector<std::string>& complaints) {
+    GLint depth = 0;
+    glGetIntegerv(stack.depth_query, &depth);
+    if (depth > depth_before)
+        complaints.push_back(
+            fmt::format("{} glPushMatrix on {} without glPopMatrix", depth - depth_before, stack.name));
+    if (depth < depth_before)
+        complaints.push_back(
+            fmt::format("{} glPopMatrix on {} without glPushMatrix", depth_before - depth, stack.name));
+    glMatrixMode(stack.mode);
+    for (; depth > depth_before; --depth) glPopMatrix();
+    for (; depth < depth_before; ++depth) glPushMatrix();
+    glLoadMatrixf(matrix.data());
+}
+
+void restore_state(const SavedState& saved, std::vector<std::string>& complaints) {
+    glActiveTexture(GL_TEXTURE0);
+    for (int i = 0; i < kStackCount; ++i) restore_stack(kStacks[i], saved.depths[i], saved.matrices[i], complaints);
+    glPopClientAttrib();
+    glPopAttrib();
+    glBindVertexArray(static_cast<GLuint>(saved.vertex_array));
+    glUseProgram(static_cast<GLuint>(saved.program));
+    use_opengl(saved.dispatch);
+}
+
+}  // namespace
+
+std::vector<std::string> draw_pass(const PassSettings& settings, const PassCallback& draw) {
+    std::vector<std::string> complaints;
+    const SavedState saved = save_state();
+    set_state(settings);
+    take_opengl_errors();  // of others
+    take_opengl_complaints();
+
+    use_opengl(settings.check_every_call ? checking_opengl() : real_opengl());
+    draw(settings.render_flags, settings.opacity);
+
+    end_open_begin(complaints);
+    for (std::string& complaint : take_opengl_complaints()) complaints.push_back(std::move(complaint));
+    for (const std::string& error : take_opengl_errors()) complaints.push_back("OpenGL: " + error);
+    restore_state(saved, complaints);
+    return complaints;
+}
+
+}  // namespace stage

@@ -1,0 +1,83 @@
+// The dispatch table on the real OpenGL, plain and with a look for errors after every call.
+#include <epoxy/gl.h>
+#include <fmt/format.h>
+
+#include <type_traits>
+#include <utility>
+
+#include "stage/call_log.h"
+#include "stage/opengl/dispatch.h"
+#include "stage/opengl/errors.h"
+
+namespace stage {
+namespace {
+
+constinit const OpenGlDispatch kRealOpenGl = {
+#define OPENGL_FUNCTION(name, parameters, arguments, recorded) .name = [] parameters { gl##name arguments; },
+#include "stage/opengl/opengl_functions.def"
+};
+
+/// Most complaints that are kept: a plug-in that does something wrong for every particle says so often enough.
+constexpr size_t kMostComplaints = 100;
+
+struct Checker {
+    bool between_begin_and_end = false;
+    std::vector<std::string> complaints;
+};
+
+Checker& checker() {
+    static Checker the_checker;  // the calls have no argument that could carry it
+    return the_checker;
+}
+
+template <class... Arguments>
+std::string call_text(const char* name, Arguments... arguments) {
+    Call call{name, {}};
+    (call.arguments.emplace_back(static_cast<double>(arguments)), ...);
+    return to_string(call);
+}
+
+/// `text` makes the call's text, which is wanted only when something is wrong.
+template <class Text>
+void check_call(const Text& text) {
+    // Between glBegin and glEnd glGetError itself is an error; what went wrong there shows after glEnd.
+    if (checker().between_begin_and_end) return;
+    for (const std::string& error : take_opengl_errors())
+        if (checker().complaints.size() < kMostComplaints)
+            checker().complaints.push_back(fmt::format("{}: {}", text(), error));
+}
+
+template <class Function>
+void note_begin_and_end(Function OpenGlDispatch::*called) {
+    if constexpr (std::is_same_v<Function, decltype(OpenGlDispatch::Begin)>)
+        if (called == &OpenGlDispatch::Begin) checker().between_begin_and_end = true;
+    if constexpr (std::is_same_v<Function, decltype(OpenGlDispatch::End)>)
+        if (called == &OpenGlDispatch::End) checker().between_begin_and_end = false;
+}
+
+constinit const OpenGlDispatch kCheckingOpenGl = {
+#define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
+    .name = [] parameters {                                    \
+        gl##name arguments;                                    \
+        note_begin_and_end(&OpenGlDispatch::name);             \
+        check_call([&] { return call_text recorded; });        \
+    },
+#include "stage/opengl/opengl_functions.def"
+};
+
+}  // namespace
+
+const OpenGlDispatch& real_opengl() {
+    return kRealOpenGl;
+}
+
+const OpenGlDispatch& checking_opengl() {
+    checker().between_begin_and_end = false;
+    return kCheckingOpenGl;
+}
+
+std::vector<std::string> take_opengl_complaints() {
+    return std::exchange(checker().complaints, {});
+}
+
+}  // namespace stage

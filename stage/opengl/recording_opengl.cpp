@@ -1,0 +1,158 @@
+// The dispatch table that writes down what it is told, client arrays included.
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "stage/call_log.h"
+#include "stage/opengl/dispatch.h"
+
+namespace stage {
+namespace {
+
+struct ClientArray {
+    bool enabled = false;
+    int size = 0;
+    unsigned int type = 0;
+    int stride = 0;
+    const void* pointer = nullptr;
+};
+
+struct Recorder {
+    ClientArray vertices;
+    ClientArray colors;
+    ClientArray texcoords;
+    std::vector<RecordedDraw> draws;
+};
+
+Recorder& recorder() {
+    static Recorder the_recorder;  // the calls have no argument that could carry it
+    return the_recorder;
+}
+
+void set_enabled(unsigned int array, bool enabled) {
+    switch (array) {
+        case GL_VERTEX_ARRAY:
+            recorder().vertices.enabled = enabled;
+            break;
+        case GL_COLOR_ARRAY:
+            recorder().colors.enabled = enabled;
+            break;
+        case GL_TEXTURE_COORD_ARRAY:
+            recorder().texcoords.enabled = enabled;
+            break;
+        default:
+            break;
+    }
+}
+
+void point_at(ClientArray& array, int size, unsigned int type, int stride, const void* pointer) {
+    array = {array.enabled, size, type, stride, pointer};
+}
+
+template <class Component>
+void copy_values(const ClientArray& array, int first, int count, std::vector<float>& values) {
+    const size_t size = static_cast<size_t>(array.size);
+    const size_t stride = array.stride > 0 ? static_cast<size_t>(array.stride) : size * sizeof(Component);
+    const auto* start = static_cast<const unsigned char*>(array.pointer) + static_cast<size_t>(first) * stride;
+    for (size_t vertex = 0; vertex < static_cast<size_t>(count); ++vertex) {
+        for (size_t component = 0; component < size; ++component) {
+            Component value;
+            std::memcpy(&value, start + vertex * stride + component * sizeof(Component), sizeof value);
+            values.push_back(static_cast<float>(value));
+        }
+    }
+}
+
+RecordedArray read_array(const ClientArray& array, int first, int count) {
+    RecordedArray read;
+    if (!array.enabled || array.pointer == nullptr || array.size < 1 || first < 0 || count < 0) return read;
+    read.size = array.size;
+    read.type = array.type;
+    read.values.reserve(static_cast<size_t>(count) * static_cast<size_t>(array.size));
+    switch (array.type) {
+        case GL_FLOAT:
+            copy_values<GLfloat>(array, first, count, read.values);
+            break;
+        case GL_SHORT:
+            copy_values<GLshort>(array, first, count, read.values);
+            break;
+        case GL_UNSIGNED_BYTE:
+            copy_values<GLubyte>(array, first, count, read.values);
+            break;
+        default:
+            break;
+    }
+    return read;
+}
+
+void record_draw(unsigned int mode, int first, int count) {
+    if (!is_recording_calls()) return;
+    const Recorder& r = recorder();
+    RecordedDraw draw{recorded_calls().size(), mode, first, count, {}, {}, {}};
+    draw.vertices = read_array(r.vertices, first, count);
+    draw.colors = read_array(r.colors, first, count);
+    draw.texcoords = read_array(r.texcoords, first, count);
+    recorder().draws.push_back(std::move(draw));
+}
+
+/// Takes the arguments that are not written down, addresses, as used.
+template <class... Arguments>
+void leave_out(Arguments...) {}
+
+constexpr OpenGlDispatch kPlainRecording = {
+#define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
+    .name = [] parameters {                                    \
+        leave_out arguments;                                   \
+        record_call recorded;                                  \
+    },
+#include "stage/opengl/opengl_functions.def"
+};
+
+/// Six calls say more than their numbers: which arrays there are, and when they are read.
+constexpr OpenGlDispatch recording_with_arrays() {
+    OpenGlDispatch dispatch = kPlainRecording;
+    dispatch.VertexPointer = [](int size, unsigned int type, int stride, const void* pointer) {
+        point_at(recorder().vertices, size, type, stride, pointer);
+        kPlainRecording.VertexPointer(size, type, stride, pointer);
+    };
+    dispatch.ColorPointer = [](int size, unsigned int type, int stride, const void* pointer) {
+        point_at(recorder().colors, size, type, stride, pointer);
+        kPlainRecording.ColorPointer(size, type, stride, pointer);
+    };
+    dispatch.TexCoordPointer = [](int size, unsigned int type, int stride, const void* pointer) {
+        point_at(recorder().texcoords, size, type, stride, pointer);
+        kPlainRecording.TexCoordPointer(size, type, stride, pointer);
+    };
+    dispatch.EnableClientState = [](unsigned int array) {
+        set_enabled(array, true);
+        kPlainRecording.EnableClientState(array);
+    };
+    dispatch.DisableClientState = [](unsigned int array) {
+        set_enabled(array, false);
+        kPlainRecording.DisableClientState(array);
+    };
+    dispatch.DrawArrays = [](unsigned int mode, int first, int count) {
+        record_draw(mode, first, count);
+        kPlainRecording.DrawArrays(mode, first, count);
+    };
+    return dispatch;
+}
+
+constinit const OpenGlDispatch kRecordingOpenGl = recording_with_arrays();
+
+}  // namespace
+
+const OpenGlDispatch& recording_opengl() {
+    return kRecordingOpenGl;
+}
+
+const std::vector<RecordedDraw>& recorded_draws() {
+    return recorder().draws;
+}
+
+void forget_recorded_draws() {
+    recorder().draws.clear();
+}
+
+}  // namespace stage

@@ -1,0 +1,87 @@
+#include "stage/opengl/textures.h"
+
+#include <epoxy/gl.h>
+#include <fmt/format.h>
+
+#include "stage/opengl/errors.h"
+
+namespace stage {
+namespace {
+
+/// What is wrong with a picture, or nothing.
+std::string picture_problem(const Picture& picture) {
+    if (picture.width < 1 || picture.height < 1)
+        return fmt::format("a texture of {} x {} pixels: both must be at least 1", picture.width, picture.height);
+    const size_t needed = picture_byte_count(picture.width, picture.height, picture.format);
+    if (picture.bytes.size() < needed)
+        return fmt::format("a texture of {} x {} pixels with {} bytes: it needs {}", picture.width, picture.height,
+                           picture.bytes.size(), needed);
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
+    if (picture.width > limit || picture.height > limit)
+        return fmt::format("a texture of {} x {} pixels: the renderer takes at most {} x {}", picture.width,
+                           picture.height, limit, limit);
+    return {};
+}
+
+GLint sized_format(PictureFormat format) {
+    switch (format) {
+        case kPictureAlpha:
+            return GL_ALPHA8;
+        case kPictureLuminance:
+            return GL_LUMINANCE8;
+        case kPictureLuminanceAlpha:
+            return GL_LUMINANCE8_ALPHA8;
+        case kPictureRgb:
+            return GL_RGB8;
+        case kPictureRgba:
+            break;
+    }
+    return GL_RGBA8;
+}
+
+void set_sampling(TextureFilter filter, TextureEdge edge) {
+    const bool smooth = filter == TextureFilter::kSmooth;
+    const GLint wrap = edge == TextureEdge::kClamp ? GL_CLAMP_TO_EDGE : GL_REPEAT;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, smooth ? GL_LINEAR_MIPMAP_LINEAR : GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, smooth ? GL_LINEAR : GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
+}
+
+}  // namespace
+
+Texture::~Texture() {
+    if (number_ != 0) glDeleteTextures(1, &number_);
+}
+
+Result<Texture> make_texture(const Picture& picture, TextureFilter filter, TextureEdge edge) {
+    if (std::string problem = picture_problem(picture); !problem.empty()) return Error{problem};
+    take_opengl_errors();  // of others
+
+    glPushAttrib(GL_TEXTURE_BIT);
+    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+    GLuint number = 0;
+    glGenTextures(1, &number);
+    Texture texture(number);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, number);
+    set_sampling(filter, edge);
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
+    glTexImage2D(GL_TEXTURE_2D, 0, sized_format(picture.format), picture.width, picture.height, 0,
+                 static_cast<GLenum>(picture.format), GL_UNSIGNED_BYTE, picture.bytes.data());
+    if (filter == TextureFilter::kSmooth) glGenerateMipmap(GL_TEXTURE_2D);
+    glPopClientAttrib();
+    glPopAttrib();
+
+    if (const auto errors = take_opengl_errors(); !errors.empty())
+        return Error{fmt::format("a texture of {} x {} pixels can't be made: {}", picture.width, picture.height,
+                                 errors.front())};
+    return texture;
+}
+
+}  // namespace stage
