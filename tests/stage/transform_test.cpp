@@ -1,0 +1,173 @@
+// Placement: what containers and cameras do to points, and what can be read off their matrices.
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "host_services.h"
+#include "stage/scene/stage.h"
+
+namespace stage {
+namespace {
+
+using testing::ElementsAre;
+using testing::FloatNear;
+using testing::Pointwise;
+
+auto is_near(Vector3 expected, float tolerance = 1e-4f) {
+    return testing::AllOf(testing::Field("x", &Vector3::x, FloatNear(expected.x, tolerance)),
+                          testing::Field("y", &Vector3::y, FloatNear(expected.y, tolerance)),
+                          testing::Field("z", &Vector3::z, FloatNear(expected.z, tolerance)));
+}
+
+struct PlacedPoint {
+    const char* name;
+    Placement placement;
+    Vector3 point;
+    Vector3 expected;
+};
+const PlacedPoint kPlacedPoints[] = {
+    {"moves", {{10, 20, 30}, {0, 0, 0}, {1, 1, 1}}, {1, 2, 3}, {11, 22, 33}},
+    {"turns about x from y to z", {{0, 0, 0}, {90, 0, 0}, {1, 1, 1}}, {1, 2, 3}, {1, -3, 2}},
+    {"turns about y from z to x", {{0, 0, 0}, {0, 90, 0}, {1, 1, 1}}, {1, 2, 3}, {3, 2, -1}},
+    {"turns about z from x to y", {{0, 0, 0}, {0, 0, 90}, {1, 1, 1}}, {1, 2, 3}, {-2, 1, 3}},
+    {"turns about z before x", {{0, 0, 0}, {90, 0, 90}, {1, 1, 1}}, {1, 0, 0}, {0, 0, 1}},
+    {"turns about y before x", {{0, 0, 0}, {90, 90, 0}, {1, 1, 1}}, {0, 0, 1}, {1, 0, 0}},
+    {"turns about z before y", {{0, 0, 0}, {0, 90, 90}, {1, 1, 1}}, {0, 1, 0}, {0, 0, 1}},
+    {"scales first and moves last", {{5, 0, 0}, {0, 0, 90}, {2, 3, 4}}, {1, 1, 1}, {5 - 3, 2, 4}},
+};
+
+TEST(Placement, PlacesPoints) {
+    for (const PlacedPoint& row : kPlacedPoints)
+        EXPECT_THAT(transform_point(local_matrix(row.placement), row.point), is_near(row.expected)) << row.name;
+}
+
+class PlacedContainer : public testing::Test {
+  protected:
+    StagePtr stage_ = make_stage();
+    int32_t parent_ = add_container(*stage_, "parent");
+    int32_t child_ = add_container(*stage_, "child", parent_);
+};
+
+TEST_F(PlacedContainer, ChildIsPlacedInItsParent) {
+    find_container(*stage_, parent_)->placement = {{100, 0, 0}, {0, 0, 90}, {2, 2, 2}};
+    find_container(*stage_, child_)->placement.position = {1, 0, 0};
+    EXPECT_THAT(transform_point(world_matrix(*stage_, child_), {0, 3, 0}), is_near({100 - 6, 2, 0}));
+
+    Vector3 position{};
+    _api__container_get_absolute_position(child_, &position.x, &position.y, &position.z);
+    EXPECT_THAT(position, is_near({100, 2, 0}));
+}
+
+struct ReadBack {
+    const char* name;
+    Vector3 rotation;
+    Vector3 scale;
+    Vector3 expected_rotation;
+    Vector3 expected_scale;
+};
+const ReadBack kReadBacks[] = {
+    {"unturned", {0, 0, 0}, {1, 1, 1}, {0, 0, 0}, {1, 1, 1}},
+    {"all three angles", {20, -35, 140}, {2, 3, 0.5f}, {20, -35, 140}, {2, 3, 0.5f}},
+    {"angles past the half turn", {200, 10, -190}, {1, 1, 1}, {-160, 10, 170}, {1, 1, 1}},
+    {"y past the quarter turn", {0, 120, 0}, {1, 1, 1}, {180, 60, 180}, {1, 1, 1}},
+    {"at the pole z is 0", {10, 90, 30}, {1, 1, 1}, {40, 90, 0}, {1, 1, 1}},
+    {"a mirror is in x", {0, 0, 0}, {1, -2, 1}, {0, 0, -180}, {-1, 2, 1}},
+    {"an axis scaled to nothing", {0, 0, 0}, {2, 0, 3}, {0, 0, 0}, {2, 0, 3}},
+};
+
+TEST_F(PlacedContainer, RotationAndScalingAreReadOffTheWorldMatrix) {
+    for (const ReadBack& row : kReadBacks) {
+        find_container(*stage_, child_)->placement = {{7, 8, 9}, row.rotation, row.scale};
+        Vector3 rotation{};
+        Vector3 scale{};
+        _api__container_get_absolute_rotation(child_, &rotation.x, &rotation.y, &rotation.z);
+        _api__container_get_absolute_scaling(child_, &scale.x, &scale.y, &scale.z);
+        // Half turns have two signs that mean the same.
+        if (std::abs(rotation.z - row.expected_rotation.z) > 359) rotation.z = -rotation.z;
+        if (std::abs(rotation.x - row.expected_rotation.x) > 359) rotation.x = -rotation.x;
+        EXPECT_THAT(rotation, is_near(row.expected_rotation, 1e-3f)) << row.name;
+        EXPECT_THAT(scale, is_near(row.expected_scale)) << row.name;
+    }
+}
+
+TEST_F(PlacedContainer, WhatIsReadOffMakesTheSameMatrix) {
+    for (float x = -180; x <= 180; x += 45)
+        for (float y = -90; y <= 90; y += 30)
+            for (float z = -170; z <= 180; z += 50) {
+                find_container(*stage_, parent_)->placement = {{0, 0, 0}, {x, y, z}, {2, 2, 2}};
+                find_container(*stage_, child_)->placement = {{0, 0, 0}, {-z, x, y}, {1, 3, 0.5f}};
+                const Matrix world = world_matrix(*stage_, child_);
+                const Matrix again = local_matrix({{0, 0, 0}, rotation_degrees_of(world), scaling_of(world)});
+                ASSERT_THAT(again, Pointwise(FloatNear(2e-5f), world)) << x << ' ' << y << ' ' << z;
+            }
+}
+
+TEST_F(PlacedContainer, InverseUndoesTheTransformation) {
+    find_container(*stage_, parent_)->placement = {{3, 4, 5}, {30, 40, 50}, {2, 2, 2}};
+    find_container(*stage_, child_)->placement = {{-1, 0, 6}, {15, 0, 80}, {1, 4, 0.5f}};
+    Matrix matrix{};
+    Matrix inverted{};
+    _api__container_get_transformation_matrix(child_, matrix.data());
+    _api__container_get_inverse_matrix(child_, inverted.data());
+    EXPECT_THAT(matrix, world_matrix(*stage_, child_));
+    EXPECT_THAT(multiply(inverted, matrix), Pointwise(FloatNear(1e-5f), kIdentity));
+
+    find_container(*stage_, child_)->placement.scale = {1, 0, 1};
+    _api__container_get_inverse_matrix(child_, inverted.data());
+    EXPECT_EQ(inverted, kIdentity) << "nothing undoes a scale of 0";
+}
+
+struct CameraView {
+    const char* name;
+    float pan, tilt, roll;
+    Vector3 direction;
+    Vector3 top;  // where the camera's +Y points in the world
+};
+const float kHalf = 0.5f;
+const float kCos30 = 0.8660254f;
+const CameraView kCameraViews[] = {
+    {"unturned", 0, 0, 0, {0, 0, -1}, {0, 1, 0}},
+    {"a positive pan looks to the left", 90, 0, 0, {-1, 0, 0}, {0, 1, 0}},
+    {"a positive tilt looks up", 0, 30, 0, {0, kHalf, -kCos30}, {0, kCos30, kHalf}},
+    {"the pan comes first", 90, 30, 0, {-kCos30, kHalf, 0}, {kHalf, kCos30, 0}},
+    {"a positive roll turns the top to the left", 0, 0, 90, {0, 0, -1}, {-1, 0, 0}},
+};
+
+TEST_F(PlacedContainer, CameraLooksWhereItIsTurned) {
+    const int32_t camera = _api__get_cameraid(-1, "RENDERCAMERA", TOVU_OBJECT_CAMERA);
+    for (const CameraView& row : kCameraViews) {
+        stage_->camera.position = {10, 20, 30};
+        stage_->camera.pan_degrees = row.pan;
+        stage_->camera.tilt_degrees = row.tilt;
+        stage_->camera.roll_degrees = row.roll;
+
+        int32_t object = -1;
+        Vector3 seen{};
+        _api__get_camera_position(camera, &object);
+        _api__get_position(object, &seen.x, &seen.y, &seen.z);
+        EXPECT_THAT(seen, is_near({10, 20, 30})) << row.name;
+        _api__get_camera_direction(camera, &object);
+        _api__get_position(object, &seen.x, &seen.y, &seen.z);
+        EXPECT_THAT(seen, is_near(row.direction)) << row.name;
+
+        Matrix view{};
+        _api__get_camera_view_matrix(camera, view.data());
+        const auto ahead = [&](Vector3 way) { return Vector3{10 + 5 * way.x, 20 + 5 * way.y, 30 + 5 * way.z}; };
+        EXPECT_THAT(transform_point(view, ahead(row.direction)), is_near({0, 0, -5})) << row.name;
+        EXPECT_THAT(transform_point(view, ahead(row.top)), is_near({0, 5, 0})) << row.name;
+    }
+}
+
+TEST(Projection, FieldOfViewIsVertical) {
+    Camera camera;
+    camera.field_of_view_degrees = 90;
+    camera.near_distance = 1;
+    camera.far_distance = 3;
+    const Matrix m = projection_matrix(camera, 2);
+    // At distance d the picture reaches d up and 2d to the side; near and far become -1 and 1 after the division by w.
+    EXPECT_THAT(m,
+                ElementsAre(FloatNear(0.5f, 1e-6f), 0, 0, 0, 0, FloatNear(1, 1e-6f), 0, 0, 0, 0, -2, -1, 0, 0, -3, 0));
+}
+
+}  // namespace
+}  // namespace stage
