@@ -21,7 +21,7 @@ inline float plain_degrees(float degrees) {
     return std::fabs(degrees) <= kLargestPlainDegrees ? degrees : std::fmod(degrees, 360.0f);
 }
 
-/// Right to about one unit in the last place for |degrees| up to kLargestPlainDegrees; not a number for one.
+/// Within 1.8 units in the last place for |degrees| up to kLargestPlainDegrees; not a number for one.
 /// 0 gives exactly 0 and 1, and so do the other multiples of 90 their 0, 1 or -1.
 /// The angle is brought to -45…45 in degrees, where a quarter turn is a whole number and nothing is lost; polynomials
 /// through the Chebyshev nodes of that range do the rest.

@@ -1,0 +1,176 @@
+#include "render/quads.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "plain_quads.h"
+#include "render/draw_list.h"
+#include "render/quad_arrays.h"
+
+namespace tovu {
+namespace {
+
+/// An instance with a draw list of its own records, all fields that the quads read set at random.
+struct Scene {
+    std::unique_ptr<SmokeInstance> instance = std::make_unique<SmokeInstance>();
+    std::vector<Particle> particles;
+};
+
+Scene random_scene(DrawMode mode, int32_t count, float largest_turn) {
+    constexpr uint32_t kSeed = 42;
+    std::mt19937 random(kSeed);
+    const auto between = [&random](float low, float high) {
+        return std::uniform_real_distribution<float>(low, high)(random);
+    };
+    Scene scene;
+    SmokeInstance& instance = *scene.instance;
+    instance.draw_mode = mode;
+    instance.draw_count = count;
+    instance.abs_scale = {0.5f, 2.5f, 1.5f};
+    rotate(instance.billboard_matrix, 37.0f, {0.3f, 0.9f, 0.1f});
+    rotate_z(instance.billboard_matrix, 11.0f);
+    translate(instance.transformation_matrix, {3, -4, 5});
+    rotate(instance.transformation_matrix, {10, 20, 30});
+    scale(instance.transformation_matrix, instance.abs_scale);
+    std::memcpy(instance.transformation_copy, instance.transformation_matrix.m, sizeof(instance.transformation_copy));
+    for (auto& rgb : instance.color_table.rgb)
+        for (uint8_t& component : rgb) component = static_cast<uint8_t>(random());
+    for (float& alpha : instance.alpha_table.alpha) alpha = between(0, 1);
+    instance.alpha_table.alpha[kAlphaEntries - 1] = 0.0f;
+
+    scene.particles.resize(static_cast<size_t>(count));
+    for (int32_t i = 0; i < count; ++i) {
+        Particle& p = scene.particles[static_cast<size_t>(i)];
+        p.size_x = between(0.1f, 10);
+        p.size_y = between(0.1f, 10);
+        p.position = {between(-20, 20), between(-20, 20), between(-20, 20)};
+        p.rotation = i % 8 == 0 ? 0.0f : between(-largest_turn, largest_turn);
+        p.path_angle = i % 4 == 0 ? 0.0f : between(-180, 180);
+        p.life = between(0.5f, 5);
+        p.age = i % 16 == 0 ? p.life : between(0, p.life);
+        draw_list[i].particle = &p;
+    }
+    return scene;
+}
+
+/// What single precision leaves of a coordinate, beside what the quad itself may be off by.
+float tolerance(const SmokeInstance& instance, const Particle& p, Vector3 corner) {
+    const Vector3 scale = instance.draw_mode == kDrawLocalBillboard ? instance.abs_scale : Vector3{1, 1, 1};
+    const float size = std::max(std::fabs(p.size_x * scale.x), std::fabs(p.size_y * scale.y));
+    return 1e-5f * size + 2e-7f * std::max({std::fabs(corner.x), std::fabs(corner.y), std::fabs(corner.z)});
+}
+
+void build_for_mode(SmokeInstance& instance, float opacity) {
+    if (instance.draw_mode == kDrawLocalBillboard)
+        build_quads_local_billboard(instance, opacity);
+    else if (instance.draw_mode == kDrawWorldBillboard)
+        build_quads_world_billboard(instance, opacity);
+    else
+        build_quads_flat(instance, opacity);
+}
+
+struct QuadCase {
+    const char* name;
+    DrawMode mode;
+    bool has_rotation;
+    float largest_turn;  // degrees
+};
+
+class ArrayQuads : public testing::TestWithParam<QuadCase> {};
+
+TEST_P(ArrayQuads, EqualThoseOfTheMatrices) {
+    for (int32_t count : {0, 1, 2, 3, 63, 64, 65, 129, 1000, kMaxParticles}) {
+        Scene scene = random_scene(GetParam().mode, count, GetParam().largest_turn);
+        SmokeInstance& instance = *scene.instance;
+        instance.parameters.rot_change_spread = GetParam().has_rotation ? 1.0f : 0.0f;
+        constexpr float kOpacity = 0.7f;
+        build_for_mode(instance, kOpacity);
+        EXPECT_EQ(quad_vertices + kFloatsPerQuad * count, instance.vertex_cursor);
+
+        for (int32_t i = 0; i < count; ++i) {
+            const Particle& p = scene.particles[static_cast<size_t>(i)];
+            const plain::Quad expected = plain::array_quad(instance, p, kOpacity);
+            for (int32_t corner = 0; corner < 4; ++corner) {
+                const Vector3 want = expected.corners[static_cast<size_t>(corner)];
+                const float* got = quad_vertices + kFloatsPerQuad * i + 3 * corner;
+                const bool exact = !GetParam().has_rotation && GetParam().mode != kDrawLocalBillboard;
+                const float off = exact ? 0.0f : tolerance(instance, p, want);
+                ASSERT_NEAR(want.x, got[0], off) << "x of corner " << corner << " of quad " << i << " of " << count;
+                ASSERT_NEAR(want.y, got[1], off) << "y of corner " << corner << " of quad " << i << " of " << count;
+                ASSERT_NEAR(want.z, got[2], off) << "z of corner " << corner << " of quad " << i << " of " << count;
+                ASSERT_EQ(0, std::memcmp(expected.rgba.data(), quad_colors + kBytesPerQuad * i + 4 * corner, 4))
+                    << "colour of corner " << corner << " of quad " << i << " of " << count;
+            }
+        }
+    }
+}
+
+const QuadCase kQuadCases[] = {
+    {"local_flat", kDrawLocalFlat, false, 720},           {"local_flat_turned", kDrawLocalFlat, true, 720},
+    {"local_billboard", kDrawLocalBillboard, false, 720}, {"local_billboard_turned", kDrawLocalBillboard, true, 720},
+    {"world_flat", kDrawWorldFlat, false, 720},           {"world_flat_turned", kDrawWorldFlat, true, 2000},
+    {"world_billboard", kDrawWorldBillboard, false, 720}, {"world_billboard_turned", kDrawWorldBillboard, true, 2000},
+};
+INSTANTIATE_TEST_SUITE_P(Modes, ArrayQuads, testing::ValuesIn(kQuadCases),
+                         [](const auto& case_info) { return std::string(case_info.param.name); });
+
+TEST(ArrayQuad, OfAKnownParticle) {
+    Scene scene = random_scene(kDrawLocalFlat, 1, 0);
+    Particle& p = scene.particles[0];
+    p.position = {1, 2, 3};
+    p.size_x = 5;
+    p.size_y = 10;
+    const struct {
+        float rotation;
+        float corners[kFloatsPerQuad];
+    } cases[] = {{0, {-4, 12, 3, -4, -8, 3, 6, -8, 3, 6, 12, 3}}, {90, {-9, -3, 3, 11, -3, 3, 11, 7, 3, -9, 7, 3}}};
+    scene.instance->parameters.rot_start = 90;
+    for (const auto& row : cases) {
+        p.rotation = row.rotation;
+        build_quads_flat(*scene.instance, 1.0f);
+        for (int32_t i = 0; i < kFloatsPerQuad; ++i)
+            EXPECT_EQ(row.corners[i], quad_vertices[i]) << "float " << i << " turned by " << row.rotation;
+    }
+}
+
+TEST(ArrayQuad, WithHostileFloatsStaysInsideTheTables) {
+    const float kOdd[] = {0.0f, -1.0f, 1e38f, -1e38f, INFINITY, -INFINITY, NAN};
+    Scene scene = random_scene(kDrawWorldBillboard, 1, 0);
+    scene.instance->parameters.rot_start = 1;
+    Particle& p = scene.particles[0];
+    for (float age : kOdd)
+        for (float life : kOdd)
+            for (float odd : kOdd) {
+                p.age = age;
+                p.life = life;
+                p.rotation = p.size_x = p.position.y = odd;
+                build_quads_world_billboard(*scene.instance, odd);  // the sanitizers watch
+                const auto& table = scene.instance->color_table.rgb;
+                EXPECT_TRUE(std::any_of(std::begin(table), std::end(table),
+                                        [](const auto& rgb) { return std::memcmp(rgb, quad_colors, 3) == 0; }))
+                    << "age " << age << ", life " << life;
+            }
+}
+
+TEST(HasRotation, WhereAnyParameterCanTurnAParticle) {
+    SmokeInstance instance{};
+    EXPECT_FALSE(has_rotation(instance));
+    for (float ParameterSlots::*slot : {&ParameterSlots::rot_start, &ParameterSlots::rot_start_spread,
+                                        &ParameterSlots::rot_change, &ParameterSlots::rot_change_spread}) {
+        SmokeInstance turning{};
+        turning.parameters.*slot = -1e-30f;
+        EXPECT_TRUE(has_rotation(turning));
+    }
+    instance.parameters.rot_follow_path = 1;
+    EXPECT_TRUE(has_rotation(instance));
+}
+
+}  // namespace
+}  // namespace tovu
