@@ -34,7 +34,7 @@ STAGE_EXPORT void append_call(Call call);
 template <class... Arguments>
 Call make_call(const char* name, Arguments... arguments) {
     Call call{name, {}};
-    const auto add = [&call](auto argument) {
+    [[maybe_unused]] const auto add = [&call](auto argument) {
         using Argument = decltype(argument);
         if constexpr (std::is_arithmetic_v<Argument>)
             call.arguments.emplace_back(static_cast<double>(argument));
