@@ -9,14 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "failing_realloc.h"
 #include "plain_sort.h"
-
-// The program is linked so that every realloc comes by here.
-extern "C" void* __real_realloc(void* block, size_t bytes);
-static bool realloc_fails = false;
-extern "C" void* __wrap_realloc(void* block, size_t bytes) {
-    return realloc_fails ? nullptr : __real_realloc(block, bytes);
-}
 
 namespace tovu {
 

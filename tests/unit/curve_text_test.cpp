@@ -1,0 +1,101 @@
+// The numbers of curve texts: read whatever the locale, written as printf would.
+#include "particles/curve_text.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr float kInfinite = std::numeric_limits<float>::infinity();
+
+std::vector<float> numbers_of(const char* text) {
+    std::vector<float> numbers;
+    for (float number; tovu::next_number(text, number);) numbers.push_back(number);
+    EXPECT_EQ('\0', *text);
+    return numbers;
+}
+
+struct TextCase {
+    const char* text;
+    std::vector<float> numbers;
+};
+const TextCase kTexts[] = {
+    {"", {}},
+    {"   ", {}},
+    {"0.0 1.0 1.0 0.0", {0, 1, 1, 0}},
+    {"  1   2 ", {1, 2}},
+    {"-1.5 +2 .5 5. -.25", {-1.5f, 2, 0.5f, 5, -0.25f}},
+    {"1e2 1E+2 25e-2 1e 1e+ 2e-x", {100, 100, 0.25f, 1, 1, 2}},
+    {"3abc 4,5 1.2.3 1e2.5", {3, 4, 1.2f, 100}},
+    {"abc - + . e5 -e5 .e5 ,5", {0, 0, 0, 0, 0, 0, 0, 0}},
+    {"inf nan 0x10 infinity", {0, 0, 0, 0}},
+    {"1\t2 \t3 \n4", {1, 0, 0}},
+    {"0.1 0.30000001192092896 16777217 0.000001", {0.1f, 0.3f, 16777216, 1e-6f}},
+    {"1e40 -1e40 1e-60 1e99999999999999 1e-99999999999999 0e99999", {kInfinite, -kInfinite, 0, kInfinite, 0, 0}},
+    {"340282346638528859811704183484516925440 1e-45", {3.4028234663852886e38f, 1e-45f}},
+    {"0.00000000000000000000000000000000000000000000000000001e53 10000000000000000000000000000e-28", {1, 1}},
+};
+
+TEST(CurveText, ReadsDecimalNumbersBetweenSpaces) {
+    for (const TextCase& row : kTexts) EXPECT_EQ(row.numbers, numbers_of(row.text)) << '"' << row.text << '"';
+}
+
+TEST(CurveText, ReadsWhatTheLibraryReads) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 generator(seed);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        const int digits = 1 + static_cast<int>(generator() % 24);
+        const int point = static_cast<int>(generator() % 24);
+        for (int i = 0; i < digits; ++i) {
+            if (i == point) text += '.';
+            text += static_cast<char>('0' + generator() % 10);
+        }
+        if (generator() % 2) text += "e" + std::to_string(static_cast<int>(generator() % 80) - 40);
+        const float expected = std::strtof(text.c_str(), nullptr);
+        const float read = numbers_of(text.c_str()).at(0);
+        // The way there goes through a double, whose rounding may tip the float's by one step.
+        EXPECT_TRUE(read == expected || read == std::nextafterf(expected, 0) ||
+                    read == std::nextafterf(expected, kInfinite))
+            << text << " read as " << read;
+    }
+}
+
+TEST(CurveText, TakesNoNoticeOfTheLocale) {
+    const char* comma = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "nl_NL.UTF-8"})
+        if (comma == nullptr) comma = std::setlocale(LC_NUMERIC, name);
+    if (comma == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    const std::vector<float> read = numbers_of("0.5 1.25e1");
+    char out[16];
+    *tovu::write_six_decimals(out, 0.5) = '\0';
+    std::setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ((std::vector<float>{0.5f, 12.5f}), read);
+    EXPECT_STREQ("0.500000", out);
+}
+
+TEST(CurveText, WritesSixDecimalsAsPrintf) {
+    std::vector<double> values = {0, 1, 0.9999995, 0.9999994, 5e-7, 1e-9};
+    for (int i = 0; i <= 512; ++i) values.push_back(i / 512.0);  // every eighth millionth of them is a tie
+    std::mt19937 generator(1);
+    for (int i = 0; i < 20000; ++i)
+        values.push_back(static_cast<double>(static_cast<float>(generator()) / 4294967296.0f));
+    for (const double value : values) {
+        char expected[16];
+        std::snprintf(expected, sizeof expected, "%f", value);
+        char out[16];
+        *tovu::write_six_decimals(out, value) = '\0';
+        EXPECT_STREQ(expected, out) << value;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,11 @@
+#include "failing_realloc.h"
+
+#include <cstddef>
+
+bool realloc_fails = false;
+
+extern "C" void* __real_realloc(void* block, size_t bytes);
+extern "C" void* __wrap_realloc(void* block, size_t bytes);
+extern "C" void* __wrap_realloc(void* block, size_t bytes) {
+    return realloc_fails ? nullptr : __real_realloc(block, bytes);
+}

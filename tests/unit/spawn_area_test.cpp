@@ -1,0 +1,216 @@
+// Points drawn directly from a shape's area are spread as accepted candidates are.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "math/polygon.h"
+#include "math/random.h"
+#include "outline_source.h"
+#include "sources/mask_area.h"
+#include "sources/outline_area.h"
+
+namespace {
+
+constexpr unsigned kSeed = 4711;
+constexpr int kDraws = 40000;
+
+/// How far counts stray from what is expected, against what chance allows (five standard deviations).
+void expect_fits(const std::vector<double>& expected, const std::vector<int>& counted) {
+    double chi_square = 0;
+    int cells = 0;
+    for (size_t i = 0; i < expected.size(); ++i) {
+        if (expected[i] == 0) {
+            EXPECT_EQ(0, counted[i]) << "cell " << i;
+            continue;
+        }
+        const double difference = counted[i] - expected[i];
+        chi_square += difference * difference / expected[i];
+        ++cells;
+    }
+    const double degrees = cells - 1;
+    EXPECT_LT(chi_square, degrees + 5 * std::sqrt(2 * degrees) + 1e-6);
+}
+
+using Outlines = std::vector<std::vector<Vector3>>;
+
+struct ShapeCase {
+    const char* name;
+    Outlines outlines;
+    double area;  // of all pieces together; 0 where edges cross and boxes stand in
+};
+
+const std::vector<Vector3> kSquare = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+const ShapeCase kShapes[] = {
+    {"triangle", {{{0, 0, 0}, {8, 0, 0}, {2, 4, 0}}}, 16},
+    {"an L", {{{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {2, 2, 0}, {2, 4, 0}, {0, 4, 0}}}, 12},
+    {"a square within another counts once", {kSquare, {{1, 1, 0}, {3, 1, 0}, {3, 3, 0}, {1, 3, 0}}}, 16},
+    {"twice the same counts once", {kSquare, kSquare}, 16},
+    {"side by side", {kSquare, {{6, 1, 0}, {8, 1, 0}, {8, 3, 0}, {6, 3, 0}}}, 20},
+    {"overlapping by a corner", {kSquare, {{3, 3, 0}, {7, 3, 0}, {7, 4, 0}, {3, 4, 0}}}, 19},
+    {"a sliver", {{{0, 0, 0}, {8, 4, 0}, {7.75f, 4, 0}}}, 0.5},
+    {"a bow tie", {{{0, 0, 0}, {8, 4, 0}, {8, 0, 0}, {0, 4, 0}}}, 0},
+    {"crossing triangles", {{{0, 0, 0}, {6, 1, 0}, {1, 4, 0}}, {{2, 0, 0}, {8, 2, 0}, {3, 4, 0}}}, 0},
+};
+
+bool inside(const Outlines& outlines, float x, float y) {
+    for (const auto& outline : outlines)
+        if (tovu::point_in_polygon_xy(static_cast<int32_t>(outline.size()), outline.data(), {x, y, 0})) return true;
+    return false;
+}
+
+// The share of each unit cell of 8 × 4 that lies inside, by a fine raster.
+std::vector<double> share_of_cells(const Outlines& outlines) {
+    constexpr int kFine = 150;
+    std::vector<double> shares(32);
+    for (int y = 0; y < 4 * kFine; ++y)
+        for (int x = 0; x < 8 * kFine; ++x)
+            if (inside(outlines, (static_cast<float>(x) + 0.49f) / kFine, (static_cast<float>(y) + 0.51f) / kFine))
+                shares[static_cast<size_t>(y / kFine * 8 + x / kFine)] += 1;
+    double total = 0;
+    for (const double share : shares) total += share;
+    for (double& share : shares) share *= kDraws / total;
+    return shares;
+}
+
+TEST(OutlineArea, DrawsUniformlyFromTheShape) {
+    for (const ShapeCase& row : kShapes) {
+        SCOPED_TRACE(row.name);
+        OutlineSource made(row.outlines, 0);
+        tovu::OutlineArea area;
+        ASSERT_TRUE(build_area(area, made.source));
+        EXPECT_NEAR(row.area != 0 ? row.area : area.total, area.total, 1e-5);
+        std::srand(kSeed);
+        std::vector<int> counted(32);
+        int rejected = 0;
+        for (int accepted = 0; accepted < kDraws;) {
+            const tovu::PlanePoint p = draw_from_area(area);
+            if (!inside(row.outlines, p.across, p.along)) {
+                ASSERT_LT(++rejected, row.area != 0 ? kDraws / 100 : 3 * kDraws);
+                continue;
+            }
+            ++accepted;
+            ++counted[static_cast<size_t>(static_cast<int>(p.along) * 8 + static_cast<int>(p.across))];
+        }
+        expect_fits(share_of_cells(row.outlines), counted);
+        release(area);
+    }
+}
+
+TEST(OutlineArea, FollowsTheReferencePlane) {
+    OutlineSource made({{{0, 9, 0}, {4, 9, 0}, {0, 9, 4}}}, 1);
+    tovu::OutlineArea area;
+    ASSERT_TRUE(build_area(area, made.source));
+    EXPECT_NEAR(8, area.total, 1e-6);
+    release(area);
+}
+
+TEST(OutlineArea, NeedsAnArea) {
+    const Outlines flat[] = {{{{0, 0, 0}, {1, 1, 0}, {3, 3, 0}}}, {{{0, 2, 0}, {5, 2, 0}}}, {{{1, 1, 0}}}};
+    for (const Outlines& outlines : flat) {
+        OutlineSource made(outlines, 0);
+        tovu::OutlineArea area;
+        EXPECT_FALSE(build_area(area, made.source));
+        release(area);
+    }
+}
+
+struct MaskCase {
+    const char* name;
+    int32_t width, height, bytes_per_pixel;
+    std::vector<int> lit;  // rows from the first, pixels from the left
+    uint64_t bytes_held;   // of the pixel data; 0: all
+};
+const MaskCase kMasks[] = {
+    {"one pixel inside", 3, 3, 3, {0, 0, 0, 0, 1, 0, 0, 0, 0}, 0},
+    {"the last column goes on", 3, 2, 1, {0, 0, 1, 1, 0, 0}, 0},
+    {"the last row goes on", 2, 3, 4, {1, 0, 0, 0, 1, 0}, 0},
+    {"the last pixel fills its corner", 3, 3, 2, {0, 1, 0, 0, 0, 0, 0, 0, 1}, 0},
+    {"all", 4, 2, 4, {1, 1, 1, 1, 1, 1, 1, 1}, 0},
+    {"what the data no longer hold is dark", 3, 3, 2, {0, 1, 0, 1, 0, 1, 1, 1, 1}, 9},
+};
+
+TEST(MaskArea, DrawsUniformlyFromLitPixels) {
+    for (const MaskCase& row : kMasks) {
+        SCOPED_TRACE(row.name);
+        std::vector<uint8_t> pixels;
+        for (const int lit : row.lit) {
+            pixels.push_back(lit ? 3 : 0);
+            pixels.resize(pixels.size() + static_cast<size_t>(row.bytes_per_pixel) - 1,
+                          255);  // the rest counts for nothing
+        }
+        const uint64_t held = row.bytes_held ? row.bytes_held : pixels.size();
+        tovu::ImageReader mask{{}, pixels.data(), held};
+        mask.source.width = row.width;
+        mask.source.height = row.height;
+        mask.source.bytes_per_pixel = row.bytes_per_pixel;
+        set_rect(mask.source, -10, 5, -10 + 2 * static_cast<float>(row.width), 5 + 3 * static_cast<float>(row.height));
+        // Cells of one pixel over twice the rectangle: beyond the last column and row these go on.
+        std::vector<double> expected;
+        for (int y = 0; y < 2 * row.height; ++y)
+            for (int x = 0; x < 2 * row.width; ++x) {
+                const auto pixel =
+                    static_cast<size_t>(std::min(y, row.height - 1) * row.width + std::min(x, row.width - 1));
+                const bool dark = pixel * static_cast<size_t>(row.bytes_per_pixel) >= held || !row.lit[pixel];
+                expected.push_back(dark ? 0 : 1);
+            }
+        const auto lit_cells = static_cast<double>(std::count(expected.begin(), expected.end(), 1.0));
+        for (double& cell : expected) cell *= kDraws / lit_cells;
+        tovu::MaskArea area;
+        ASSERT_TRUE(build_area(area, mask));
+        EXPECT_EQ(lit_cells, area.total);
+        std::srand(kSeed);
+        std::vector<int> counted(expected.size());
+        for (int i = 0; i < kDraws; ++i) {
+            const tovu::MaskPoint p = draw_from_area(area, mask);
+            const int x = static_cast<int>((p.x + 10) / 2);
+            const int y = static_cast<int>((p.y - 5) / 3);
+            ASSERT_TRUE(x >= 0 && x < 2 * row.width && y >= 0 && y < 2 * row.height) << p.x << ", " << p.y;
+            ++counted[static_cast<size_t>(y * 2 * row.width + x)];
+        }
+        expect_fits(expected, counted);
+        release(area);
+    }
+}
+
+TEST(MaskArea, NeedsALitPixel) {
+    const std::vector<uint8_t> dark(12);
+    tovu::ImageReader mask{{}, dark.data(), dark.size()};
+    mask.source.width = 4;
+    mask.source.height = 3;
+    mask.source.bytes_per_pixel = 1;
+    tovu::MaskArea area;
+    EXPECT_FALSE(build_area(area, mask));
+    release(area);
+    mask.pixels = nullptr;
+    EXPECT_FALSE(build_area(area, mask));
+    release(area);
+}
+
+TEST(SpawnAreas, DrawSixValuesForAPoint) {
+    OutlineSource made({kSquare}, 0);
+    tovu::OutlineArea outline_area;
+    ASSERT_TRUE(build_area(outline_area, made.source));
+    const uint8_t lit = 1;
+    tovu::ImageReader mask{{}, &lit, 1};
+    mask.source.width = mask.source.height = mask.source.bytes_per_pixel = 1;
+    tovu::MaskArea mask_area;
+    ASSERT_TRUE(build_area(mask_area, mask));
+    std::srand(kSeed);
+    for (int i = 0; i < 6; ++i) std::rand();
+    const int seventh = std::rand();
+    std::srand(kSeed);
+    draw_from_area(outline_area);
+    EXPECT_EQ(seventh, std::rand());
+    std::srand(kSeed);
+    draw_from_area(mask_area, mask);
+    EXPECT_EQ(seventh, std::rand());
+    release(outline_area);
+    release(mask_area);
+}
+
+}  // namespace
