@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "stage/assets/picture.h"
 #include "stage/result.h"
@@ -18,6 +19,9 @@ struct VideoSettings {
     /// Behind transparent pixels in a format without alpha: red, green, blue, 0…255.
     uint8_t background[3] = {0, 0, 0};
 };
+
+/// The rate as a fraction: 25 is "25000/1000", 29.97 is "30000/1001".
+STAGE_EXPORT std::string frame_rate_text(double frames_per_second);
 
 /// Whether the name's ending is one that VideoFile writes: .mp4, .mov, .webm.
 STAGE_EXPORT bool is_video_name(const std::filesystem::path& path);

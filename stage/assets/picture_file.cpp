@@ -1,0 +1,109 @@
+#include "stage/assets/picture_file.h"
+
+#include <fmt/format.h>
+#include <stb/stb_image.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+namespace stage {
+namespace {
+
+/// Bytes handed to the decoder, which reads on with zeros where a file ends too early and doesn't say so. It reads
+/// through a small buffer of its own, always the one of its first read, and straight into pixel rows; an end within the
+/// buffer is no fault, since it asks for more than it needs.
+struct Source {
+    std::span<const uint8_t> bytes;
+    size_t position = 0;
+    const char* buffer = nullptr;
+    bool ended_early = false;
+};
+
+int read_source(void* user, char* data, int size) {
+    Source& source = *static_cast<Source*>(user);
+    if (source.buffer == nullptr) source.buffer = data;
+    const size_t left = source.bytes.size() - source.position;
+    const size_t count = std::min(left, static_cast<size_t>(size));
+    if (count == 0 || (data != source.buffer && count < static_cast<size_t>(size))) source.ended_early = true;
+    std::memcpy(data, source.bytes.data() + source.position, count);
+    source.position += count;
+    return static_cast<int>(count);
+}
+
+void skip_source(void* user, int count) {
+    Source& source = *static_cast<Source*>(user);
+    const auto target = static_cast<int64_t>(source.position) + count;
+    source.position = static_cast<size_t>(std::clamp<int64_t>(target, 0, static_cast<int64_t>(source.bytes.size())));
+}
+
+int is_source_at_end(void* user) {
+    const Source& source = *static_cast<Source*>(user);
+    return source.position == source.bytes.size();
+}
+
+constexpr stbi_io_callbacks kCallbacks = {read_source, skip_source, is_source_at_end};
+
+struct FreePixels {
+    void operator()(stbi_uc* pixels) const { stbi_image_free(pixels); }
+};
+
+PictureFormat format_of_channels(int channels) {
+    switch (channels) {
+        case 1:
+            return kPictureLuminance;
+        case 2:
+            return kPictureLuminanceAlpha;
+        case 3:
+            return kPictureRgb;
+        default:
+            return kPictureRgba;
+    }
+}
+
+/// The decoder gives the top row first.
+Picture bottom_row_first(const stbi_uc* pixels, int width, int height, int channels) {
+    Picture picture{width, height, format_of_channels(channels), {}};
+    const size_t row_bytes = static_cast<size_t>(width) * static_cast<size_t>(channels);
+    picture.bytes.resize(row_bytes * static_cast<size_t>(height));
+    for (size_t row = 0; row < static_cast<size_t>(height); ++row)
+        std::memcpy(&picture.bytes[row * row_bytes], pixels + (static_cast<size_t>(height) - 1 - row) * row_bytes,
+                    row_bytes);
+    return picture;
+}
+
+}  // namespace
+
+Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string& name) {
+    Source source{bytes};
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    if (!stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels))
+        return Error{name + ": not a PNG, JPEG, TGA or BMP picture"};
+    if (width < 1 || height < 1 || width > kMaxPictureSide || height > kMaxPictureSide)
+        return Error{
+            fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide)};
+
+    source = Source{bytes};
+    const std::unique_ptr<stbi_uc, FreePixels> pixels(
+        stbi_load_from_callbacks(&kCallbacks, &source, &width, &height, &channels, 0));
+    if (source.ended_early) return Error{name + ": the picture's data ends too early, the file is cut off"};
+    if (pixels == nullptr) return Error{fmt::format("{}: the picture is damaged ({})", name, stbi_failure_reason())};
+    return bottom_row_first(pixels.get(), width, height, channels);
+}
+
+Result<Picture> read_picture(const std::filesystem::path& path) {
+    if (std::error_code code; std::filesystem::is_directory(path, code))
+        return Error{path.string() + ": a folder, not a picture file"};
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (file.bad()) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    return decode_picture({reinterpret_cast<const uint8_t*>(text.data()), text.size()}, path.string());
+}
+
+}  // namespace stage

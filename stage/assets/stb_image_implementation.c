@@ -1,0 +1,8 @@
+// The one place where the picture decoder is compiled; nothing of it is seen outside the library.
+#define STB_IMAGE_IMPLEMENTATION
+#define STBI_ONLY_PNG
+#define STBI_ONLY_JPEG
+#define STBI_ONLY_TGA
+#define STBI_ONLY_BMP
+#define STBI_NO_STDIO
+#include <stb/stb_image.h>

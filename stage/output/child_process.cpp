@@ -1,0 +1,108 @@
+#include "stage/output/child_process.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+extern char** environ;
+
+namespace stage {
+namespace {
+
+int spawn(const std::vector<std::string>& arguments, int input, int messages, pid_t& pid) {
+    std::vector<char*> argv;
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
+    const int failure = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failure;
+}
+
+}  // namespace
+
+Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments) {
+    // A pair of sockets, since writing to one that nobody reads can be told not to raise a signal. Closed on exec, so
+    // that no other child holds our end open.
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        return Error{fmt::format("{} can't be started: {}", arguments[0], std::strerror(errno))};
+    ChildProcess child;
+    child.input_ = ends[0];
+    child.messages_ = memfd_create("messages", MFD_CLOEXEC);
+    const int failure = child.messages_ < 0 ? errno : spawn(arguments, ends[1], child.messages_, child.pid_);
+    close(ends[1]);
+    if (failure == 0) return child;
+    child.pid_ = -1;
+    return Error{failure == ENOENT
+                     ? fmt::format("there is no {} command; install the package {}", arguments[0], arguments[0])
+                     : fmt::format("{} can't be started: {}", arguments[0], std::strerror(failure))};
+}
+
+bool ChildProcess::feed(std::span<const unsigned char> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t sent = send(input_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent <= 0) return false;
+        bytes = bytes.subspan(static_cast<size_t>(sent));
+    }
+    return true;
+}
+
+int ChildProcess::wait() {
+    if (input_ >= 0) close(std::exchange(input_, -1));
+    int status = 0;
+    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+std::string ChildProcess::last_lines(size_t count) const {
+    std::string text;
+    char buffer[4096];
+    off_t at = 0;
+    for (ssize_t read = 0; (read = pread(messages_, buffer, sizeof buffer, at)) > 0; at += read)
+        text.append(buffer, static_cast<size_t>(read));
+    while (text.ends_with('\n')) text.pop_back();
+    size_t start = text.size();
+    for (size_t line = 0; line < count && start != std::string::npos && start > 0; ++line)
+        start = text.rfind('\n', start - 1);
+    return start == std::string::npos || start == 0 ? text : text.substr(start + 1);
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : pid_(std::exchange(other.pid_, -1)),
+      input_(std::exchange(other.input_, -1)),
+      messages_(std::exchange(other.messages_, -1)) {}
+
+ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
+    std::swap(pid_, other.pid_);
+    std::swap(input_, other.input_);
+    std::swap(messages_, other.messages_);
+    return *this;
+}
+
+ChildProcess::~ChildProcess() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        wait();
+    }
+    if (input_ >= 0) close(input_);
+    if (messages_ >= 0) close(messages_);
+}
+
+}  // namespace stage

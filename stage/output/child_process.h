@@ -1,0 +1,40 @@
+// A command that is fed through its standard input. Inside the library only.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "stage/result.h"
+
+namespace stage {
+
+/// A started command. Its output goes nowhere; what it says on standard error is kept. Destroyed while it runs, it is
+/// killed and waited for. Move only.
+class ChildProcess {
+  public:
+    /// arguments[0] is the command, looked up in PATH.
+    static Result<ChildProcess> start(const std::vector<std::string>& arguments);
+
+    ChildProcess(ChildProcess&& other) noexcept;
+    ChildProcess& operator=(ChildProcess&& other) noexcept;
+    ~ChildProcess();
+
+    /// False when the command reads no more.
+    bool feed(std::span<const unsigned char> bytes);
+    /// Ends its input and waits for it. The exit status; 128 + signal for one that was killed.
+    int wait();
+    /// The last lines that it said, at most `count`, without the newline at the end. After wait().
+    std::string last_lines(size_t count) const;
+
+  private:
+    ChildProcess() = default;
+    pid_t pid_ = -1;
+    int input_ = -1;     // our end
+    int messages_ = -1;  // a nameless file in memory
+};
+
+}  // namespace stage

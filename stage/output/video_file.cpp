@@ -1,0 +1,135 @@
+#include "stage/output/video_file.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "stage/output/child_process.h"
+#include "stage/output/video_format.h"
+#include "stage/output/whole_file.h"
+
+namespace stage {
+
+constexpr size_t kToldLines = 5;
+
+struct VideoFile::Encoder {
+    std::filesystem::path path;
+    VideoSettings settings;
+    const VideoFormat* format;
+    ChildProcess ffmpeg;
+    std::vector<uint8_t> frame;  // as sent: top row first, RGBA or RGB
+    int64_t frame_count = 0;
+    bool finished = false;
+
+    Encoder(std::filesystem::path path_, const VideoSettings& settings_, const VideoFormat* format_,
+            ChildProcess ffmpeg_)
+        : path(std::move(path_)), settings(settings_), format(format_), ffmpeg(std::move(ffmpeg_)) {}
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
+    ~Encoder() {
+        if (!finished) discard_partial(path);
+    }
+
+    /// Once ffmpeg has ended before its time.
+    Error failure(int status) const {
+        discard_partial(path);
+        return Error{fmt::format("{}: ffmpeg failed with exit status {}:\n{}", path.string(), status,
+                                 ffmpeg.last_lines(kToldLines))};
+    }
+};
+
+namespace {
+
+constexpr double kMostFramesPerSecond = 1000.0;
+
+std::string endings() {
+    std::string text;
+    for (const VideoFormat& format : video_formats()) text += (text.empty() ? "" : ", ") + format.ending;
+    return text;
+}
+
+/// What stands against such a video, or nothing.
+std::string settings_problem(const std::filesystem::path& path, const VideoFormat* format,
+                             const VideoSettings& settings) {
+    if (format == nullptr) return fmt::format("the name of a video ends in one of {}", endings());
+    if (settings.width < 1 || settings.height < 1)
+        return fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height);
+    if (format->even_size && (settings.width % 2 != 0 || settings.height % 2 != 0))
+        return fmt::format("{} x {} pixels: in {} files both must be even", settings.width, settings.height,
+                           format->ending);
+    if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= kMostFramesPerSecond))
+        return fmt::format("{} frames per second: it must be 0.001 to {}", settings.frames_per_second,
+                           kMostFramesPerSecond);
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    if (std::error_code code; !std::filesystem::is_directory(folder, code))
+        return fmt::format("there is no folder {}", folder.string());
+    return {};
+}
+
+uint8_t over(uint8_t color, uint8_t background, uint8_t alpha) {
+    return static_cast<uint8_t>((color * alpha + background * (255 - alpha) + 127) / 255);
+}
+
+void send_row(const uint8_t* rgba, int32_t width, bool alpha, const uint8_t background[3], uint8_t* out) {
+    if (alpha) {
+        std::memcpy(out, rgba, static_cast<size_t>(width) * 4);
+        return;
+    }
+    for (int32_t x = 0; x < width; ++x, rgba += 4, out += 3)
+        for (int channel = 0; channel < 3; ++channel) out[channel] = over(rgba[channel], background[channel], rgba[3]);
+}
+
+}  // namespace
+
+bool is_video_name(const std::filesystem::path& path) {
+    return find_video_format(path) != nullptr;
+}
+
+Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const VideoSettings& settings) {
+    const VideoFormat* format = find_video_format(path);
+    if (const std::string problem = settings_problem(path, format, settings); !problem.empty())
+        return Error{path.string() + ": " + problem};
+    auto ffmpeg = ChildProcess::start(ffmpeg_arguments(*format, settings, partial_name(path)));
+    if (!ffmpeg) return Error{path.string() + ": " + ffmpeg.error().message};
+    return VideoFile(std::make_unique<Encoder>(path, settings, format, std::move(*ffmpeg)));
+}
+
+Result<Done> VideoFile::add_frame(const Picture& frame) {
+    Encoder& encoder = *encoder_;
+    const VideoSettings& settings = encoder.settings;
+    if (frame.format != kPictureRgba || frame.width != settings.width || frame.height != settings.height)
+        return Error{fmt::format("{}: a frame of {} x {} pixels in a video of {} x {} (RGBA)", encoder.path.string(),
+                                 frame.width, frame.height, settings.width, settings.height)};
+    const size_t row_in = static_cast<size_t>(frame.width) * 4;
+    const size_t row_out = static_cast<size_t>(frame.width) * (encoder.format->alpha ? 4 : 3);
+    const auto height = static_cast<size_t>(frame.height);
+    encoder.frame.resize(row_out * height);
+    for (size_t row = 0; row < height; ++row)
+        send_row(&frame.bytes[(height - 1 - row) * row_in], frame.width, encoder.format->alpha, settings.background,
+                 &encoder.frame[row * row_out]);
+    if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
+    ++encoder.frame_count;
+    if (encoder.ffmpeg.feed(encoder.frame)) return Done{};
+    encoder.finished = true;
+    return encoder.failure(encoder.ffmpeg.wait());  // it has ended by itself: how it ended says why
+}
+
+Result<Done> VideoFile::finish() {
+    Encoder& encoder = *encoder_;
+    if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
+    encoder.finished = true;
+    const int status = encoder.ffmpeg.wait();
+    if (status != 0) return encoder.failure(status);
+    if (encoder.frame_count > 0) return publish_partial(encoder.path);
+    discard_partial(encoder.path);
+    return Error{encoder.path.string() + ": a video of no frames can't be written"};
+}
+
+VideoFile::VideoFile(std::unique_ptr<Encoder> encoder) : encoder_(std::move(encoder)) {}
+VideoFile::VideoFile(VideoFile&&) noexcept = default;
+VideoFile& VideoFile::operator=(VideoFile&&) noexcept = default;
+VideoFile::~VideoFile() = default;
+
+}  // namespace stage

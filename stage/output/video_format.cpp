@@ -1,0 +1,71 @@
+#include "stage/output/video_format.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+namespace stage {
+
+const std::vector<VideoFormat>& video_formats() {
+    static const std::vector<VideoFormat> formats = {
+        // A low constant quantiser: the faint gradients of smoke show steps first.
+        {".mp4",
+         "mp4",
+         false,
+         true,
+         {"-c:v", "libx264", "-preset", "fast", "-crf", "16", "-pix_fmt", "yuv420p", "-movflags", "+faststart"}},
+        {".mov",
+         "mov",
+         true,
+         false,
+         {"-c:v", "prores_ks", "-profile:v", "4444", "-pix_fmt", "yuva444p10le", "-alpha_bits", "16"}},
+        // Alternate reference frames can't be combined with alpha in this encoder.
+        {".webm",
+         "webm",
+         true,
+         false,
+         {"-c:v", "libvpx-vp9", "-pix_fmt", "yuva420p", "-crf", "20", "-b:v", "0", "-auto-alt-ref", "0", "-deadline",
+          "good", "-cpu-used", "4"}},
+    };
+    return formats;
+}
+
+const VideoFormat* find_video_format(const std::filesystem::path& path) {
+    std::string ending = path.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto found = std::ranges::find(video_formats(), ending, &VideoFormat::ending);
+    return found != video_formats().end() ? &*found : nullptr;
+}
+
+std::string frame_rate_text(double frames_per_second) {
+    const double whole = std::round(frames_per_second * 1.001);
+    const double television = whole * 1000.0 / 1001.0;
+    const bool is_television =
+        std::abs(frames_per_second - television) < 0.004 && frames_per_second != std::round(frames_per_second);
+    return is_television ? fmt::format("{:.0f}/1001", whole * 1000.0)
+                         : fmt::format("{:.0f}/1000", frames_per_second * 1000.0);
+}
+
+std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
+                                          const std::filesystem::path& output) {
+    std::vector<std::string> arguments = {
+        "ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-f", "rawvideo", "-pix_fmt",
+        format.alpha ? "rgba" : "rgb24", "-video_size", fmt::format("{}x{}", settings.width, settings.height),
+        "-framerate", frame_rate_text(settings.frames_per_second), "-i", "pipe:0",
+        // The colours of high definition television, said in the file as well, so that players don't guess by size.
+        "-vf",
+        "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
+        "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv"};
+    arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
+    // One thread and nothing of version, date or chance in the file: the same frames give the same bytes.
+    for (const char* argument :
+         {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-flags:v", "+bitexact", "-f"})
+        arguments.emplace_back(argument);
+    arguments.push_back(format.muxer);
+    arguments.push_back("file:" + output.string());  // a name with a colon in it is not a protocol
+    return arguments;
+}
+
+}  // namespace stage

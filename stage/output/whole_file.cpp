@@ -1,0 +1,39 @@
+#include "stage/output/whole_file.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+namespace stage {
+
+std::filesystem::path partial_name(const std::filesystem::path& target) {
+    return target.parent_path() / fmt::format(".{}.{}.part", target.filename().string(), getpid());
+}
+
+Result<Done> publish_partial(const std::filesystem::path& target) {
+    std::error_code code;
+    std::filesystem::rename(partial_name(target), target, code);
+    if (!code) return Done{};
+    discard_partial(target);
+    return Error{fmt::format("{}: can't be written: {}", target.string(), code.message())};
+}
+
+void discard_partial(const std::filesystem::path& target) noexcept {
+    std::error_code ignored;
+    std::filesystem::remove(partial_name(target), ignored);
+}
+
+Result<Done> write_whole_file(const std::filesystem::path& target, std::string_view bytes) {
+    std::ofstream file(partial_name(target), std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (file) return publish_partial(target);
+    const std::string reason = std::strerror(errno);
+    discard_partial(target);
+    return Error{fmt::format("{}: can't be written: {}", target.string(), reason)};
+}
+
+}  // namespace stage
