@@ -6,14 +6,10 @@
 #include <vector>
 
 #include "container.h"
+#include "mesh.h"
 #include "stage/plugins/instance.h"
 
 namespace stage {
-
-/// One closed outline or one part of a model; the order of the vertices is kept. Container units.
-struct Mesh {
-    std::vector<Vector3> vertices;
-};
 
 /// A container's geometry: an instance, or else meshes (of which there may be none).
 struct Geometry {

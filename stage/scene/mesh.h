@@ -1,0 +1,15 @@
+// The smallest piece of a geometry that plug-ins can read.
+#pragma once
+
+#include <vector>
+
+#include "vector3.h"
+
+namespace stage {
+
+/// One closed outline or one part of a model; the order of the vertices is kept. Container units.
+struct Mesh {
+    std::vector<Vector3> vertices;
+};
+
+}  // namespace stage

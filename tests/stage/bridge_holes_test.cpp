@@ -1,0 +1,222 @@
+#include "stage/assets/bridge_holes.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+
+#include "outline_inside.h"
+#include "stage/assets/contours.h"
+
+using namespace stage_test;
+using stage::Contour;
+using stage::FillRule;
+using stage::Mesh;
+
+namespace {
+
+constexpr unsigned kSeed = 20250117;
+
+Mesh box(float x0, float y0, float x1, float y1) {
+    return {{{x0, y0, 0}, {x1, y0, 0}, {x1, y1, 0}, {x0, y1, 0}}};
+}
+
+Mesh reversed(Mesh mesh) {
+    std::reverse(mesh.vertices.begin(), mesh.vertices.end());
+    return mesh;
+}
+
+// A jagged closed contour around a point that reaches no further than `reach`.
+Mesh jagged(std::mt19937& random, float x, float y, float reach, int corners) {
+    std::uniform_real_distribution<float> radius(0.3f * reach, reach);
+    Mesh mesh;
+    for (int i = 0; i < corners; ++i) {
+        const float angle = 2 * std::numbers::pi_v<float> * static_cast<float>(i) / static_cast<float>(corners);
+        const float r = radius(random);
+        mesh.vertices.push_back({x + r * std::cos(angle), y + r * std::sin(angle), 0});
+    }
+    return mesh;
+}
+
+std::vector<Mesh> grid_of_jagged_holes() {
+    std::mt19937 random(kSeed);
+    std::vector<Mesh> holes;
+    for (int i = 0; i < 36; ++i)
+        holes.push_back(
+            jagged(random, static_cast<float>(i % 6) * 20 - 50, static_cast<float>(i / 6) * 20 - 50, 9.9f, 13));
+    return holes;
+}
+
+const Mesh kComb{{{0, 0, 0},
+                  {100, 0, 0},
+                  {100, 100, 0},
+                  {80, 100, 0},
+                  {80, 10, 0},
+                  {60, 10, 0},
+                  {60, 100, 0},
+                  {40, 100, 0},
+                  {40, 10, 0},
+                  {20, 10, 0},
+                  {20, 100, 0},
+                  {0, 100, 0}}};
+
+struct BridgeCase {
+    const char* name;
+    Mesh outer;
+    std::vector<Mesh> holes;
+    bool apart;  // holes inside the outer contour, touching nothing: cuts must cross nothing
+};
+
+const BridgeCase kBridgeCases[] = {
+    {"no hole", box(0, 0, 10, 10), {}, true},
+    {"a hole", box(0, 0, 10, 10), {box(3, 3, 6, 6)}, true},
+    {"every winding", reversed(box(0, 0, 10, 10)), {box(1, 1, 2, 2), reversed(box(3, 3, 6, 6))}, true},
+    {"holes in a row", box(0, 0, 10, 4), {box(1, 1, 2, 3), box(7, 1, 8, 3), box(3, 1, 4, 3), box(5, 1, 6, 3)}, true},
+    {"holes in a column", box(0, 0, 4, 10), {box(1, 1, 2, 2), box(1, 3, 2, 4), box(1, 5, 2, 6)}, true},
+    {"teeth hide the nearest edge's end", kComb, {box(1, 20, 15, 90), box(2, 1, 10, 8), box(45, 15, 55, 95)}, true},
+    {"a spike between ray and corner",
+     {{{0, 0, 0}, {100, -40, 0}, {30, 4, 0}, {60, 60, 0}, {0, 10, 0}}},
+     {{{{1, 3, 0}, {9, 5, 0}, {1, 7, 0}}}},
+     true},
+    {"two cuts to one tooth",
+     {{{0, 0, 0}, {7, 0, 0}, {8, 3, 0}, {9, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}}},
+     {{{{6, 4, 0}, {3, 4.3f, 0}, {3, 3.7f, 0}}}, {{{5.9f, 5, 0}, {3, 5.3f, 0}, {3, 4.8f, 0}}}},
+     true},
+    {"jagged holes", box(-61, -61, 61, 61), grid_of_jagged_holes(), true},
+    {"a hole on a corner", box(0, 0, 10, 10), {{{{10, 10, 0}, {5, 8, 0}, {8, 5, 0}}}}, false},
+    {"a hole on an edge", box(0, 0, 10, 10), {{{{10, 5, 0}, {5, 8, 0}, {5, 2, 0}}}}, false},
+    {"holes that share a corner", box(0, 0, 10, 10), {box(2, 2, 5, 5), box(5, 5, 8, 8)}, false},
+    {"holes that share an edge", box(0, 0, 10, 10), {box(2, 2, 5, 8), box(5, 2, 8, 8)}, false},
+    {"a hole outside", box(0, 0, 10, 10), {box(12, 2, 15, 5)}, false},
+    {"a hole across the border", box(0, 0, 10, 10), {box(8, 2, 15, 5)}, false},
+};
+
+bool crosses(const Vector3& a, const Vector3& b, const Vector3& c, const Vector3& d) {
+    const auto turn = [](const Vector3& p, const Vector3& q, const Vector3& r) {
+        return (double{q.x} - p.x) * (double{r.y} - p.y) - (double{q.y} - p.y) * (double{r.x} - p.x);
+    };
+    return turn(a, b, c) * turn(a, b, d) < 0 && turn(c, d, a) * turn(c, d, b) < 0;
+}
+
+// Two visits of one place cross when the directions that one comes from and goes to separate those of the other.
+bool visits_cross(const Mesh& mesh, size_t i, size_t j) {
+    const auto& v = mesh.vertices;
+    const size_t n = v.size();
+    if (v[i].x != v[j].x || v[i].y != v[j].y) return false;
+    const auto towards = [&](size_t k) { return std::atan2(double{v[k].y} - v[i].y, double{v[k].x} - v[i].x); };
+    const double from = towards((i + n - 1) % n);
+    const auto around = [&](size_t k) {
+        return std::fmod(towards(k) - from + 4 * std::numbers::pi, 2 * std::numbers::pi);
+    };
+    const double to = around((i + 1) % n), other_from = around((j + n - 1) % n), other_to = around((j + 1) % n);
+    const bool all_differ = other_from != 0 && other_to != 0 && other_from != to && other_to != to;
+    return all_differ && (other_from < to) != (other_to < to);
+}
+
+int crossings(const Mesh& mesh) {
+    const auto& v = mesh.vertices;
+    int count = 0;
+    for (size_t i = 0; i < v.size(); ++i)
+        for (size_t j = i + 1; j < v.size(); ++j)
+            count += crosses(v[i], v[(i + 1) % v.size()], v[j], v[(j + 1) % v.size()]) || visits_cross(mesh, i, j);
+    return count;
+}
+
+class BridgeHoles : public testing::TestWithParam<BridgeCase> {};
+
+TEST_P(BridgeHoles, EnclosesWhatTheContoursEncloseTogether) {
+    const auto& [name, outer, holes, apart] = GetParam();
+    const Mesh bridged = bridge_holes(outer, holes);
+    size_t corners = outer.vertices.size();
+    for (const Mesh& hole : holes) corners += hole.vertices.size() + 2;
+    EXPECT_EQ(bridged.vertices.size(), corners);
+    EXPECT_GT(twice_area(bridged), 0) << "not counter-clockwise";
+    if (apart) {
+        EXPECT_EQ(crossings(bridged), 0);
+    }
+
+    std::vector<Mesh> contours = holes;
+    contours.push_back(outer);
+    const Box bounds = box_of(contours);
+    std::mt19937 random(kSeed);
+    std::uniform_real_distribution<double> x(bounds.min_x - 1, bounds.max_x + 1), y(bounds.min_y - 1, bounds.max_y + 1);
+    for (int i = 0; i < 20000; ++i) {
+        const double px = x(random), py = y(random);
+        bool odd = false;
+        for (const Mesh& contour : contours) odd ^= encloses(contour, px, py);
+        ASSERT_EQ(encloses(bridged, px, py), odd) << "at " << px << ", " << py << ", seed " << kSeed;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Contours, BridgeHoles, testing::ValuesIn(kBridgeCases), [](const auto& row) {
+    std::string name = row.param.name;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return !std::isalnum(c); }, '_');
+    return name;
+});
+
+TEST(BridgeHolesOf, ContoursOfFewerThanThreeCornersAreLeftOut) {
+    EXPECT_TRUE(stage::bridge_holes({}, {}).vertices.empty());
+    EXPECT_TRUE(stage::bridge_holes({{{0, 0, 0}, {1, 1, 0}}}, {box(0, 0, 1, 1)}).vertices.empty());
+    EXPECT_EQ(stage::bridge_holes(box(0, 0, 9, 9), {Mesh{}, {{{1, 1, 0}, {2, 2, 0}}}}).vertices.size(), 4u);
+}
+
+const Contour kSquare{{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+const Contour kSquareClockwise{{0, 4}, {4, 4}, {4, 0}, {0, 0}};
+const Contour kInner{{1, 1}, {3, 1}, {3, 3}, {1, 3}};
+const Contour kInnerClockwise{{1, 3}, {3, 3}, {3, 1}, {1, 1}};
+const Contour kShifted{{2, 0}, {6, 0}, {6, 4}, {2, 4}};
+const Contour kIsland{{1.5, 1.5}, {2.5, 1.5}, {2.5, 2.5}, {1.5, 2.5}};
+
+struct NestingCase {
+    const char* name;
+    std::vector<Contour> contours;
+    FillRule rule;
+    size_t meshes;
+    double twice_areas;  // of all meshes together
+};
+
+const NestingCase kNestingCases[] = {
+    {"hole of the other winding", {kSquare, kInnerClockwise}, FillRule::NonZero, 1, 2 * (16 - 4)},
+    {"and all turned around", {kSquareClockwise, kInner}, FillRule::NonZero, 1, 2 * (16 - 4)},
+    {"the same winding is no hole", {kSquare, kInner}, FillRule::NonZero, 1, 2 * 16},
+    {"even-odd reads no winding", {kSquare, kInner}, FillRule::EvenOdd, 1, 2 * (16 - 4)},
+    {"overlapping contours join", {kSquare, kShifted}, FillRule::NonZero, 1, 2 * 24},
+    {"or leave the overlap out", {kSquare, kShifted}, FillRule::EvenOdd, 2, 2 * 16},
+    {"an island in the hole", {kIsland, kInner, kSquare}, FillRule::EvenOdd, 2, 2 * (16 - 4 + 1)},
+    {"nothing enclosed", {{}, {{1, 1}}, {{1, 1}, {2, 2}}, {{0, 0}, {1, 1}, {2, 2}}}, FillRule::EvenOdd, 0, 0},
+    {"not a number", {kSquare, {{0, 0}, {NAN, 1}, {1, 1}}}, FillRule::EvenOdd, 0, 0},
+};
+
+TEST(OutlinesOf, TellsOuterContoursFromHoles) {
+    for (const auto& [name, contours, rule, meshes, twice_areas] : kNestingCases) {
+        SCOPED_TRACE(name);
+        const std::vector<Mesh> outlines = stage::outlines_of(contours, rule);
+        EXPECT_EQ(outlines.size(), meshes);
+        double sum = 0;
+        for (const Mesh& outline : outlines) sum += twice_area(outline);
+        EXPECT_NEAR(sum, twice_areas, 1e-6);
+    }
+}
+
+TEST(FlattenedCurves, StayWithinTheToleranceWithFewChords) {
+    // A quarter of the unit circle as one cubic (off by 2.8e-4 itself), and a parabola y = x² from -1 to 1.
+    constexpr double kHandle = 0.5522847498, kTolerance = 1e-3;
+    Contour arc{{1, 0}}, parabola{{-1, 1}};
+    append_cubic(arc, {1, kHandle}, {kHandle, 1}, {0, 1}, kTolerance);
+    append_quadratic(parabola, {0, -1}, {1, 1}, kTolerance);
+    for (size_t i = 1; i < arc.size(); ++i)
+        EXPECT_NEAR(std::hypot(arc[i - 1].x + arc[i].x, arc[i - 1].y + arc[i].y) / 2, 1, kTolerance + 2.8e-4);
+    for (size_t i = 1; i < parabola.size(); ++i) {
+        const double x = (parabola[i - 1].x + parabola[i].x) / 2, y = (parabola[i - 1].y + parabola[i].y) / 2;
+        EXPECT_NEAR(y, x * x, kTolerance);
+        EXPECT_NEAR(parabola[i].y, parabola[i].x * parabola[i].x, 1e-12);
+    }
+    // A chord of width w leaves the parabola by w²/4, so 2 / w of them are needed.
+    EXPECT_EQ(parabola.size() - 1, static_cast<size_t>(std::ceil(2 / std::sqrt(4 * kTolerance))));
+    EXPECT_LT(arc.size(), 25u);
+}
+
+}  // namespace
