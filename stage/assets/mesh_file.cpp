@@ -1,0 +1,59 @@
+#include "stage/assets/mesh_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "stage/assets/mesh_file_formats.h"
+
+namespace stage {
+namespace {
+
+std::string lower_case_extension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
+
+}  // namespace
+
+Result<std::string> read_whole_file(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status)) return Error{fmt::format("{}: there is no such file", path)};
+    if (!std::filesystem::is_regular_file(status)) return Error{fmt::format("{}: not a file", path)};
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    if (error) return Error{fmt::format("{}: cannot be read: {}", path, error.message())};
+    if (size > kMaxMeshFileBytes)
+        return Error{fmt::format("{}: {} bytes; a mesh file may have at most {}", path, size, kMaxMeshFileBytes)};
+    std::string bytes(static_cast<size_t>(size), '\0');
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
+        return Error{fmt::format("{}: cannot be read", path)};
+    return bytes;
+}
+
+Error too_many_vertices(const std::string& path) {
+    return {fmt::format("{}: more than {} vertices", path, kMaxFileVertices)};
+}
+
+Result<std::vector<Mesh>> read_mesh_file(const std::string& path) {
+    const std::string extension = lower_case_extension(path);
+    const bool is_gltf = extension == ".gltf" || extension == ".glb";
+    if (!is_gltf && extension != ".obj")
+        return Error{fmt::format("{}: not a mesh file; its name must end in .obj, .gltf or .glb", path)};
+    Result<std::string> bytes = read_whole_file(path);
+    if (!bytes) return bytes.error();
+    Result<std::vector<Mesh>> meshes = is_gltf ? parse_gltf(path, std::move(*bytes)) : parse_obj(path, *bytes);
+    if (!meshes) return meshes;
+    std::erase_if(*meshes, [](const Mesh& mesh) { return mesh.vertices.empty(); });
+    if (meshes->empty()) return Error{fmt::format("{}: holds no mesh with a vertex in it", path)};
+    return meshes;
+}
+
+}  // namespace stage

@@ -1,0 +1,226 @@
+#include "stage/assets/mesh_file.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+using namespace stage;
+using testing::HasSubstr;
+
+namespace {
+
+// A folder of the test's own, gone when it ends.
+struct Folder {
+    std::string path = fmt::format("{}mesh_file_test.{}", testing::TempDir(), getpid());
+    Folder() { std::filesystem::create_directories(path); }
+    ~Folder() { std::filesystem::remove_all(path); }
+    std::string write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(path + "/" + name, std::ios::binary) << bytes;
+        return path + "/" + name;
+    }
+};
+
+// "x,y,z x,y,z" for each mesh, a line each; or the error, with the folder's name left out.
+std::string described(const Result<std::vector<Mesh>>& meshes, const Folder& folder) {
+    if (!meshes) {
+        std::string message = meshes.error().message;
+        const size_t at = message.find(folder.path + "/");
+        return at == std::string::npos ? message : message.erase(at, folder.path.size() + 1);
+    }
+    std::string text;
+    for (const Mesh& mesh : *meshes) {
+        for (const Vector3& v : mesh.vertices) text += fmt::format("{},{},{} ", v.x, v.y, v.z);
+        text.back() = '\n';
+    }
+    return text;
+}
+
+struct ObjCase {
+    const char* name;
+    const char* text;
+    const char* expected;
+};
+
+const ObjCase kObjCases[] = {
+    {"faces do not change the order", "v 1 2 3\nv 4 5 6\nv 7 8 9\nv 7 8 9\nf 3 1 2\nf 4 2 1\n",
+     "1,2,3 4,5,6 7,8,9 7,8,9\n"},
+    {"a mesh for each object and group",
+     "v 9 9 9\no a\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 2 3 4\ng b\nv 5 0 0\nv 6 0 0\nl -1 -2 2\no unused\nf 1 1 1\n",
+     "0,0,0 1,0,0 1,1,0\n0,0,0 5,0,0 6,0,0\n9,9,9\n"},
+    {"shared vertices first, groups after", "v 0 0 0\nv 1 0 0\nv 2 0 0\ng a\nf 3 2 1\ng b\nl 2 3\n",
+     "0,0,0 1,0,0 2,0,0\n1,0,0 2,0,0\n"},
+    {"vertices without elements", "o a\nv 0 0 0\nv 1 0 0\no b\nv 2 0 0\n", "0,0,0 1,0,0\n2,0,0\n"},
+    {"faces before their vertices", "f 1 2 3\nv 0 0 0\nv 1 0 0\nv 2 0 0\n", "0,0,0 1,0,0 2,0,0\n"},
+    {"what an exporter writes",
+     "# comment\r\nmtllib none.mtl\r\no cup\r\nv +1.5 -2e1 .25 1.0\r\nvt 0 0\r\nvn 0 0 1\r\n  v\t1 1 1\r\nv 3 3 3 0.1 "
+     "0.2 0.3"
+     "\r\nusemtl x\r\ns off\r\nf 1/1/1 2/1/1 \\\n 3//1\r\n",
+     "1.5,-20,0.25 1,1,1 3,3,3\n"},
+    {"points, and no newline at the end", "v 1 1 1\nv 2 2 2\np 2", "2,2,2\n"},
+
+    {"empty", "", "t.obj: holds no mesh with a vertex in it"},
+    {"not OBJ", "PNG\nthis is no mesh\n", "t.obj: holds no mesh with a vertex in it"},
+    {"a word for a number", "v 0 0 0\n\nv 0 zero 0\n",
+     "t.obj:3: a vertex must be three finite numbers, as in \"v 1 0.5 0\""},
+    {"truncated vertex", "v 0 0 0\r\nv 1 2", "t.obj:2: a vertex must be three finite numbers, as in \"v 1 0.5 0\""},
+    {"out of float range", "v 1e300 0 0\n", "t.obj:1: a vertex must be three finite numbers, as in \"v 1 0.5 0\""},
+    {"index 0", "v 0 0 0\nf 1 1 0\n",
+     "t.obj:2: vertex index 0 where 1 vertices are declared; indices count from 1, or from -1 backwards"},
+    {"index before the first", "v 0 0 0\nv 1 0 0\nl 1 -3\n",
+     "t.obj:3: vertex index -3 where 2 vertices are declared; indices count from 1, or from -1 backwards"},
+    {"index after the last", "v 0 0 0\nf 1 1 1\nf 1 2 1\nf 1 1 1\n",
+     "t.obj:3: vertex index 2, but the file declares 1 vertices"},
+    {"index of another world", "v 0 0 0\nf 1 1 2147483647\n",
+     "t.obj:2: vertex index 2147483647, but the file declares 1 vertices"},
+};
+
+TEST(ObjFile, GivesVerticesInStoredOrder) {
+    const Folder folder;
+    for (const auto& [name, text, expected] : kObjCases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(described(read_mesh_file(folder.write("t.obj", text)), folder), expected);
+    }
+}
+
+// Two primitives of three and two positions, the second one strided: the floats 0 to 14 and a gap of 4 bytes each.
+std::string position_bytes() {
+    std::string bytes;
+    const auto add = [&bytes](float f) { bytes.append(reinterpret_cast<const char*>(&f), sizeof f); };
+    for (int i = 0; i < 15; ++i) {
+        add(static_cast<float>(i));
+        if (i == 11 || i == 14) add(-1);
+    }
+    return bytes;
+}
+
+constexpr const char* kPositions = "0,1,2 3,4,5 6,7,8\n9,10,11 12,13,14\n";
+
+std::string base64(const std::string& bytes) {
+    constexpr const char* kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        unsigned group = 0;
+        for (size_t k = 0; k < 3; ++k)
+            group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0u);
+        for (size_t k = 0; k < 4; ++k) text += i + k <= bytes.size() ? kDigits[group >> (18 - 6 * k) & 63] : '=';
+    }
+    return text;
+}
+
+std::string gltf_json(const std::string& uri) {
+    return fmt::format(
+        R"({{"asset":{{"version":"2.0"}},"buffers":[{{"byteLength":68{}}}],
+"bufferViews":[{{"buffer":0,"byteLength":36}},{{"buffer":0,"byteOffset":36,"byteLength":32,"byteStride":16}}],
+"accessors":[{{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,1,2],"max":[6,7,8]}},
+{{"bufferView":1,"componentType":5126,"count":2,"type":"VEC3","min":[9,10,11],"max":[12,13,14]}}],
+"images":[{{"uri":"missing.png"}}],
+"meshes":[{{"name":"pan","primitives":[{{"attributes":{{"POSITION":0}}}},{{"attributes":{{"POSITION":1}}}}]}}]}})",
+        uri.empty() ? "" : ",\"uri\":\"" + uri + "\"");
+}
+
+std::string embedded_gltf() {
+    return gltf_json("data:application/octet-stream;base64," + base64(position_bytes()));
+}
+
+void append_word(std::string& bytes, size_t value) {
+    const auto word = static_cast<uint32_t>(value);
+    bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
+}
+
+std::string glb() {
+    std::string json = gltf_json("");
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    const std::string data = position_bytes();
+    std::string bytes = "glTF";
+    append_word(bytes, 2);
+    append_word(bytes, 12 + 8 + json.size() + 8 + data.size());
+    append_word(bytes, json.size());
+    bytes += "JSON" + json;
+    append_word(bytes, data.size());
+    return bytes + std::string("BIN\0", 4) + data;
+}
+
+TEST(GltfFile, GivesPositionsInStoredOrder) {
+    const Folder folder;
+    EXPECT_EQ(described(read_mesh_file(folder.write("embedded.gltf", embedded_gltf())), folder), kPositions);
+    EXPECT_EQ(described(read_mesh_file(folder.write("binary.GLB", glb())), folder), kPositions);
+    folder.write("far away.bin", position_bytes());
+    EXPECT_EQ(described(read_mesh_file(folder.write("beside.gltf", gltf_json("far%20away.bin"))), folder), kPositions);
+}
+
+// A piece of the sound file, and what takes its place.
+struct GltfCase {
+    const char* sound;
+    const char* broken;
+    const char* message;
+};
+
+const GltfCase kGltfCases[] = {
+    {R"("POSITION":1)", R"("POSITION":7)", "t.gltf: mesh 0 \"pan\", primitive 1: accessor 7 where the file has 2"},
+    {R"("POSITION":1)", R"("POSITION":-7)", "t.gltf: mesh 0 \"pan\", primitive 1: accessor -7 where the file has 2"},
+    {R"("bufferView":1)", R"("bufferView":2)",
+     "t.gltf: mesh 0 \"pan\", primitive 1: POSITION's bufferView 2 where the file has 2"},
+    {R"("buffer":0,"byteOffset")", R"("buffer":3,"byteOffset")",
+     "t.gltf: mesh 0 \"pan\", primitive 1: buffer 3 where the file has 1"},
+    {R"("count":2)", R"("count":3)",
+     "t.gltf: mesh 0 \"pan\", primitive 1: 3 vertices from byte 36 do not fit into the buffer's 68 bytes"},
+    {R"("count":2)", R"("count":2000000)", "t.gltf: mesh 0 \"pan\", primitive 1: 2000000 vertices"},
+    {R"("byteOffset":36)", R"("byteOffset":41)",
+     "t.gltf: mesh 0 \"pan\", primitive 1: 2 vertices from byte 41 do not fit into the buffer's 68 bytes"},
+    {R"("byteOffset":36)", R"("byteOffset":18446744073709551608)", "do not fit into the buffer's 68 bytes"},
+    {R"("byteStride":16)", R"("byteStride":8)",
+     "t.gltf: mesh 0 \"pan\", primitive 1: byteStride 8; it must be a multiple of 4 from 12"},
+    {R"("type":"VEC3","min":[9)", R"("type":"VEC2","min":[9)", "POSITION must be VEC3 of 32-bit floats"},
+    {R"(5126,"count":3)", R"(5123,"count":3)", "POSITION must be VEC3 of 32-bit floats"},
+    {"AAAAAAAAgD8", "AADAfwAAgD8", "mesh 0 \"pan\", primitive 0: vertex 0 is (nan, 1, 2); it must be finite numbers"},
+    {"\"meshes\"", "\"masks\"", "t.gltf: holds no mesh with a vertex in it"},
+    {"\"byteLength\":68", "\"byteLength\":69", "t.gltf: not a readable glTF file: Failed to decode 'uri'"},
+    {"}]}]}", "}]}]", "t.gltf: not a readable glTF file: [json.exception.parse_error.101]"},
+};
+
+TEST(GltfFile, SaysWhereItIsBroken) {
+    const Folder folder;
+    for (const auto& [sound, broken, message] : kGltfCases) {
+        SCOPED_TRACE(broken);
+        std::string text = embedded_gltf();
+        const size_t at = text.find(sound);
+        ASSERT_NE(at, std::string::npos);
+        text.replace(at, std::strlen(sound), broken);
+        EXPECT_THAT(described(read_mesh_file(folder.write("t.gltf", text)), folder), HasSubstr(message));
+    }
+    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+    EXPECT_THAT(described(read_mesh_file(folder.write("t.gltf", "{\"extras\":" + deep + "}")), folder),
+                HasSubstr("t.gltf: JSON nested more than 200 deep"));
+    EXPECT_THAT(described(read_mesh_file(folder.write("t.gltf", gltf_json("missing.bin"))), folder),
+                HasSubstr("File not found : missing.bin"));
+}
+
+TEST(GltfFile, NoTruncatedBinaryFileIsTakenForAWholeOne) {
+    const Folder folder;
+    const std::string whole = glb();
+    for (size_t length = 0; length < whole.size(); length += length < 40 || length + 90 > whole.size() ? 1 : 17)
+        EXPECT_FALSE(read_mesh_file(folder.write("t.glb", whole.substr(0, length)))) << length << " bytes";
+}
+
+TEST(MeshFile, NamesTheFileThatCannotBeRead) {
+    const Folder folder;
+    std::filesystem::create_directory(folder.path + "/folder.obj");
+    folder.write("mesh.stl", "solid");
+    const std::string large = folder.write("large.obj", "v 0 0 0\n");
+    std::filesystem::resize_file(large, (uintmax_t{128} << 20) + 1);
+    const std::pair<const char*, const char*> kCases[] = {
+        {"gone.obj", "gone.obj: there is no such file"},
+        {"folder.obj", "folder.obj: not a file"},
+        {"mesh.stl", "mesh.stl: not a mesh file; its name must end in .obj, .gltf or .glb"},
+        {"large.obj", "large.obj: 134217729 bytes; a mesh file may have at most 134217728"},
+    };
+    for (const auto& [name, message] : kCases)
+        EXPECT_EQ(described(read_mesh_file(folder.path + "/" + name), folder), message);
+}
+
+}  // namespace
