@@ -21,9 +21,9 @@ install(FILES
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tovusmoke.pc.in ${PROJECT_BINARY_DIR}/tovusmoke.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION lib/pkgconfig COMPONENT SDK)
 
+# Each sample folder, without the list of them that builds them here.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
-  FILES_MATCHING REGEX "/[^/]+/" PATTERN "*.c" PATTERN "*.cpp" PATTERN "*.h" PATTERN "CMakeLists.txt"
-  PATTERN "faulty" EXCLUDE)
+  FILES_MATCHING REGEX "/samples/[^/]+/[^/]+$" PATTERN "faulty" EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/plugin-authors.md
   DESTINATION share/doc/tovu COMPONENT SDK OPTIONAL)
 

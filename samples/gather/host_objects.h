@@ -1,0 +1,22 @@
+// Questions to the host about objects, with every out value set before the call.
+#pragma once
+
+#include <tovu/host_services.h>
+
+namespace gather {
+
+/// The container with this name, or -1.
+inline int32_t container_named(const char* name) {
+    if (*name == '\0') return -1;
+    const int32_t container_handle = _api__get_objectid(name, "", TOVU_OBJECT_CONTAINER);
+    return _api__object_valid(container_handle) ? container_handle : -1;
+}
+
+/// What the container carries, or -1.
+inline int32_t geometry_of(int32_t container_handle) {
+    int32_t geometry_handle = -1;
+    _api__container_get_geometry(container_handle, &geometry_handle);
+    return _api__object_valid(geometry_handle) ? geometry_handle : -1;
+}
+
+}  // namespace gather
