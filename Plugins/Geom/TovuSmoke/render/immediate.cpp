@@ -44,11 +44,11 @@ void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity
     }
     ormixGL_glBegin(GL_QUADS);
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
-        const int32_t left = instance.draw_count - first;
-        const int32_t count = left < kQuadsPerBlock ? left : kQuadsPerBlock;
+        QuadBlock block;
         float corners[kQuadsPerBlock * kFloatsPerQuad + 1];
-        build_corners(placement, first, count, instance.draw_count, corners);
-        for (int32_t i = 0; i < count; ++i) {
+        gather_block(first, instance.draw_count, placement.turned, block);
+        build_corners(placement, block, corners);
+        for (int32_t i = 0; i < block.count; ++i) {
             const Particle& p = *draw_list[first + i].particle;
             if (full_pass) ormixGL_glColor4ub(p.color[0], p.color[1], p.color[2], low_byte(p.alpha * opacity));
             send_corners(corners + kFloatsPerQuad * i);

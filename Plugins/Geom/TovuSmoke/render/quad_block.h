@@ -9,6 +9,16 @@ namespace tovu {
 
 constexpr int32_t kQuadsPerBlock = 64;  // the records of a block stay in the first-level cache while it is worked on
 
+/// What the quads of a block need of their records, in parts of four floats as they lie there: one vector each.
+struct QuadBlock {
+    int32_t count;
+    alignas(16) float position[kQuadsPerBlock][4];  // x, y, z; the fourth is whatever follows
+    alignas(16) float sizes[kQuadsPerBlock][4];     // half the width first, half the height third
+    alignas(16) float degrees[kQuadsPerBlock];      // of the turn
+    alignas(16) float age[kQuadsPerBlock];
+    alignas(16) float life[kQuadsPerBlock];
+};
+
 /// What is the same for all quads of a pass.
 struct QuadPlacement {
     const float* position_matrix;  // positions are mapped through it; null: used as stored
@@ -24,12 +34,15 @@ QuadPlacement local_billboard_placement(const SmokeInstance& instance, const flo
                                         bool turned);
 QuadPlacement world_billboard_placement(const SmokeInstance& instance, bool turned);
 
-/// Writes the corners of the quads of draw-list entries `first` to `first + count - 1`, x, y, z, in drawing order.
-/// count: at most kQuadsPerBlock. corners: 12 floats for each quad and one more, which is overwritten too.
+/// Gathers the block that begins at draw-list entry `first` of `draw_count`: kQuadsPerBlock quads, or what is left.
+/// turned: the turns are needed too.
+void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& block);
+
+/// Writes the corners of a block's quads: x, y, z, in drawing order. Maps the block's positions.
+/// corners: 12 floats for each quad and one more, which is overwritten too.
 /// Each corner is position + axes · R(turn) · (± half width, ± half height). A turn of 0 is exact; others agree with a
 /// matrix built step by step to within 1e-5 of the quad's size while |turn| is below some thousand degrees, beyond
 /// which an angle rounded to float radians is itself off by more.
-/// The records of the entries up to `fetch_end` - 1 are asked for ahead of use.
-void build_corners(const QuadPlacement& placement, int32_t first, int32_t count, int32_t fetch_end, float* corners);
+void build_corners(const QuadPlacement& placement, QuadBlock& block, float* corners);
 
 }  // namespace tovu

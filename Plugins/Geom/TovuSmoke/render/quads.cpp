@@ -1,41 +1,53 @@
 // The path through the client arrays.
 #include "quads.h"
 
+#include <bit>
+#include <cstddef>
 #include <cstring>
 
 #include "../host/opengl.h"
 #include "quad_block.h"
-#include "truncate.h"
 
 namespace tovu {
 namespace {
 
-/// Colours of the quads of draw-list entries `first` to `first + count - 1`, the same four bytes at each corner.
-/// alpha_scale: opacity × 255.
-void build_colors(const SmokeInstance& instance, int32_t first, int32_t count, float alpha_scale, uint8_t* colors) {
-    float age[kQuadsPerBlock];
-    float life[kQuadsPerBlock];
-    for (int32_t i = 0; i < count; ++i) {
-        age[i] = draw_list[first + i].particle->age;
-        life[i] = draw_list[first + i].particle->life;
-    }
+constexpr float kLargestInt32 = 2147483520.0f;  // the largest float that is one
+
+/// opacity × 255, held to what can be converted to an integer after a factor of 0 to 1; 0 where it is not a number.
+float alpha_scale_of(float opacity) {
+    const float scale = opacity * 255.0f;
+    const float below = scale < kLargestInt32 ? scale : kLargestInt32;
+    if (scale != scale) return 0.0f;
+    return below > -kLargestInt32 ? below : -kLargestInt32;
+}
+
+// A colour is put together as one number, from the four bytes that begin with an entry's red: the fourth belongs to
+// whatever follows, which behind the last entry is the next field of the block.
+static_assert(std::endian::native == std::endian::little);
+static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
+
+/// The same four bytes at each corner of a quad.
+void build_colors(const SmokeInstance& instance, const QuadBlock& block, float alpha_scale, uint8_t* colors) {
+    const char* const color_table = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
     int32_t index[kQuadsPerBlock];
-    for (int32_t i = 0; i < count; ++i) index[i] = color_index(age[i], life[i]);
-    for (int32_t i = 0; i < count; ++i) {
-        const uint8_t* rgb = instance.color_table.rgb[index[i]];
-        const uint8_t alpha = low_byte(instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale);
-        const uint8_t rgba[4] = {rgb[0], rgb[1], rgb[2], alpha};
-        for (int32_t corner = 0; corner < 4; ++corner) std::memcpy(colors + kBytesPerQuad * i + 4 * corner, rgba, 4);
+    for (int32_t i = 0; i < block.count; ++i) index[i] = color_index(block.age[i], block.life[i]);
+    for (int32_t i = 0; i < block.count; ++i) {
+        const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
+        uint32_t rgba;
+        std::memcpy(&rgba, color_table + 3 * index[i], sizeof(rgba));
+        rgba = (rgba & 0x00FFFFFFu) | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
+        const uint32_t corners[4] = {rgba, rgba, rgba, rgba};
+        std::memcpy(colors + kBytesPerQuad * i, corners, kBytesPerQuad);
     }
 }
 
 void build_quads(SmokeInstance& instance, const QuadPlacement& placement, float opacity) {
-    const float alpha_scale = opacity * 255.0f;
+    const float alpha_scale = alpha_scale_of(opacity);
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
-        const int32_t left = instance.draw_count - first;
-        const int32_t count = left < kQuadsPerBlock ? left : kQuadsPerBlock;
-        build_corners(placement, first, count, instance.draw_count, quad_vertices + kFloatsPerQuad * first);
-        build_colors(instance, first, count, alpha_scale, quad_colors + kBytesPerQuad * first);
+        QuadBlock block;
+        gather_block(first, instance.draw_count, placement.turned, block);
+        build_corners(placement, block, quad_vertices + kFloatsPerQuad * first);
+        build_colors(instance, block, alpha_scale, quad_colors + kBytesPerQuad * first);
     }
     instance.vertex_cursor = quad_vertices + kFloatsPerQuad * instance.draw_count;
 }
