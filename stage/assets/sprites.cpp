@@ -91,10 +91,10 @@ Spot curled(Spot p, double frequency, double amount, uint32_t seed) {
 }
 
 Shade puff(Spot p) {
-    const Spot q = curled(p, 1.7, 0.30, 11);
+    const Spot q = curled(p, 1.7, 0.24, 113);
     const double body = smooth_step(0.92, 0.05, radius(q));
-    const double detail = fractal_noise({q.x * 2.6, q.y * 2.6}, 23, 5, 0.55);
-    const double alpha = body * (0.72 + 0.62 * detail) * border_window(radius(p));
+    const double detail = fractal_noise({q.x * 2.6, q.y * 2.6}, 100, 5, 0.55);
+    const double alpha = body * (0.74 + 0.55 * detail) * border_window(radius(p));
     return {1.0, std::clamp(alpha, 0.0, 1.0)};
 }
 
@@ -105,12 +105,12 @@ Shade soft(Spot p) {
 }
 
 Shade wisp(Spot p) {
-    const Spot q = curled(p, 1.1, 0.34, 71);
-    // Strands along the lines where stretched noise is 0.
-    const double fold = std::abs(fractal_noise({q.x * 2.3, q.y * 0.85}, 37, 3, 0.45));
-    const double strand = smooth_step(0.50, 0.0, fold);
+    const Spot q = curled(p, 1.0, 0.22, 319);
+    // Strands along the lines where stretched noise is 0, thinning out to both sides.
+    const double fold = 4.5 * fractal_noise({q.x * 2.7, q.y * 0.9}, 193, 3, 0.5);
+    const double strand = 1.0 / (1.0 + fold * fold);
     const double body = smooth_step(0.92, 0.05, radius({q.x * 1.15, q.y}));
-    return {1.0, std::clamp(body * (0.10 + 0.80 * strand) * border_window(radius(p)), 0.0, 1.0)};
+    return {1.0, std::clamp(body * (0.08 + 0.82 * strand) * border_window(radius(p)), 0.0, 1.0)};
 }
 
 Shade ring(Spot p) {

@@ -12,7 +12,10 @@ namespace stage {
 
 enum class FrameDepth {
     kFloat16,  // per channel; the default
-    kBytes,    // 8 bits per channel: less memory, visible steps where many faint layers add up
+    /// 8 bits per channel, for half the memory. Layers fainter than one step of 255 are lost or rounded up to one: 400
+    /// puffs of alpha 0 to 0.03 in three columns came out 2.3 of 255 away from kFloat16 on average and 39 at most, a
+    /// third of the pixels by more than 2, with coloured fringes and hard contours that everybody sees.
+    kBytes,
 };
 
 /// Red, green, blue, alpha in 0…1, straight.

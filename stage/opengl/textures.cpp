@@ -40,11 +40,22 @@ GLint sized_format(PictureFormat format) {
     return GL_RGBA8;
 }
 
+GLint minifying(TextureFilter filter) {
+    switch (filter) {
+        case TextureFilter::kSmooth:
+            return GL_LINEAR_MIPMAP_LINEAR;
+        case TextureFilter::kSprite:
+            return GL_LINEAR_MIPMAP_NEAREST;
+        case TextureFilter::kNearest:
+            break;
+    }
+    return GL_NEAREST;
+}
+
 void set_sampling(TextureFilter filter, TextureEdge edge) {
-    const bool smooth = filter == TextureFilter::kSmooth;
     const GLint wrap = edge == TextureEdge::kClamp ? GL_CLAMP_TO_EDGE : GL_REPEAT;
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, smooth ? GL_LINEAR_MIPMAP_LINEAR : GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, smooth ? GL_LINEAR : GL_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, minifying(filter));
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter == TextureFilter::kNearest ? GL_NEAREST : GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
 }
@@ -74,7 +85,7 @@ Result<Texture> make_texture(const Picture& picture, TextureFilter filter, Textu
     glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
     glTexImage2D(GL_TEXTURE_2D, 0, sized_format(picture.format), picture.width, picture.height, 0,
                  static_cast<GLenum>(picture.format), GL_UNSIGNED_BYTE, picture.bytes.data());
-    if (filter == TextureFilter::kSmooth) glGenerateMipmap(GL_TEXTURE_2D);
+    if (filter != TextureFilter::kNearest) glGenerateMipmap(GL_TEXTURE_2D);
     glPopClientAttrib();
     glPopAttrib();
 

