@@ -107,7 +107,7 @@ Shade soft(Spot p) {
 Shade wisp(Spot p) {
     const Spot q = curled(p, 1.0, 0.22, 319);
     // Strands along the lines where stretched noise is 0, thinning out to both sides.
-    const double fold = 4.5 * fractal_noise({q.x * 2.7, q.y * 0.9}, 193, 3, 0.5);
+    const double fold = 3.6 * fractal_noise({q.x * 2.7, q.y * 0.9}, 193, 3, 0.5);
     const double strand = 1.0 / (1.0 + fold * fold);
     const double body = smooth_step(0.92, 0.05, radius({q.x * 1.15, q.y}));
     return {1.0, std::clamp(body * (0.08 + 0.82 * strand) * border_window(radius(p)), 0.0, 1.0)};

@@ -187,7 +187,7 @@ TEST(PictureCompare, MeasuresWhatIsSeen) {
 }
 
 TEST(Sprites, AreSoftAtTheBorderAndSolidInside) {
-    constexpr int32_t kSize = 64;
+    constexpr int32_t kSize = 256;
     ASSERT_FALSE(stage::sprite_kinds().empty());
     for (const stage::SpriteKind& kind : stage::sprite_kinds()) {
         const auto sprite = stage::make_sprite(kind.name, kSize);
@@ -207,7 +207,7 @@ TEST(Sprites, AreSoftAtTheBorderAndSolidInside) {
             }
         }
         EXPECT_GT(highest, 150) << kind.name;
-        EXPECT_LT(steepest, 90) << kind.name << ": an edge is no smoke";
+        EXPECT_LT(steepest, 40) << kind.name << ": an edge is no smoke";
         EXPECT_EQ(sprite->bytes, stage::make_sprite(kind.name, kSize)->bytes) << kind.name;
     }
     EXPECT_THAT(stage::make_sprite("cube").error().message, HasSubstr("'cube'; there are puff, soft"));

@@ -1,0 +1,87 @@
+#include "stored_picture.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "stage/assets/picture_file.h"
+#include "stage/output/png_file.h"
+
+namespace {
+
+constexpr const char* kRendererKeyword = "Renderer";
+
+std::string stored_renderer(const std::filesystem::path& path) {
+    const auto texts = stage::read_png_texts(path);
+    if (!texts) return {};
+    const auto found = std::ranges::find(*texts, kRendererKeyword, &stage::PngTexts::value_type::first);
+    return found != texts->end() ? found->second : std::string();
+}
+
+/// The message of the first write that failed, or nothing.
+std::string write(const std::filesystem::path& path, const stage::Picture& picture, const std::string& renderer) {
+    const auto written = stage::write_png(path, picture, {{kRendererKeyword, renderer}});
+    return written ? std::string() : "\n" + written.error().message;
+}
+
+}  // namespace
+
+PictureCheck check_stored_picture(const std::filesystem::path& folder, const std::string& name,
+                                  const stage::Picture& actual, const std::string& renderer,
+                                  const stage::PictureTolerance& tolerance, bool store) {
+    const std::filesystem::path stored_path = folder / (name + ".png");
+    const std::filesystem::path new_path = folder / (name + ".new.png");
+    const std::filesystem::path difference_path = folder / (name + ".difference.png");
+    std::filesystem::remove(new_path);
+    std::filesystem::remove(difference_path);
+    if (store) {
+        const std::string failure = write(stored_path, actual, renderer);
+        if (!failure.empty()) return {PictureVerdict::kMissing, failure};
+        return {PictureVerdict::kStored, stored_path.string() + " is stored"};
+    }
+    if (!std::filesystem::exists(stored_path))
+        return {PictureVerdict::kMissing,
+                fmt::format("{} is not there; look at {}, then run with TOVU_STORE_PICTURES=1{}", stored_path.string(),
+                            new_path.string(), write(new_path, actual, renderer))};
+    if (const std::string other = stored_renderer(stored_path); other != renderer)
+        return {PictureVerdict::kOtherRenderer,
+                fmt::format("NOT COMPARED: {} was drawn by '{}', this is '{}'", stored_path.string(), other, renderer)};
+    const auto expected = stage::read_picture(stored_path);
+    if (!expected) return {PictureVerdict::kDifferent, expected.error().message};
+    const auto difference = stage::compare_pictures(*expected, actual, tolerance.threshold);
+    if (difference && stage::within_tolerance(*difference, tolerance)) return {PictureVerdict::kSame, {}};
+
+    std::string message = stored_path.string() + ": ";
+    if (difference)
+        message +=
+            fmt::format("mean difference {:.3f} (at most {}), {:.3f} % of the pixels above {} (at most {} %); see {}",
+                        difference->mean, tolerance.mean, 100 * difference->share_above, tolerance.threshold,
+                        100 * tolerance.share_above, difference_path.string()) +
+            write(difference_path, difference->image, renderer);
+    else
+        message += difference.error().message;
+    return {PictureVerdict::kDifferent, message + write(new_path, actual, renderer)};
+}
+
+void expect_stored_picture(const std::string& name, const stage::Picture& actual, const std::string& renderer,
+                           const stage::PictureTolerance& tolerance) {
+    const char* store = std::getenv("TOVU_STORE_PICTURES");
+    const std::filesystem::path folder = std::filesystem::path(TOVU_SOURCE_DIR) / "tests/pictures/stored";
+    const PictureCheck check =
+        check_stored_picture(folder, name, actual, renderer, tolerance, store != nullptr && std::string(store) == "1");
+    switch (check.verdict) {
+        case PictureVerdict::kSame:
+            break;
+        case PictureVerdict::kStored:
+            std::puts(check.message.c_str());
+            break;
+        case PictureVerdict::kOtherRenderer:
+            GTEST_SKIP() << check.message;
+        case PictureVerdict::kDifferent:
+        case PictureVerdict::kMissing:
+            ADD_FAILURE() << check.message;
+            break;
+    }
+}
