@@ -1,5 +1,6 @@
 #include "simulation_step.h"
 
+#include <cfloat>
 #include <cstring>
 
 #include "../host/host_queries.h"
@@ -43,8 +44,9 @@ int32_t whole_births(float due) {
 
 void give_births(SmokeInstance& instance) {
     instance.birth_accumulator += static_cast<float>(instance.time_step);
-    const float period = 1.0f / param::birth_rate(instance.parameters);  // infinite at rate 0: no births
-    if (!(period < instance.birth_accumulator)) return;
+    const float period =
+        1.0f / param::birth_rate(instance.parameters);  // infinite at rate 0, of either sign: no births
+    if (!(period < instance.birth_accumulator) || period < -FLT_MAX) return;
     int32_t births = whole_births(instance.birth_accumulator / period);
     if (instance.consumer_attached && births > instance.consumer_birth_limit) births = instance.consumer_birth_limit;
     emit_particles(instance, births);  // makes none of a negative number

@@ -1,0 +1,350 @@
+// One step of a live particle: ageing, death, colour, forces in their order, path, size, the box.
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <cstdlib>
+
+#include "render_host.h"
+
+namespace tovu {
+namespace {
+
+constexpr float kFloatEpsilon = 1.1920929e-07f;
+
+/// One particle alive in a host with frames of 0.25 s; nothing is born besides.
+struct OneParticle {
+    explicit OneParticle(stage::ParameterValues values = {}) {
+        host.stage().clock.frame_period_seconds = 0.25;
+        values.insert(values.begin(), {{"number_of_particles", 1},
+                                       {"birth_rate", 1e7},
+                                       {"initial_speed", 0.0},
+                                       {"life_time", 8.0},
+                                       {"size_death_x", 5.0},
+                                       {"size_death_y", 5.0}});
+        smoke = host.add_smoke(values);
+        host.run_frames(2);
+        host.set(smoke, "birth_rate", 0.0);
+        particle = host.active(smoke).at(0);
+        particle->position = {1, 2, 3};
+        particle->velocity = {0.5f, 1, -0.25f};
+        particle->age = 1;
+    }
+    RenderHost host;
+    SmokeHandle smoke;
+    Particle* particle = nullptr;
+};
+
+struct ForceCase {
+    const char* name;
+    stage::ParameterValues values;
+    Vector3 moved;     // by this step, from (1, 2, 3)
+    Vector3 velocity;  // after it, from (0.5, 1, -0.25)
+};
+const stage::ParameterValues kWorld = {{"reference", 1}};
+
+// The container is scaled by (2, 4, 8).
+const ForceCase kForces[] = {
+    {"none: straight on", {}, {0.5f, 1, -0.25f}, {0.5f, 1, -0.25f}},
+    {"gravity counts from the next step", {{"gravity", 8.0}}, {0.5f, 1, -0.25f}, {0.5f, -1, -0.25f}},
+    {"gravity is scaled in the world", {{"gravity", 8.0}, {"reference", 1}}, {0.5f, 1, -0.25f}, {0.5f, -7, -0.25f}},
+    {"air takes its share", {{"air_resistance", 100.0}}, {0.5f, 1, -0.25f}, {0.45f, 0.9f, -0.225f}},
+    {"gravity comes before air",
+     {{"gravity", 8.0}, {"air_resistance", 100.0}},
+     {0.5f, 1, -0.25f},
+     {0.45f, -0.9f, -0.225f}},
+    {"wind moves and does not push", {{"wind_force", 4.0}}, {1.5f, 1, -0.25f}, {0.5f, 1, -0.25f}},
+    {"wind about z", {{"wind_force", 4.0}, {"wind_rot_z", 90.0}}, {0.5f, 2, -0.25f}, {0.5f, 1, -0.25f}},
+    {"wind about z, then x",
+     {{"wind_force", 4.0}, {"wind_rot_z", 90.0}, {"wind_rot_x", 90.0}},
+     {0.5f, 1, 0.75f},
+     {0.5f, 1, -0.25f}},
+    {"wind is scaled in the world",
+     {{"wind_force", 4.0}, {"wind_rot_z", 45.0}, {"reference", 1}},
+     {0.5f + 2 * 0.70710678f, 1 + 4 * 0.70710678f, -0.25f},
+     {0.5f, 1, -0.25f}},
+};
+
+TEST(Step, Forces) {
+    for (const ForceCase& row : kForces) {
+        SCOPED_TRACE(row.name);
+        OneParticle one(row.values);
+        one.host.container(one.smoke).placement.scale = {2, 4, 8};
+        one.host.run_frames(1);
+        const Particle& p = *one.particle;
+        EXPECT_NEAR(1 + row.moved.x, p.position.x, 2e-6f);
+        EXPECT_NEAR(2 + row.moved.y, p.position.y, 2e-6f);
+        EXPECT_NEAR(3 + row.moved.z, p.position.z, 2e-6f);
+        EXPECT_NEAR(row.velocity.x, p.velocity.x, 1e-6f);
+        EXPECT_NEAR(row.velocity.y, p.velocity.y, 1e-6f);
+        EXPECT_NEAR(row.velocity.z, p.velocity.z, 1e-6f);
+    }
+}
+
+TEST(Step, TurbulenceDrawsByAxisAndIsScaledUnderBothReferences) {
+    for (const int reference : {0, 1})
+        for (int axes = 1; axes < 8; ++axes) {
+            SCOPED_TRACE(testing::Message() << "reference " << reference << ", axes " << axes);
+            OneParticle one({{"reference", reference}});
+            one.host.container(one.smoke).placement.scale = {2, 4, 8};
+            const char* const names[] = {"turbulence_x", "turbulence_y", "turbulence_z"};
+            for (int i = 0; i < 3; ++i)
+                if (axes >> i & 1) one.host.set(one.smoke, names[i], 3.0 + i);
+            std::srand(5);
+            one.host.run_frames(1);
+            const int behind = std::rand();
+            std::srand(5);
+            const float moved[] = {one.particle->position.x - 1.5f, one.particle->position.y - 3,
+                                   one.particle->position.z - 2.75f};
+            for (int i = 0; i < 3; ++i) {
+                const double amplitude = 0.25 * (3 + i) * 10 * (2 << i);
+                const double expected = axes >> i & 1 ? (std::rand() >> 16) * amplitude / 32767 - amplitude / 2 : 0;
+                EXPECT_NEAR(expected, static_cast<double>(moved[i]), 2e-5) << i;
+            }
+            EXPECT_EQ(behind, std::rand());
+        }
+}
+
+struct PathCase {
+    const char* name;
+    Vector3 velocity;
+    float degrees;
+    stage::ParameterValues values;
+};
+const PathCase kPaths[] = {
+    {"up", {0, 2, 0}, 0, {}},
+    {"right", {2, 0, 0}, -90, {}},
+    {"down", {0, -2, 0}, -180, {}},
+    {"left", {-2, 0, 0}, 90, {}},
+    {"up right", {3, 3, 99}, -45, {}},
+    {"down right", {3, -3, 0}, -135, {}},
+    {"down left is beyond down", {-3, -3, 0}, -225, {}},
+    {"along z alone", {0, 0, 5}, 0, {}},
+    {"at rest", {0, 0, 0}, 0, {}},
+    {"so steep that it counts as up", {kFloatEpsilon * 0.99f, 1, 0}, 0, {}},
+    {"so steep that it counts as down", {-kFloatEpsilon * 0.99f, -1, 0}, -180, {}},
+    {"the wind takes part", {0, 1, 0}, -45, {{"wind_force", 4.0}}},
+    {"after gravity", {2, 2, 0}, -90, {{"gravity", 8.0}}},
+    {"flat quads in the world ignore the container", {0, 2, 0}, 0, {{"billboard", 0}, {"reference", 1}}},
+    {"facing quads in the world ignore the container", {0, 2, 0}, 0, kWorld},
+    {"flat local quads ignore the container", {0, 2, 0}, 0, {{"billboard", 0}}},
+    {"off", {2, 0, 0}, 0, {{"rot_follow_path", false}}},
+};
+
+TEST(Step, PathAngle) {
+    for (const PathCase& row : kPaths) {
+        SCOPED_TRACE(row.name);
+        stage::ParameterValues values = {{"rot_follow_path", true}};
+        values.insert(values.end(), row.values.begin(), row.values.end());
+        OneParticle one(values);
+        one.particle->velocity = row.velocity;
+        if (row.values.size() && row.values[0].first != "gravity" && row.values[0].first != "wind_force")
+            one.host.container(one.smoke).placement.rotation_degrees = {0, 0, 30};
+        one.host.run_frames(1);
+        EXPECT_NEAR(row.degrees, one.particle->path_angle, 2e-5f);
+    }
+    OneParticle facing({{"rot_follow_path", true}});  // local and facing the camera: seen through the container
+    facing.particle->velocity = {0, 2, 0};
+    facing.host.container(facing.smoke).placement = {{9, 9, 9}, {0, 0, 30}, {1, 5, 1}};
+    facing.host.run_frames(1);
+    EXPECT_NEAR(30, facing.particle->path_angle, 1e-4f);
+}
+
+struct LifeCase {
+    const char* name;
+    float age, life;  // before a step of 0.25 s
+    bool lives;
+    uint8_t red;
+    float alpha;
+};
+const LifeCase kLives[] = {
+    {"half", 1.75f, 4, true, 127, 127.5f},
+    {"the age of its life is seen once more, clear", 3.75f, 4, true, 0, 0},
+    {"older than its life", 3.8125f, 4, false, 0, 0},
+    {"of no life", -0.25f, 0, true, 0, 0},
+};
+
+TEST(Step, AgeDecidesLookAndDeath) {
+    // Opacity 1 − u over the sampling's 512 points; red falls from 255 in 1024 steps.
+    OneParticle one({{"color", std::string("0 1 0 0 1 0 0 0")}, {"alpha_curve", std::string("0 1 0.5 0.5 1 0")}});
+    for (const LifeCase& row : kLives) {
+        SCOPED_TRACE(row.name);
+        Particle& p = *one.particle;
+        p.age = row.age;
+        p.life = row.life;
+        one.host.run_frames(1);
+        EXPECT_EQ(row.lives, one.host.active_count(one.smoke) == 1);
+        if (!row.lives) {
+            EXPECT_EQ(row.age + 0.25f, p.age) << "only its age has changed";
+            one.host.block(one.smoke).birth_accumulator = 1;
+            one.host.set(one.smoke, "birth_rate", 1.0);
+            one.host.run_frames(1);
+            one.host.set(one.smoke, "birth_rate", 0.0);
+            continue;
+        }
+        EXPECT_EQ(row.red, p.color[0]);
+        EXPECT_NEAR(row.alpha, p.alpha, 0.3f);
+    }
+}
+
+TEST(Step, TurnsGrowsAndLeavesTheLookToTheArrays) {
+    OneParticle one({{"use_array", true}});
+    Particle& p = *one.particle;
+    p.color[1] = 77;
+    p.alpha = 88;
+    p.rotation = 10;
+    p.rotation_step = -3;
+    p.size_x = p.size_y = 5;
+    p.size_step_x = 0.5f;
+    p.size_step_y = -6;
+    one.host.run_frames(1);
+    EXPECT_EQ(77, p.color[1]);
+    EXPECT_EQ(88.0f, p.alpha);
+    EXPECT_EQ(7.0f, p.rotation);
+    EXPECT_EQ(5.5f, p.size_x);
+    EXPECT_EQ(-1.0f, p.size_y);
+}
+
+TEST(Step, BoundingBox) {
+    RenderHost host;
+    const SmokeHandle smoke = host.smoke_of(2);
+    host.set(smoke, "birth_rate", 0.0);
+    host.active(smoke)[0]->position = {-1, 5, 2};
+    host.active(smoke)[1]->position = {4, 3, 2};
+    const auto expect_box = [&](Vector3 low, Vector3 high) {
+        const stage::BoundingBox box = host.bounding_box(smoke);
+        const float got[] = {box.minimum.x, box.minimum.y, box.minimum.z, box.maximum.x, box.maximum.y, box.maximum.z};
+        const float expected[] = {low.x, low.y, low.z, high.x, high.y, high.z};
+        for (int i = 0; i < 6; ++i) EXPECT_NEAR(expected[i], got[i], 1e-4f * (1 + std::fabs(expected[i]))) << i;
+    };
+    host.run_frames(1);
+    expect_box({-1, 3, 2}, {4, 5, 2});
+    host.container(smoke).placement = {{1, 1, 1}, {0, 0, 90}, {2, 5, 1}};
+    host.run_frames(1);
+    expect_box({-1, 3, 2}, {4, 5, 2});
+    // In the world: minus the position, turned back by 90° about z, so (x, y) becomes (y, −x), divided by the scaling.
+    host.set(smoke, "reference", 1);
+    host.run_frames(1);
+    expect_box({2 / 2.0f, -3 / 5.0f, 1}, {4 / 2.0f, 2 / 5.0f, 1});
+    // Each angle is turned back by itself, about x first: (x, y, z) becomes (x, z, −y), then, about z, (y, −x, z).
+    host.container(smoke).placement = {{0, 0, 0}, {90, 0, 90}, {1, 1, 1}};
+    host.run_frames(1);
+    expect_box({2, -4, -5}, {2, 1, -3});
+    host.set(smoke, "freeze_motion", true);
+    host.start_recording();
+    host.run_frames(1);
+    EXPECT_EQ(0, host.count_calls("_api__container_set_bounding_box"));
+    host.set(smoke, "freeze_motion", false);
+    host.press(smoke, "reset");
+    host.run_frames(1);
+    expect_box({0, 0, 0}, {0, 0, 0});
+}
+
+TEST(Step, FrozenKeepsPoolAndCameraButNothingMoves) {
+    OneParticle one;
+    const Particle before = *one.particle;
+    const SmokeInstance& block = one.host.block(one.smoke);
+    const float due = block.birth_accumulator;
+    one.host.set(one.smoke, "freeze_motion", true);
+    one.host.set(one.smoke, "number_of_particles", 7);
+    one.host.stage().camera.pan_degrees = 35;
+    one.host.container(one.smoke).placement.position = {1, 2, 3};
+    one.host.run_frames(2);
+    EXPECT_EQ(7, block.particle_count);
+    EXPECT_EQ(3.0f, block.abs_position.z);
+    EXPECT_NEAR(35.0f, std::fabs(block.billboard_tilt), 1e-4f);
+    EXPECT_EQ(before.age, one.particle->age);
+    EXPECT_EQ(before.position.x, one.particle->position.x);
+    EXPECT_EQ(due, block.birth_accumulator);
+    one.host.set(one.smoke, "freeze_motion", false);
+    one.host.run_frames(1);
+    EXPECT_EQ(before.age + 0.25f, one.particle->age);
+}
+
+struct CameraCase {
+    float pan, tilt, roll;
+};
+
+// However the camera stands, a quad that faces +Z, turned by axis and tilt and then rolled, faces it upright.
+TEST(Step, QuadsFaceTheCamera) {
+    const CameraCase rows[] = {{0, 0, 0},    {35, 0, 0},   {-100, 0, 0}, {0, 40, 0},
+                               {25, -30, 0}, {140, 60, 0}, {20, 10, 50}, {-60, 5, -110}};
+    OneParticle one;
+    for (const CameraCase& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.pan << ", " << row.tilt << ", " << row.roll);
+        stage::Camera& camera = one.host.stage().camera;
+        camera.pan_degrees = row.pan;
+        camera.tilt_degrees = row.tilt;
+        camera.roll_degrees = row.roll;
+        one.host.run_frames(1);
+        const SmokeInstance& block = one.host.block(one.smoke);
+        Matrix4 turned;
+        rotate(turned, block.billboard_tilt, block.billboard_axis);
+        rotate_z(turned, block.billboard_roll);
+        Matrix4 view;
+        const stage::Matrix seen = stage::view_matrix(camera);
+        for (int i = 0; i < 12; ++i) view.m[i] = seen[static_cast<size_t>(i)];
+        const Vector3 up = transform(view, transform(turned, {0, 1, 0}));
+        const Vector3 facing = transform(view, transform(turned, {0, 0, 1}));
+        EXPECT_NEAR(0, up.x, 2e-5f);
+        EXPECT_NEAR(1, up.y, 2e-5f);
+        EXPECT_NEAR(1, facing.z, 2e-5f);
+    }
+}
+
+struct DeathCase {
+    const char* name;
+    int spawn_type;
+    double scale;   // Death Acceleration, percent
+    bool on_shape;  // the particle stands inside the outline, or on a lit pixel
+    bool attached, released;
+    float life, age;  // after a step of 0.25 s from age 1 of 8
+    int accelerated;
+};
+const DeathCase kDeaths[] = {
+    {"100 changes nothing", 2, 100, false, true, true, 8, 1.25f, 0},
+    {"cube", 0, 50, false, false, true, 8, 1.25f, 0},
+    {"cube, released", 0, 50, false, true, true, 4, 0.625f, 1},
+    {"sphere, released", 1, 50, false, true, true, 4, 0.625f, 1},
+    {"outside the container", 2, 50, false, false, false, 4, 0.625f, 1},
+    {"inside the container", 2, 50, true, false, false, 8, 1.25f, 0},
+    {"inside the container, released", 2, 50, true, true, true, 4, 0.625f, 1},
+    {"outside and released counts once", 2, 50, false, true, true, 4, 0.625f, 1},
+    {"off the mask keeps its age", 3, 50, false, false, false, 4.625f, 1.25f, 1},
+    {"on the mask", 3, 50, true, false, false, 8, 1.25f, 0},
+    {"on the mask, released: the mask alone decides", 3, 50, true, true, true, 8, 1.25f, 0},
+    {"0 ends it in the next step", 3, 0, false, false, false, 1.25f, 1.25f, 1},
+    {"0 leaves no age either", 2, 0, false, false, false, 0, 0, 1},
+};
+
+TEST(Step, DeathAcceleration) {
+    for (const DeathCase& row : kDeaths) {
+        SCOPED_TRACE(row.name);
+        OneParticle one({{"spawn_cont_name", std::string("square")},
+                         {"spawn_image", std::string("mask")},
+                         {"spawn_range_x", 100.0},
+                         {"spawn_range_y", 100.0}});
+        one.host.add_outlines("square", {{{{0, 0, 0}, {100, 0, 0}, {100, 100, 0}, {0, 100, 0}}}});
+        stage::add_image(one.host.stage(), "mask", 2, 1, GL_LUMINANCE, {0, 255});  // lit where x is not below 0
+        one.host.set(one.smoke, "freeze_motion", true);
+        one.host.set(one.smoke, "spawn_type", row.spawn_type);
+        one.host.set(one.smoke, "life_time_scale", row.scale);
+        stage::notify_changed(one.host.stage(), one.smoke.container, kIndex_spawn_cont_name);
+        stage::notify_changed(one.host.stage(), one.smoke.container, kIndex_spawn_image);
+        one.host.run_frames(2);
+        one.host.set(one.smoke, "freeze_motion", false);
+        one.particle->position = {row.on_shape ? 10.0f : -10.0f, 10, 0};
+        one.particle->velocity = {-20, 0, 0};  // asked before it moves
+        one.host.block(one.smoke).consumer_attached = row.attached;
+        one.particle->claimed = row.attached;
+        one.particle->released = row.released;
+        one.host.run_frames(1);
+        EXPECT_NEAR(row.life, one.particle->life, 1e-6f);
+        EXPECT_NEAR(row.age, one.particle->age, 1e-6f);
+        EXPECT_EQ(row.accelerated, one.particle->accelerated);
+        one.host.run_frames(row.scale == 0 ? 0 : 1);
+        EXPECT_NEAR(row.scale == 100 ? 8 : row.life, one.particle->life, row.accelerated ? 1e-6f : 8) << "only once";
+    }
+}
+
+}  // namespace
+}  // namespace tovu
