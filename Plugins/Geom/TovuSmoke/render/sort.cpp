@@ -10,14 +10,20 @@ SortScratch sort_scratch;
 
 namespace {
 
-constexpr int32_t kMostDigitBits = 11;   // 2048 counters: those of all passes together stay in the first-level cache
-constexpr int32_t kMostPasses = 8;       // digits of at least 4 bits: enough for 32
-constexpr int32_t kInsertionLimit = 24;  // up to here moving single entries is cheaper than keeping counters
+constexpr int32_t kMergeLimit = 13;     // up to here merging is cheapest,
+constexpr int32_t kCountingLimit = 80;  // up to here comparing all pairs,
+constexpr int32_t kCountingBlock = 16;  // entries whose counts are made together
+constexpr int32_t kHalvesLimit = 100;   // up to here doing so in halves; above it keeping counters
+static_assert(kCountingLimit % kCountingBlock == 0);
+constexpr int32_t kMostDigitBits = 11;  // 2048 counters: those of all passes together stay in the first-level cache
 
 /// Bits needed to write `value`.
-int32_t bits_in(uint32_t value) {
+constexpr int32_t bits_in(uint32_t value) {
     return 32 - std::countl_zero(value);
 }
+
+constexpr int32_t kFewestDigitBits = bits_in(kHalvesLimit);  // as `digits_for` chooses for larger counts
+constexpr int32_t kMostPasses = (32 + kFewestDigitBits - 1) / kFewestDigitBits;
 
 bool grow_scratch(int32_t count) {
     if (count <= sort_scratch.capacity) return true;
@@ -50,20 +56,93 @@ void reverse_ties_of_leaves(DrawEntry* entries, int32_t count) {
     }
 }
 
-void insertion_sort(DrawEntry* entries, int32_t count) {
-    for (int32_t i = 1; i < count; ++i) {
-        const DrawEntry entry = entries[i];
-        int32_t hole = i;
-        for (; hole > 0 && entries[hole - 1].key > entry.key; --hole) entries[hole] = entries[hole - 1];
-        entries[hole] = entry;
+void compare_exchange(DrawEntry& first, DrawEntry& second) {
+    if (first.key <= second.key) return;
+    const DrawEntry entry = first;
+    first = second;
+    second = entry;
+}
+
+/// Merges the first `left_count` entries with the rest. Only the left run leaves its place: what is written never
+/// overtakes what is still to be read of the right one.
+void merge_runs(DrawEntry* entries, int32_t left_count, int32_t count) {
+    if (entries[left_count - 1].key <= entries[left_count].key) return;
+    DrawEntry* const left_run = sort_scratch.entries;
+    std::memcpy(left_run, entries, static_cast<size_t>(left_count) * sizeof(DrawEntry));
+    int32_t left = 0;
+    int32_t right = left_count;
+    DrawEntry* to = entries;
+    while (left < left_count && right < count)
+        *to++ = left_run[left].key > entries[right].key ? entries[right++] : left_run[left++];
+    std::memcpy(to, left_run + left, static_cast<size_t>(left_count - left) * sizeof(DrawEntry));
+}
+
+void sort_by_merging(DrawEntry* entries, int32_t count) {
+    if (count > 3) {
+        const int32_t half = count / 2;
+        sort_by_merging(entries, half);
+        sort_by_merging(entries + half, count - half);
+        merge_runs(entries, half, count);
+    } else if (count == 3) {
+        compare_exchange(entries[0], entries[1]);
+        compare_exchange(entries[0], entries[2]);
+        compare_exchange(entries[1], entries[2]);
+    } else if (count == 2) {
+        compare_exchange(entries[0], entries[1]);
     }
+}
+
+/// Four keys or counts, compared and added as one; a comparison gives -1 where it holds. Written out, since the counts
+/// of a block have to stay in registers, where compilers do not keep an array.
+typedef int32_t Lanes __attribute__((vector_size(16)));
+
+/// Stable, by counting for each entry those that come before it: all pairs are compared, without a branch.
+void sort_by_counting(DrawEntry* entries, int32_t count) {
+    alignas(16) int32_t keys[kCountingLimit];
+    for (int32_t i = 0; i < count; ++i) keys[i] = entries[i].key;
+    for (int32_t i = count; i % kCountingBlock != 0; ++i) keys[i] = 0;
+
+    for (int32_t block = 0; block < count; block += kCountingBlock) {
+        const int32_t block_end = block + kCountingBlock < count ? block + kCountingBlock : count;
+        Lanes own[4];
+        std::memcpy(own, keys + block, sizeof(own));
+        // Of those in front all come before but the greater ones, of those behind only the lesser ones.
+        Lanes a = {block, block, block, block}, b = a, c = a, d = a;
+        for (int32_t j = 0; j < block; ++j) {
+            const Lanes key = {keys[j], keys[j], keys[j], keys[j]};
+            a += key > own[0];
+            b += key > own[1];
+            c += key > own[2];
+            d += key > own[3];
+        }
+        for (int32_t j = block_end; j < count; ++j) {
+            const Lanes key = {keys[j], keys[j], keys[j], keys[j]};
+            a -= key < own[0];
+            b -= key < own[1];
+            c -= key < own[2];
+            d -= key < own[3];
+        }
+        const Lanes within = {0, 1, 2, 3};
+        for (int32_t j = 0; j < block_end - block; ++j) {
+            const int32_t key_j = keys[block + j];
+            const Lanes key = {key_j, key_j, key_j, key_j};
+            a -= (key < own[0]) | ((key == own[0]) & (within > j));  // of equal keys those in front come before
+            b -= (key < own[1]) | ((key == own[1]) & (within + 4 > j));
+            c -= (key < own[2]) | ((key == own[2]) & (within + 8 > j));
+            d -= (key < own[3]) | ((key == own[3]) & (within + 12 > j));
+        }
+        const Lanes places[4] = {a, b, c, d};
+        for (int32_t i = block; i < block_end; ++i)
+            sort_scratch.entries[places[(i - block) / 4][(i - block) % 4]] = entries[i];
+    }
+    std::memcpy(entries, sort_scratch.entries, static_cast<size_t>(count) * sizeof(DrawEntry));
 }
 
 /// How the keys lie: their range, and whether nothing is left to do.
 struct KeySurvey {
     int32_t lowest;
     int32_t highest;
-    bool ascending;   // no key is less than the one before
+    int32_t falls;    // keys that are less than the one before
     bool descending;  // every key is less than the one before
 };
 
@@ -79,7 +158,7 @@ KeySurvey survey_keys(const DrawEntry* entries, int32_t count) {
         falls += key < entries[i - 1].key;
         rises_or_ties += key >= entries[i - 1].key;
     }
-    return {lowest, highest, falls == 0, rises_or_ties == 0};
+    return {lowest, highest, falls, rises_or_ties == 0};
 }
 
 void reverse(DrawEntry* entries, int32_t count) {
@@ -157,15 +236,29 @@ void radix_sort(DrawEntry* entries, int32_t count, uint32_t lowest, Digits digit
 
 void merge_sort_entries(DrawEntry* entries, int32_t count) {
     if (count < 1 || !grow_scratch(count)) return;
+    if (count <= kMergeLimit) {
+        sort_by_merging(entries, count);
+        return;
+    }
     const KeySurvey survey = survey_keys(entries, count);
-    if (survey.ascending) return;
+    if (survey.falls == 0) return;
     if (survey.descending) {
         reverse(entries, count);
         return;
     }
+    if (count <= kHalvesLimit && survey.falls < count / 4) {  // most runs are found in order
+        sort_by_merging(entries, count);
+        return;
+    }
     reverse_ties_of_leaves(entries, count);
-    if (count <= kInsertionLimit) {
-        insertion_sort(entries, count);
+    if (count <= kCountingLimit) {
+        sort_by_counting(entries, count);
+        return;
+    }
+    if (count <= kHalvesLimit) {
+        sort_by_counting(entries, count / 2);
+        sort_by_counting(entries + count / 2, count - count / 2);
+        merge_runs(entries, count / 2, count);
         return;
     }
     const uint32_t lowest = static_cast<uint32_t>(survey.lowest);
