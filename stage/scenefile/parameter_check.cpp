@@ -1,0 +1,89 @@
+#include "stage/scenefile/parameter_check.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "stage/assets/sprites.h"
+#include "stage/scenefile/names.h"
+
+namespace stage {
+
+namespace {
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The error of a value that is right in kind and range but names something that is not in the scene; empty if all is
+// well.
+std::string missing_object(const SceneDescription& scene, const ParameterInfo& parameter, const std::string& name) {
+    if (name.empty()) return {};
+    std::vector<std::string> known;
+    if (parameter.kind == ParameterKind::Container) {
+        for (const ContainerDescription& container : scene.containers) known.push_back(container.name);
+    } else if (parameter.kind == ParameterKind::Image) {
+        known = image_names(scene);
+    } else {
+        return {};
+    }
+    if (contains(known, name)) return {};
+    return fmt::format("parameter '{}' names the unknown {} '{}': {}", parameter.name,
+                       parameter.kind == ParameterKind::Container ? "container" : "image", name,
+                       name_hint(name, known));
+}
+
+}  // namespace
+
+ParameterValue parameter_value(const WrittenValue& written) {
+    if (const auto* flag = std::get_if<bool>(&written)) return *flag;
+    if (const auto* number = std::get_if<double>(&written)) return *number;
+    if (const auto* text = std::get_if<std::string>(&written)) return *text;
+    const int64_t whole = std::get<int64_t>(written);
+    if (whole < std::numeric_limits<int>::min() || whole > std::numeric_limits<int>::max())
+        return static_cast<double>(whole);
+    return static_cast<int>(whole);
+}
+
+void check_settings(const SceneDescription& scene, const Plugin& plugin, const std::vector<ParameterSetting>& settings,
+                    std::vector<std::string>& errors) {
+    for (const ParameterSetting& setting : settings) {
+        const ParameterInfo* parameter = find_parameter(plugin, setting.name);
+        if (parameter == nullptr) {
+            errors.push_back(setting.place + ": " + unknown_parameter(plugin, setting.name).message);
+            continue;
+        }
+        const ParameterValue value = parameter_value(setting.value);
+        if (const Result<Done> checked = check_parameter(*parameter, value); !checked) {
+            errors.push_back(setting.place + ": " + checked.error().message);
+            continue;
+        }
+        if (const auto* name = std::get_if<std::string>(&value)) {
+            const std::string missing = missing_object(scene, *parameter, *name);
+            if (!missing.empty()) errors.push_back(setting.place + ": " + missing);
+        }
+    }
+}
+
+void check_button(const Plugin& plugin, const std::string& button, const Place& place,
+                  std::vector<std::string>& errors) {
+    if (button.empty() || find_button(plugin, button) != nullptr) return;
+    std::vector<std::string> known;
+    for (const PushButton& one : plugin.buttons) known.push_back(one.name);
+    errors.push_back(
+        fmt::format("{}: {} has no push button '{}': {}", place, plugin.name, button, name_hint(button, known)));
+}
+
+std::vector<std::string> image_names(const SceneDescription& scene) {
+    std::vector<std::string> names;
+    for (const auto& [name, image] : scene.images) names.push_back(name);
+    for (const SpriteKind& sprite : sprite_kinds()) names.push_back(sprite.name);
+    return names;
+}
+
+bool is_image_name(const SceneDescription& scene, const std::string& name) {
+    return contains(image_names(scene), name);
+}
+
+}  // namespace stage

@@ -1,0 +1,27 @@
+// Written parameter values against what a plug-in registered.
+#pragma once
+
+#include "stage/plugins/parameters.h"
+#include "stage/scenefile/scene_description.h"
+
+namespace stage {
+
+/// The value as the Stage takes it. Whole numbers too large for int become decimal ones.
+ParameterValue parameter_value(const WrittenValue& written);
+
+/// Adds a line to `errors` for each setting that the plug-in has no parameter for, whose kind or range is wrong, or
+/// that names a container or image that the scene does not have.
+void check_settings(const SceneDescription& scene, const Plugin& plugin, const std::vector<ParameterSetting>& settings,
+                    std::vector<std::string>& errors);
+
+/// Adds a line to `errors` when the plug-in has no push button of this name.
+void check_button(const Plugin& plugin, const std::string& button, const Place& place,
+                  std::vector<std::string>& errors);
+
+/// Whether `name` is one of the scene's images or a built-in sprite.
+bool is_image_name(const SceneDescription& scene, const std::string& name);
+
+/// The names that is_image_name takes: the scene's own first.
+std::vector<std::string> image_names(const SceneDescription& scene);
+
+}  // namespace stage

@@ -1,0 +1,183 @@
+#include "stage/scenefile/scene_build.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cmath>
+#include <numbers>
+#include <set>
+
+#include "stage/assets/picture_file.h"
+#include "stage/assets/sprites.h"
+#include "stage/plugins/instance.h"
+#include "stage/scenefile/names.h"
+#include "stage/scenefile/parameter_check.h"
+#include "stage/scenefile/shape_build.h"
+
+namespace stage {
+
+namespace {
+
+constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
+
+// What goes through the steps of building.
+struct Builder {
+    const SceneDescription& scene;
+    const std::string& smoke_plugin;
+    BuiltScene built;
+    std::vector<PluginId> plugins;    // by container index; -1 where it carries none
+    std::vector<std::string> errors;  // one line each
+};
+
+Vector3 vector_of(const Triple& triple) {
+    return {triple[0], triple[1], triple[2]};
+}
+
+void set_camera(const CameraDescription& description, Camera& camera) {
+    camera.position = vector_of(description.position);
+    camera.pan_degrees = description.pan;
+    camera.tilt_degrees = description.tilt;
+    camera.roll_degrees = description.roll;
+    camera.field_of_view_degrees = description.field_of_view;
+    if (!description.look_at) return;
+    const double x = static_cast<double>((*description.look_at)[0]) - description.position[0];
+    const double y = static_cast<double>((*description.look_at)[1]) - description.position[1];
+    const double z = static_cast<double>((*description.look_at)[2]) - description.position[2];
+    camera.pan_degrees = static_cast<float>(std::atan2(-x, -z) * kDegreesPerRadian);
+    camera.tilt_degrees = static_cast<float>(std::atan2(y, std::hypot(x, z)) * kDegreesPerRadian);
+}
+
+void add_picture(Builder& builder, const std::string& name, const Place& place, Result<Picture> picture) {
+    if (!picture) {
+        builder.errors.push_back(place + ": " + picture.error().message);
+        return;
+    }
+    const Result<int32_t> added = add_image(*builder.built.stage, name, picture->width, picture->height,
+                                            picture->format, std::move(picture->bytes));
+    if (!added) builder.errors.push_back(place + ": " + added.error().message);
+}
+
+// The scene's own images, then every sprite that a texture or a parameter names.
+void add_images(Builder& builder) {
+    std::set<std::string> sprites;
+    for (const SpriteKind& sprite : sprite_kinds()) sprites.insert(sprite.name);
+    for (const auto& [name, image] : builder.scene.images) {
+        sprites.erase(name);
+        add_picture(builder, name, image.place, read_picture(image.file));
+    }
+    std::map<std::string, Place> named;
+    for (const ContainerDescription& container : builder.scene.containers) {
+        named.emplace(container.texture, container.texture_place);
+        for (const ParameterSetting& setting : container.parameters) {
+            if (const auto* text = std::get_if<std::string>(&setting.value)) named.emplace(*text, setting.place);
+        }
+    }
+    for (const TimelineEntry& entry : builder.scene.timeline) {
+        for (const ParameterSetting& setting : entry.parameters) {
+            if (const auto* text = std::get_if<std::string>(&setting.value)) named.emplace(*text, setting.place);
+        }
+    }
+    for (const auto& [name, place] : named) {
+        if (sprites.contains(name)) add_picture(builder, name, place, make_sprite(name));
+    }
+}
+
+void set_look(Builder& builder, const ContainerDescription& description, Container& container) {
+    container.placement = {vector_of(description.position), vector_of(description.rotation),
+                           vector_of(description.scale)};
+    container.opacity = description.opacity;
+    container.look.blend = description.blend;
+    if (description.texture == "none") return;
+    container.look.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
+    if (container.look.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
+        builder.errors.push_back(fmt::format("{}: unknown texture '{}': {}", description.texture_place,
+                                             description.texture,
+                                             name_hint(description.texture, image_names(builder.scene))));
+}
+
+void add_containers(Builder& builder) {
+    std::vector<int32_t>& handles = builder.built.container_handles;
+    for (const ContainerDescription& description : builder.scene.containers) {
+        const int32_t parent = description.parent < 0 ? kNoObject : handles[static_cast<size_t>(description.parent)];
+        handles.push_back(add_container(*builder.built.stage, description.name, parent));
+        Container* container = find_container(*builder.built.stage, handles.back());
+        if (container != nullptr)
+            set_look(builder, description, *container);
+        else
+            builder.errors.push_back(description.place + ": there is no room for another container");
+    }
+}
+
+// Shapes come before instances, which may look for them as they are made.
+void add_shapes(Builder& builder) {
+    for (size_t i = 0; i < builder.scene.containers.size(); ++i) {
+        const ContainerDescription& description = builder.scene.containers[i];
+        if (!description.geometry) continue;
+        Result<std::vector<Mesh>> meshes = build_shape(*description.geometry);
+        if (meshes)
+            set_mesh_geometry(*builder.built.stage, builder.built.container_handles[i], std::move(*meshes));
+        else
+            builder.errors.push_back(description.geometry->place + ": " + meshes.error().message);
+    }
+}
+
+// "smoke" and an empty name are the given library; other names are files, relative to the scene's folder.
+std::string plugin_file(const Builder& builder, const std::string& name) {
+    if (name.empty() || name == "smoke") return builder.smoke_plugin;
+    return (builder.scene.file.parent_path() / name).string();
+}
+
+void load_plugins(Builder& builder) {
+    for (const ContainerDescription& description : builder.scene.containers) {
+        builder.plugins.push_back(-1);
+        if (!description.has_plugin) continue;
+        const Result<PluginId> loaded = load_plugin(*builder.built.stage, plugin_file(builder, description.plugin));
+        if (loaded) {
+            builder.plugins.back() = *loaded;
+            check_settings(builder.scene, plugin(*loaded), description.parameters, builder.errors);
+        } else {
+            builder.errors.push_back(description.plugin_place + ": " + loaded.error().message);
+        }
+    }
+}
+
+void check_timeline(Builder& builder) {
+    for (const TimelineEntry& entry : builder.scene.timeline) {
+        const PluginId id = builder.plugins[static_cast<size_t>(entry.container)];
+        if (id < 0) continue;
+        check_settings(builder.scene, plugin(id), entry.parameters, builder.errors);
+        check_button(plugin(id), entry.press, entry.press_place, builder.errors);
+    }
+}
+
+void add_instances(Builder& builder) {
+    for (size_t i = 0; i < builder.scene.containers.size(); ++i) {
+        if (builder.plugins[i] < 0) continue;
+        ParameterValues values;
+        for (const ParameterSetting& setting : builder.scene.containers[i].parameters)
+            values.emplace_back(setting.name, parameter_value(setting.value));
+        const Result<int32_t> added =
+            add_instance(*builder.built.stage, builder.built.container_handles[i], builder.plugins[i], values);
+        if (!added) builder.errors.push_back(builder.scene.containers[i].place + ": " + added.error().message);
+    }
+}
+
+}  // namespace
+
+Result<BuiltScene> build_scene(const SceneDescription& description, const std::string& smoke_plugin) {
+    StageOptions options;
+    options.seed = description.seed;
+    options.frame_period_seconds = 1.0 / description.frame_rate;
+    Builder builder{description, smoke_plugin, {description, make_stage(options), {}}, {}, {}};
+    set_camera(description.camera, builder.built.stage->camera);
+    add_images(builder);
+    add_containers(builder);
+    if (builder.errors.empty()) add_shapes(builder);
+    load_plugins(builder);
+    check_timeline(builder);
+    if (builder.errors.empty()) add_instances(builder);
+    if (!builder.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.errors, "\n"))};
+    return std::move(builder.built);
+}
+
+}  // namespace stage

@@ -1,0 +1,102 @@
+#include "stage/scenefile/scene_draw.h"
+
+#include "stage/opengl/pass.h"
+#include "stage/opengl/shapes.h"
+#include "stage/plugins/frames.h"
+
+namespace stage {
+
+namespace {
+
+Result<unsigned int> texture_of(SceneCanvas& canvas, const Stage& stage, int32_t image_handle) {
+    const Image* image = find_image(stage, image_handle);
+    if (image == nullptr || image->pixels.empty()) return 0u;
+    SceneCanvas::CachedTexture& cached = canvas.textures[image_handle];
+    if (cached.revision != image->revision) {
+        Result<Texture> texture =
+            make_texture({image->width, image->height, static_cast<PictureFormat>(image->format), image->pixels});
+        if (!texture) return Error{"image '" + image->name + "': " + texture.error().message};
+        cached = {image->revision, std::move(*texture)};
+    }
+    return cached.texture.number();
+}
+
+const ContainerDescription* description_of(const BuiltScene& scene, int32_t container_handle) {
+    for (size_t i = 0; i < scene.container_handles.size(); ++i) {
+        if (scene.container_handles[i] == container_handle) return &scene.description.containers[i];
+    }
+    return nullptr;
+}
+
+// Shapes are there for plug-ins to read; the ones with a fill colour are seen as well.
+void draw_shape(PassSettings settings, const BuiltScene& scene, const Container& container) {
+    const ContainerDescription* description = description_of(scene, container.handle);
+    const Geometry* geometry = geometry_of(*scene.stage, container.handle);
+    if (description == nullptr || geometry == nullptr || !description->geometry || !description->geometry->fill) return;
+    const Triple& fill = *description->geometry->fill;
+    settings.color = {fill[0], fill[1], fill[2], 1.0f};
+    settings.texture = 0;
+    std::vector<float> points;
+    std::vector<int32_t> outline_sizes;
+    for (const Mesh& mesh : geometry->meshes) {
+        for (const Vector3& vertex : mesh.vertices) points.insert(points.end(), {vertex.x, vertex.y, vertex.z});
+        outline_sizes.push_back(static_cast<int32_t>(mesh.vertices.size()));
+    }
+    draw_filled_outlines(settings, points, outline_sizes);
+}
+
+Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& projection_view, const DrawItem& item) {
+    Stage& stage = *scene.stage;
+    const Look& look = item.container.look;
+    const Result<unsigned int> texture = texture_of(canvas, stage, look.texture_handle);
+    if (!texture) return texture.error();
+    PassSettings settings;
+    settings.projection_view = projection_view;
+    settings.world = item.world;
+    settings.texture = *texture;
+    settings.blend = look.blend == Blend::Additive ? PassBlend::kAdditive : PassBlend::kAlpha;
+    settings.opacity = item.opacity;
+    settings.alpha_reference = look.alpha_test_reference;
+    settings.depth_test = look.depth_test;
+    if (!item.has_instance) {
+        draw_shape(settings, scene, item.container);
+        return Done{};
+    }
+    const int32_t handle = item.container.handle;
+    const auto wrong = draw_pass(
+        settings, [&stage, handle](int32_t flags, float opacity) { call_render(stage, handle, flags, opacity); });
+    for (const std::string& complaint : wrong) complain(stage, "PLUGIN_RENDER_OPENGL", complaint);
+    return Done{};
+}
+
+}  // namespace
+
+Result<SceneCanvas> make_canvas(const SceneDescription& scene) {
+    Result<OpenGlContext> context = OpenGlContext::create();
+    if (!context) return context.error();
+    Result<Framebuffer> frame =
+        Framebuffer::create(scene.size[0], scene.size[1], scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16);
+    if (!frame) return frame.error();
+    return SceneCanvas{std::move(*context), std::move(*frame), {}};
+}
+
+Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
+    if (const Result<Done> current = canvas.context.make_current(); !current) return current.error();
+    FrameColor background;
+    if (scene.description.background) {
+        const Triple& color = *scene.description.background;
+        background = {color[0], color[1], color[2], 1.0f};
+    }
+    canvas.frame.clear(background);
+    const Camera& camera = scene.stage->camera;
+    const float aspect = static_cast<float>(canvas.frame.width()) / static_cast<float>(canvas.frame.height());
+    const Matrix projection_view = multiply(projection_matrix(camera, aspect), view_matrix(camera));
+    Result<Done> drawn = Done{};
+    for_each_shown(*scene.stage, [&](const DrawItem& item) {
+        if (drawn) drawn = draw_item(canvas, scene, projection_view, item);
+    });
+    if (!drawn) return drawn.error();
+    return canvas.frame.read();
+}
+
+}  // namespace stage

@@ -1,0 +1,36 @@
+// Pictures of a running scene, through real OpenGL.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "stage/assets/picture.h"
+#include "stage/opengl/context.h"
+#include "stage/opengl/framebuffer.h"
+#include "stage/opengl/textures.h"
+#include "stage/scenefile/scene_build.h"
+
+namespace stage {
+
+/// A context of its own, the frame and the textures. Belongs to the thread that made it. Textures go before the frame,
+/// the frame before the context.
+struct SceneCanvas {
+    OpenGlContext context;
+    Framebuffer frame;
+    struct CachedTexture {
+        int64_t revision = -1;  // of the image that was uploaded
+        Texture texture;
+    };
+    std::map<int32_t, CachedTexture> textures;  // by image handle
+};
+
+/// A frame of the scene's size and bits per channel.
+STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
+
+/// Draws the frame that was run last: the background, then every container that is shown, in tree order. A
+/// canvas serves one built scene: it keeps the textures of that scene's images.
+/// Fails when an image is no texture; what plug-ins do wrong with OpenGL goes to the Stage's complaints.
+STAGE_EXPORT Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene);
+
+}  // namespace stage

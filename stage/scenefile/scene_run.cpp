@@ -1,0 +1,64 @@
+#include "stage/scenefile/scene_run.h"
+
+#include "stage/plugins/frames.h"
+#include "stage/scenefile/parameter_check.h"
+#include "stage/scenefile/timeline.h"
+
+namespace stage {
+
+namespace {
+
+Result<Done> apply_entry(SceneRun& run, const TimelineEntry& entry) {
+    Stage& stage = *run.built.stage;
+    const int32_t handle = run.built.container_handles[static_cast<size_t>(entry.container)];
+    for (const ParameterSetting& setting : entry.parameters) {
+        const Result<Done> set = set_parameter(stage, handle, setting.name, parameter_value(setting.value));
+        if (!set) return Error{setting.place + ": " + set.error().message};
+    }
+    if (entry.press.empty()) return Done{};
+    const Result<Done> pressed = press_button(stage, handle, entry.press);
+    if (!pressed) return Error{entry.press_place + ": " + pressed.error().message};
+    return Done{};
+}
+
+Result<Done> apply_timeline(SceneRun& run, int64_t frame) {
+    const SceneDescription& scene = run.built.description;
+    while (run.next_entry < scene.timeline.size() &&
+           first_frame_from(scene, scene.timeline[run.next_entry].time) <= frame) {
+        if (const Result<Done> applied = apply_entry(run, scene.timeline[run.next_entry]); !applied) return applied;
+        ++run.next_entry;
+    }
+    return Done{};
+}
+
+void move_containers(SceneRun& run, int64_t frame) {
+    const SceneDescription& scene = run.built.description;
+    for (const Track& track : scene.tracks) {
+        Container* container =
+            find_container(*run.built.stage, run.built.container_handles[static_cast<size_t>(track.container)]);
+        if (container == nullptr) continue;
+        const Triple value = track_value(track, static_cast<double>(frame) / scene.frame_rate);
+        Vector3& target = track.property == TrackProperty::kPosition   ? container->placement.position
+                          : track.property == TrackProperty::kRotation ? container->placement.rotation_degrees
+                                                                       : container->placement.scale;
+        target = {value[0], value[1], value[2]};
+    }
+}
+
+}  // namespace
+
+SceneRun start_run(BuiltScene built) {
+    const int64_t first = -prewarm_frames(built.description);
+    return {std::move(built), first, 0};
+}
+
+Result<Done> run_until(SceneRun& run, int64_t frame) {
+    for (; run.next_frame <= frame; ++run.next_frame) {
+        if (const Result<Done> applied = apply_timeline(run, run.next_frame); !applied) return applied;
+        move_containers(run, run.next_frame);
+        run_frame(*run.built.stage);
+    }
+    return Done{};
+}
+
+}  // namespace stage

@@ -1,0 +1,79 @@
+#include "stage/scenefile/shape_build.h"
+
+#include <cmath>
+
+#include "stage/assets/mesh_file.h"
+#include "stage/assets/picture_file.h"
+#include "stage/assets/shapes.h"
+#include "stage/assets/text_outline.h"
+#include "stage/assets/trace_outline.h"
+
+namespace stage {
+
+namespace {
+
+// Brightness × opacity of each pixel. Brightness by the weights of Rec. 601, in 1/256.
+Mask mask_of(const Picture& picture, float threshold) {
+    Mask mask{picture.width, picture.height, {}, static_cast<uint8_t>(std::lround(threshold * 255.0f))};
+    const auto step = static_cast<size_t>(bytes_per_pixel(picture.format));
+    const bool colour = picture.format == kPictureRgb || picture.format == kPictureRgba;
+    const bool alpha = picture.format == kPictureRgba || picture.format == kPictureLuminanceAlpha;
+    mask.bytes.reserve(picture.bytes.size() / step);
+    for (size_t i = 0; i + step <= picture.bytes.size(); i += step) {
+        const uint8_t* pixel = picture.bytes.data() + i;
+        const int brightness = colour ? (77 * pixel[0] + 150 * pixel[1] + 29 * pixel[2]) / 256 : pixel[0];
+        const int opacity = alpha ? pixel[step - 1] : 255;
+        mask.bytes.push_back(static_cast<uint8_t>(brightness * opacity / 255));
+    }
+    return mask;
+}
+
+Result<std::vector<Mesh>> build_text(const GeometryDescription& geometry) {
+    TextSettings settings;
+    settings.text = geometry.text;
+    settings.font = geometry.font;
+    settings.size = geometry.size;
+    settings.alignment = geometry.align == Align::kLeft    ? TextAlignment::Left
+                         : geometry.align == Align::kRight ? TextAlignment::Right
+                                                           : TextAlignment::Centre;
+    Result<TextOutlines> outlines = make_text_outlines(settings);
+    if (!outlines) return outlines.error();
+    return std::move(outlines->meshes);
+}
+
+Result<std::vector<Mesh>> build_picture(const GeometryDescription& geometry) {
+    const Result<Picture> picture = read_picture(geometry.file);
+    if (!picture) return picture.error();
+    TraceSettings settings;
+    settings.width = geometry.width;
+    settings.height = geometry.height;
+    return trace_outlines(mask_of(*picture, geometry.threshold), settings);
+}
+
+Result<std::vector<Mesh>> build_polygon(const GeometryDescription& geometry) {
+    std::vector<Vector3> corners;
+    for (const auto& [x, y] : geometry.points) corners.push_back({x, y, 0.0f});
+    return make_polygon(std::move(corners));
+}
+
+}  // namespace
+
+Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry) {
+    switch (geometry.kind) {
+        case GeometryKind::kRectangle:
+            return make_rectangle(geometry.width, geometry.height);
+        case GeometryKind::kEllipse:
+            return make_ellipse(geometry.width, geometry.height, geometry.segments);
+        case GeometryKind::kPolygon:
+            return build_polygon(geometry);
+        case GeometryKind::kMesh:
+            return read_mesh_file(geometry.file.string());
+        case GeometryKind::kText:
+            return build_text(geometry);
+        case GeometryKind::kPicture:
+            break;
+    }
+    return build_picture(geometry);
+}
+
+}  // namespace stage

@@ -1,0 +1,15 @@
+// The shapes of a scene's containers.
+#pragma once
+
+#include <vector>
+
+#include "stage/result.h"
+#include "stage/scene/geometry.h"
+#include "stage/scenefile/scene_description.h"
+
+namespace stage {
+
+/// The meshes of a described shape, in container units. The error does not name the place in the scene file.
+Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry);
+
+}  // namespace stage
