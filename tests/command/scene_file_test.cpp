@@ -67,7 +67,7 @@ const MistakeCase kMistakes[] = {
      "there is a container 'a' already"},
     {"UnknownParent", "[[container]]\nname = \"fire\"\nparent = \"fier\"", "3:10",
      "unknown container 'fier': did you mean 'fire'?"},
-    {"ParentsInACircle", "container = [{name='a', parent='b'},\n{name='b', parent='a'}]", "2:18",
+    {"ParentsInACircle", "container = [{name='a', parent='b'},\n{name='b', parent='a'}]", "2:19",
      "the parents form a circle"},
     {"NestedWithParent", "[[container]]\nname='a'\n[[container.container]]\nname='b'\nparent='a'", "5:8",
      "leave 'parent' out"},

@@ -1,0 +1,93 @@
+// The command line. Only here is anything printed, and the exit status chosen: 0 when all is well, 2 for a mistake.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+#include "params_command.h"
+#include "plugin_location.h"
+#include "render_command.h"
+#include "stage/output/progress.h"
+#include "stage/scenefile/names.h"
+
+namespace {
+
+constexpr int kMistake = 2;
+
+// A line for each line of the message, all with the program's name in front.
+int fail(const std::string& message) {
+    size_t start = 0;
+    while (start <= message.size()) {
+        const size_t end = std::min(message.find('\n', start), message.size());
+        std::fprintf(stderr, "tovu: %s\n", message.substr(start, end - start).c_str());
+        start = end + 1;
+    }
+    return kMistake;
+}
+
+int run_params(const tovu::ParamsOptions& options) {
+    const stage::Result<std::string> text = tovu::params_text(options);
+    if (!text) return fail(text.error().message);
+    std::fputs(text->c_str(), stdout);
+    return 0;
+}
+
+int run_render(const tovu::RenderOptions& options) {
+    std::unique_ptr<stage::ProgressLine> line;
+    const auto progress = [&line](int done, int total) {
+        if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
+        line->show(done);
+    };
+    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress);
+    line.reset();
+    if (!report) return fail(report.error().message);
+    for (const std::string& complaint : report->complaints) std::fprintf(stderr, "warning: %s\n", complaint.c_str());
+    std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");
+    return 0;
+}
+
+void add_params(CLI::App& app, tovu::ParamsOptions& options) {
+    CLI::App* command = app.add_subcommand("params", "What a plug-in registers");
+    command->add_option("plugin", options.plugin, "Plug-in library; the smoke when left out");
+    command->add_flag("--json", options.json, "JSON instead of a table");
+}
+
+void add_render(CLI::App& app, tovu::RenderOptions& options) {
+    CLI::App* command = app.add_subcommand("render", "Render a scene file");
+    command->add_option("scene", options.scene, "Scene file")->required();
+    command->add_option("-o,--output", options.output, "x.png, frames/%04d.png, x.mp4, x.mov or x.webm")->required();
+    command->add_option("--at", options.at, "Time of a single picture, seconds");
+    command->add_option("--frames", options.frames, "Only frames A-B, counted from 0");
+    command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
+    command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
+    command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
+        ->allow_extra_args(false);
+    command->add_option("--plugin", options.plugin, "Library to take for the smoke");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Smoke on a stage: runs the plug-in in a host of its own.", "tovu");
+    app.require_subcommand(1);
+    tovu::ParamsOptions params;
+    tovu::RenderOptions render;
+    params.plugin = render.plugin = tovu::smoke_plugin_file();
+    add_params(app, params);
+    add_render(app, render);
+    app.add_subcommand("help", "This text");
+    const std::vector<std::string> commands = {"render", "params", "help"};
+    if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
+        return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wanted) {
+        return app.exit(wanted);
+    } catch (const CLI::ParseError& error) {
+        return fail(std::string(error.what()) + "\nrun with --help for what there is");
+    }
+    if (app.got_subcommand("params")) return run_params(params);
+    if (app.got_subcommand("render")) return run_render(render);
+    std::fputs(app.help().c_str(), stdout);
+    return 0;
+}

@@ -1,0 +1,18 @@
+// `tovu params`: what a plug-in registers.
+#pragma once
+
+#include <string>
+
+#include "stage/result.h"
+
+namespace tovu {
+
+struct ParamsOptions {
+    std::string plugin;  // library file
+    bool json = false;   // a JSON object instead of a table
+};
+
+/// The text to print, with a newline at its end. The error names the library and what is wrong with it.
+stage::Result<std::string> params_text(const ParamsOptions& options);
+
+}  // namespace tovu

@@ -1,0 +1,90 @@
+#include "render_command.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "render_plan.h"
+#include "stage/output/frame_names.h"
+#include "stage/output/png_file.h"
+#include "stage/output/video_file.h"
+#include "stage/scenefile/scene_draw.h"
+#include "stage/scenefile/scene_run.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Done;
+using stage::Error;
+using stage::Result;
+
+// Where pictures go: into the video, or each into a file of its own.
+struct Output {
+    OutputKind kind;
+    std::string name;
+    std::optional<stage::VideoFile> video;
+};
+
+Result<Output> open_output(const RenderPlan& plan, const std::string& name) {
+    Output output{plan.kind, name, {}};
+    if (plan.kind == OutputKind::kVideo) {
+        stage::VideoSettings settings;
+        settings.width = plan.scene.size[0];
+        settings.height = plan.scene.size[1];
+        settings.frames_per_second = plan.scene.frame_rate;
+        Result<stage::VideoFile> video = stage::VideoFile::create(name, settings);
+        if (!video) return video.error();
+        output.video = std::move(*video);
+    }
+    if (plan.kind == OutputKind::kNumbered) {
+        const std::filesystem::path folder = stage::frame_name(name, 0)->parent_path();
+        std::error_code error;
+        if (!folder.empty()) std::filesystem::create_directories(folder, error);
+        if (error) return Error{fmt::format("-o {}: {}", name, error.message())};
+    }
+    return output;
+}
+
+Result<Done> write_frame(Output& output, int frame, const stage::Picture& picture) {
+    if (output.video) return output.video->add_frame(picture);
+    if (output.kind == OutputKind::kStill) return stage::write_png(output.name, picture);
+    const Result<std::filesystem::path> file = stage::frame_name(output.name, frame);
+    return file ? stage::write_png(*file, picture) : Result<Done>(file.error());
+}
+
+Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Output& output,
+                           const RenderProgress& progress) {
+    progress(0, plan.last - plan.first + 1);
+    for (int frame = plan.first; frame <= plan.last; ++frame) {
+        if (const Result<Done> done = stage::run_until(run, frame); !done) return done;
+        const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
+        if (!picture) return picture.error();
+        if (const Result<Done> done = write_frame(output, frame, *picture); !done) return done;
+        progress(frame - plan.first + 1, plan.last - plan.first + 1);
+    }
+    return output.video ? output.video->finish() : Result<Done>(Done{});
+}
+
+}  // namespace
+
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress) {
+    const Result<RenderPlan> plan = plan_render(options);
+    if (!plan) return plan.error();
+    Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
+    if (!built) return built.error();
+    stage::SceneRun run = stage::start_run(std::move(*built));
+    Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
+    if (!canvas) return canvas.error();
+    Result<Output> output = open_output(*plan, options.output);
+    if (!output) return output.error();
+    if (const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress); !done) return done.error();
+    RenderReport report;
+    report.frames = plan->last - plan->first + 1;
+    for (const stage::Complaint& complaint : run.built.stage->complaints.list)
+        report.complaints.push_back(stage::to_string(complaint));
+    return report;
+}
+
+}  // namespace tovu

@@ -1,0 +1,143 @@
+#include "render_plan.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+
+#include "stage/output/frame_names.h"
+#include "stage/output/video_file.h"
+#include "stage/scenefile/scene_reader.h"
+#include "stage/scenefile/timeline.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Done;
+using stage::Error;
+using stage::Result;
+
+// The whole text as a number.
+template <class T>
+bool parse_number(std::string_view text, T& value) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+Result<Done> apply_size(const std::string& text, stage::SceneDescription& scene) {
+    if (text.empty()) return Done{};
+    const size_t x = text.find('x');
+    std::array<int32_t, 2> size{};
+    const bool right = x != std::string::npos && parse_number(std::string_view(text).substr(0, x), size[0]) &&
+                       parse_number(std::string_view(text).substr(x + 1), size[1]) && size[0] >= 1 &&
+                       size[0] <= 16384 && size[1] >= 1 && size[1] <= 16384;
+    if (!right)
+        return Error{fmt::format("--size {}: must be WIDTHxHEIGHT in pixels, 1 to 16384 each, such as 1280x720", text)};
+    scene.size = size;
+    return Done{};
+}
+
+Result<Done> apply_seed(const std::string& text, stage::SceneDescription& scene) {
+    if (text.empty() || parse_number(text, scene.seed)) return Done{};
+    return Error{fmt::format("--seed {}: must be a whole number from 0 to 4294967295", text)};
+}
+
+Result<Done> take_frames(const std::string& text, RenderPlan& plan) {
+    const int count = static_cast<int>(stage::frame_count(plan.scene));
+    plan.first = 0;
+    plan.last = count - 1;
+    if (text.empty()) return Done{};
+    const size_t dash = text.find('-');
+    const std::string_view first = std::string_view(text).substr(0, dash);
+    const std::string_view last = dash == std::string::npos ? first : std::string_view(text).substr(dash + 1);
+    if (parse_number(first, plan.first) && parse_number(last, plan.last) && plan.first >= 0 &&
+        plan.first <= plan.last && plan.last < count)
+        return Done{};
+    return Error{fmt::format("--frames {}: must be A-B with 0 <= A <= B <= {}; the scene has {} frames", text,
+                             count - 1, count)};
+}
+
+Result<Done> take_moment(const std::string& text, RenderPlan& plan) {
+    const auto count = stage::frame_count(plan.scene);
+    const double length = static_cast<double>(count) / plan.scene.frame_rate;
+    double seconds = 0.0;
+    if (!parse_number(text, seconds) || !std::isfinite(seconds) || seconds < 0.0 ||
+        stage::frame_at(plan.scene, seconds) >= count)
+        return Error{fmt::format("--at {}: must be a time in seconds from 0 and below {:.10g}, the length of the scene",
+                                 text, length)};
+    plan.first = plan.last = static_cast<int>(stage::frame_at(plan.scene, seconds));
+    return Done{};
+}
+
+Result<Done> check_folder(const std::filesystem::path& file) {
+    const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored))
+        return Error{fmt::format("-o {}: is a folder; name a file", file.string())};
+    if (!std::filesystem::is_directory(folder, ignored))
+        return Error{fmt::format("-o {}: there is no folder '{}'", file.string(), folder.string())};
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        return Error{fmt::format("-o {}: the folder '{}' cannot be written to", file.string(), folder.string())};
+    return Done{};
+}
+
+// The folder of numbered pictures is made when it is not there; the one around it must be.
+Result<Done> check_numbered(const std::string& output) {
+    const Result<std::filesystem::path> name = stage::frame_name(output, 0);
+    if (!name) return Error{fmt::format("-o {}: {}", output, name.error().message)};
+    if (name->extension() != ".png") return Error{fmt::format("-o {}: numbered pictures end in .png", output)};
+    std::error_code ignored;
+    if (!name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored)) return check_folder(*name);
+    return check_folder(name->parent_path());
+}
+
+Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
+    if (!options.at.empty() && !options.frames.empty()) return Error{"--at and --frames: give one of them"};
+    if (stage::is_frame_pattern(options.output)) {
+        plan.kind = OutputKind::kNumbered;
+        if (!options.at.empty()) return Error{"--at: is for one picture; numbered ones take --frames A-B"};
+        if (const Result<Done> checked = check_numbered(options.output); !checked) return checked;
+        return take_frames(options.frames, plan);
+    }
+    const std::filesystem::path file = options.output;
+    if (stage::is_video_name(file)) {
+        plan.kind = OutputKind::kVideo;
+        if (!options.at.empty()) return Error{"--at: is for one picture; a video takes --frames A-B"};
+        if (const Result<Done> checked = check_folder(file); !checked) return checked;
+        return take_frames(options.frames, plan);
+    }
+    if (file.extension() != ".png")
+        return Error{
+            fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures are written "
+                        "as in frames/%04d.png",
+                        options.output)};
+    if (const Result<Done> checked = check_folder(file); !checked) return checked;
+    if (!options.at.empty()) return take_moment(options.at, plan);
+    const Result<Done> taken = take_frames(options.frames, plan);
+    if (taken && plan.first != plan.last)
+        return Error{
+            fmt::format("-o {}: one picture needs --at SECONDS; numbered ones are written as in "
+                        "frames/%04d.png",
+                        options.output)};
+    return taken;
+}
+
+}  // namespace
+
+stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
+    Result<stage::SceneDescription> scene = stage::load_scene_file(options.scene);
+    if (!scene) return scene.error();
+    RenderPlan plan{std::move(*scene), OutputKind::kStill, 0, 0};
+    if (const Result<Done> done = apply_size(options.size, plan.scene); !done) return done.error();
+    if (const Result<Done> done = apply_seed(options.seed, plan.scene); !done) return done.error();
+    for (const std::string& setting : options.settings) {
+        if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();
+    }
+    if (const Result<Done> done = take_output(options, plan); !done) return done.error();
+    return plan;
+}
+
+}  // namespace tovu

@@ -1,0 +1,233 @@
+// The command line as its user meets it: exit statuses, messages, files.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+std::string text_of(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+struct Outcome {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+// A folder of its own for each test, with a tiny scene in it. Commands run inside.
+class Command : public testing::Test {
+  protected:
+    void SetUp() override {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = fs::path(testing::TempDir()) / ("tovu_command_" + std::string(test->name()));
+        fs::remove_all(folder_);
+        fs::create_directories(folder_ / "work");
+        std::ofstream(folder_ / "work" / "tiny.toml") << R"(size = [32, 24]
+frame_rate = 25
+length = 0.4
+background = "#203040"
+camera = { position = [0, 20, 120] }
+[[container]]
+name = "smoke"
+parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 }
+)";
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    Outcome run(const std::string& arguments) {
+        const std::string command = "cd '" + (folder_ / "work").string() + "' && " + TOVU_PROGRAM + " " + arguments +
+                                    " >../output 2>../errors </dev/null";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text_of(folder_ / "output"), text_of(folder_ / "errors")};
+    }
+
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder_ / "work"))
+            names.push_back(fs::relative(entry.path(), folder_ / "work").string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    std::string bytes(const std::string& name) const { return text_of(folder_ / "work" / name); }
+
+    fs::path folder_;
+};
+
+struct MistakeCase {
+    const char* arguments;
+    const char* message;
+};
+
+const MistakeCase kMistakes[] = {
+    {"", "subcommand is required"},
+    {"rendr tiny.toml", "unknown command 'rendr': did you mean 'render'?"},
+    {"render tiny.toml", "--output is required"},
+    {"render none.toml -o x.png --at 0", "none.toml: there is no scene file of this name"},
+    {"render tiny.toml -o x.gif", "must end in .mp4, .mov, .webm or .png"},
+    {"render tiny.toml -o x.png", "one picture needs --at SECONDS"},
+    {"render tiny.toml -o x.png --at 0.4", "--at 0.4: must be a time in seconds from 0 and below 0.4"},
+    {"render tiny.toml -o x.png --at soon", "--at soon: must be a time"},
+    {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give one of them"},
+    {"render tiny.toml -o x.mp4 --at 0", "a video takes --frames A-B"},
+    {"render tiny.toml -o x.mp4 --frames 3-2",
+     "--frames 3-2: must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
+    {"render tiny.toml -o x.mp4 --frames 5-10", "--frames 5-10: must be A-B"},
+    {"render tiny.toml -o x.mp4 --size 31x24", "even"},
+    {"render tiny.toml -o x.png --at 0 --size 32", "--size 32: must be WIDTHxHEIGHT"},
+    {"render tiny.toml -o x.png --at 0 --size 0x24", "--size 0x24: must be WIDTHxHEIGHT"},
+    {"render tiny.toml -o x.png --at 0 --seed -1", "--seed -1: must be a whole number from 0 to 4294967295"},
+    {"render tiny.toml -o f/%s.png", "-o f/%s.png: "},
+    {"render tiny.toml -o no/such/%d.png", "there is no folder 'no'"},
+    {"render tiny.toml -o no/x.png --at 0", "-o no/x.png: there is no folder 'no'"},
+    {"render tiny.toml -o /proc/x.png --at 0", "/proc"},
+    {"render tiny.toml -o x.png --at 0 --set smoke.birth_rat=3",
+     "--set smoke.birth_rat=3: parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"},
+    {"render tiny.toml -o x.png --at 0 --set smoke.birth_rate=-1", "--set smoke.birth_rate=-1: "},
+    {"render tiny.toml -o x.png --at 0 --set smoke.birth_rate=many", "--set smoke.birth_rate=many: "},
+    {"render tiny.toml -o x.png --at 0 --set smok.birth_rate=1",
+     "no container 'smok' carries a plug-in: did you mean 'smoke'?"},
+    {"render tiny.toml -o x.png --at 0 --set smoke.spawn_cont_name=smoky",
+     "unknown container 'smoky': did you mean 'smoke'?"},
+    {"render tiny.toml -o x.png --at 0 --set smoke.spawn_image=puf", "unknown image 'puf': did you mean 'puff'?"},
+    {"render tiny.toml -o x.png --at 0 --plugin none.so", "none.so"},
+    {"params none.so", "none.so"},
+    {"params tiny.toml", "tiny.toml"},
+};
+
+TEST_F(Command, MistakesEndWithStatus2AndLeaveNothing) {
+    for (const MistakeCase& c : kMistakes) {
+        const Outcome outcome = run(c.arguments);
+        EXPECT_EQ(2, outcome.status) << c.arguments;
+        EXPECT_THAT(outcome.errors, HasSubstr(c.message)) << c.arguments;
+        EXPECT_THAT(outcome.errors, testing::StartsWith("tovu: ")) << c.arguments;
+        EXPECT_THAT(outcome.output, IsEmpty()) << c.arguments;
+        ASSERT_THAT(files(), testing::ElementsAre("tiny.toml")) << c.arguments;
+    }
+}
+
+struct SceneMistakeCase {
+    const char* text;  // of the smoke's container, from line 1
+    const char* message;
+};
+
+// What only the plug-in's registration can tell still names the place in the file.
+const SceneMistakeCase kSceneMistakes[] = {
+    {"parameters = { gravity = 1, birth_rat = 3 }",
+     "bad.toml:3:41: parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"},
+    {"parameters = { number_of_particles = 25001 }", "bad.toml:3:38: parameter 'number_of_particles'"},
+    {"parameters = { number_of_particles = 'x' }", "bad.toml:3:38: parameter 'number_of_particles'"},
+    {"parameters = { sort = 5 }", "bad.toml:3:23: parameter 'sort'"},
+    {"parameters = { spawn_type = 'Cub' }", "bad.toml:3:29: parameter 'spawn_type'"},
+    {"texture = 'pufff'\nplugin = 'smoke'", "bad.toml:3:11: unknown texture 'pufff': did you mean 'puff'?"},
+    {"plugin = 'none.so'", "bad.toml:3:10: "},
+    {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\nparameters = { gravitiy = 1 }",
+     "bad.toml:7:27: parameter 'gravitiy' is not known"},
+    {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\npress = 'rest'",
+     "bad.toml:7:9: TovuSmoke has no push button 'rest': did you mean 'reset'?"},
+};
+
+TEST_F(Command, MistakesAboutThePluginNameThePlaceInTheScene) {
+    for (const SceneMistakeCase& c : kSceneMistakes) {
+        std::ofstream(folder_ / "work" / "bad.toml") << "[[container]]\nname = 'a'\n" << c.text << "\n";
+        const Outcome outcome = run("render bad.toml -o x.png --at 0");
+        EXPECT_EQ(2, outcome.status) << c.text;
+        EXPECT_THAT(outcome.errors, HasSubstr(c.message)) << c.text;
+        EXPECT_FALSE(fs::exists(folder_ / "work" / "x.png"));
+    }
+}
+
+TEST_F(Command, ADamagedPictureLeavesNothing) {
+    std::ofstream(folder_ / "work" / "dot.png") << "not a picture";
+    std::ofstream(folder_ / "work" / "bad.toml")
+        << "images = { dot = 'dot.png' }\n[[container]]\nname = 'a'\ntexture = 'dot'\nplugin = 'smoke'\n";
+    const Outcome outcome = run("render bad.toml -o x.mp4");
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_THAT(outcome.errors, HasSubstr("bad.toml:1:18: "));
+    EXPECT_THAT(files(), testing::ElementsAre("bad.toml", "dot.png", "tiny.toml"));
+}
+
+TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
+    for (const char* arguments : {"-o a.mp4", "-o b.mp4", "-o c.mp4 --seed 2"}) {
+        const Outcome outcome = run(std::string("render tiny.toml ") + arguments);
+        ASSERT_EQ(0, outcome.status) << outcome.errors;
+    }
+    EXPECT_FALSE(bytes("a.mp4").empty());
+    EXPECT_TRUE(bytes("a.mp4") == bytes("b.mp4"));
+    EXPECT_FALSE(bytes("a.mp4") == bytes("c.mp4"));
+}
+
+TEST_F(Command, PartsOfASceneLookAsInTheWhole) {
+    ASSERT_EQ(0, run("render tiny.toml -o all/%02d.png").status);
+    ASSERT_EQ(0, run("render tiny.toml -o part_%d.png --frames 6-7").status);
+    ASSERT_EQ(0, run("render tiny.toml -o still.png --at 0.27").status) << "frame 6 of 25 a second";
+    EXPECT_FALSE(bytes("all/06.png") == bytes("all/07.png"));
+    EXPECT_TRUE(bytes("all/06.png") == bytes("part_6.png"));
+    EXPECT_TRUE(bytes("all/07.png") == bytes("part_7.png"));
+    EXPECT_TRUE(bytes("all/06.png") == bytes("still.png"));
+    EXPECT_TRUE(fs::exists(folder_ / "work" / "all" / "09.png"));
+    EXPECT_FALSE(fs::exists(folder_ / "work" / "all" / "10.png"));
+    EXPECT_FALSE(fs::exists(folder_ / "work" / "part_5.png"));
+}
+
+TEST_F(Command, SettingsChangeTheSceneForOnce) {
+    ASSERT_EQ(0, run("render tiny.toml -o a.png --at 0.3").status);
+    ASSERT_EQ(0, run("render tiny.toml -o b.png --at 0.3 --set smoke.birth_rate=0").status);
+    ASSERT_EQ(0, run("render tiny.toml -o c.png --at 0 --set smoke.birth_rate=0").status);
+    EXPECT_FALSE(bytes("a.png") == bytes("b.png")) << "one has smoke, the other has none";
+    EXPECT_TRUE(bytes("b.png") == bytes("c.png")) << "neither has any";
+}
+
+TEST_F(Command, ProgressGoesToStandardErrorAndTheResultToStandardOutput) {
+    const Outcome outcome = run("render tiny.toml -o f_%d.png");
+    EXPECT_EQ("f_%d.png: 10 frames\n", outcome.output);
+    EXPECT_THAT(outcome.errors, HasSubstr("10/10"));
+    EXPECT_THAT(outcome.errors, testing::Not(HasSubstr("warning"))) << "the plug-in keeps to the contract";
+}
+
+TEST_F(Command, ParamsAsJsonHasEveryParameter) {
+    const Outcome outcome = run("params --json");
+    ASSERT_EQ(0, outcome.status) << outcome.errors;
+    const auto json = nlohmann::json::parse(outcome.output);
+    EXPECT_EQ("TovuSmoke", json["name"]);
+    EXPECT_EQ(9096, json["instance_bytes"]);
+    ASSERT_EQ(60u, json["parameters"].size());
+    const auto& rate = json["parameters"][1];
+    EXPECT_EQ("birth_rate", rate["name"]);
+    EXPECT_EQ("Float", rate["kind"]);
+    EXPECT_EQ(30.0, rate["default"]);
+    EXPECT_EQ(1e7, rate["maximum"]);
+    EXPECT_EQ(nlohmann::json({"Cube", "Sphere", "Container", "Image"}), json["parameters"][16]["choices"]);
+    EXPECT_EQ("reset", json["buttons"][0]["name"]);
+}
+
+TEST_F(Command, ParamsAsATable) {
+    const Outcome outcome = run("params");
+    ASSERT_EQ(0, outcome.status) << outcome.errors;
+    EXPECT_THAT(outcome.output, testing::StartsWith("TovuSmoke: 60 parameters, 9096 bytes an instance\n"));
+    EXPECT_THAT(
+        outcome.output,
+        testing::ContainsRegex("\n12 +alpha_curve +Alpha Curve +String +\"0.0 1.0 1.0 0.0\" +at most 4096 bytes\n"));
+    EXPECT_THAT(outcome.output,
+                testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360\n"));
+}
+
+TEST_F(Command, HelpIsNoMistake) {
+    for (const char* arguments : {"help", "--help", "render --help"}) EXPECT_EQ(0, run(arguments).status) << arguments;
+}
+
+}  // namespace
