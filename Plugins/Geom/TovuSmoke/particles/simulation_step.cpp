@@ -1,6 +1,5 @@
 #include "simulation_step.h"
 
-#include <cfloat>
 #include <cstring>
 
 #include "../host/host_queries.h"
@@ -36,6 +35,11 @@ void read_placement(SmokeInstance& instance) {
     instance.rotation_scale_matrix = placement;
 }
 
+// A time that is not finite would stay in the accumulator for good, so a host that gives one has given none.
+bool is_finite(float seconds) {
+    return seconds - seconds == 0.0f;
+}
+
 // Truncated, and held to the range of int32: a jump of the host's clock makes more births due than can be counted.
 int32_t whole_births(float due) {
     if (!(due > -2147483648.0f)) return INT32_MIN;
@@ -44,9 +48,9 @@ int32_t whole_births(float due) {
 
 void give_births(SmokeInstance& instance) {
     instance.birth_accumulator += static_cast<float>(instance.time_step);
-    const float period =
-        1.0f / param::birth_rate(instance.parameters);  // infinite at rate 0, of either sign: no births
-    if (!(period < instance.birth_accumulator) || period < -FLT_MAX) return;
+    // Infinite at rate 0, of either sign: no births.
+    const float period = 1.0f / param::birth_rate(instance.parameters);
+    if (!(period < instance.birth_accumulator) || !is_finite(period)) return;
     int32_t births = whole_births(instance.birth_accumulator / period);
     if (instance.consumer_attached && births > instance.consumer_birth_limit) births = instance.consumer_birth_limit;
     emit_particles(instance, births);  // makes none of a negative number
@@ -96,7 +100,7 @@ double compute_time_step(SmokeInstance& instance) {
 void simulation_step(SmokeInstance& instance) {
     const ParameterSlots& p = instance.parameters;
     instance.time_step = compute_time_step(instance);
-    if (instance.time_step == 0.0) return;
+    if (instance.time_step == 0.0 || !is_finite(static_cast<float>(instance.time_step))) return;
     if (instance.time_step < 0.0) instance.time_step = 0.0;
     refresh_container_source(instance);
     sync_capacity(instance);

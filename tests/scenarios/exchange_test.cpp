@@ -1,0 +1,208 @@
+// A consumer plug-in on the other side of the exchange: attaching, holding, letting go.
+#include <gmock/gmock.h>
+
+#include <cstring>
+
+#include "host/exchange.h"
+#include "render_host.h"
+
+namespace tovu {
+namespace {
+
+/// A smoke of some particles, alive and at rest, and a consumer that sends it requests. Frames of 0.25 s.
+struct Exchange {
+    explicit Exchange(int particles = 4) {
+        host.stage().clock.frame_period_seconds = 0.25;
+        smoke = host.smoke_of(particles);
+        host.set(smoke, "birth_rate", 0.0);
+        host.block(smoke).birth_accumulator = 0;
+    }
+    ParticleExchangeBlock* attach(ParticleAttachRequest request = {1000, 100, 0}) {
+        ParticleExchangeBlock* block = nullptr;
+        stage::dispatch(host.stage(), smoke.container, TOVU_REQUEST_ATTACH, &request, &block);
+        return block;
+    }
+    void detach() {
+        ParticleExchangeBlock* block = &host.block(smoke).exchange_block;
+        stage::dispatch(host.stage(), smoke.container, TOVU_REQUEST_DETACH, nullptr, &block);
+        EXPECT_EQ(nullptr, block);
+    }
+    void claim_all() {
+        for (Particle* p : host.active(smoke)) p->claimed = 1;
+    }
+    RenderHost host;
+    SmokeHandle smoke;
+};
+
+TEST(Exchange, AttachHandsOutTheHeads) {
+    RenderHost host;
+    const SmokeHandle smoke = host.add_smoke({{"number_of_particles", 70}});
+    SmokeInstance& instance = host.block(smoke);
+    for (const ParticleAttachRequest& request : {ParticleAttachRequest{5, 50, 1}, ParticleAttachRequest{-1, 25, 0}}) {
+        ParticleAttachRequest data = request;
+        ParticleExchangeBlock* block = nullptr;  // before the first frame, and again
+        stage::dispatch(host.stage(), smoke.container, 0x52414431, &data, &block);
+        ASSERT_EQ(&instance.exchange_block, block);
+        EXPECT_EQ(&instance.active_head, block->active_head);
+        EXPECT_EQ(&instance.inactive_head, block->inactive_head);
+        EXPECT_EQ(nullptr, block->deleted_head);
+        EXPECT_EQ(70, block->particle_count);
+        EXPECT_EQ(0.0f, block->reserved);
+        EXPECT_EQ(1, instance.consumer_attached);
+        EXPECT_EQ(request.birth_limit, instance.consumer_birth_limit);
+        EXPECT_EQ(request.owns_colour, instance.consumer_owns_colour);
+        EXPECT_EQ(request.death_acceleration, instance.parameters.life_time_scale);
+    }
+    host.run_frames(5);
+    EXPECT_EQ(70u, host.inactive(smoke).size());
+    stage::remove_geometry(host.stage(), smoke.container);  // while attached: nobody is told
+    EXPECT_TRUE(host.complaints().empty());
+}
+
+TEST(Exchange, RequestsWithoutDataOrReply) {
+    Exchange x;
+    ParticleExchangeBlock* block = nullptr;
+    ParticleAttachRequest request{5, 50, 1};
+    const auto send = [&x](int32_t code, void* data, void* reply) {
+        stage::dispatch(x.host.stage(), x.smoke.container, code, data, reply);
+    };
+    send(TOVU_REQUEST_ATTACH, nullptr, &block);
+    send(TOVU_REQUEST_ATTACH, &request, nullptr);
+    send(0x52414433, &request, &block);
+    EXPECT_EQ(nullptr, block);
+    EXPECT_EQ(0, x.host.block(x.smoke).consumer_attached);
+    EXPECT_EQ(100.0f, x.host.block(x.smoke).parameters.life_time_scale);
+    x.attach();
+    send(TOVU_REQUEST_DETACH, nullptr, nullptr);
+    EXPECT_EQ(0, x.host.block(x.smoke).consumer_attached);
+    EXPECT_EQ(0, x.host.active_count(x.smoke));
+}
+
+struct LimitCase {
+    const char* name;
+    int32_t limit;
+    int born;
+    float due;  // seconds left over, of 0.25 at 32 births a second
+};
+
+TEST(Exchange, BirthsAreCappedAndTheRestStaysDue) {
+    const LimitCase rows[] = {{"above what is due", 9, 8, 0},
+                              {"below", 3, 3, 5 / 32.0f},
+                              {"none", 0, 0, 0.25f},
+                              {"fewer than none", -2, 0, 10 / 32.0f}};
+    for (const LimitCase& row : rows) {
+        SCOPED_TRACE(row.name);
+        Exchange x(20);
+        x.attach({row.limit, 100, 0});
+        x.host.press(x.smoke, "reset");
+        x.host.set(x.smoke, "birth_rate", 32.0);
+        x.host.run_frames(1);
+        EXPECT_EQ(row.born, x.host.active_count(x.smoke));
+        EXPECT_EQ(row.due, x.host.block(x.smoke).birth_accumulator);
+    }
+}
+
+TEST(Exchange, OnlyClaimedAndReleasedParticlesTakePart) {
+    Exchange x(3);
+    x.attach();
+    const std::vector<Particle*> p = x.host.active(x.smoke);
+    for (Particle* each : p) {
+        each->velocity = {1, 0, 0};
+        each->life = 0.5f;  // far below its age, were it counted
+        each->age = 0;
+    }
+    const Particle untouched = *p[1];
+    p[0]->claimed = 1;
+    p[2]->released = 1;
+    x.host.run_frames(1);
+    EXPECT_EQ(0, std::memcmp(&untouched, p[1], sizeof untouched)) << "not even its look";
+    EXPECT_EQ(1.0f, p[0]->position.x - untouched.position.x);
+    EXPECT_EQ(0.25f, p[2]->age);
+    x.host.run_frames(2);
+    EXPECT_EQ((std::vector<Particle*>{p[1]}), x.host.active(x.smoke)) << "the others have died";
+    x.host.run_frames(1);
+    EXPECT_EQ(1e7f, x.host.bounding_box(x.smoke).minimum.x) << "alive, but in no box";
+    EXPECT_EQ(-1e7f, x.host.bounding_box(x.smoke).maximum.z);
+}
+
+TEST(Exchange, AConsumerMayOwnTheColours) {
+    for (const uint8_t owns : {uint8_t{0}, uint8_t{1}}) {
+        Exchange x(1);
+        x.attach({0, 100, owns});
+        x.claim_all();
+        Particle& p = *x.host.active(x.smoke).at(0);
+        p.color[0] = 11;
+        p.alpha = -1;
+        x.host.run_frames(1);
+        EXPECT_EQ(owns ? 11 : 255, p.color[0]);
+        EXPECT_GT(p.alpha, 200.0f) << "opacity stays with the smoke";
+        x.detach();
+        x.host.set(x.smoke, "birth_rate", 1e7);
+        x.host.run_frames(1);
+        EXPECT_EQ(255, p.color[0]) << "once detached, nobody owns them";
+    }
+}
+
+TEST(Exchange, ShrinkingKeepsWhatTheConsumerHolds) {
+    Exchange x(6);
+    x.attach();
+    const std::vector<Particle*> p = x.host.active(x.smoke);
+    x.claim_all();
+    p[1]->claimed = 0;  // will be gone
+    x.host.set(x.smoke, "number_of_particles", 2);
+    x.host.run_frames(1);
+    EXPECT_EQ((std::vector<Particle*>{p[4], p[5]}), x.host.active(x.smoke)) << "the youngest went";
+    EXPECT_EQ((std::vector<Particle*>{p[3], p[2], p[0]}), x.host.deleted(x.smoke));
+    EXPECT_EQ(p[3], x.attach()->deleted_head);
+    p[2]->claimed = 0;
+    x.host.run_frames(1);
+    EXPECT_EQ((std::vector<Particle*>{p[3], p[0]}), x.host.deleted(x.smoke));
+    p[3]->claimed = 0;
+    x.host.set(x.smoke, "freeze_motion", true);
+    x.host.run_frames(1);
+    EXPECT_EQ((std::vector<Particle*>{p[0]}), x.host.deleted(x.smoke)) << "frozen or not";
+    EXPECT_EQ(2, x.host.block(x.smoke).particle_count);
+    x.detach();
+    EXPECT_TRUE(x.host.deleted(x.smoke).empty());
+    EXPECT_TRUE(x.host.active(x.smoke).empty());
+    EXPECT_EQ((std::vector<Particle*>{p[5], p[4]}), x.host.inactive(x.smoke));
+    EXPECT_EQ(0, p[4]->claimed + p[5]->claimed);
+}
+
+TEST(Exchange, DetachingSetsEverythingFree) {
+    Exchange x(4);
+    x.attach({0, 50, 1});
+    x.claim_all();
+    x.host.press(x.smoke, "reset");
+    x.host.inactive(x.smoke)[2]->released = 1;
+    x.host.set(x.smoke, "birth_rate", 1e7);
+    x.host.run_frames(1);
+    EXPECT_EQ(0, x.host.active_count(x.smoke)) << "the limit is 0";
+    x.detach();
+    for (const Particle* p : x.host.inactive(x.smoke)) EXPECT_EQ(0, p->claimed);
+    EXPECT_EQ(50.0f, x.host.block(x.smoke).parameters.life_time_scale) << "the written value stays";
+    x.host.run_frames(1);
+    ASSERT_EQ(4, x.host.active_count(x.smoke));
+    for (const Particle* p : x.host.active(x.smoke)) EXPECT_EQ(0, p->claimed + p->released + p->accelerated);
+    x.detach();  // without being attached: the same
+    EXPECT_EQ(0, x.host.active_count(x.smoke));
+}
+
+TEST(Exchange, InstancesAreApart) {
+    Exchange x(2);
+    const SmokeHandle other =
+        x.host.add_smoke({{"number_of_particles", 2}, {"birth_rate", 1e7}, {"life_time", 1000.0}}, "other");
+    x.host.run_frames(1);
+    x.attach({0, 10, 1});
+    const float age = x.host.active(other)[0]->age;
+    const float held = x.host.active(x.smoke)[0]->age;
+    x.host.run_frames(1);
+    EXPECT_EQ(age + 0.25f, x.host.active(other)[0]->age);
+    EXPECT_EQ(held, x.host.active(x.smoke)[0]->age);
+    EXPECT_EQ(100.0f, x.host.block(other).parameters.life_time_scale);
+    x.detach();
+    EXPECT_EQ(2, x.host.active_count(other));
+}
+
+}  // namespace
+}  // namespace tovu

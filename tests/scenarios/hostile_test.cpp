@@ -1,0 +1,242 @@
+// Slots with bits that no host should write, and hosts whose answers are wrong: the smoke goes on.
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include "render_host.h"
+#include "stage/plugins/parameters.h"
+
+namespace tovu {
+namespace {
+
+const stage::ParameterValues kBusy = {{"number_of_particles", 30},
+                                      {"birth_rate", 200.0},
+                                      {"life_time", 0.3},
+                                      {"life_time_spread", 20.0},
+                                      {"spawn_range_x", 40.0},
+                                      {"spawn_range_y", 30.0},
+                                      {"spawn_range_z", 20.0},
+                                      {"gravity", 3.0},
+                                      {"turbulence_x", 2.0},
+                                      {"turbulence_y", 2.0},
+                                      {"turbulence_z", 2.0},
+                                      {"wind_force", 9.0},
+                                      {"wind_rot_x", 30.0},
+                                      {"wind_rot_z", 40.0},
+                                      {"air_resistance", 20.0},
+                                      {"rot_follow_path", true},
+                                      {"reference", 1},
+                                      {"spawn_cont_name", std::string("shape")},
+                                      {"spawn_image", std::string("mask")},
+                                      {"wind_image", std::string("mask")},
+                                      {"wind_image_range_x", 60.0},
+                                      {"wind_image_range_y", 60.0},
+                                      {"life_time_scale", 60.0}};
+
+/// A smoke with everything there is to ask for.
+struct Busy {
+    Busy() {
+        host.add_outlines("shape", {{{{0, 0, 0}, {30, 0, 0}, {0, 30, 5}}}});
+        stage::add_image(host.stage(), "mask", 2, 2, GL_RGB, {255, 3, 9, 0, 9, 9, 200, 80, 20, 90, 1, 2});
+        smoke = host.add_smoke(kBusy);
+    }
+    void set_bits(int32_t index, uint32_t bits) { stage::set_slot_bits(host.stage(), smoke.container, index, bits); }
+    void run(int frames) {
+        for (int i = 0; i < frames; ++i) {
+            host.run_frames(1);
+            host.render(smoke);
+        }
+    }
+    /// All that consumers can see, bit for bit.
+    std::string trace() {
+        std::string text;
+        for (const auto& list : {host.active(smoke), host.inactive(smoke)})
+            for (const Particle* p : list) text.append(reinterpret_cast<const char*>(p), offsetof(Particle, next));
+        return text;
+    }
+    RenderHost host;
+    SmokeHandle smoke;
+};
+
+uint32_t bits_of(float value) {
+    uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+struct StandInCase {
+    const char* parameter;
+    uint32_t bits;
+    uint32_t stands_for;
+};
+
+TEST(HostileSlots, ReadAsWhatIsDecided) {
+    std::vector<StandInCase> rows = {{"number_of_particles", 0x80000000u, 0},
+                                     {"number_of_particles", 0x7FFFFFFFu, 25000},
+                                     {"spawn_type", 4, 0},
+                                     {"spawn_type", 0xFFFFFFFFu, 0},
+                                     {"reference", 2, 0},
+                                     {"billboard", 7, 0},
+                                     {"spawn_cont_ref_plane", 9, 1},
+                                     {"spawn_cont_coord", 0xFFFFFFFFu, 1},
+                                     {"freeze_motion", 2, 1},
+                                     {"use_array", 0x80000000u, 1},
+                                     {"rot_follow_path", 0x100, 1},
+                                     {"use_wind_image", 0xFFFFFFFFu, 1},
+                                     {"initial_align_to_spawn_center", 2, 1}};
+    const TestHost registered;
+    const stage::Plugin& plugin = *stage::loaded_plugins().front();
+    for (const stage::ParameterInfo& parameter : plugin.parameters)
+        if (parameter.kind == stage::ParameterKind::Float)
+            for (const uint32_t bits : {0x7F800000u, 0xFF800000u, 0x7FC00000u, 0xFFFFFFFFu})
+                rows.push_back(
+                    {parameter.name.c_str(), bits, bits_of(static_cast<float>(std::get<double>(parameter.initial)))});
+    ASSERT_EQ(13u + 4 * 37, rows.size());
+    for (const StandInCase& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.parameter << " holds " << std::hex << row.bits);
+        std::string traces[2];
+        for (const bool hostile : {false, true}) {
+            Busy busy;
+            busy.set_bits(stage::find_parameter(plugin, row.parameter)->index, hostile ? row.bits : row.stands_for);
+            busy.run(4);
+            traces[hostile] = busy.trace();
+        }
+        EXPECT_TRUE(traces[0] == traces[1]);
+    }
+}
+
+TEST(HostileSlots, AnyBitsInEverySlot) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 generator(seed);
+    const uint32_t telling[] = {0,           1,           2,           3,           0xFFFFFFFFu, 0x80000000u,
+                                0x7FFFFFFFu, 0x7F800000u, 0xFF800000u, 0x7FC00000u, 0x7F7FFFFFu, 0xFF7FFFFFu,
+                                0x00000001u, 0x80000001u, 0x3F800000u, 0x42C80000u, 0x4F000000u};
+    Busy busy;
+    const stage::Plugin& plugin = stage::plugin(busy.host.smoke_plugin());
+    const SmokeInstance& block = busy.host.block(busy.smoke);
+    for (int round = 0; round < 400; ++round) {
+        for (const stage::ParameterInfo& parameter : plugin.parameters) {
+            if (parameter.kind >= stage::ParameterKind::String || generator() % 3 == 0) continue;
+            uint32_t bits = static_cast<uint32_t>(generator());
+            if (generator() % 2) bits = telling[generator() % std::size(telling)];
+            if (parameter.index == kIndex_number_of_particles && round % 20 != 0)
+                bits %= 300;  // a full pool now and then
+            busy.set_bits(parameter.index, bits);
+        }
+        if (round % 7 == 0) busy.host.block(busy.smoke).birth_accumulator = 1;
+        busy.run(3);
+        const int64_t wanted = std::clamp(block.parameters.number_of_particles, 0, 25000);
+        ASSERT_EQ(wanted, block.particle_count) << "round " << round;
+        ASSERT_EQ(static_cast<size_t>(wanted),
+                  busy.host.active(busy.smoke).size() + busy.host.inactive(busy.smoke).size());
+    }
+    EXPECT_TRUE(busy.host.complaints().empty()) << busy.host.complaints().front();
+}
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinite = std::numeric_limits<float>::infinity();
+
+struct WrongAnswer {
+    const char* name;
+    void (*arrange)(stage::Overrides&);
+};
+
+template <float value>
+void put_three(int32_t, float* x, float* y, float* z) {
+    *x = *y = *z = value;
+}
+void fill_matrix(int32_t, float* matrix) {
+    for (int i = 0; i < 16; ++i) matrix[i] = i % 2 ? kNan : -kInfinite;
+}
+int32_t one_in_two(int32_t) {
+    static int asked = 0;
+    return ++asked % 2;
+}
+
+const WrongAnswer kWrongAnswers[] = {
+    {"nothing at all about containers",
+     [](stage::Overrides& o) {
+         o.container_get_absolute_position = o.container_get_absolute_rotation =
+             o.container_get_absolute_scaling = [](int32_t, float*, float*, float*) {};
+         o.container_get_transformation_matrix = [](int32_t, float*) {};
+     }},
+    {"a container of no size", [](stage::Overrides& o) { o.container_get_absolute_scaling = put_three<0.0f>; }},
+    {"a container of no number",
+     [](stage::Overrides& o) {
+         o.container_get_absolute_scaling = o.container_get_absolute_rotation = put_three<kNan>;
+         o.container_get_transformation_matrix = fill_matrix;
+     }},
+    {"a container at infinity", [](stage::Overrides& o) { o.container_get_absolute_position = put_three<kInfinite>; }},
+    {"a camera of no number",
+     [](stage::Overrides& o) {
+         o.get_camera_pan = o.get_camera_tilt = [](int32_t, float* degrees) { *degrees = kNan; };
+         o.get_camera_view_matrix = fill_matrix;
+     }},
+    {"no camera", [](stage::Overrides& o) { o.get_cameraid = [](int32_t, const char*, int32_t) { return -1; }; }},
+    {"objects that come and go", [](stage::Overrides& o) { o.object_valid = one_in_two; }},
+    {"a geometry that is none",
+     [](stage::Overrides& o) { o.container_get_geometry = [](int32_t, int32_t* g) { *g = 12345; }; }},
+    {"vertices of no number",
+     [](stage::Overrides& o) {
+         o.geomod_get_vertex = [](int32_t, int32_t, float* x, float* y, float* z) { *x = *y = *z = kNan; };
+     }},
+    {"vertices at infinity",
+     [](stage::Overrides& o) {
+         o.geomod_get_vertex = [](int32_t, int32_t cursor, float* x, float* y, float* z) {
+             *x = *y = *z = cursor % 2 ? kInfinite : -kInfinite;
+         };
+     }},
+    {"the largest image without pixels",
+     [](stage::Overrides& o) {
+         o.get_image_size = [](int32_t, int32_t* width, int32_t* height) { *width = *height = 2147483647; };
+         o.get_image_data = [](int32_t, uint8_t** pixels) { *pixels = nullptr; };
+     }},
+    {"a frame of no number",
+     [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = static_cast<double>(kNan); }; }},
+    {"an endless frame",
+     [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = static_cast<double>(kInfinite); }; }},
+    {"a frame backwards", [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = -1; }; }},
+    {"a recording without time",
+     [](stage::Overrides& o) {
+         o.is_post_recording = [](uint8_t* recording) { *recording = 1; };
+         o.post_current_time = [](float* seconds) { *seconds = kNan; };
+     }},
+    {"a recording at infinity",
+     [](stage::Overrides& o) {
+         o.is_post_recording = [](uint8_t* recording) { *recording = 1; };
+         o.post_current_time = [](float* seconds) { *seconds = kInfinite; };
+     }},
+};
+
+TEST(HostileHost, AWrongAnswerIsOverWhenItIsRight) {
+    for (const WrongAnswer& wrong : kWrongAnswers)
+        for (int spawn_type = 0; spawn_type < 4; ++spawn_type) {
+            SCOPED_TRACE(testing::Message() << wrong.name << ", spawn type " << spawn_type);
+            Busy busy;
+            busy.host.set(busy.smoke, "spawn_type", spawn_type);
+            busy.host.set(busy.smoke, "use_wind_image", spawn_type % 2 == 1);
+            busy.run(2);
+            wrong.arrange(busy.host.stage().overrides);
+            busy.run(6);
+            busy.host.stage().overrides = {};
+            for (const char* source : {"spawn_image", "wind_image"})
+                stage::notify_changed(busy.host.stage(), busy.smoke.container,
+                                      stage::find_parameter(stage::plugin(busy.host.smoke_plugin()), source)->index);
+            busy.host.press(busy.smoke, "reset");
+            busy.run(2);
+            EXPECT_GT(busy.host.active_count(busy.smoke), 0) << "births go on";
+            for (const Particle* p : busy.host.active(busy.smoke)) {
+                EXPECT_TRUE(std::isfinite(p->position.x + p->velocity.x + p->size_x + p->life));
+                EXPECT_LT(p->age, 0.05f);
+            }
+            EXPECT_TRUE(std::isfinite(busy.host.bounding_box(busy.smoke).minimum.x));
+            EXPECT_LT(busy.host.block(busy.smoke).birth_accumulator, 0.1f) << "no time is due that has not passed";
+        }
+}
+
+}  // namespace
+}  // namespace tovu
