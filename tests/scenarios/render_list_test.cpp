@@ -98,23 +98,23 @@ TEST(DrawList, RunsFromTheFarthestToTheNearest) {
 }
 
 TEST(DrawList, MeasuresLocalDepthAlongTheDirectionAsTheContainerSeesIt) {
-    for (bool world : {false, true}) {
-        RenderHost host;
-        host.stage().camera.position = {0, 0, 0};
-        const SmokeHandle smoke = host.smoke_of(2, {{"sort", true}, {"reference", world ? "World" : "Local"}});
-        host.container(smoke).placement.rotation_degrees = {0, 90, 0};  // its own x points along the world's -z
-        host.container(smoke).placement.scale = {4, 1, 1};
-        host.run_frames(1);
-        const std::vector<Particle*> active = host.active(smoke);
-        active.at(0)->position = {2, 0, 0};
-        active.at(1)->position = {3, 0, -0.001f};
-        for (uint8_t i = 0; i < 2; ++i) active.at(i)->color[0] = i;
-        if (world)
-            EXPECT_THAT(reds_drawn(host.pass(smoke)), ElementsAre(1, 0)) << "by z: 0.001 against 0";
-        else
-            EXPECT_THAT(reds_drawn(host.pass(smoke)), ElementsAre(1, 0)) << "by x: 3 against 2";
-        active.at(0)->position = {4, 0, world ? -1.0f : 1.0f};
-        EXPECT_THAT(reds_drawn(host.pass(smoke)), ElementsAre(0, 1)) << (world ? "by z: 1" : "by x: 4");
+    for (const char* billboard : {"None", "Particle"}) {
+        for (const char* reference : {"Local", "World"}) {
+            RenderHost host;
+            host.stage().camera.position = {0, 0, 0};
+            const SmokeHandle smoke =
+                host.smoke_of(2, {{"sort", true}, {"reference", reference}, {"billboard", billboard}});
+            host.container(smoke).placement.rotation_degrees = {0, 90, 0};  // its own x points along the world's -z
+            host.container(smoke).placement.scale = {4, 1, 1};
+            host.run_frames(1);
+            const std::vector<Particle*> active = host.active(smoke);
+            active.at(0)->position = {2, 0, -1};
+            active.at(1)->position = {3, 0, 0};
+            for (uint8_t i = 0; i < 2; ++i) active.at(i)->color[0] = i;
+            const bool by_z = std::string_view(reference) == "World";  // else by x, where the second is farther
+            EXPECT_THAT(reds_drawn(host.pass(smoke)), by_z ? ElementsAre(0, 1) : ElementsAre(1, 0))
+                << reference << ", " << billboard;
+        }
     }
 }
 
