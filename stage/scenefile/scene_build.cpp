@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <set>
 
@@ -121,9 +122,12 @@ void add_shapes(Builder& builder) {
     }
 }
 
-// "smoke" and an empty name are the given library; other names are files, relative to the scene's folder.
+// "smoke" and an empty name are the given library; a plain name is a library that lies beside it; what has a dot or a
+// slash is a file, relative to the scene's folder.
 std::string plugin_file(const Builder& builder, const std::string& name) {
     if (name.empty() || name == "smoke") return builder.smoke_plugin;
+    if (name.find_first_of("./") == std::string::npos)
+        return (std::filesystem::path(builder.smoke_plugin).parent_path() / (name + ".so")).string();
     return (builder.scene.file.parent_path() / name).string();
 }
 

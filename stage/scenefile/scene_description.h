@@ -64,7 +64,7 @@ struct ContainerDescription {
     Triple rotation = {0, 0, 0};  // degrees about X, Y, Z
     Triple scale = {1, 1, 1};     // factors
     bool has_plugin = false;      // carries a plug-in's geometry: `plugin` or `parameters` was given
-    std::string plugin;           // file name or "smoke"; empty means the smoke
+    std::string plugin;           // "smoke", a library beside it or a file name; empty means the smoke
     Place plugin_place;
     std::vector<ParameterSetting> parameters;  // in the order written
     std::string texture = "puff";              // name of an image or a built-in sprite, "none" for no texture

@@ -2,7 +2,9 @@
 #include <assert.h>
 #include <stddef.h>
 #include <tovu/exchange.h>
+#include <tovu/host_services.h>
 #include <tovu/particle_record.h>
+#include <tovu/spawn_requests.h>
 #include <tovu/vector3.h>
 
 #define WIDE (sizeof(void*) == 8)
@@ -47,3 +49,12 @@ AT(ParticleExchangeBlock, deleted_head, 8, 16);
 AT(ParticleExchangeBlock, particle_count, 12, 24);
 AT(ParticleExchangeBlock, reserved, 16, 28);
 SIZE(ParticleExchangeBlock, 20, 32);
+
+/* A request's code is four characters, the first in the top byte. */
+#define CODE(a, b, c, d) ((int32_t)(a) << 24 | (int32_t)(b) << 16 | (int32_t)(c) << 8 | (int32_t)(d))
+static_assert(TOVU_REQUEST_ATTACH == CODE('R', 'A', 'D', '1'), "attach");
+static_assert(TOVU_REQUEST_DETACH == CODE('R', 'A', 'D', '2'), "detach");
+static_assert(TOVU_REQUEST_SUPPLIES_SPAWN_POINTS == CODE('S', 'P', 'W', 'N'), "supplies spawn points");
+static_assert(TOVU_REQUEST_NEW_SPAWN_POINT == CODE('N', 'E', 'W', 'P'), "new spawn point");
+static_assert(TOVU_REQUEST_IS_INSIDE == CODE('I', 'S', 'I', 'N'), "is inside");
+static_assert(TOVU_OBJECT_CONTAINER == 2 && TOVU_OBJECT_GEOMETRY == 50 && TOVU_OBJECT_CAMERA == 62, "object kinds");

@@ -1,0 +1,41 @@
+// The plug-in that the guide for authors builds, on the Stage: it does what the guide says, and leaves in good order.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "stage/plugins/instance.h"
+#include "test_host.h"
+
+namespace tovu {
+namespace {
+
+// Flying along -X at first, a particle is turned by 3 degrees in every frame that it moved in and is seen again.
+TEST(Guide, ItsPluginSwirlsTheSmoke) {
+    TestHost host;
+    const SmokeHandle smoke = host.add_smoke({{"birth_rate", 49.0},  // one birth in the second frame, none in the third
+                                              {"opening_angle_x", 0.0},
+                                              {"opening_angle_z", 0.0},
+                                              {"initial_rot_z", 90.0}});
+    const int32_t carrier = stage::add_container(host.stage(), "swirl");
+    const auto plugin = stage::load_plugin(host.stage(), TOVU_SWIRL_PLUGIN);
+    ASSERT_TRUE(plugin) << plugin.error().message;
+    ASSERT_TRUE(stage::add_instance(host.stage(), carrier, *plugin,
+                                    {{"smoke_container", std::string("smoke")}, {"degrees", 3.0}}));
+    host.run_frames(50);
+    const std::vector<Particle*> list = host.active(smoke);
+    ASSERT_GT(list.size(), 40);
+    const Vector3 oldest = list.back()->velocity;
+    // Born in the second of the fifty frames, and turned at the end of each since.
+    EXPECT_NEAR(49 * 3, std::remainder(std::atan2(oldest.z, -oldest.x) * 180 / M_PI, 360), 2);
+    EXPECT_NEAR(0, oldest.y, 1e-3);
+    EXPECT_EQ(1, list.back()->claimed);
+
+    ASSERT_TRUE(stage::remove_container(host.stage(), carrier));
+    EXPECT_EQ(0, host.block(smoke).consumer_attached);
+    host.run_frames(2);
+    EXPECT_THAT(host.complaints(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace tovu
