@@ -5,7 +5,8 @@
 bool realloc_fails = false;
 
 extern "C" void* __real_realloc(void* block, size_t bytes);
-extern "C" void* __wrap_realloc(void* block, size_t bytes);
+// Visible, since the linker binds the calls of shared libraries to it too.
+extern "C" __attribute__((visibility("default"))) void* __wrap_realloc(void* block, size_t bytes);
 extern "C" void* __wrap_realloc(void* block, size_t bytes) {
     return realloc_fails ? nullptr : __real_realloc(block, bytes);
 }
