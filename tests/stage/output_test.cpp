@@ -193,6 +193,16 @@ TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
     EXPECT_TRUE(folder_.is_empty());
 }
 
+TEST_F(VideoCommand, ThatIsStoppedHalfWayLeavesNoFile) {
+    put_ffmpeg("for last; do :; done\necho some >\"${last#file:}\"\nwhile read -r line; do :; done\n");
+    {
+        auto video = VideoFile::create(folder_ / "a.mp4", settings_);
+        ASSERT_TRUE(video);
+        while (folder_.is_empty()) usleep(1000);
+    }
+    EXPECT_TRUE(folder_.is_empty());
+}
+
 TEST(Video, RatesAreExact) {
     const std::pair<double, const char*> cases[] = {{25.0, "25000/1000"},   {29.97, "30000/1001"},
                                                     {23.976, "24000/1001"}, {59.94006, "60000/1001"},
