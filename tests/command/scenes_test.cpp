@@ -9,6 +9,7 @@
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/scene_run.h"
 #include "stage/scenefile/timeline.h"
+#include "stored_picture.h"
 
 namespace {
 
@@ -63,6 +64,23 @@ TEST_P(Scenes, ShowSmokeAndKeepToTheContract) {
     }
     EXPECT_GT(smoky_pixels, 64u * 36u / 50u) << "a fiftieth of the picture";
     EXPECT_TRUE(run.built.stage->complaints.list.empty()) << stage::to_string(run.built.stage->complaints.list.front());
+}
+
+// The middle of each scene, small: that is where most of it is to be seen.
+TEST_P(Scenes, LookAsStored) {
+    auto scene = stage::load_scene_file(file());
+    ASSERT_TRUE(scene) << scene.error().message;
+    scene->size = {320, 180};
+    auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
+    ASSERT_TRUE(built) << built.error().message;
+    auto run = stage::start_run(std::move(*built));
+    auto canvas = stage::make_canvas(*scene);
+    ASSERT_TRUE(canvas) << canvas.error().message;
+    const auto done = stage::run_until(run, stage::frame_count(*scene) / 2);
+    ASSERT_TRUE(done) << done.error().message;
+    const auto picture = stage::draw_scene(*canvas, run.built);
+    ASSERT_TRUE(picture) << picture.error().message;
+    expect_stored_picture("scene_" + GetParam(), *picture, stage::renderer_family(canvas->context.description()));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Scenes, testing::ValuesIn(scene_names()), [](const auto& one) { return one.param; });
