@@ -145,9 +145,14 @@ struct WrongAnswer {
     void (*arrange)(stage::Overrides&);
 };
 
-template <float value>
-void put_three(int32_t, float* x, float* y, float* z) {
-    *x = *y = *z = value;
+void put_zero(int32_t, float* x, float* y, float* z) {
+    *x = *y = *z = 0;
+}
+void put_nan(int32_t, float* x, float* y, float* z) {
+    *x = *y = *z = kNan;
+}
+void put_infinite(int32_t, float* x, float* y, float* z) {
+    *x = *y = *z = kInfinite;
 }
 void fill_matrix(int32_t, float* matrix) {
     for (int i = 0; i < 16; ++i) matrix[i] = i % 2 ? kNan : -kInfinite;
@@ -164,13 +169,13 @@ const WrongAnswer kWrongAnswers[] = {
              o.container_get_absolute_scaling = [](int32_t, float*, float*, float*) {};
          o.container_get_transformation_matrix = [](int32_t, float*) {};
      }},
-    {"a container of no size", [](stage::Overrides& o) { o.container_get_absolute_scaling = put_three<0.0f>; }},
+    {"a container of no size", [](stage::Overrides& o) { o.container_get_absolute_scaling = put_zero; }},
     {"a container of no number",
      [](stage::Overrides& o) {
-         o.container_get_absolute_scaling = o.container_get_absolute_rotation = put_three<kNan>;
+         o.container_get_absolute_scaling = o.container_get_absolute_rotation = put_nan;
          o.container_get_transformation_matrix = fill_matrix;
      }},
-    {"a container at infinity", [](stage::Overrides& o) { o.container_get_absolute_position = put_three<kInfinite>; }},
+    {"a container at infinity", [](stage::Overrides& o) { o.container_get_absolute_position = put_infinite; }},
     {"a camera of no number",
      [](stage::Overrides& o) {
          o.get_camera_pan = o.get_camera_tilt = [](int32_t, float* degrees) { *degrees = kNan; };
