@@ -70,6 +70,7 @@ void tend_all(Gather& gather, const ParticleExchangeBlock& block, const Moment& 
     gather.was_gathering = gathering;
     for (Particle* p = *block.active_head; p != nullptr; p = p->next) {
         const bool newborn = p->claimed == 0 && p->released == 0;
+        if (newborn && param::set_colour(gather.slots)) colour_newborn(*p, gather.slots);
         if (gathering && p->claimed == 0 && (newborn || begins))
             claim_or_pass(gather, *p);
         else if (newborn || !has_shape || moment.stage == Stage::Free)

@@ -37,11 +37,6 @@ void keep_young(Particle& p, float hold_phase, float dt) {
     p.size_y = std::max(p.size_y - p.size_step_y * back / dt, 0.0f);
 }
 
-uint8_t toward(uint8_t from, float to, float most) {
-    const float step = std::clamp(to - static_cast<float>(from), -most, most);
-    return static_cast<uint8_t>(std::lround(static_cast<float>(from) + step));
-}
-
 }  // namespace
 
 void hold(Particle& p, int32_t number, const Place& place, float pull, const Slots& slots, float dt) {
@@ -74,11 +69,25 @@ void drop(Particle& p) {
 void colour(Particle& p, float pull, const Slots& slots, float dt) {
     const int32_t held[3] = {param::held_red(slots), param::held_green(slots), param::held_blue(slots)};
     const int32_t free[3] = {param::free_red(slots), param::free_green(slots), param::free_blue(slots)};
+    float change[3];
+    float farthest = 0;
+    for (int i = 0; i < 3; ++i) {
+        const float wanted = static_cast<float>(free[i]) + static_cast<float>(held[i] - free[i]) * pull;
+        change[i] = wanted - static_cast<float>(p.color[i]);
+        farthest = std::max(farthest, std::abs(change[i]));
+    }
+    // All three arrive together, so that no other tint shows on the way.
     const float seconds = param::colour_time(slots);
     const float most = seconds > dt ? std::max(255 * dt / seconds, 1.0f) : 255;
+    const float part = farthest > most ? most / farthest : 1;
     for (int i = 0; i < 3; ++i)
-        p.color[i] =
-            toward(p.color[i], static_cast<float>(free[i]) + static_cast<float>(held[i] - free[i]) * pull, most);
+        p.color[i] = static_cast<uint8_t>(std::lround(static_cast<float>(p.color[i]) + change[i] * part));
+}
+
+void colour_newborn(Particle& p, const Slots& slots) {
+    p.color[0] = static_cast<uint8_t>(param::free_red(slots));
+    p.color[1] = static_cast<uint8_t>(param::free_green(slots));
+    p.color[2] = static_cast<uint8_t>(param::free_blue(slots));
 }
 
 }  // namespace gather

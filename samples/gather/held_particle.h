@@ -21,4 +21,7 @@ void drop(Particle& particle);
 /// Moves the colour toward the one that befits the pull: free at 0, held at 1.
 void colour(Particle& particle, float pull, const Slots& slots, float dt);
 
+/// The colour to be born with: the record still has that of a life before.
+void colour_newborn(Particle& particle, const Slots& slots);
+
 }  // namespace gather

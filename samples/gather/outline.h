@@ -15,7 +15,8 @@ struct Edge {
 
 /// Every mesh of the target as one closed outline, in the coordinates of the smoke's particles.
 struct Outline {
-    Edge* edges = nullptr;  // owned
+    Edge* edges = nullptr;     // owned
+    int32_t* order = nullptr;  // owned, for sorting as many edges
     int32_t capacity = 0;
     int32_t count = 0;  // 0: no shape
     double length = 0;

@@ -152,6 +152,29 @@ TEST(Gather, SpreadsParticlesEvenlyAlongTheOutline) {
     EXPECT_NEAR(50, near_side([](const Particle& p) { return std::abs(p.position.x + 50); }), 4);
 }
 
+// A square with a square hole, joined as one outline by a cut from corner to corner: none of 200 lies on the cut, which
+// at twice 14 of 748 units would have drawn seven.
+TEST(Gather, LeavesTheCutOfAHoleFree) {
+    Scene scene({{"strength", 20.0}});
+    const std::vector<Vector3> outer = kSquare;
+    const std::vector<Vector3> hole{{-40, 160, 0}, {-40, 240, 0}, {40, 240, 0}, {40, 160, 0}};
+    stage::Mesh mesh{outer};
+    mesh.vertices.push_back(outer[0]);
+    mesh.vertices.insert(mesh.vertices.end(), hole.begin(), hole.end());
+    mesh.vertices.push_back(hole[0]);
+    stage::set_mesh_geometry(scene.stage(), scene.target, {mesh});
+    scene.run_frames(5 * kFramesPerSecond);
+    const auto inside_cut = [](const Particle& p) {
+        return std::abs(p.position.x + 45) < 4 && std::abs(p.position.y - 155) < 4;
+    };
+    EXPECT_EQ(200, scene.active_count(scene.smoke));
+    EXPECT_EQ(0, count(scene.active(scene.smoke), inside_cut));
+    const auto right_of_hole = [](const Particle& p) {
+        return std::abs(p.position.x - 40) < 2 && std::abs(p.position.y - 200) < 38;
+    };
+    EXPECT_NEAR(200 * 76 / 720.0, count(scene.active(scene.smoke), right_of_hole), 4);
+}
+
 // Held far beyond their life time they neither die nor grow past the size that befits their held age: 30 percent of the
 // way from 5 to 15, and as much as a frame adds.
 TEST(Gather, KeepsHeldParticlesYoung) {
@@ -246,6 +269,14 @@ TEST(Gather, ColoursWhatItHoldsAndWhatIsFree) {
         return count(scene.active(scene.smoke),
                      [&](const Particle& p) { return p.color[0] == red && p.color[1] == green && p.color[2] == blue; });
     };
+    scene.run_frames(2);
+    const Particle& first = *scene.active(scene.smoke).front();
+    // Between the two colours all channels have come as far.
+    const double part = (first.color[0] - 30) / 220.0;
+    EXPECT_GT(part, 0.1);
+    EXPECT_LT(part, 0.9);
+    EXPECT_NEAR(40 - 30 * part, first.color[1], 1);
+    EXPECT_NEAR(50 - 30 * part, first.color[2], 1);
     scene.run_frames(kFramesPerSecond);
     EXPECT_EQ(100, all_are(250, 10, 20));
     scene.set_consumer("mode", std::string("Release"));
