@@ -163,7 +163,7 @@ constexpr Drawing kDrawings[] = {
 };
 
 uint8_t to_byte(double value) {
-    return static_cast<uint8_t>(value * 255.0 + 0.5);
+    return static_cast<uint8_t>(std::lround(value * 255.0));
 }
 
 }  // namespace

@@ -53,10 +53,13 @@ GLuint make_depth_stencil(int32_t width, int32_t height) {
     return depth_stencil;
 }
 
+/// Added before the truncation, it rounds to nearest without a library call for each channel of each pixel.
+constexpr float kHalfStep = 0.5f;
+
 /// 0…255, nearest; what is not a number is 0.
 uint8_t to_byte(float value) {
     if (!(value > 0.0f)) return 0;
-    return static_cast<uint8_t>(std::min(value, 1.0f) * 255.0f + 0.5f);
+    return static_cast<uint8_t>(std::min(value, 1.0f) * 255.0f + kHalfStep);
 }
 
 }  // namespace

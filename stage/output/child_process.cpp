@@ -20,6 +20,7 @@ namespace {
 
 int spawn(const std::vector<std::string>& arguments, int input, int messages, pid_t& pid) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;

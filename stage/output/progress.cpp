@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cmath>
+
 namespace stage {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr double kPlainPauseSeconds = 1.0;
 
 std::string time_text(double seconds) {
     if (seconds < 60) return fmt::format("{:.1f} s", seconds);
-    const int whole = static_cast<int>(seconds + 0.5);
+    const int whole = static_cast<int>(std::lround(seconds));
     if (whole < 3600) return fmt::format("{}:{:02} min", whole / 60, whole % 60);
     return fmt::format("{}:{:02}:{:02} h", whole / 3600, whole / 60 % 60, whole % 60);
 }

@@ -48,16 +48,22 @@ std::string frame_rate_text(double frames_per_second) {
                          : fmt::format("{:.0f}/1000", frames_per_second * 1000.0);
 }
 
+/// To the colours of high definition television, said in the file as well, so that players don't guess by size.
+constexpr const char* kColors =
+    "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
+    "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
+
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
                                           const std::filesystem::path& output) {
-    std::vector<std::string> arguments = {
-        "ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-f", "rawvideo", "-pix_fmt",
-        format.alpha ? "rgba" : "rgb24", "-video_size", fmt::format("{}x{}", settings.width, settings.height),
-        "-framerate", frame_rate_text(settings.frames_per_second), "-i", "pipe:0",
-        // The colours of high definition television, said in the file as well, so that players don't guess by size.
-        "-vf",
-        "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
-        "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv"};
+    std::vector<std::string> arguments = {"ffmpeg",       "-nostdin",
+                                          "-hide_banner", "-loglevel",
+                                          "error",        "-y",
+                                          "-f",           "rawvideo",
+                                          "-pix_fmt",     format.alpha ? "rgba" : "rgb24",
+                                          "-video_size",  fmt::format("{}x{}", settings.width, settings.height),
+                                          "-framerate",   frame_rate_text(settings.frames_per_second),
+                                          "-i",           "pipe:0",
+                                          "-vf",          kColors};
     arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
     // One thread and nothing of version, date or chance in the file: the same frames give the same bytes.
     for (const char* argument :
