@@ -11,7 +11,7 @@ namespace {
 constexpr int32_t kFetchAhead = 16;  // records
 constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-/// One row of each of the four columns of a matrix is a vector of its own.
+/// Four floats that are worked on as one: a column of a matrix, or three coordinates and whatever comes fourth.
 using Four = float[4];
 
 void map_positions(const float* m, QuadBlock& block) {
