@@ -1,0 +1,86 @@
+#include "cases.h"
+
+#if !defined(__SANITIZE_ADDRESS__)
+
+#include <cstdlib>
+#include <stdexcept>
+
+// The C library's allocator under its inner names, so that every allocation of the process passes by the counter.
+extern "C" {
+void* __libc_malloc(size_t bytes);
+void* __libc_calloc(size_t count, size_t bytes);
+void* __libc_realloc(void* block, size_t bytes);
+}
+
+namespace {
+long allocation_count = 0;
+}
+
+extern "C" {
+__attribute__((visibility("default"))) void* malloc(size_t bytes) {
+    ++allocation_count;
+    return __libc_malloc(bytes);
+}
+__attribute__((visibility("default"))) void* calloc(size_t count, size_t bytes) {
+    ++allocation_count;
+    return __libc_calloc(count, bytes);
+}
+__attribute__((visibility("default"))) void* realloc(void* block, size_t bytes) {
+    ++allocation_count;
+    return __libc_realloc(block, bytes);
+}
+}
+
+namespace bench {
+namespace {
+
+constexpr int kFrames = 200;
+
+// Births, deaths, a turbulent step, the sort and every way to draw.
+constexpr Look kLooks[] = {{.turbulence = true, .sort = true, .arrays = true, .rotated = true, .facing = true},
+                           {.turbulence = true, .sort = true, .rotated = true, .facing = true},
+                           {.sort = true, .arrays = true},
+                           {}};
+
+void expect_that_the_counter_counts() {
+    const long before = allocation_count;
+    void* volatile block = std::malloc(1);
+    int* volatile array = new int[2];
+    if (allocation_count != before + 2) throw std::runtime_error("allocations pass by the counter");
+    delete[] array;
+    std::free(block);
+}
+
+void run_frames(Scene& scene, Smoke& smoke, int count) {
+    for (int frame = 0; frame < count; ++frame) {
+        for (const Look& look : kLooks) {
+            set_look(smoke, look);
+            scene.next_frame();
+            scene.step(smoke);
+            scene.pass(smoke);
+        }
+    }
+}
+
+}  // namespace
+
+void add_allocation_cases(std::vector<Case>& cases, Scene& scene) {
+    cases.push_back({"allocations/steady_frames", 1,
+                     [&scene](Stopwatch& watch) {
+                         expect_that_the_counter_counts();
+                         Smoke& smoke = scene.long_run(1000);
+                         run_frames(scene, smoke, 1);
+                         const long before = allocation_count;
+                         run_frames(scene, smoke, kFrames / 4);
+                         watch.count(static_cast<double>(allocation_count - before));
+                     },
+                     true});
+}
+
+}  // namespace bench
+
+#else
+
+void bench::add_allocation_cases(std::vector<Case>&, Scene&) {}
+
+#endif
