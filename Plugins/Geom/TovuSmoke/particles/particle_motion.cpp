@@ -1,108 +1,27 @@
 #include "particle_motion.h"
 
+#include <cstring>
+
 #include "../math/random.h"
 #include "active_array.h"
 #include "pool.h"
+#include "step_values.h"
 
 namespace tovu {
 namespace {
 
-/// What the walk depends on and no particle changes.
-struct StepValues {
-    float time_step;    // seconds
-    Vector3 wind_step;  // units per frame, added to the position
-    bool wind_active;
-    bool wind_from_image;
-    float gravity_step;  // units per frame, added to velocity.y
-    bool gravity_active;
-    float drag;          // velocity factor per frame; exactly 1 means none
-    Vector3 turbulence;  // range of the random displacement, units per frame
-    Vector3 half_turbulence;
-    bool turbulent_x;
-    bool turbulent_y;
-    bool turbulent_z;
-    bool consumer;     // attached: only claimed or released particles take part
-    bool store_alpha;  // the drawing that reads the record needs it; the arrays look the tables up themselves
-    bool store_color;
-    bool follow_path;
-    bool path_in_world;  // the path's direction is seen through rotation_scale_matrix
-    bool accelerate;     // Death Acceleration is below 100
-    float life_factor;   // share of the remaining life that it leaves
-    SpawnType spawn_type;
-    WindImage wind_image;
-    InsideTest inside;
-    ImageReader mask;
+constexpr int32_t kRecordsPerBlock = 32;  // two blocks, this and the next, fit the first-level cache with room to spare
+
+/// Some particles in list order, on their way through the steps of a frame together: each step then is a short loop
+/// with its values in registers, and what memory and random numbers take is out of the way of the arithmetic.
+struct Block {
+    Particle* records[kRecordsPerBlock];
+    int32_t count;
+    float age[kRecordsPerBlock];
+    float life[kRecordsPerBlock];
+    float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
+    Vector3 wind_step[kRecordsPerBlock];    // kept for the path angle
 };
-
-void set_wind(StepValues& values, const SmokeInstance& instance) {
-    const ParameterSlots& p = instance.parameters;
-    values.wind_step = {0, 0, 0};
-    values.wind_from_image = param::use_wind_image(p);
-    values.wind_active = values.wind_from_image || param::wind_force(p) != 0.0f;
-    if (values.wind_active && !values.wind_from_image)
-        values.wind_step = global_wind(instance) * static_cast<float>(instance.time_step);
-}
-
-void set_forces(StepValues& values, const SmokeInstance& instance) {
-    const ParameterSlots& p = instance.parameters;
-    const double dt = instance.time_step;
-    const Vector3 s = instance.abs_scale;
-    values.drag = 1.0f - param::air_resistance(p) / 1000.0f;
-    const float gravity = param::gravity(p);
-    values.gravity_active = gravity != 0.0f;
-    values.gravity_step = static_cast<float>(-static_cast<double>(gravity) * dt);
-    if (param::reference(p) == kReferenceWorld) values.gravity_step *= s.y;
-    const Vector3 amount{param::turbulence_x(p), param::turbulence_y(p), param::turbulence_z(p)};
-    values.turbulent_x = amount.x != 0.0f;
-    values.turbulent_y = amount.y != 0.0f;
-    values.turbulent_z = amount.z != 0.0f;
-    const auto range = [dt](float turbulence, float scale) {
-        return static_cast<float>(dt * static_cast<double>(turbulence) * 10.0 * static_cast<double>(scale));
-    };
-    values.turbulence = {range(amount.x, s.x), range(amount.y, s.y), range(amount.z, s.z)};
-    values.half_turbulence = values.turbulence * 0.5f;
-}
-
-void set_life_rules(StepValues& values, const SmokeInstance& instance) {
-    const ParameterSlots& p = instance.parameters;
-    values.consumer = instance.consumer_attached != 0;
-    values.store_alpha = !param::use_array(p);
-    values.store_color = values.store_alpha && !(values.consumer && instance.consumer_owns_colour);
-    values.follow_path = param::rot_follow_path(p);
-    values.path_in_world = instance.draw_mode == 1;
-    const float life_time_scale = param::life_time_scale(p);
-    values.accelerate = life_time_scale < 100.0f;
-    values.life_factor = life_time_scale / 100.0f;
-    values.spawn_type = param::spawn_type(p);
-}
-
-// Worked out once per instance; into `spare` at every step where memory ran out.
-const WindAngles* wind_angles(SpeedUps* speed_ups, WindAngles& spare) {
-    if (speed_ups == nullptr) {
-        fill_wind_angles(spare);
-        return &spare;
-    }
-    if (!speed_ups->wind_angles_filled) fill_wind_angles(speed_ups->wind_angles);
-    speed_ups->wind_angles_filled = true;
-    return &speed_ups->wind_angles;
-}
-
-// Whatever has to be asked of the host or looked up is opened once for the walk, and only if a particle can need it.
-void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles) {
-    const bool any = instance.active_head != nullptr;
-    SpeedUps* speed_ups = instance.speed_ups;
-    if (any && values.accelerate && values.spawn_type == kSpawnContainer)
-        values.inside =
-            open_inside_test(instance.container_source, speed_ups != nullptr ? &speed_ups->outline_index : nullptr);
-    if (any && values.accelerate && values.spawn_type == kSpawnImage)
-        values.mask = open_image(instance.spawn_image_source);
-    if (any && values.wind_from_image) {
-        const ParameterSlots& p = instance.parameters;
-        const bool world = param::reference(p) == kReferenceWorld;
-        values.wind_image = {open_image(instance.wind_source), wind_angles(speed_ups, spare_angles),
-                             param::wind_force(p), world ? instance.abs_scale : Vector3{1, 1, 1}};
-    }
-}
 
 void cut_life_keeping_phase(Particle& p, float factor) {
     p.life *= factor;
@@ -123,27 +42,76 @@ void accelerate_death(Particle& p, const StepValues& values) {
     if (outside || (values.consumer && p.released)) cut_life_keeping_phase(p, values.life_factor);
 }
 
-void store_look(Particle& p, const StepValues& values, const SmokeInstance& instance) {
-    const int32_t k = color_index(p.age, p.life);
-    if (values.store_color) {
-        const uint8_t* rgb = instance.color_table.rgb[k];
-        p.color[0] = rgb[0];
-        p.color[1] = rgb[1];
-        p.color[2] = rgb[2];
-    }
-    p.alpha = instance.alpha_table.alpha[alpha_index(k)] * 255.0f;
+/// Ages a particle that takes part in the step. Returns false when it died.
+inline bool grow_older(Particle& p, const StepValues& values) {
+    p.age += values.time_step;
+    if (p.age > p.life) return false;
+    if (values.accelerate && !p.accelerated) accelerate_death(p, values);
+    return true;
 }
 
-void displace(Particle& p, StepValues& values) {
-    p.position += p.velocity;
-    if (values.turbulent_x) p.position.x += random_up_to(values.turbulence.x) - values.half_turbulence.x;
-    if (values.turbulent_y) p.position.y += random_up_to(values.turbulence.y) - values.half_turbulence.y;
-    if (values.turbulent_z) p.position.z += random_up_to(values.turbulence.z) - values.half_turbulence.z;
-    if (values.wind_from_image)
-        values.wind_step = image_wind(values.wind_image, p.position.x, p.position.y) * values.time_step;
-    if (values.wind_active) p.position += values.wind_step;
-    if (values.gravity_active) p.velocity.y += values.gravity_step;
-    if (values.drag != 1.0f) p.velocity *= values.drag;
+inline bool takes_part(const Particle& p, const StepValues& values) {
+    return !values.consumer || p.claimed || p.released;
+}
+
+inline void add(Block& block, Particle& p) {
+    block.age[block.count] = p.age;
+    block.life[block.count] = p.life;
+    block.records[block.count++] = &p;
+}
+
+// The draws of each particle follow those of the one before; only then are they turned into lengths.
+void draw_turbulence(Block& block, const StepValues& values) {
+    int32_t drawn[3][kRecordsPerBlock];
+    for (int32_t i = 0; i < block.count; ++i) {
+        if (values.turbulent_x) drawn[0][i] = random_15_bits();
+        if (values.turbulent_y) drawn[1][i] = random_15_bits();
+        if (values.turbulent_z) drawn[2][i] = random_15_bits();
+    }
+    const auto lengths = [&block](float* length, const int32_t* r, bool turbulent, float range, float half) {
+        // Adding -0 changes no number, not even 0.
+        for (int32_t i = 0; i < block.count; ++i) length[i] = turbulent ? random_share(r[i], range) - half : -0.0f;
+    };
+    lengths(block.turbulence[0], drawn[0], values.turbulent_x, values.turbulence.x, values.half_turbulence.x);
+    lengths(block.turbulence[1], drawn[1], values.turbulent_y, values.turbulence.y, values.half_turbulence.y);
+    lengths(block.turbulence[2], drawn[2], values.turbulent_z, values.turbulence.z, values.half_turbulence.z);
+}
+
+void store_looks(const Block& block, const StepValues& values, const SmokeInstance& instance) {
+    int32_t index[kRecordsPerBlock];
+    for (int32_t i = 0; i < block.count; ++i) index[i] = color_index(block.age[i], block.life[i]);
+    for (int32_t i = 0; i < block.count; ++i) {
+        Particle& p = *block.records[i];
+        if (values.store_color) std::memcpy(p.color, instance.color_table.rgb[index[i]], sizeof p.color);
+        p.alpha = instance.alpha_table.alpha[alpha_index(index[i])] * 255.0f;
+    }
+}
+
+/// Moves, turns and grows the particles of a block, and asks for the records of the next one meanwhile.
+template <bool turbulent>
+void move_block(Block& block, const StepValues& values, Bounds& bounds, Particle* const* next, int32_t next_count) {
+    Bounds widened = bounds;  // stays in registers
+    for (int32_t i = 0; i < block.count; ++i) {
+        if (i < next_count) fetch_ahead(next[-i]);
+        Particle& p = *block.records[i];
+        Vector3 at = p.position + p.velocity;
+        if constexpr (turbulent) at += {block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i]};
+        Vector3 wind_step = values.wind_step;
+        if (values.wind_from_image) wind_step = image_wind(values.wind_image, at.x, at.y) * values.time_step;
+        if (values.wind_active) at += wind_step;
+        if (values.follow_path) block.wind_step[i] = wind_step;
+        p.position = at;
+        widen(widened, at);
+        Vector3 velocity = p.velocity;
+        if (values.gravity_active) velocity.y += values.gravity_step;
+        if (values.drag != 1.0f) velocity *= values.drag;
+        p.velocity = velocity;
+        p.rotation += p.rotation_step;
+        p.path_angle = 0.0f;
+        p.size_x += p.size_step_x;
+        p.size_y += p.size_step_y;
+    }
+    bounds = widened;
 }
 
 // The angle between +y and a direction of length 1 in the x-y plane, radians, clockwise positive.
@@ -156,51 +124,83 @@ float direction_angle(Vector3 d) {
     return d.y < 0.0f ? kHalfTurn - angle : angle;
 }
 
-float path_angle(const Particle& p, const StepValues& values, const SmokeInstance& instance) {
-    Vector3 d = p.velocity + values.wind_step;
+float path_angle(Vector3 d, const StepValues& values, const SmokeInstance& instance) {
     if (values.path_in_world) d = transform(instance.rotation_scale_matrix, d);
     d.z = 0.0f;
     normalize(d);
     return static_cast<float>(-static_cast<double>(direction_angle(d)) * 180.0 / 3.141592653589793);
 }
 
-/// What a step did with a particle.
-enum class Fate { kLives, kDied };
-
-Fate step_particle(Particle& p, StepValues& values, const SmokeInstance& instance, Bounds& bounds) {
-    if (values.consumer && !p.claimed && !p.released) return Fate::kLives;
-    p.age += values.time_step;
-    if (p.age > p.life) return Fate::kDied;
-    if (values.accelerate && !p.accelerated) accelerate_death(p, values);
-    if (values.store_alpha) store_look(p, values, instance);
-    displace(p, values);
-    p.rotation += p.rotation_step;
-    p.path_angle = values.follow_path ? path_angle(p, values, instance) : 0.0f;
-    p.size_x += p.size_step_x;
-    p.size_y += p.size_step_y;
-    widen(bounds, p.position);
-    return Fate::kLives;
+void follow_paths(const Block& block, const StepValues& values, const SmokeInstance& instance) {
+    for (int32_t i = 0; i < block.count; ++i) {
+        Particle& p = *block.records[i];
+        p.path_angle = path_angle(p.velocity + block.wind_step[i], values, instance);
+    }
 }
 
-void walk_links(SmokeInstance& instance, StepValues& values, Bounds& bounds) {
+/// What is left of the step once the particles of a block are known to be alive. next: the records of the next block,
+/// the first one last; none where next_count is 0.
+void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Bounds& bounds,
+                Particle* const* next, int32_t next_count) {
+    if (values.store_alpha) store_looks(block, values, instance);
+    if (values.turbulent_x || values.turbulent_y || values.turbulent_z) {
+        draw_turbulence(block, values);
+        move_block<true>(block, values, bounds, next, next_count);
+    } else {
+        move_block<false>(block, values, bounds, next, next_count);
+    }
+    if (values.follow_path) follow_paths(block, values, instance);
+}
+
+// A plug-in that is asked whether a particle is inside may draw random numbers itself: between those of the particle
+// before and its own.
+int32_t block_size(const StepValues& values) {
+    const bool asks_plugin =
+        values.accelerate && values.spawn_type == kSpawnContainer && values.inside.way == InsideTest::kAskPlugin;
+    return asks_plugin ? 1 : kRecordsPerBlock;
+}
+
+void walk_links(SmokeInstance& instance, const StepValues& values, Bounds& bounds) {
+    const int32_t most = block_size(values);
+    Block block;
     for (Particle* p = instance.active_head; p != nullptr;) {
-        Particle* next = p->next;  // read first: retiring p relinks it into the inactive list
-        if (step_particle(*p, values, instance, bounds) == Fate::kDied) move_to_inactive(instance, *p);
-        p = next;
+        block.count = 0;
+        while (p != nullptr && block.count < most) {
+            Particle* next = p->next;  // read first: retiring p relinks it into the inactive list
+            if (takes_part(*p, values)) {
+                if (grow_older(*p, values))
+                    add(block, *p);
+                else
+                    move_to_inactive(instance, *p);
+            }
+            p = next;
+        }
+        step_block(block, values, instance, bounds, nullptr, 0);
     }
 }
 
 // The same walk through the side array, which is closed up toward its end as particles die.
-void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values, Bounds& bounds) {
+void walk_array(SmokeInstance& instance, ActiveArray& active, const StepValues& values, Bounds& bounds) {
+    const int32_t most = block_size(values);
     int32_t first_survivor = active.end;
-    for (int32_t i = active.end - 1; i >= active.begin; --i) {
-        const int32_t ahead = i - kFetchAhead;
-        fetch_ahead(active.records[ahead > active.begin ? ahead : active.begin]);
-        Particle* p = active.records[i];
-        if (step_particle(*p, values, instance, bounds) == Fate::kDied)
-            move_to_inactive(instance, *p);
-        else
+    Block block;
+    for (int32_t end = active.end; end > active.begin;) {
+        const int32_t begin = end - active.begin > most ? end - most : active.begin;
+        block.count = 0;
+        for (int32_t i = end - 1; i >= begin; --i) {
+            Particle* p = active.records[i];
+            if (takes_part(*p, values)) {
+                if (!grow_older(*p, values)) {
+                    move_to_inactive(instance, *p);
+                    continue;
+                }
+                add(block, *p);
+            }
             active.records[--first_survivor] = p;
+        }
+        const int32_t left = begin - active.begin;
+        step_block(block, values, instance, bounds, active.records + begin - 1, left < most ? left : most);
+        end = begin;
     }
     active.begin = first_survivor;
 }
@@ -208,13 +208,9 @@ void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values
 }  // namespace
 
 Bounds move_particles(SmokeInstance& instance) {
-    StepValues values{};
-    values.time_step = static_cast<float>(instance.time_step);
-    set_wind(values, instance);
-    set_forces(values, instance);
-    set_life_rules(values, instance);
+    StepValues values;
     WindAngles spare_angles;
-    open_sources(values, instance, spare_angles);
+    set_step_values(values, instance, spare_angles);
     Bounds bounds;
     if (ActiveArray* active = current_active_array(instance))
         walk_array(instance, *active, values, bounds);

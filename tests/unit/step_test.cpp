@@ -1,0 +1,293 @@
+// A step of the live particles comes to the same, to the bit, as its rules do one particle at a time.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "outline_source.h"
+#include "particles/active_array.h"
+#include "plain_step.h"
+#include "speed_ups.h"
+#include "stage/scene/container.h"
+#include "stage/scene/image.h"
+#include "stage/scene/stage.h"
+
+namespace tovu {
+namespace {
+
+constexpr int32_t kRecords = 331;  // no multiple of a block
+constexpr int kSteps = 4;
+constexpr int32_t kLuminance = 0x1909;
+
+/// A Stage with a container, and an image of noise of which a third is black. Its geometries say of a point whether it
+/// is inside by drawing a random number.
+struct Host {
+    stage::StagePtr stage = stage::make_stage();
+    int32_t container = stage::add_container(*stage, "outline");
+    int32_t image = stage::kNoObject;
+
+    Host() {
+        std::vector<uint8_t> noise(120 * 30);
+        for (size_t i = 0; i < noise.size(); ++i) noise[i] = i % 3 == 0 ? uint8_t{0} : static_cast<uint8_t>(i * 89);
+        image = *stage::add_image(*stage, "noise", 120, 30, kLuminance, noise);
+        stage::set_mesh_geometry(*stage, container, {});
+        stage->overrides.geom_dispatcher = [](int32_t, int32_t, void*, void* reply) {
+            *static_cast<int32_t*>(reply) = std::rand() & 1;
+            return 1;
+        };
+    }
+};
+
+/// A smoke whose records lie in an array in random order; every choice comes from the seed, so that two of the same
+/// seed are alike.
+struct Smoke {
+    SmokeInstance instance;
+    SpeedUps speed_ups;
+    std::vector<Particle> records = std::vector<Particle>(kRecords);
+    std::vector<Particle*> array = std::vector<Particle*>(2 * kRecords);
+
+    Smoke(uint32_t seed, const Host& host, const OutlineSource& outline);
+    ~Smoke() { release(speed_ups.outline_index); }
+    Smoke(const Smoke&) = delete;
+    Smoke& operator=(const Smoke&) = delete;
+};
+
+Particle random_particle(std::mt19937& random) {
+    const auto between = [&random](float low, float high) {
+        // One value in eight stands at the lower end, to meet equal ages and lives, zeros and edges.
+        return random() % 8 == 0 ? low : std::uniform_real_distribution<float>(low, high)(random);
+    };
+    Particle p{};
+    p.position = {between(-60, 60), between(-60, 60), between(-60, 60)};
+    p.velocity = {between(-0.0f, 2), between(-2, 2), between(-2, 2)};
+    if (random() % 16 == 0) p.velocity = {0, -0.0f, 0};
+    for (uint8_t& component : p.color) component = static_cast<uint8_t>(random());
+    p.alpha = between(0, 255);
+    p.size_x = between(-1, 10);
+    p.size_y = between(-1, 10);
+    p.size_step_x = between(-1, 1);
+    p.size_step_y = between(-1, 1);
+    p.rotation = between(-400, 400);
+    p.rotation_step = between(-0.0f, 9);
+    p.path_angle = between(-180, 180);
+    p.life = between(0.03125f, 1);
+    p.age = random() % 32 == 0 ? p.life - 0.03125f : between(0, 1) * p.life;
+    p.accelerated = random() % 4 == 0;
+    p.claimed = random() % 3 == 0;
+    p.released = random() % 3 == 0;
+    return p;
+}
+
+Smoke::Smoke(uint32_t seed, const Host& host, const OutlineSource& outline) {
+    std::mt19937 random(seed);
+    std::vector<Particle*> order;
+    for (Particle& record : records) {
+        record = random_particle(random);
+        order.push_back(&record);
+    }
+    std::shuffle(order.begin(), order.end(), random);
+    for (Particle* record : order)
+        if (random() % 8 == 0)
+            move_to_inactive(instance, *record);
+        else
+            move_to_active(instance, *record);
+    instance.parameters = {};
+    instance.parameters.life_time_scale = 100;
+    instance.time_step = 0.03125;  // so that ages meet lives exactly
+    instance.abs_scale = {0.5f, 2, 1.5f};
+    rotate(instance.rotation_scale_matrix, {10, 20, 30});
+    for (auto& rgb : instance.color_table.rgb)
+        for (uint8_t& component : rgb) component = static_cast<uint8_t>(random());
+    for (float& alpha : instance.alpha_table.alpha) alpha = static_cast<float>(random() % 1000) / 999;
+    instance.container_source = outline.source;
+    instance.container_source.container = host.container;
+    for (ImageSource* source : {&instance.wind_source, &instance.spawn_image_source}) {
+        load(*source, host.image);
+        set_rect(*source, -40, -40, 50, 30);
+    }
+}
+
+struct Setting {
+    const char* name;
+    void (*set)(SmokeInstance&);
+};
+
+const Setting kSettings[] = {
+    {"nothing acts", [](SmokeInstance&) {}},
+    {"gravity, drag and wind",
+     [](SmokeInstance& i) {
+         i.parameters.gravity = 9.81f;
+         i.parameters.air_resistance = 37;
+         i.parameters.wind_force = 12;
+         i.parameters.wind_rot_x = 20;
+         i.parameters.wind_rot_z = 70;
+     }},
+    {"in world coordinates",
+     [](SmokeInstance& i) {
+         i.parameters.reference = kReferenceWorld;
+         i.parameters.gravity = -3;
+         i.parameters.wind_force = -5;
+     }},
+    {"turbulence on three axes",
+     [](SmokeInstance& i) { i.parameters.turbulence_x = i.parameters.turbulence_y = i.parameters.turbulence_z = 7; }},
+    {"turbulence on one axis", [](SmokeInstance& i) { i.parameters.turbulence_y = -1e-3f; }},
+    {"turbulence with an empty range", [](SmokeInstance& i) { i.parameters.turbulence_x = i.abs_scale.x = 1e-30f; }},
+    {"colours from the arrays", [](SmokeInstance& i) { i.parameters.use_array = 1; }},
+    {"along the path",
+     [](SmokeInstance& i) {
+         i.parameters.rot_follow_path = 1;
+         i.parameters.wind_force = 2;
+     }},
+    {"along the path, facing the camera",
+     [](SmokeInstance& i) {
+         i.parameters.rot_follow_path = 1;
+         i.draw_mode = 1;
+     }},
+    {"wind from an image, along the path",
+     [](SmokeInstance& i) {
+         i.parameters.use_wind_image = 1;
+         i.parameters.wind_force = 30;
+         i.parameters.rot_follow_path = 1;
+         i.parameters.turbulence_z = 2;
+     }},
+    {"wind from an image that is gone",
+     [](SmokeInstance& i) {
+         i.parameters.use_wind_image = 1;
+         i.parameters.wind_force = 30;
+         i.wind_source.image = -1;
+     }},
+    {"death outside an outline",
+     [](SmokeInstance& i) {
+         i.parameters.life_time_scale = 40;
+         i.parameters.spawn_type = kSpawnContainer;
+     }},
+    {"death where a plug-in draws the answer",
+     [](SmokeInstance& i) {
+         i.parameters.life_time_scale = 0;
+         i.parameters.spawn_type = kSpawnContainer;
+         i.parameters.turbulence_x = i.parameters.turbulence_y = 3;
+         i.container_source.plugin_mode = 1;
+     }},
+    {"death off a mask",
+     [](SmokeInstance& i) {
+         i.parameters.life_time_scale = 0;
+         i.parameters.spawn_type = kSpawnImage;
+     }},
+    {"a consumer",
+     [](SmokeInstance& i) {
+         i.consumer_attached = 1;
+         i.parameters.life_time_scale = 50;
+         i.parameters.turbulence_x = 1;
+     }},
+    {"a consumer that owns the colour",
+     [](SmokeInstance& i) {
+         i.consumer_attached = 1;
+         i.consumer_owns_colour = 1;
+     }},
+    {"a step of time 0", [](SmokeInstance& i) { i.time_step = 0; }},
+};
+
+std::string bits_of(const void* value, size_t bytes) {
+    return std::string(static_cast<const char*>(value), bytes);
+}
+
+/// Every field but the links, without what lies between fields.
+std::vector<std::pair<const char*, std::string>> fields_of(const Particle& p) {
+    const auto bits = [](const auto& field) { return bits_of(&field, sizeof field); };
+    return {{"position", bits(p.position)},
+            {"velocity", bits(p.velocity)},
+            {"color", bits(p.color)},
+            {"alpha", bits(p.alpha)},
+            {"size_x", bits(p.size_x)},
+            {"size_step_x", bits(p.size_step_x)},
+            {"size_y", bits(p.size_y)},
+            {"size_step_y", bits(p.size_step_y)},
+            {"rotation", bits(p.rotation)},
+            {"rotation_step", bits(p.rotation_step)},
+            {"path_angle", bits(p.path_angle)},
+            {"age", bits(p.age)},
+            {"life", bits(p.life)},
+            {"accelerated", bits(p.accelerated)},
+            {"reserved", bits(p.reserved)},
+            {"claimed", bits(p.claimed)},
+            {"released", bits(p.released)}};
+}
+
+/// Positions of a list's records in the array that holds them, backwards links checked.
+std::vector<std::ptrdiff_t> order_of(const Smoke& smoke, const Particle* head) {
+    std::vector<std::ptrdiff_t> order;
+    const Particle* before = nullptr;
+    for (const Particle* p = head; p != nullptr; before = p, p = p->next) {
+        EXPECT_EQ(p->prev, before);
+        order.push_back(p - smoke.records.data());
+    }
+    return order;
+}
+
+void expect_alike(const Smoke& fast, const Smoke& simple) {
+    EXPECT_EQ(order_of(fast, fast.instance.active_head), order_of(simple, simple.instance.active_head));
+    EXPECT_EQ(order_of(fast, fast.instance.inactive_head), order_of(simple, simple.instance.inactive_head));
+    for (size_t i = 0; i < fast.records.size(); ++i)
+        EXPECT_EQ(fields_of(fast.records[i]), fields_of(simple.records[i])) << "record " << i;
+}
+
+void expect_side_array_follows(const Smoke& smoke) {
+    const ActiveRecords active = active_records(smoke.instance);
+    ASSERT_NE(active.records, nullptr);
+    int32_t left = active.count;
+    for (const Particle* p = smoke.instance.active_head; p != nullptr; p = p->next) {
+        ASSERT_GT(left, 0);
+        ASSERT_EQ(active.records[--left], p);
+    }
+    EXPECT_EQ(left, 0);
+}
+
+class Step : public testing::TestWithParam<std::tuple<Setting, bool>> {};
+
+TEST_P(Step, IsThatOfItsRules) {
+    const auto& [setting, has_array] = GetParam();
+    const Host host;
+    std::vector<Vector3> ring;
+    for (int k = 0; k < 40; ++k)
+        ring.push_back({static_cast<float>(k % 2 ? 50 : 20) * std::cos(static_cast<float>(k)),
+                        static_cast<float>(k % 2 ? 50 : 20) * std::sin(static_cast<float>(k)), 0});
+    const OutlineSource outline({ring, {{-60, -60, 0}, {-30, -60, 0}, {-30, 60, 0}}}, 0);
+    for (uint32_t seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Smoke fast(seed, host, outline);
+        Smoke simple(seed, host, outline);
+        setting.set(fast.instance);
+        setting.set(simple.instance);
+        if (has_array) {
+            fast.instance.speed_ups = &fast.speed_ups;
+            fast.speed_ups.active = {fast.array.data(), 0, 0, static_cast<int32_t>(fast.array.size()), false};
+        }
+        for (int step = 0; step < kSteps; ++step) {
+            std::srand(seed);
+            const Bounds fast_bounds = move_particles(fast.instance);
+            const int next_draw = std::rand();
+            std::srand(seed);
+            const Bounds bounds = plain::move_particles(simple.instance);
+            EXPECT_EQ(next_draw, std::rand());
+            EXPECT_EQ(bits_of(&fast_bounds, sizeof bounds), bits_of(&bounds, sizeof bounds));
+            expect_alike(fast, simple);
+            if (has_array) expect_side_array_follows(fast);
+            if (HasFailure()) return;
+        }
+    }
+}
+
+std::string name_of(const testing::TestParamInfo<std::tuple<Setting, bool>>& info) {
+    std::string name = std::get<0>(info.param).name;
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return name + (std::get<1>(info.param) ? "_by_the_array" : "_by_the_links");
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, Step, testing::Combine(testing::ValuesIn(kSettings), testing::Bool()), name_of);
+
+}  // namespace
+}  // namespace tovu
