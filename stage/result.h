@@ -7,7 +7,8 @@
 
 namespace stage {
 
-/// What went wrong: names the file, line or object and says what would be right. One line or several, no newline at the end.
+/// What went wrong: names the file, line or object and says what would be right. One line or several, no newline at the
+/// end.
 struct Error {
     std::string message;
 };

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "host/parameter_slots.h"
+
 namespace tovu {
 
 constexpr int32_t kMaxParticles = 25000;  // most records of one instance; the shared drawing arrays hold as many quads
@@ -57,27 +59,34 @@ inline float finite_or(float value, float fallback) {
     return value - value == 0.0f ? value : fallback;
 }
 
-/// The text behind a slot. The memory is the host's.
-inline const char* text_at(uint32_t slot) {
-    return slot == 0 ? "" : reinterpret_cast<const char*>(static_cast<uintptr_t>(slot));
-}
-
-#define PARAM_INT(name, label, initial, minimum, maximum)                                        \
-    inline int32_t name(const ParameterSlots& slots) {                                           \
+#define PARAM_INT(name, label, initial, minimum, maximum)                                            \
+    inline int32_t name(const ParameterSlots& slots) {                                               \
         return slots.name < (minimum) ? (minimum) : slots.name > (maximum) ? (maximum) : slots.name; \
     }
 #define PARAM_FLOAT(name, label, initial, minimum, maximum) \
-    inline float name(const ParameterSlots& slots) { return finite_or(slots.name, initial); }
-#define PARAM_BOOL(name, label, initial) \
-    inline bool name(const ParameterSlots& slots) { return slots.name != 0; }
-#define PARAM_RADIO(name, label, initial, choices) \
-    inline int32_t name##_slot(const ParameterSlots& slots) { return slots.name; }
-#define PARAM_STRING(name, label, initial, longest) \
-    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
-#define PARAM_CONTAINER(name, label) \
-    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
-#define PARAM_IMAGE(name, label) \
-    inline const char* name(const ParameterSlots& slots) { return text_at(slots.name); }
+    inline float name(const ParameterSlots& slots) {        \
+        return finite_or(slots.name, initial);              \
+    }
+#define PARAM_BOOL(name, label, initial)            \
+    inline bool name(const ParameterSlots& slots) { \
+        return slots.name != 0;                     \
+    }
+#define PARAM_RADIO(name, label, initial, choices)            \
+    inline int32_t name##_slot(const ParameterSlots& slots) { \
+        return slots.name;                                    \
+    }
+#define PARAM_STRING(name, label, initial, longest)        \
+    inline const char* name(const ParameterSlots& slots) { \
+        return tovu_slot_text(slots.name);                 \
+    }
+#define PARAM_CONTAINER(name, label)                       \
+    inline const char* name(const ParameterSlots& slots) { \
+        return tovu_slot_text(slots.name);                 \
+    }
+#define PARAM_IMAGE(name, label)                           \
+    inline const char* name(const ParameterSlots& slots) { \
+        return tovu_slot_text(slots.name);                 \
+    }
 #include "parameters.def"
 #include "parameters_undef.h"
 
@@ -91,8 +100,12 @@ inline Reference reference(const ParameterSlots& slots) {
 inline Billboard billboard(const ParameterSlots& slots) {
     return billboard_slot(slots) == kBillboardParticle ? kBillboardParticle : kBillboardNone;
 }
-inline bool spawn_cont_ref_plane_is_xz(const ParameterSlots& slots) { return spawn_cont_ref_plane_slot(slots) != 0; }
-inline bool spawn_cont_coord_is_world(const ParameterSlots& slots) { return spawn_cont_coord_slot(slots) != 0; }
+inline bool spawn_cont_ref_plane_is_xz(const ParameterSlots& slots) {
+    return spawn_cont_ref_plane_slot(slots) != 0;
+}
+inline bool spawn_cont_coord_is_world(const ParameterSlots& slots) {
+    return spawn_cont_coord_slot(slots) != 0;
+}
 
 }  // namespace param
 }  // namespace tovu

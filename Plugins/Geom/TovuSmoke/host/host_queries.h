@@ -39,7 +39,9 @@ inline int32_t container_geometry(int32_t container_handle) {
     return geometry_handle;
 }
 
-inline int32_t render_camera() { return _api__get_cameraid(-1, "RENDERCAMERA", TOVU_OBJECT_CAMERA); }
+inline int32_t render_camera() {
+    return _api__get_cameraid(-1, "RENDERCAMERA", TOVU_OBJECT_CAMERA);
+}
 inline float camera_pan(int32_t camera_handle) {
     float degrees = 0;
     _api__get_camera_pan(camera_handle, &degrees);

@@ -7,17 +7,33 @@
 
 namespace tovu {
 
-inline Vector3 operator+(Vector3 a, Vector3 b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-inline Vector3 operator-(Vector3 a, Vector3 b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-inline Vector3 operator-(Vector3 a) { return {-a.x, -a.y, -a.z}; }
-inline Vector3 operator*(Vector3 a, float s) { return {a.x * s, a.y * s, a.z * s}; }
-inline Vector3& operator+=(Vector3& a, Vector3 b) { return a = a + b; }
-inline Vector3& operator*=(Vector3& a, float s) { return a = a * s; }
+inline Vector3 operator+(Vector3 a, Vector3 b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+inline Vector3 operator-(Vector3 a, Vector3 b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+inline Vector3 operator-(Vector3 a) {
+    return {-a.x, -a.y, -a.z};
+}
+inline Vector3 operator*(Vector3 a, float s) {
+    return {a.x * s, a.y * s, a.z * s};
+}
+inline Vector3& operator+=(Vector3& a, Vector3 b) {
+    return a = a + b;
+}
+inline Vector3& operator*=(Vector3& a, float s) {
+    return a = a * s;
+}
 
-inline float dot(Vector3 a, Vector3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline float dot(Vector3 a, Vector3 b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
 
 /// Component by component.
-inline Vector3 scaled(Vector3 a, Vector3 factors) { return {a.x * factors.x, a.y * factors.y, a.z * factors.z}; }
+inline Vector3 scaled(Vector3 a, Vector3 factors) {
+    return {a.x * factors.x, a.y * factors.y, a.z * factors.z};
+}
 
 /// Makes `v` of length 1 and returns the length it had; a length of 0, or not a number, leaves it alone.
 /// Divides, since multiplying by the reciprocal would round twice.

@@ -29,7 +29,9 @@ inline int32_t color_index(float age, float life) {
 }
 
 /// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.
-inline int32_t alpha_index(int32_t color_index) { return color_index / 2; }
+inline int32_t alpha_index(int32_t color_index) {
+    return color_index / 2;
+}
 
 /// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all held to 0…1. Each pair
 /// of neighbouring stops fills the entries from the first up to but not including the second; all others are black.
