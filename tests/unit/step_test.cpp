@@ -153,6 +153,13 @@ const Setting kSettings[] = {
          i.parameters.rot_follow_path = 1;
          i.parameters.turbulence_z = 2;
      }},
+    {"wind from an image without extent, in world coordinates",
+     [](SmokeInstance& i) {
+         i.parameters.use_wind_image = 1;
+         i.parameters.wind_force = 30;
+         i.parameters.reference = kReferenceWorld;
+         set_rect(i.wind_source, 5, -40, 5, 30);
+     }},
     {"wind from an image that is gone",
      [](SmokeInstance& i) {
          i.parameters.use_wind_image = 1;

@@ -1,8 +1,10 @@
 // The block that the host keeps for each container that carries a smoke, and the operations behind the entry points.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "host/exchange.h"
 #include "host/particle_record.h"
@@ -85,6 +87,17 @@ static_assert(sizeof(void*) != 8 ||
                offsetof(SmokeInstance, wind_source) == 7016 && offsetof(SmokeInstance, spawn_image_source) == 8052 &&
                offsetof(SmokeInstance, speed_ups) == 9088));
 static_assert(sizeof(void*) != 4 || offsetof(SmokeInstance, speed_ups) == 9032);
+
+/// Red, green and blue of an entry of the ColorTable, low byte first, and whatever follows them: behind the last entry
+/// that is the next field of the block.
+inline uint32_t color_entry(const SmokeInstance& instance, int32_t index) {
+    static_assert(std::endian::native == std::endian::little);
+    static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
+    uint32_t rgb;
+    const char* const table = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
+    std::memcpy(&rgb, table + 3 * index, sizeof rgb);
+    return rgb;
+}
 
 /// Builds the instance in place over the host's block of kInstanceBytes, leaving the parameter slots as they are.
 void initialise_instance(void* block);

@@ -1,7 +1,9 @@
 #include "particle_motion.h"
 
+#include <cstddef>
 #include <cstring>
 
+#include "../math/four.h"
 #include "../math/random.h"
 #include "active_array.h"
 #include "pool.h"
@@ -12,15 +14,26 @@ namespace {
 
 constexpr int32_t kRecordsPerBlock = 32;  // two blocks, this and the next, fit the first-level cache with room to spare
 
-/// Some particles in list order, on their way through the steps of a frame together: each step then is a short loop
-/// with its values in registers, and what memory and random numbers take is out of the way of the arithmetic.
+/// Some particles in list order, on their way through the steps of a frame together: what memory and random numbers
+/// take is out of the way of the arithmetic then.
 struct Block {
+    int32_t count = 0;
     Particle* records[kRecordsPerBlock];
-    int32_t count;
-    float age[kRecordsPerBlock];
-    float life[kRecordsPerBlock];
+    alignas(16) float age[kRecordsPerBlock] = {};
+    alignas(16) float life[kRecordsPerBlock] = {};
+    alignas(16) int32_t color_index[kRecordsPerBlock];
     float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
-    Vector3 wind_step[kRecordsPerBlock];    // kept for the path angle
+    Four displaced[kRecordsPerBlock];       // positions before an image's wind, which depends on them
+    Four wind_step[kRecordsPerBlock];       // of an image; x, y, z
+};
+
+/// Asks for the records of an array, from its end to its beginning.
+struct Fetch {
+    Particle* const* at;  // behind the one that is next
+    Particle* const* first;
+    void next() {
+        if (at != first) fetch_ahead(*--at);
+    }
 };
 
 void cut_life_keeping_phase(Particle& p, float factor) {
@@ -42,22 +55,14 @@ void accelerate_death(Particle& p, const StepValues& values) {
     if (outside || (values.consumer && p.released)) cut_life_keeping_phase(p, values.life_factor);
 }
 
-/// Ages a particle that takes part in the step. Returns false when it died.
-inline bool grow_older(Particle& p, const StepValues& values) {
-    p.age += values.time_step;
-    if (p.age > p.life) return false;
-    if (values.accelerate && !p.accelerated) accelerate_death(p, values);
-    return true;
+/// Ages a particle that takes part in the step. Returns whether it lives on.
+inline bool grows_older(Particle& p, float time_step) {
+    p.age += time_step;
+    return !(p.age > p.life);
 }
 
 inline bool takes_part(const Particle& p, const StepValues& values) {
     return !values.consumer || p.claimed || p.released;
-}
-
-inline void add(Block& block, Particle& p) {
-    block.age[block.count] = p.age;
-    block.life[block.count] = p.life;
-    block.records[block.count++] = &p;
 }
 
 // The draws of each particle follow those of the one before; only then are they turned into lengths.
@@ -77,41 +82,119 @@ void draw_turbulence(Block& block, const StepValues& values) {
     lengths(block.turbulence[2], drawn[2], values.turbulent_z, values.turbulence.z, values.half_turbulence.z);
 }
 
-void store_looks(const Block& block, const StepValues& values, const SmokeInstance& instance) {
-    int32_t index[kRecordsPerBlock];
-    for (int32_t i = 0; i < block.count; ++i) index[i] = color_index(block.age[i], block.life[i]);
-    for (int32_t i = 0; i < block.count; ++i) {
-        Particle& p = *block.records[i];
-        if (values.store_color) std::memcpy(p.color, instance.color_table.rgb[index[i]], sizeof p.color);
-        p.alpha = instance.alpha_table.alpha[alpha_index(index[i])] * 255.0f;
-    }
+// Fields that are read and written together with their neighbours.
+constexpr size_t kVelocity = offsetof(Particle, velocity);
+constexpr size_t kColor = offsetof(Particle, color);
+constexpr size_t kSizes = offsetof(Particle, size_x);
+static_assert(offsetof(Particle, position) == 0 && kVelocity == 12 && kColor == 24 && kSizes == 32);
+static_assert(offsetof(Particle, alpha) == kColor + 4 && offsetof(Particle, size_y) == kSizes + 8);
+
+constexpr FourWhole kFirstThree{-1, -1, -1, 0};
+constexpr float kNothing = -0.0f;  // changes no number that it is added to, not even 0 or -0
+
+/// What moves all particles alike, along x, y, z. What does not act is kNothing, or a factor of 1.
+struct Motion {
+    Four wind_step;
+    Four velocity_step;
+    Four drag;
+};
+
+Motion motion_of(const StepValues& values) {
+    const Vector3 wind = values.wind_active ? values.wind_step : Vector3{kNothing, kNothing, kNothing};
+    const float gravity = values.gravity_active ? values.gravity_step : kNothing;
+    return {Four{wind.x, wind.y, wind.z, kNothing}, Four{kNothing, gravity, kNothing, kNothing}, all_four(values.drag)};
 }
 
-/// Moves, turns and grows the particles of a block, and asks for the records of the next one meanwhile.
+/// Bounds as they are widened: the fourth of each means nothing.
+struct Box {
+    Four low;
+    Four high;
+};
+
+inline void widen(Box& box, Four at) {
+    box.low = at < box.low ? at : box.low;
+    box.high = at > box.high ? at : box.high;
+}
+
+/// Position with the first of the velocity, and velocity alone.
+inline Four position_of(const Particle& p) {
+    return four_at(&p);
+}
+inline Four velocity_of(const Particle& p) {
+    return masked(four_at(reinterpret_cast<const char*>(&p) + kVelocity), kFirstThree);
+}
+
+/// The colour with the byte that follows it.
+inline uint32_t color_of(const Particle& p) {
+    uint32_t color;
+    std::memcpy(&color, reinterpret_cast<const char*>(&p) + kColor, sizeof color);
+    return color;
+}
+inline void put_color(Particle& p, uint32_t color) {
+    std::memcpy(reinterpret_cast<char*>(&p) + kColor, &color, sizeof color);
+}
+
+inline void put_alpha(Particle& p, const SmokeInstance& instance, int32_t color_index) {
+    p.alpha = instance.alpha_table.alpha[alpha_index(color_index)] * 255.0f;
+}
+
+/// Puts a particle to `at`, brings on its velocity, turn and sizes. Its colour has to be put anew afterwards, since the
+/// velocity is stored over it.
+inline void settle(Particle& p, Four at, const Motion& motion) {
+    char* const record = reinterpret_cast<char*>(&p);
+    const Four velocity = (velocity_of(p) + motion.velocity_step) * motion.drag;
+    put_four(record, at);  // its fourth is overwritten next
+    put_four(record + kVelocity, velocity);
+    const Four sizes = four_at(record + kSizes);  // size and step of x, size and step of y
+    put_four(record + kSizes, sizes + seconds_of_two(sizes));
+    p.rotation += p.rotation_step;
+    p.path_angle = 0.0f;
+}
+
 template <bool turbulent>
-void move_block(Block& block, const StepValues& values, Bounds& bounds, Particle* const* next, int32_t next_count) {
-    Bounds widened = bounds;  // stays in registers
+inline Four displaced(const Block& block, int32_t i) {
+    const Particle& p = *block.records[i];
+    const Four at = position_of(p) + velocity_of(p);
+    if constexpr (!turbulent) return at;
+    return at + Four{block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i], kNothing};
+}
+
+/// The wind of an image at the positions of a block.
+template <bool turbulent>
+void find_image_wind(Block& block, const StepValues& values) {
+    float xy[2 * kRecordsPerBlock] = {};
+    uint64_t pixels[kRecordsPerBlock];
     for (int32_t i = 0; i < block.count; ++i) {
-        if (i < next_count) fetch_ahead(next[-i]);
-        Particle& p = *block.records[i];
-        Vector3 at = p.position + p.velocity;
-        if constexpr (turbulent) at += {block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i]};
-        Vector3 wind_step = values.wind_step;
-        if (values.wind_from_image) wind_step = image_wind(values.wind_image, at.x, at.y) * values.time_step;
-        if (values.wind_active) at += wind_step;
-        if (values.follow_path) block.wind_step[i] = wind_step;
-        p.position = at;
-        widen(widened, at);
-        Vector3 velocity = p.velocity;
-        if (values.gravity_active) velocity.y += values.gravity_step;
-        if (values.drag != 1.0f) velocity *= values.drag;
-        p.velocity = velocity;
-        p.rotation += p.rotation_step;
-        p.path_angle = 0.0f;
-        p.size_x += p.size_step_x;
-        p.size_y += p.size_step_y;
+        block.displaced[i] = displaced<turbulent>(block, i);
+        xy[2 * i] = block.displaced[i][0];
+        xy[2 * i + 1] = block.displaced[i][1];
     }
-    bounds = widened;
+    find_pixels(values.wind_image.reader, xy, block.count, pixels);
+    for (int32_t i = 0; i < block.count; ++i)
+        block.wind_step[i] = pixel_wind(values.wind_image, pixels[i]) * all_four(values.time_step);
+}
+
+/// Moves, turns, grows and colours the particles of a block, and asks for the records of the next one meanwhile.
+template <bool turbulent, bool looks>
+void move_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
+    const Motion motion = motion_of(values);
+    Box widened = box;  // stays in registers
+    for (int32_t i = 0; i < block.count; ++i) {
+        fetch.next();
+        Particle& p = *block.records[i];
+        const Four at = values.wind_from_image ? block.displaced[i] + block.wind_step[i]
+                                               : displaced<turbulent>(block, i) + motion.wind_step;
+        widen(widened, at);
+        uint32_t color = color_of(p);
+        settle(p, at, motion);
+        if constexpr (looks) {
+            const int32_t index = block.color_index[i];
+            if (values.store_color) color = color_entry(instance, index);
+            put_alpha(p, instance, index);
+        }
+        put_color(p, color);
+    }
+    box = widened;
 }
 
 // The angle between +y and a direction of length 1 in the x-y plane, radians, clockwise positive.
@@ -134,22 +217,33 @@ float path_angle(Vector3 d, const StepValues& values, const SmokeInstance& insta
 void follow_paths(const Block& block, const StepValues& values, const SmokeInstance& instance) {
     for (int32_t i = 0; i < block.count; ++i) {
         Particle& p = *block.records[i];
-        p.path_angle = path_angle(p.velocity + block.wind_step[i], values, instance);
+        const Four wind = block.wind_step[i];
+        const Vector3 wind_step = values.wind_from_image ? Vector3{wind[0], wind[1], wind[2]} : values.wind_step;
+        p.path_angle = path_angle(p.velocity + wind_step, values, instance);
     }
 }
 
-/// What is left of the step once the particles of a block are known to be alive. next: the records of the next block,
-/// the first one last; none where next_count is 0.
-void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Bounds& bounds,
-                Particle* const* next, int32_t next_count) {
-    if (values.store_alpha) store_looks(block, values, instance);
-    if (values.turbulent_x || values.turbulent_y || values.turbulent_z) {
-        draw_turbulence(block, values);
-        move_block<true>(block, values, bounds, next, next_count);
+template <bool turbulent>
+void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
+    if (turbulent) draw_turbulence(block, values);
+    if (values.wind_from_image) find_image_wind<turbulent>(block, values);
+    if (values.store_alpha) {
+        for (int32_t i = 0; i < block.count; i += 4)
+            put_four(block.color_index + i,
+                     color_indices(color_phases(four_at(block.age + i), four_at(block.life + i))));
+        move_block<turbulent, true>(block, values, instance, box, fetch);
     } else {
-        move_block<false>(block, values, bounds, next, next_count);
+        move_block<turbulent, false>(block, values, instance, box, fetch);
     }
     if (values.follow_path) follow_paths(block, values, instance);
+}
+
+/// What is left of the step once the particles of a block are known to be alive.
+void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
+    if (values.turbulent_x || values.turbulent_y || values.turbulent_z)
+        step_block<true>(block, values, instance, box, fetch);
+    else
+        step_block<false>(block, values, instance, box, fetch);
 }
 
 // A plug-in that is asked whether a particle is inside may draw random numbers itself: between those of the particle
@@ -160,49 +254,118 @@ int32_t block_size(const StepValues& values) {
     return asks_plugin ? 1 : kRecordsPerBlock;
 }
 
-void walk_links(SmokeInstance& instance, const StepValues& values, Bounds& bounds) {
-    const int32_t most = block_size(values);
-    Block block;
-    for (Particle* p = instance.active_head; p != nullptr;) {
-        block.count = 0;
-        while (p != nullptr && block.count < most) {
-            Particle* next = p->next;  // read first: retiring p relinks it into the inactive list
-            if (takes_part(*p, values)) {
-                if (grow_older(*p, values))
-                    add(block, *p);
-                else
-                    move_to_inactive(instance, *p);
-            }
-            p = next;
+/// Where nothing is drawn or asked for a particle and no consumer looks on, each goes all its way at once. Its colour
+/// follows while the next one is on its way, since nothing should wait for the division that leads to it.
+template <bool looks>
+void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValues& values, Box& box) {
+    const Motion motion = motion_of(values);
+    const float time_step = values.time_step;
+    Box widened = box;
+    Particle nobody;
+    Particle* before = &nobody;
+    Four phase_before{};
+    const auto give_look = [&instance](Particle& p, Four phase) {
+        const int32_t index = color_indices(phase)[0];
+        put_color(p, color_entry(instance, index));
+        put_alpha(p, instance, index);
+    };
+    Particle** const first = active.records + active.begin;
+    Particle** survivors = active.records + active.end;
+    Fetch fetch{survivors, first};
+    for (int32_t i = 0; i < kFetchAhead; ++i) fetch.next();
+    for (Particle** place = survivors; place != first;) {
+        fetch.next();
+        Particle& p = **--place;
+        if (!grows_older(p, time_step)) {
+            move_to_inactive(instance, p);
+            continue;
         }
-        step_block(block, values, instance, bounds, nullptr, 0);
+        *--survivors = &p;
+        const Four phase = color_phases(all_four(p.age), all_four(p.life));
+        const Four at = position_of(p) + velocity_of(p) + motion.wind_step;
+        widen(widened, at);
+        const uint32_t color = color_of(p);
+        settle(p, at, motion);
+        if constexpr (looks) {
+            give_look(*before, phase_before);
+            before = &p;
+            phase_before = phase;
+        } else {
+            put_color(p, color);
+        }
+    }
+    if (looks) give_look(*before, phase_before);
+    box = widened;
+    active.begin = static_cast<int32_t>(survivors - active.records);
+}
+
+bool goes_straight(const StepValues& values) {
+    const bool draws = values.turbulent_x || values.turbulent_y || values.turbulent_z;
+    return !draws && !values.wind_from_image && !values.follow_path && !values.accelerate && !values.consumer;
+}
+
+/// Ages the particles of records[begin … end) from the end, and fills the block with those that go on. Who lives is
+/// kept in front of `survivors`, which moves along.
+template <bool plain>
+void gather_block(SmokeInstance& instance, const StepValues& values, Particle** begin, Particle** end,
+                  Particle**& survivors, Block& block) {
+    const float time_step = values.time_step;
+    Particle** kept = survivors;
+    int32_t count = 0;
+    while (end != begin) {
+        Particle* p = *--end;
+        if (plain || takes_part(*p, values)) {
+            if (!grows_older(*p, time_step)) {
+                move_to_inactive(instance, *p);
+                continue;
+            }
+            if (!plain && values.accelerate && !p->accelerated) accelerate_death(*p, values);
+            block.age[count] = p->age;
+            block.life[count] = p->life;
+            block.records[count++] = p;
+        }
+        *--kept = p;
+    }
+    block.count = count;
+    survivors = kept;
+}
+
+void walk_links(SmokeInstance& instance, const StepValues& values, Box& box) {
+    const int32_t most = block_size(values);
+    Particle* listed[kRecordsPerBlock];
+    Particle** const end = listed + most;
+    Block block;
+    Fetch nothing{nullptr, nullptr};
+    for (Particle* p = instance.active_head; p != nullptr;) {
+        Particle** begin = end;  // filled before anybody dies, who would be linked elsewhere
+        for (; p != nullptr && begin != listed; p = p->next) *--begin = p;
+        Particle** survivors = end;
+        gather_block<false>(instance, values, begin, end, survivors, block);
+        step_block(block, values, instance, box, nothing);
     }
 }
 
 // The same walk through the side array, which is closed up toward its end as particles die.
-void walk_array(SmokeInstance& instance, ActiveArray& active, const StepValues& values, Bounds& bounds) {
+void walk_array(SmokeInstance& instance, ActiveArray& active, const StepValues& values, Box& box) {
     const int32_t most = block_size(values);
-    int32_t first_survivor = active.end;
+    const bool plain = !values.consumer && !values.accelerate;
+    Particle** const first = active.records + active.begin;
+    Particle** at = active.records + active.end;
+    Particle** survivors = at;
+    Fetch fetch{at, first};
+    for (int32_t i = 0; i < most; ++i) fetch.next();
     Block block;
-    for (int32_t end = active.end; end > active.begin;) {
-        const int32_t begin = end - active.begin > most ? end - most : active.begin;
-        block.count = 0;
-        for (int32_t i = end - 1; i >= begin; --i) {
-            Particle* p = active.records[i];
-            if (takes_part(*p, values)) {
-                if (!grow_older(*p, values)) {
-                    move_to_inactive(instance, *p);
-                    continue;
-                }
-                add(block, *p);
-            }
-            active.records[--first_survivor] = p;
-        }
-        const int32_t left = begin - active.begin;
-        step_block(block, values, instance, bounds, active.records + begin - 1, left < most ? left : most);
-        end = begin;
+    while (at != first) {
+        Particle** const begin = at - first > most ? at - most : first;
+        if (plain)
+            gather_block<true>(instance, values, begin, at, survivors, block);
+        else
+            gather_block<false>(instance, values, begin, at, survivors, block);
+        for (int32_t died = static_cast<int32_t>(at - begin) - block.count; died > 0; --died) fetch.next();
+        step_block(block, values, instance, box, fetch);
+        at = begin;
     }
-    active.begin = first_survivor;
+    active.begin = static_cast<int32_t>(survivors - active.records);
 }
 
 }  // namespace
@@ -211,12 +374,18 @@ Bounds move_particles(SmokeInstance& instance) {
     StepValues values;
     WindAngles spare_angles;
     set_step_values(values, instance, spare_angles);
-    Bounds bounds;
-    if (ActiveArray* active = current_active_array(instance))
-        walk_array(instance, *active, values, bounds);
+    const Bounds empty;
+    Box box{all_four(empty.low.x), all_four(empty.high.x)};
+    ActiveArray* active = current_active_array(instance);
+    if (active == nullptr)
+        walk_links(instance, values, box);
+    else if (!goes_straight(values))
+        walk_array(instance, *active, values, box);
+    else if (values.store_alpha)
+        walk_straight<true>(instance, *active, values, box);
     else
-        walk_links(instance, values, bounds);
-    return bounds;
+        walk_straight<false>(instance, *active, values, box);
+    return {{box.low[0], box.low[1], box.low[2]}, {box.high[0], box.high[1], box.high[2]}};
 }
 
 }  // namespace tovu

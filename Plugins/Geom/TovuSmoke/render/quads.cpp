@@ -1,8 +1,6 @@
 // The path through the client arrays.
 #include "quads.h"
 
-#include <bit>
-#include <cstddef>
 #include <cstring>
 
 #include "../host/opengl.h"
@@ -21,21 +19,14 @@ float alpha_scale_of(float opacity) {
     return below > -kLargestInt32 ? below : -kLargestInt32;
 }
 
-// A colour is put together as one number, from the four bytes that begin with an entry's red: the fourth belongs to
-// whatever follows, which behind the last entry is the next field of the block.
-static_assert(std::endian::native == std::endian::little);
-static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
-
 /// The same four bytes at each corner of a quad.
 void build_colors(const SmokeInstance& instance, const QuadBlock& block, float alpha_scale, uint8_t* colors) {
-    const char* const color_table = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
     int32_t index[kQuadsPerBlock];
     for (int32_t i = 0; i < block.count; ++i) index[i] = color_index(block.age[i], block.life[i]);
     for (int32_t i = 0; i < block.count; ++i) {
         const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
-        uint32_t rgba;
-        std::memcpy(&rgba, color_table + 3 * index[i], sizeof(rgba));
-        rgba = (rgba & 0x00FFFFFFu) | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
+        const uint32_t rgb = color_entry(instance, index[i]) & 0x00FFFFFFu;
+        const uint32_t rgba = rgb | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
         const uint32_t corners[4] = {rgba, rgba, rgba, rgba};
         std::memcpy(colors + kBytesPerQuad * i, corners, kBytesPerQuad);
     }

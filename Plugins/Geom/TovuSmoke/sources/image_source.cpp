@@ -2,6 +2,7 @@
 
 #include "../host/host_services.h"
 #include "../host/opengl.h"
+#include "../math/four.h"
 
 namespace tovu {
 namespace {
@@ -34,6 +35,32 @@ ImageShape shape_of(int32_t image_handle) {
     shape.bytes_per_pixel = bytes_per_pixel(format);
     return shape;
 }
+
+/// `pixel_index` of two positions at once: column, row, column, row.
+struct PairMapping {
+    Four low;     // first column, first row
+    Four count;   // columns, rows
+    Four extent;  // of the rectangle
+    FourWhole last;
+
+    explicit PairMapping(const ImageSource& s)
+        : low{s.rect_min_x, s.rect_min_y, s.rect_min_x, s.rect_min_y},
+          extent{Four{s.rect_max_x, s.rect_max_y, s.rect_max_x, s.rect_max_y} - low} {
+        const auto columns = static_cast<float>(s.width);
+        const auto rows = static_cast<float>(s.height);
+        count = Four{columns, rows, columns, rows};
+        const int32_t last_column = s.width > 0 ? s.width - 1 : 0;
+        const int32_t last_row = s.height > 0 ? s.height - 1 : 0;
+        last = FourWhole{last_column, last_row, last_column, last_row};
+    }
+    FourWhole operator()(Four positions) const {
+        const Four index = (positions - low) * count / extent;
+        const FourWhole held = (index > all_four(0.0f)) & (index < all_four(2147483648.0f));
+        const FourWhole whole = __builtin_convertvector(masked(index, held), FourWhole);
+        const FourWhole within = whole < last;
+        return (whole & within) | (last & ~within);
+    }
+};
 
 uint64_t byte_count(const ImageShape& shape) {
     if (shape.width <= 0 || shape.height <= 0) return 0;
@@ -79,6 +106,21 @@ ImageReader open_image(const ImageSource& source) {
     reader.pixels = pixels;
     if (pixels != nullptr) reader.byte_count = byte_count(shape_of(source.image));
     return reader;
+}
+
+void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint64_t* offsets) {
+    const PairMapping mapping(reader.source);
+    const auto width = static_cast<uint64_t>(reader.source.width > 0 ? reader.source.width : 0);
+    const auto bytes = static_cast<uint64_t>(reader.source.bytes_per_pixel);
+    const auto find = [&](int32_t i, int32_t column, int32_t row) {
+        offsets[i] = (static_cast<uint64_t>(row) * width + static_cast<uint64_t>(column)) * bytes;
+        if (offsets[i] < reader.byte_count) __builtin_prefetch(reader.pixels + offsets[i]);
+    };
+    for (int32_t i = 0; i < count; i += 2) {
+        const FourWhole places = mapping(four_at(xy + 2 * i));
+        find(i, places[0], places[1]);
+        if (i + 1 < count) find(i + 1, places[2], places[3]);
+    }
 }
 
 }  // namespace tovu

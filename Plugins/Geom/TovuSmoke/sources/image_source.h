@@ -71,13 +71,23 @@ inline float sample1(const ImageReader& reader, float x, float y) {
     return static_cast<float>(byte_at(reader, pixel_offset(reader.source, x, y)) / 255.0);
 }
 
-/// The pixel under (x, y) as bytes: its first three, which in formats of fewer run into the next pixel.
+/// A pixel as bytes: its first three, which in formats of fewer run into the next pixel.
 struct PixelBytes {
     uint8_t channel[3];
 };
-inline PixelBytes sample3(const ImageReader& reader, float x, float y) {
-    const uint64_t offset = pixel_offset(reader.source, x, y);
+inline PixelBytes pixel_bytes(const ImageReader& reader, uint64_t offset) {
+    if (offset + 2 < reader.byte_count)
+        return {{reader.pixels[offset], reader.pixels[offset + 1], reader.pixels[offset + 2]}};
     return {{byte_at(reader, offset), byte_at(reader, offset + 1), byte_at(reader, offset + 2)}};
 }
+
+/// The pixel under (x, y) as bytes.
+inline PixelBytes sample3(const ImageReader& reader, float x, float y) {
+    return pixel_bytes(reader, pixel_offset(reader.source, x, y));
+}
+
+/// `pixel_offset` of `count` positions x, y at once; asks for the pixels, which will be read soon.
+/// xy: room for an even number of positions; offsets: for `count`.
+void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint64_t* offsets);
 
 }  // namespace tovu

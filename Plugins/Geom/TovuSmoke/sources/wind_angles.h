@@ -1,13 +1,13 @@
-// The angles that a wind image can hold, as a table: a channel has 256 values, so no particle needs trigonometry.
+// What the bytes of a wind image stand for, as a table: a channel has 256 values, so no particle needs trigonometry.
 #pragma once
 
-#include "../math/matrix.h"
+#include "../math/four.h"
 
 namespace tovu {
 
-/// Cosine and sine of the 256 angles that a channel of a wind image can stand for: byte / 255 of a full turn.
+/// Of each value of a byte: 1, cosine and sine of byte / 255 of a full turn, and byte / 255.
 struct WindAngles {
-    Turn turns[256];
+    Four of_byte[256];
 };
 void fill_wind_angles(WindAngles& angles);
 

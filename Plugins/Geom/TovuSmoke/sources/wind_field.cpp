@@ -15,7 +15,8 @@ Vector3 global_wind(const SmokeInstance& instance) {
 void fill_wind_angles(WindAngles& angles) {
     for (int32_t byte = 0; byte < 256; ++byte) {
         const auto channel = static_cast<float>(byte / 255.0);
-        angles.turns[byte] = turn_of(channel * 360.0f);
+        const Turn turn = turn_of(channel * 360.0f);
+        angles.of_byte[byte] = Four{1.0f, turn.cosine, turn.sine, channel};
     }
 }
 

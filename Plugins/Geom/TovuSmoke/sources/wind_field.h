@@ -15,19 +15,18 @@ Vector3 global_wind(const SmokeInstance& instance);
 struct WindImage {
     ImageReader reader;
     const WindAngles* angles;
-    float force;    // of a pixel whose first channel is full
-    Vector3 scale;  // the container's scaling under Reference World, else 1
+    float force;  // of a pixel whose first channel is full
+    Four scale;   // the container's scaling under Reference World, else 1; the fourth means nothing
 };
 
-/// The wind of an image: strength from the first channel, the turns about x and z from the second and third. Positions
-/// are the particles' own; beyond the rectangle the nearest edge holds. An image that is gone gives no wind.
-inline Vector3 image_wind(const WindImage& wind, float x, float y) {
-    const PixelBytes pixel = sample3(wind.reader, x, y);
-    const float strength = static_cast<float>(pixel.channel[0] / 255.0) * wind.force;
-    const Turn about_x = wind.angles->turns[pixel.channel[1]];
-    const Turn about_z = wind.angles->turns[pixel.channel[2]];
-    const Vector3 along{about_z.cosine, about_x.cosine * about_z.sine, about_x.sine * about_z.sine};
-    return {along.x * strength * wind.scale.x, along.y * strength * wind.scale.y, along.z * strength * wind.scale.z};
+/// The wind of an image's pixel: strength from the first channel, the turns about x and z from the second and third;
+/// x, y, z, and a fourth that means nothing. No wind where the image has no such pixel.
+inline Four pixel_wind(const WindImage& wind, uint64_t pixel_offset) {
+    const PixelBytes pixel = pixel_bytes(wind.reader, pixel_offset);
+    const Four* const of_byte = wind.angles->of_byte;
+    const Four about_z = of_byte[pixel.channel[2]];
+    const Four along = Four{about_z[1], about_z[2], about_z[2], 0} * of_byte[pixel.channel[1]];
+    return along * all_four(of_byte[pixel.channel[0]][3] * wind.force) * wind.scale;
 }
 
 }  // namespace tovu
