@@ -115,8 +115,8 @@ TEST_P(ArrayQuads, EqualThoseOfTheMatrices) {
 const QuadCase kQuadCases[] = {
     {"local_flat", kDrawLocalFlat, false, 720},           {"local_flat_turned", kDrawLocalFlat, true, 720},
     {"local_billboard", kDrawLocalBillboard, false, 720}, {"local_billboard_turned", kDrawLocalBillboard, true, 720},
-    {"world_flat", kDrawWorldFlat, false, 720},           {"world_flat_turned", kDrawWorldFlat, true, 2000},
-    {"world_billboard", kDrawWorldBillboard, false, 720}, {"world_billboard_turned", kDrawWorldBillboard, true, 2000},
+    {"world_flat", kDrawWorldFlat, false, 720},           {"world_flat_turned", kDrawWorldFlat, true, 8000},
+    {"world_billboard", kDrawWorldBillboard, false, 720}, {"world_billboard_turned", kDrawWorldBillboard, true, 1e7f},
 };
 INSTANTIATE_TEST_SUITE_P(Modes, ArrayQuads, testing::ValuesIn(kQuadCases),
                          [](const auto& case_info) { return std::string(case_info.param.name); });

@@ -1,5 +1,6 @@
 #include "quad_block.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 
@@ -65,23 +66,32 @@ void write_plain_quads(const QuadPlacement& placement, const QuadBlock& block, f
     }
 }
 
-/// Takes whole turns off angles that `sine_cosine` would not take. There are hardly ever any.
-void make_degrees_plain(QuadBlock& block) {
-    int32_t beyond = 0;
-    for (int32_t i = 0; i < block.count; ++i) beyond |= !(std::fabs(block.degrees[i]) <= kLargestPlainDegrees);
-    if (beyond == 0) return;
-    for (int32_t i = 0; i < block.count; ++i) block.degrees[i] = plain_degrees(block.degrees[i]);
-}
+// Beyond it, rounding an angle to float radians, as a matrix turns by it, shows in the corners: there the matrices'
+// turn is the right one.
+constexpr float kLargestPlainTurn = 4096.0f;  // degrees
 
-void write_turned_quads(const QuadPlacement& placement, QuadBlock& block, float* corners) {
-    alignas(16) float sines[kQuadsPerBlock];
-    alignas(16) float cosines[kQuadsPerBlock];
-    make_degrees_plain(block);
+/// Sine and cosine of the turns of a block. Turns beyond kLargestPlainTurn are rare and made one by one.
+void find_turns(const QuadBlock& block, float* sines, float* cosines) {
+    int32_t beyond = 0;
     for (int32_t i = 0; i < block.count; ++i) {
         const SineCosine turn = sine_cosine(block.degrees[i]);
         sines[i] = turn.sine;
         cosines[i] = turn.cosine;
+        beyond |= !(std::fabs(block.degrees[i]) <= kLargestPlainTurn);
     }
+    if (beyond == 0) return;
+    for (int32_t i = 0; i < block.count; ++i) {
+        if (std::fabs(block.degrees[i]) <= kLargestPlainTurn) continue;
+        const Turn turn = turn_of(block.degrees[i]);
+        sines[i] = turn.sine;
+        cosines[i] = turn.cosine;
+    }
+}
+
+void write_turned_quads(const QuadPlacement& placement, const QuadBlock& block, float* corners) {
+    alignas(16) float sines[kQuadsPerBlock];
+    alignas(16) float cosines[kQuadsPerBlock];
+    find_turns(block, sines, cosines);
     // The turn acts on corners that are scaled already: each of its columns has one factor.
     Four x_by_width, y_by_width, x_by_height, y_by_height;
     scaled_axis(placement.axes, placement.scale_x, x_by_width);

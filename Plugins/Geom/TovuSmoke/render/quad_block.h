@@ -41,8 +41,7 @@ void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& blo
 /// Writes the corners of a block's quads: x, y, z, in drawing order. Maps the block's positions.
 /// corners: 12 floats for each quad and one more, which is overwritten too.
 /// Each corner is position + axes · R(turn) · (± half width, ± half height). A turn of 0 is exact; others agree with a
-/// matrix built step by step to within 1e-5 of the quad's size while |turn| is below some thousand degrees, beyond
-/// which an angle rounded to float radians is itself off by more.
+/// matrix built step by step to within 1e-5 of the quad's size.
 void build_corners(const QuadPlacement& placement, QuadBlock& block, float* corners);
 
 }  // namespace tovu

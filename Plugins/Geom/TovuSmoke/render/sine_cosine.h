@@ -2,7 +2,6 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
 #include <cstdint>
 
 namespace tovu {
@@ -12,16 +11,8 @@ struct SineCosine {
     float cosine;
 };
 
-/// Up to here the reduction to a quadrant below is exact.
-constexpr float kLargestPlainDegrees = 4194304.0f;  // 2^22
-
-/// `degrees` less whole turns where it is beyond the range of `sine_cosine`, exactly; not a number where it is infinite
-/// or not a number. Ordinary angles pass unchanged.
-inline float plain_degrees(float degrees) {
-    return std::fabs(degrees) <= kLargestPlainDegrees ? degrees : std::fmod(degrees, 360.0f);
-}
-
-/// Within 1.8 units in the last place for |degrees| up to kLargestPlainDegrees; not a number for one.
+/// Within 1.8 units in the last place for |degrees| up to 2^22, as far as the reduction to a quadrant is exact; beyond
+/// that any number, and not a number for one.
 /// 0 gives exactly 0 and 1, and so do the other multiples of 90 their 0, 1 or -1.
 /// The angle is brought to -45…45 in degrees, where a quarter turn is a whole number and nothing is lost; polynomials
 /// through the Chebyshev nodes of that range do the rest.
