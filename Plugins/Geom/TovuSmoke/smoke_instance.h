@@ -90,7 +90,7 @@ static_assert(sizeof(void*) != 4 || offsetof(SmokeInstance, speed_ups) == 9032);
 
 /// Red, green and blue of an entry of the ColorTable, low byte first, and whatever follows them: behind the last entry
 /// that is the next field of the block.
-inline uint32_t color_entry(const SmokeInstance& instance, int32_t index) {
+inline uint32_t color_entry(const SmokeInstance& instance, uint32_t index) {
     static_assert(std::endian::native == std::endian::little);
     static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
     uint32_t rgb;

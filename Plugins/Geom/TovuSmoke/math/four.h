@@ -25,6 +25,13 @@ inline Four all_four(float value) {
     return Four{value, value, value, value};
 }
 
+/// One of the four, four times.
+template <int index>
+Four spread(Four four) {
+    const FourWhole bits = reinterpret_cast<FourWhole>(four);  // as whole numbers it is one instruction, which copies
+    return reinterpret_cast<Four>(__builtin_shufflevector(bits, bits, index, index, index, index));
+}
+
 /// The second of each two, followed by -0, which changes nothing that it is added to.
 inline Four seconds_of_two(Four four) {
     typedef uint64_t Two __attribute__((vector_size(16)));

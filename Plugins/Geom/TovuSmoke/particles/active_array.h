@@ -8,16 +8,6 @@
 
 namespace tovu {
 
-/// How far ahead of its use a record is fetched: far enough to hide a trip to memory, near enough to stay cached.
-constexpr int32_t kFetchAhead = 12;
-
-/// Asks for a record that will be read and written soon.
-inline void fetch_ahead(const Particle* particle) {
-    const char* bytes = reinterpret_cast<const char*>(particle);
-    __builtin_prefetch(bytes, 1);
-    __builtin_prefetch(bytes + 64, 1);
-}
-
 /// The live particles, oldest first: the active list from its tail to its head. Walk it backwards for list order.
 /// records is null where the links have to be walked instead. Valid until a particle is born, dies or is moved.
 struct ActiveRecords {

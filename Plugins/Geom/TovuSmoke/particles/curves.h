@@ -22,27 +22,25 @@ struct AlphaTable {
     float alpha[kAlphaEntries];
 };
 
-/// trunc(age × 1024 / life), the entry of the ColorTable: 0…1024 whatever the numbers are; 1024 where the fraction is
-/// not a number (age and life both 0).
-inline int32_t color_index(float age, float life) {
-    const float k = age * 1024.0f / life;
-    const float below = k < 1024.0f ? k : 1024.0f;  // also where k is not a number
-    return static_cast<int32_t>(below > 0.0f ? below : 0.0f);
-}
-
-/// The same of four particles at once, in two parts, of which the first takes its time.
+/// trunc(age × 1024 / life) of four particles, the entries of the ColorTable: 0…1024 whatever the numbers are; 1024
+/// where the fraction is not a number (age and life both 0). In two parts, since the first takes its time.
 inline Four color_phases(Four age, Four life) {
     return age * all_four(1024.0f) / life;
 }
 inline FourWhole color_indices(Four phases) {
-    const Four below = phases < all_four(1024.0f) ? phases : all_four(1024.0f);
+    const Four below = phases < all_four(1024.0f) ? phases : all_four(1024.0f);  // also where it is not a number
     const Four held = below > all_four(0.0f) ? below : all_four(0.0f);
     return __builtin_convertvector(held, FourWhole);
 }
 
+/// The same of one particle.
+inline uint32_t color_index(float age, float life) {
+    return static_cast<uint32_t>(color_indices(color_phases(all_four(age), all_four(life)))[0]);
+}
+
 /// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.
-inline int32_t alpha_index(int32_t color_index) {
-    return color_index >> 1;
+inline uint32_t alpha_index(uint32_t color_index) {
+    return color_index / 2;
 }
 
 /// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all held to 0…1. Each pair

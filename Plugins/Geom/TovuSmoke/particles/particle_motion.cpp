@@ -6,6 +6,7 @@
 #include "../math/four.h"
 #include "../math/random.h"
 #include "active_array.h"
+#include "fetch_ahead.h"
 #include "pool.h"
 #include "step_values.h"
 
@@ -21,7 +22,7 @@ struct Block {
     Particle* records[kRecordsPerBlock];
     alignas(16) float age[kRecordsPerBlock] = {};
     alignas(16) float life[kRecordsPerBlock] = {};
-    alignas(16) int32_t color_index[kRecordsPerBlock];
+    alignas(16) uint32_t color_index[kRecordsPerBlock];
     float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
     Four displaced[kRecordsPerBlock];       // positions before an image's wind, which depends on them
     Four wind_step[kRecordsPerBlock];       // of an image; x, y, z
@@ -134,7 +135,7 @@ inline void put_color(Particle& p, uint32_t color) {
     std::memcpy(reinterpret_cast<char*>(&p) + kColor, &color, sizeof color);
 }
 
-inline void put_alpha(Particle& p, const SmokeInstance& instance, int32_t color_index) {
+inline void put_alpha(Particle& p, const SmokeInstance& instance, uint32_t color_index) {
     p.alpha = instance.alpha_table.alpha[alpha_index(color_index)] * 255.0f;
 }
 
@@ -188,7 +189,7 @@ void move_block(Block& block, const StepValues& values, const SmokeInstance& ins
         uint32_t color = color_of(p);
         settle(p, at, motion);
         if constexpr (looks) {
-            const int32_t index = block.color_index[i];
+            const uint32_t index = block.color_index[i];
             if (values.store_color) color = color_entry(instance, index);
             put_alpha(p, instance, index);
         }
@@ -265,7 +266,7 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
     Particle* before = &nobody;
     Four phase_before{};
     const auto give_look = [&instance](Particle& p, Four phase) {
-        const int32_t index = color_indices(phase)[0];
+        const auto index = static_cast<uint32_t>(color_indices(phase)[0]);
         put_color(p, color_entry(instance, index));
         put_alpha(p, instance, index);
     };

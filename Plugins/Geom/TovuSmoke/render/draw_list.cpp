@@ -2,6 +2,7 @@
 
 #include "../host/host_queries.h"
 #include "../particles/active_array.h"
+#include "../particles/fetch_ahead.h"
 #include "profiling_events.h"
 #include "truncate.h"
 
@@ -12,8 +13,6 @@ int32_t qsort_event;
 DrawEntry draw_list[kMaxParticles];
 
 namespace {
-
-constexpr int32_t kFetchAhead = 12;  // records; enough to hide a miss behind the work on those before
 
 /// Where depth is measured from and along, in the coordinates of the particles' positions.
 struct ViewAxis {

@@ -43,8 +43,8 @@ void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity
         ormixGL_glLoadIdentity();
     }
     ormixGL_glBegin(GL_QUADS);
+    QuadBlock block;
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
-        QuadBlock block;
         float corners[kQuadsPerBlock * kFloatsPerQuad + 1];
         gather_block(first, instance.draw_count, placement.turned, block);
         build_corners(placement, block, corners);

@@ -4,140 +4,133 @@
 #include <cstddef>
 #include <cstring>
 
+#include "../math/four.h"
+#include "../particles/fetch_ahead.h"
 #include "sine_cosine.h"
 
 namespace tovu {
 namespace {
 
-constexpr int32_t kFetchAhead = 16;  // records
 constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-/// Four floats that are worked on as one: a column of a matrix, or three coordinates and whatever comes fourth.
-using Four = float[4];
+/// The columns of a matrix that maps positions.
+struct Mapping {
+    Four x, y, z, origin;
 
-void map_positions(const float* m, QuadBlock& block) {
-    for (int32_t i = 0; i < block.count; ++i) {
-        float* const p = block.position[i];
-        const float x = p[0], y = p[1], z = p[2];
-        Four mapped;
-        for (int32_t row = 0; row < 4; ++row) mapped[row] = m[row] * x + m[4 + row] * y + m[8 + row] * z + m[12 + row];
-        std::memcpy(p, mapped, sizeof(mapped));
-    }
-}
+    explicit Mapping(const float* m) : x(four_at(m)), y(four_at(m + 4)), z(four_at(m + 8)), origin(four_at(m + 12)) {}
+    Four operator()(Four p) const { return x * spread<0>(p) + y * spread<1>(p) + z * spread<2>(p) + origin; }
+};
 
 /// The four corners from the position and half the quad's diagonals. Each store is four floats, the last of which the
 /// next one overwrites.
 /// rising: from the position to the top right; its opposite leads to the bottom left.
 /// falling: to the top left; its opposite leads to the bottom right.
-inline void write_corners(const Four& position, const Four& rising, const Four& falling, float* corners) {
-    Four top_left, bottom_left, bottom_right, top_right;
-    for (int32_t row = 0; row < 4; ++row) {
-        top_left[row] = position[row] + falling[row];
-        bottom_left[row] = position[row] - rising[row];
-        bottom_right[row] = position[row] - falling[row];
-        top_right[row] = position[row] + rising[row];
-    }
-    std::memcpy(corners, top_left, sizeof(Four));
-    std::memcpy(corners + 3, bottom_left, sizeof(Four));
-    std::memcpy(corners + 6, bottom_right, sizeof(Four));
-    std::memcpy(corners + 9, top_right, sizeof(Four));
-}
-
-/// An axis of the quad in drawing coordinates, times a factor.
-void scaled_axis(const float* axis, float factor, Four& scaled) {
-    for (int32_t row = 0; row < 4; ++row) scaled[row] = axis[row] * factor;
-}
-
-void write_plain_quads(const QuadPlacement& placement, const QuadBlock& block, float* corners) {
-    Four x_axis, y_axis;
-    scaled_axis(placement.axes, placement.scale_x, x_axis);
-    scaled_axis(placement.axes + 4, placement.scale_y, y_axis);
-    for (int32_t i = 0; i < block.count; ++i) {
-        const float half_width = block.sizes[i][0];
-        const float half_height = block.sizes[i][2];
-        Four rising, falling;
-        for (int32_t row = 0; row < 4; ++row) {
-            const float right = x_axis[row] * half_width;
-            const float up = y_axis[row] * half_height;
-            rising[row] = up + right;
-            falling[row] = up - right;
-        }
-        write_corners(block.position[i], rising, falling, corners + kFloatsPerQuad * i);
-    }
+inline void write_corners(Four position, Four rising, Four falling, float* corners) {
+    put_four(corners, position + falling);
+    put_four(corners + 3, position - rising);
+    put_four(corners + 6, position - falling);
+    put_four(corners + 9, position + rising);
 }
 
 // Beyond it, rounding an angle to float radians, as a matrix turns by it, shows in the corners: there the matrices'
 // turn is the right one.
 constexpr float kLargestPlainTurn = 4096.0f;  // degrees
 
-/// Sine and cosine of the turns of a block. Turns beyond kLargestPlainTurn are rare and made one by one.
-void find_turns(const QuadBlock& block, float* sines, float* cosines) {
-    int32_t beyond = 0;
-    for (int32_t i = 0; i < block.count; ++i) {
+/// Of the turns of a block's quads.
+struct Turns {
+    alignas(16) float sines[kQuadsPerBlock];
+    alignas(16) float cosines[kQuadsPerBlock];
+};
+
+bool all_plain(const QuadBlock& block) {
+    constexpr FourWhole kAllButSign = {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
+    FourWhole plain = {-1, -1, -1, -1};
+    for (int32_t i = 0; i < block.count; i += 4)
+        plain &= masked(four_at(block.degrees + i), kAllButSign) <= all_four(kLargestPlainTurn);
+    return (plain[0] & plain[1] & plain[2] & plain[3]) != 0;
+}
+
+/// Turns beyond kLargestPlainTurn are rare and made one by one.
+void find_turns(const QuadBlock& block, Turns& turns) {
+    for (int32_t i = 0; i < kQuadsPerBlock; ++i) {
         const SineCosine turn = sine_cosine(block.degrees[i]);
-        sines[i] = turn.sine;
-        cosines[i] = turn.cosine;
-        beyond |= !(std::fabs(block.degrees[i]) <= kLargestPlainTurn);
+        turns.sines[i] = turn.sine;
+        turns.cosines[i] = turn.cosine;
     }
-    if (beyond == 0) return;
+    if (all_plain(block)) return;
     for (int32_t i = 0; i < block.count; ++i) {
         if (std::fabs(block.degrees[i]) <= kLargestPlainTurn) continue;
         const Turn turn = turn_of(block.degrees[i]);
-        sines[i] = turn.sine;
-        cosines[i] = turn.cosine;
+        turns.sines[i] = turn.sine;
+        turns.cosines[i] = turn.cosine;
     }
 }
 
-void write_turned_quads(const QuadPlacement& placement, const QuadBlock& block, float* corners) {
-    alignas(16) float sines[kQuadsPerBlock];
-    alignas(16) float cosines[kQuadsPerBlock];
-    find_turns(block, sines, cosines);
-    // The turn acts on corners that are scaled already: each of its columns has one factor.
-    Four x_by_width, y_by_width, x_by_height, y_by_height;
-    scaled_axis(placement.axes, placement.scale_x, x_by_width);
-    scaled_axis(placement.axes + 4, placement.scale_x, y_by_width);
-    scaled_axis(placement.axes, placement.scale_y, x_by_height);
-    scaled_axis(placement.axes + 4, placement.scale_y, y_by_height);
-    for (int32_t i = 0; i < block.count; ++i) {
-        const float half_width = block.sizes[i][0];
-        const float half_height = block.sizes[i][2];
-        Four rising, falling;
-        for (int32_t row = 0; row < 4; ++row) {
-            const float right = (x_by_width[row] * cosines[i] + y_by_width[row] * sines[i]) * half_width;
-            const float up = (y_by_height[row] * cosines[i] - x_by_height[row] * sines[i]) * half_height;
-            rising[row] = up + right;
-            falling[row] = up - right;
+constexpr size_t kSizes = offsetof(Particle, size_x);
+static_assert(offsetof(Particle, position) == 0 && offsetof(Particle, size_y) == kSizes + 2 * sizeof(float));
+
+/// paint(i) is called for each quad.
+template <bool turned, bool mapped, class Paint>
+void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corners, Paint paint) {
+    const Mapping map(mapped ? placement.position_matrix : kIdentity);
+    // A turn acts on corners that are scaled already: each of its columns has one factor.
+    const Four x_by_width = four_at(placement.axes) * all_four(placement.scale_x);
+    const Four y_by_width = four_at(placement.axes + 4) * all_four(placement.scale_x);
+    const Four x_by_height = four_at(placement.axes) * all_four(placement.scale_y);
+    const Four y_by_height = four_at(placement.axes + 4) * all_four(placement.scale_y);
+    Turns turns;
+    if constexpr (turned) find_turns(block, turns);
+    const DrawEntry* const entries = block.entries;
+    const int32_t next_count = block.next_count;
+    for (int32_t i = 0, count = block.count; i < count; ++i) {
+        if (i < next_count) fetch_ahead(entries[kQuadsPerBlock + i].particle);
+        const char* const record = reinterpret_cast<const char*>(entries[i].particle);
+        const Four stored = four_at(record);  // its fourth is the first of the velocity
+        const Four sizes = four_at(record + kSizes);
+        const Four position = mapped ? map(stored) : stored;
+        Four right = x_by_width;
+        Four up = y_by_height;
+        if constexpr (turned) {
+            const Four cosine = all_four(turns.cosines[i]);
+            const Four sine = all_four(turns.sines[i]);
+            right = x_by_width * cosine + y_by_width * sine;
+            up = y_by_height * cosine - x_by_height * sine;
         }
-        write_corners(block.position[i], rising, falling, corners + kFloatsPerQuad * i);
+        right *= spread<0>(sizes);
+        up *= spread<2>(sizes);
+        write_corners(position, up + right, up - right, corners + kFloatsPerQuad * i);
+        paint(i);
     }
 }
 
-// Parts of the record that are copied as one.
-static_assert(offsetof(Particle, position) == 0 && sizeof(Particle) >= sizeof(Four));
-static_assert(offsetof(Particle, size_y) == offsetof(Particle, size_x) + 2 * sizeof(float));
-
-inline void gather_quad(const Particle& p, int32_t i, bool turned, QuadBlock& block) {
-    std::memcpy(block.position[i], &p, sizeof(Four));
-    std::memcpy(block.sizes[i], reinterpret_cast<const char*>(&p) + offsetof(Particle, size_x), sizeof(Four));
-    if (turned) block.degrees[i] = p.rotation + p.path_angle;
-    block.age[i] = p.age;
-    block.life[i] = p.life;
+template <class Paint>
+void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corners, Paint paint) {
+    const bool mapped = placement.position_matrix != nullptr;
+    if (placement.turned && mapped)
+        write_quads<true, true>(placement, block, corners, paint);
+    else if (placement.turned)
+        write_quads<true, false>(placement, block, corners, paint);
+    else if (mapped)
+        write_quads<false, true>(placement, block, corners, paint);
+    else
+        write_quads<false, false>(placement, block, corners, paint);
 }
 
 }  // namespace
 
 void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& block) {
-    const int32_t left = draw_count - first;
-    const DrawEntry* const entries = draw_list + first;
-    block.count = left < kQuadsPerBlock ? left : kQuadsPerBlock;
-    const int32_t can_fetch = left - kFetchAhead < block.count ? left - kFetchAhead : block.count;
-    int32_t i = 0;
-    for (; i < can_fetch; ++i) {
-        __builtin_prefetch(&entries[i + kFetchAhead].particle->position);  // a record lies across two cache lines
-        __builtin_prefetch(&entries[i + kFetchAhead].particle->life);
-        gather_quad(*entries[i].particle, i, turned, block);
+    const auto of_block = [](int32_t left) { return left < kQuadsPerBlock ? left : kQuadsPerBlock; };
+    block.entries = draw_list + first;
+    block.count = of_block(draw_count - first);
+    block.next_count = of_block(draw_count - first - block.count);
+    if (first == 0)
+        for (int32_t i = 0; i < block.count; ++i) fetch_ahead(block.entries[i].particle);
+    for (int32_t i = 0; i < block.count; ++i) {
+        const Particle& p = *block.entries[i].particle;
+        if (turned) block.degrees[i] = p.rotation + p.path_angle;
+        block.age[i] = p.age;
+        block.life[i] = p.life;
     }
-    for (; i < block.count; ++i) gather_quad(*entries[i].particle, i, turned, block);
 }
 
 QuadPlacement flat_placement(bool turned) {
@@ -154,11 +147,21 @@ QuadPlacement world_billboard_placement(const SmokeInstance& instance, bool turn
 }
 
 void build_corners(const QuadPlacement& placement, QuadBlock& block, float* corners) {
-    if (placement.position_matrix != nullptr) map_positions(placement.position_matrix, block);
-    if (placement.turned)
-        write_turned_quads(placement, block, corners);
-    else
-        write_plain_quads(placement, block, corners);
+    write_quads(placement, block, corners, [](int32_t) {});
+}
+
+void build_quads(const SmokeInstance& instance, const QuadPlacement& placement, float alpha_scale, QuadBlock& block,
+                 float* corners, uint8_t* colors) {
+    alignas(16) uint32_t index[kQuadsPerBlock];
+    for (int32_t i = 0; i < block.count; i += 4)
+        put_four(index + i, color_indices(color_phases(four_at(block.age + i), four_at(block.life + i))));
+    write_quads(placement, block, corners, [&instance, alpha_scale, &index, colors](int32_t i) {
+        const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
+        const uint32_t rgb = color_entry(instance, index[i]) & 0x00FFFFFFu;
+        const uint32_t rgba = rgb | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
+        const uint32_t of_corners[4] = {rgba, rgba, rgba, rgba};
+        std::memcpy(colors + kBytesPerQuad * i, of_corners, kBytesPerQuad);
+    });
 }
 
 }  // namespace tovu

@@ -7,16 +7,16 @@
 
 namespace tovu {
 
-constexpr int32_t kQuadsPerBlock = 64;  // the records of a block stay in the first-level cache while it is worked on
+constexpr int32_t kQuadsPerBlock = 32;  // the records of this block and the next fit the first-level cache
 
-/// What the quads of a block need of their records, in parts of four floats as they lie there: one vector each.
+/// Some entries of the draw list, and what is worked out for all of them at once.
 struct QuadBlock {
+    const DrawEntry* entries;
     int32_t count;
-    alignas(16) float position[kQuadsPerBlock][4];  // x, y, z; the fourth is whatever follows
-    alignas(16) float sizes[kQuadsPerBlock][4];     // half the width first, half the height third
-    alignas(16) float degrees[kQuadsPerBlock];      // of the turn
-    alignas(16) float age[kQuadsPerBlock];
-    alignas(16) float life[kQuadsPerBlock];
+    int32_t next_count;                              // entries of the next block
+    alignas(16) float degrees[kQuadsPerBlock] = {};  // of the turn
+    alignas(16) float age[kQuadsPerBlock] = {};
+    alignas(16) float life[kQuadsPerBlock] = {};
 };
 
 /// What is the same for all quads of a pass.
@@ -35,13 +35,19 @@ QuadPlacement local_billboard_placement(const SmokeInstance& instance, const flo
 QuadPlacement world_billboard_placement(const SmokeInstance& instance, bool turned);
 
 /// Gathers the block that begins at draw-list entry `first` of `draw_count`: kQuadsPerBlock quads, or what is left.
-/// turned: the turns are needed too.
+/// Blocks are gathered one after the other, from the first on. turned: the turns are needed too.
 void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& block);
 
-/// Writes the corners of a block's quads: x, y, z, in drawing order. Maps the block's positions.
+/// Writes the corners of a block's quads: x, y, z, in drawing order. Asks for the next block's records meanwhile.
 /// corners: 12 floats for each quad and one more, which is overwritten too.
 /// Each corner is position + axes · R(turn) · (± half width, ± half height). A turn of 0 is exact; others agree with a
 /// matrix built step by step to within 1e-5 of the quad's size.
 void build_corners(const QuadPlacement& placement, QuadBlock& block, float* corners);
+
+/// The same, and the same four bytes of colour at each corner of a quad.
+/// alpha_scale: opacity × 255, whose products with 0 to 1 can be converted to an integer. colors: 16 bytes for each
+/// quad.
+void build_quads(const SmokeInstance& instance, const QuadPlacement& placement, float alpha_scale, QuadBlock& block,
+                 float* corners, uint8_t* colors);
 
 }  // namespace tovu

@@ -1,8 +1,6 @@
 // The path through the client arrays.
 #include "quads.h"
 
-#include <cstring>
-
 #include "../host/opengl.h"
 #include "quad_block.h"
 
@@ -19,26 +17,13 @@ float alpha_scale_of(float opacity) {
     return below > -kLargestInt32 ? below : -kLargestInt32;
 }
 
-/// The same four bytes at each corner of a quad.
-void build_colors(const SmokeInstance& instance, const QuadBlock& block, float alpha_scale, uint8_t* colors) {
-    int32_t index[kQuadsPerBlock];
-    for (int32_t i = 0; i < block.count; ++i) index[i] = color_index(block.age[i], block.life[i]);
-    for (int32_t i = 0; i < block.count; ++i) {
-        const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
-        const uint32_t rgb = color_entry(instance, index[i]) & 0x00FFFFFFu;
-        const uint32_t rgba = rgb | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
-        const uint32_t corners[4] = {rgba, rgba, rgba, rgba};
-        std::memcpy(colors + kBytesPerQuad * i, corners, kBytesPerQuad);
-    }
-}
-
 void build_quads(SmokeInstance& instance, const QuadPlacement& placement, float opacity) {
     const float alpha_scale = alpha_scale_of(opacity);
+    QuadBlock block;
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
-        QuadBlock block;
         gather_block(first, instance.draw_count, placement.turned, block);
-        build_corners(placement, block, quad_vertices + kFloatsPerQuad * first);
-        build_colors(instance, block, alpha_scale, quad_colors + kBytesPerQuad * first);
+        build_quads(instance, placement, alpha_scale, block, quad_vertices + kFloatsPerQuad * first,
+                    quad_colors + kBytesPerQuad * first);
     }
     instance.vertex_cursor = quad_vertices + kFloatsPerQuad * instance.draw_count;
 }
