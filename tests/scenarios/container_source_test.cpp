@@ -173,6 +173,7 @@ TEST(ContainerSource, AGeometryMaySupplyItsOwnPoints) {
             Source s({kSquare}, {{"life_time_scale", 50.0}});
             int asked = 0;
             int inside_tests = 0;
+            for (Particle* p : s.host.inactive(s.smoke)) p->position = {9, 9, 9};
             s.host.stage().overrides.geom_dispatcher = [&](int32_t, int32_t code, void* data, void* reply) {
                 auto& answer = *static_cast<int32_t*>(reply);
                 EXPECT_EQ(0, answer);
@@ -180,8 +181,11 @@ TEST(ContainerSource, AGeometryMaySupplyItsOwnPoints) {
                 asked += code == TOVU_REQUEST_NEW_SPAWN_POINT;
                 inside_tests += code == TOVU_REQUEST_IS_INSIDE;
                 if (code == refused) return 1;
-                if (code == TOVU_REQUEST_NEW_SPAWN_POINT)
-                    *static_cast<Vector3*>(data) = {-1, -2, static_cast<float>(asked)};
+                if (code == TOVU_REQUEST_NEW_SPAWN_POINT) {
+                    auto& point = *static_cast<Vector3*>(data);
+                    EXPECT_EQ(0, dot(point, point)) << "set before it is asked for";
+                    point = {-1, -2, static_cast<float>(asked)};
+                }
                 answer = row.replied;
                 return row.dispatched;
             };

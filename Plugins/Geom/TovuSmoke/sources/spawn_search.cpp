@@ -103,7 +103,10 @@ bool begin_search(const SmokeInstance& instance, SpawnSearch& search) {
 
 bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& point) {
     const ContainerSpawnSource& source = instance.container_source;
-    if (search.inside.way == InsideTest::kAskPlugin) return ask_spawn_point(source, point);
+    if (search.inside.way == InsideTest::kAskPlugin) {
+        point = {0, 0, 0};  // of an answer that writes less than all three, the rest is not what the record held before
+        return ask_spawn_point(source, point);
+    }
     const Plane plane = plane_of(source);
     if (!find_candidate(search, plane, point) && !find_directly(search, plane, point)) return false;
     point.*plane.off_plane = source.bbox_min.*plane.off_plane + third_coordinate(source.depth);
