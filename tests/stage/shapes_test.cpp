@@ -46,9 +46,8 @@ TEST(Shapes, HaveTheirSizeWindingAndCorners) {
         const Mesh& mesh = row.shape->front();
         EXPECT_EQ(mesh.vertices.size(), row.corners);
         EXPECT_NEAR(twice_area(mesh) / 2, row.area, 1e-3);
-        EXPECT_NEAR(mesh.vertices[0].x, row.first.x, 1e-6);
-        EXPECT_NEAR(mesh.vertices[0].y, row.first.y, 1e-6);
-        EXPECT_EQ(mesh.vertices[0].z, row.first.z);
+        const Vector3& first = mesh.vertices[0];
+        EXPECT_NEAR(std::hypot(first.x - row.first.x, first.y - row.first.y, first.z - row.first.z), 0, 1e-6);
         EXPECT_TRUE(encloses(mesh, row.inside_x, 0.01));
         EXPECT_FALSE(encloses(mesh, row.outside_x, 0.01));
     }
