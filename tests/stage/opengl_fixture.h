@@ -18,10 +18,10 @@ inline Pixel pixel_at(const stage::Picture& picture, int x, int y) {
 }
 
 /// One step of a byte is left to the renderer's rounding.
-inline void expect_pixel(const Pixel& expected, const Pixel& actual, const char* where) {
+inline void expect_pixel(const Pixel& expected, const Pixel& actual, const char* where, int steps = 1) {
     for (size_t i = 0; i < 4; ++i)
-        EXPECT_NEAR(expected[i], actual[i], 1) << where << ", channel " << i << " of (" << actual[0] << ", "
-                                               << actual[1] << ", " << actual[2] << ", " << actual[3] << ")";
+        EXPECT_NEAR(expected[i], actual[i], steps) << where << ", channel " << i << " of (" << actual[0] << ", "
+                                                   << actual[1] << ", " << actual[2] << ", " << actual[3] << ")";
 }
 
 class OpenGlTest : public testing::Test {
