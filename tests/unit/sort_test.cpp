@@ -62,6 +62,12 @@ const KeyCase kKeyCases[] = {
     {"descending with ties", 200, [](int32_t i, int32_t, std::mt19937&) { return -i / 2; }},
     {"nearly ascending", 200,
      [](int32_t i, int32_t, std::mt19937& random) { return 20 * i + static_cast<int32_t>(random() % 100); }},
+    {"neighbours exchanged and ties", 200,
+     [](int32_t i, int32_t, std::mt19937& random) { return (i + static_cast<int32_t>(random() % 3)) / 2; }},
+    {"in order at first and then any", 200,
+     [](int32_t i, int32_t n, std::mt19937& random) {
+         return i < n / 2 ? i / 3 : static_cast<int32_t>(random() % 999);
+     }},
     {"ascending but for one", 200, [](int32_t i, int32_t n, std::mt19937&) { return i == n / 2 ? 1 : i; }},
     {"all equal", 200, [](int32_t, int32_t, std::mt19937&) { return 7; }},
 };

@@ -10,7 +10,7 @@ SortScratch sort_scratch;
 
 namespace {
 
-constexpr int32_t kMergeLimit = 13;     // up to here merging is cheapest,
+constexpr int32_t kMergeLimit = 6;      // up to here merging is cheapest,
 constexpr int32_t kCountingLimit = 80;  // up to here comparing all pairs,
 constexpr int32_t kCountingBlock = 16;  // entries whose counts are made together
 constexpr int32_t kHalvesLimit = 100;   // up to here doing so in halves; above it keeping counters
@@ -138,27 +138,69 @@ void sort_by_counting(DrawEntry* entries, int32_t count) {
     std::memcpy(entries, sort_scratch.entries, static_cast<size_t>(count) * sizeof(DrawEntry));
 }
 
-/// How the keys lie: their range, and whether nothing is left to do.
-struct KeySurvey {
-    int32_t lowest;
-    int32_t highest;
-    int32_t falls;    // keys that are less than the one before
-    bool descending;  // every key is less than the one before
-};
+/// Leaves the greater key, or the first of equal ones, in `held`. Written with a mask, since compilers would take a
+/// branch, which nothing could predict.
+inline void exchange_without_branch(DrawEntry& held, DrawEntry& entry) {
+    const auto own = reinterpret_cast<uintptr_t>(held.particle);
+    const auto other = reinterpret_cast<uintptr_t>(entry.particle);
+    const uintptr_t differing = (own ^ other) & (uintptr_t{0} - static_cast<uintptr_t>(entry.key >= held.key));
+    const int32_t greater = held.key > entry.key ? held.key : entry.key;
+    const int32_t less = held.key > entry.key ? entry.key : held.key;
+    held = {reinterpret_cast<Particle*>(own ^ differing), greater};
+    entry = {reinterpret_cast<Particle*>(other ^ differing), less};
+}
 
-KeySurvey survey_keys(const DrawEntry* entries, int32_t count) {
-    int32_t lowest = entries[0].key;
-    int32_t highest = lowest;
-    int32_t falls = 0;
-    int32_t rises_or_ties = 0;
-    for (int32_t i = 1; i < count; ++i) {
-        const int32_t key = entries[i].key;
-        lowest = key < lowest ? key : lowest;
-        highest = key > highest ? key : highest;
-        falls += key < entries[i - 1].key;
-        rises_or_ties += key >= entries[i - 1].key;
+/// Stable, and quick where entries stand near their places, as they do in the order of the frame before: the greatest
+/// so far is held back, without a branch, and whatever passes it is then hardly ever out of place. Gives up, with some
+/// entries sorted, once they had to be moved by more than kFreeMoves and one place each; returns whether it did not.
+bool sort_by_insertion(DrawEntry* entries, int32_t count) {
+    constexpr int32_t kFreeMoves = 32;
+    int32_t moves = 0;
+    DrawEntry held = entries[0];
+    int32_t last_key = INT32_MIN;
+    for (int32_t i = 0; i + 1 < count; ++i) {
+        DrawEntry entry = entries[i + 1];
+        exchange_without_branch(held, entry);
+        if (last_key <= entry.key) {
+            entries[i] = entry;
+            last_key = entry.key;
+            continue;
+        }
+        int32_t place = i;
+        do {
+            entries[place] = entries[place - 1];
+            --place;
+        } while (place > 0 && entries[place - 1].key > entry.key);
+        entries[place] = entry;
+        moves += i - place;
+        if (moves > kFreeMoves + i) {
+            entries[i + 1] = held;
+            return false;
+        }
     }
-    return {lowest, highest, falls, rises_or_ties == 0};
+    entries[count - 1] = held;
+    return true;
+}
+
+int32_t count_falls(const DrawEntry* entries, int32_t count) {
+    int32_t falls = 0;  // keys that are less than the one before
+    for (int32_t i = 1; i < count; ++i) falls += entries[i].key < entries[i - 1].key;
+    return falls;
+}
+
+// Of most lists the first keys tell that they are neither of these.
+
+bool is_ascending(const DrawEntry* entries, int32_t count) {
+    for (int32_t i = 1; i < count; ++i)
+        if (entries[i].key < entries[i - 1].key) return false;
+    return true;
+}
+
+/// Whether every key is less than the one before.
+bool is_descending(const DrawEntry* entries, int32_t count) {
+    for (int32_t i = 1; i < count; ++i)
+        if (entries[i].key >= entries[i - 1].key) return false;
+    return true;
 }
 
 void reverse(DrawEntry* entries, int32_t count) {
@@ -167,6 +209,21 @@ void reverse(DrawEntry* entries, int32_t count) {
         entries[low] = entries[high];
         entries[high] = entry;
     }
+}
+
+struct KeyRange {
+    int32_t lowest;
+    int32_t highest;
+};
+
+KeyRange key_range(const DrawEntry* entries, int32_t count) {
+    KeyRange range{entries[0].key, entries[0].key};
+    for (int32_t i = 1; i < count; ++i) {
+        const int32_t key = entries[i].key;
+        range.lowest = key < range.lowest ? key : range.lowest;
+        range.highest = key > range.highest ? key : range.highest;
+    }
+    return range;
 }
 
 /// How a radix sort cuts the keys.
@@ -233,21 +290,8 @@ void radix_sort(DrawEntry* entries, int32_t count, uint32_t lowest, Digits digit
     if (from != entries) std::memcpy(entries, from, static_cast<size_t>(count) * sizeof(DrawEntry));
 }
 
-}  // namespace
-
-void merge_sort_entries(DrawEntry* entries, int32_t count) {
-    if (count < 1 || !grow_scratch(count)) return;
-    if (count <= kMergeLimit) {
-        sort_by_merging(entries, count);
-        return;
-    }
-    const KeySurvey survey = survey_keys(entries, count);
-    if (survey.falls == 0) return;
-    if (survey.descending) {
-        reverse(entries, count);
-        return;
-    }
-    if (count <= kHalvesLimit && survey.falls < count / 4) {  // most runs are found in order
+void sort_few(DrawEntry* entries, int32_t count) {
+    if (count_falls(entries, count) < count / 4) {  // most runs are found in order
         sort_by_merging(entries, count);
         return;
     }
@@ -256,15 +300,35 @@ void merge_sort_entries(DrawEntry* entries, int32_t count) {
         sort_by_counting(entries, count);
         return;
     }
-    if (count <= kHalvesLimit) {
-        sort_by_counting(entries, count / 2);
-        sort_by_counting(entries + count / 2, count - count / 2);
-        merge_runs(entries, count / 2, count);
+    sort_by_counting(entries, count / 2);
+    sort_by_counting(entries + count / 2, count - count / 2);
+    merge_runs(entries, count / 2, count);
+}
+
+void sort_many(DrawEntry* entries, int32_t count) {
+    reverse_ties_of_leaves(entries, count);
+    if (sort_by_insertion(entries, count)) return;
+    const KeyRange range = key_range(entries, count);
+    const uint32_t lowest = static_cast<uint32_t>(range.lowest);
+    const int32_t range_bits = bits_in(static_cast<uint32_t>(range.highest) - lowest);
+    radix_sort(entries, count, lowest, digits_for(count, range_bits));
+}
+
+}  // namespace
+
+void merge_sort_entries(DrawEntry* entries, int32_t count) {
+    if (count < 1 || !grow_scratch(count)) return;
+    if (count <= kMergeLimit) {
+        sort_by_merging(entries, count);
         return;
     }
-    const uint32_t lowest = static_cast<uint32_t>(survey.lowest);
-    const int32_t range_bits = bits_in(static_cast<uint32_t>(survey.highest) - lowest);
-    radix_sort(entries, count, lowest, digits_for(count, range_bits));
+    if (is_ascending(entries, count)) return;
+    if (is_descending(entries, count))
+        reverse(entries, count);
+    else if (count <= kHalvesLimit)
+        sort_few(entries, count);
+    else
+        sort_many(entries, count);
 }
 
 }  // namespace tovu
