@@ -23,9 +23,9 @@ struct Block {
     alignas(16) float age[kRecordsPerBlock] = {};
     alignas(16) float life[kRecordsPerBlock] = {};
     alignas(16) uint32_t color_index[kRecordsPerBlock];
-    float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
-    Four displaced[kRecordsPerBlock];       // positions before an image's wind, which depends on them
-    Four wind_step[kRecordsPerBlock];       // of an image; x, y, z
+    alignas(16) float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
+    uint64_t pixels[kRecordsPerBlock];                  // of an image's wind: where they begin in its data
+    Four wind_step[kRecordsPerBlock];                   // of an image; x, y, z
 };
 
 /// Asks for the records of an array, from its end to its beginning.
@@ -160,42 +160,50 @@ inline Four displaced(const Block& block, int32_t i) {
     return at + Four{block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i], kNothing};
 }
 
-/// The wind of an image at the positions of a block.
+/// Finds the pixels of an image's wind at the positions of a block.
 template <bool turbulent>
-void find_image_wind(Block& block, const StepValues& values) {
-    float xy[2 * kRecordsPerBlock] = {};
-    uint64_t pixels[kRecordsPerBlock];
-    for (int32_t i = 0; i < block.count; ++i) {
-        block.displaced[i] = displaced<turbulent>(block, i);
-        xy[2 * i] = block.displaced[i][0];
-        xy[2 * i + 1] = block.displaced[i][1];
+void find_wind_pixels(Block& block, const ImageReader& image) {
+    const int32_t count = block.count;
+    float xy[2 * kRecordsPerBlock + 2];
+    for (int32_t i = 0; i < count; ++i) {
+        const Four at = displaced<turbulent>(block, i);
+        std::memcpy(xy + 2 * i, &at, 2 * sizeof(float));
     }
-    find_pixels(values.wind_image.reader, xy, block.count, pixels);
-    for (int32_t i = 0; i < block.count; ++i)
-        block.wind_step[i] = pixel_wind(values.wind_image, pixels[i]) * all_four(values.time_step);
+    xy[2 * count] = xy[2 * count + 1] = 0.0f;  // where the count is odd, positions are looked up in twos
+    find_pixels(image, xy, count, block.pixels);
 }
 
 /// Moves, turns, grows and colours the particles of a block, and asks for the records of the next one meanwhile.
-template <bool turbulent, bool looks>
+template <bool turbulent, bool wind_from_image, bool looks>
 void move_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
     const Motion motion = motion_of(values);
-    Box widened = box;  // stays in registers
-    for (int32_t i = 0; i < block.count; ++i) {
-        fetch.next();
+    const WindImage wind = values.wind_image;
+    const Four time_step = all_four(values.time_step);
+    const bool store_color = values.store_color;
+    Box widened = box;  // both stay in registers
+    Fetch ahead = fetch;
+    for (int32_t i = 0, count = block.count; i < count; ++i) {
+        ahead.next();
         Particle& p = *block.records[i];
-        const Four at = values.wind_from_image ? block.displaced[i] + block.wind_step[i]
-                                               : displaced<turbulent>(block, i) + motion.wind_step;
+        Four at = displaced<turbulent>(block, i);
+        if constexpr (wind_from_image) {
+            block.wind_step[i] = pixel_wind(wind, block.pixels[i]) * time_step;
+            at += block.wind_step[i];
+        } else {
+            at += motion.wind_step;
+        }
         widen(widened, at);
         uint32_t color = color_of(p);
         settle(p, at, motion);
         if constexpr (looks) {
             const uint32_t index = block.color_index[i];
-            if (values.store_color) color = color_entry(instance, index);
+            if (store_color) color = color_entry(instance, index);
             put_alpha(p, instance, index);
         }
         put_color(p, color);
     }
     box = widened;
+    fetch = ahead;
 }
 
 // The angle between +y and a direction of length 1 in the x-y plane, radians, clockwise positive.
@@ -224,27 +232,35 @@ void follow_paths(const Block& block, const StepValues& values, const SmokeInsta
     }
 }
 
-template <bool turbulent>
+template <bool turbulent, bool wind_from_image>
 void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
     if (turbulent) draw_turbulence(block, values);
-    if (values.wind_from_image) find_image_wind<turbulent>(block, values);
+    if (wind_from_image) find_wind_pixels<turbulent>(block, values.wind_image.reader);
     if (values.store_alpha) {
         for (int32_t i = 0; i < block.count; i += 4)
             put_four(block.color_index + i,
                      color_indices(color_phases(four_at(block.age + i), four_at(block.life + i))));
-        move_block<turbulent, true>(block, values, instance, box, fetch);
+        move_block<turbulent, wind_from_image, true>(block, values, instance, box, fetch);
     } else {
-        move_block<turbulent, false>(block, values, instance, box, fetch);
+        move_block<turbulent, wind_from_image, false>(block, values, instance, box, fetch);
     }
     if (values.follow_path) follow_paths(block, values, instance);
 }
 
+bool is_turbulent(const StepValues& values) {
+    return values.turbulent_x || values.turbulent_y || values.turbulent_z;
+}
+
 /// What is left of the step once the particles of a block are known to be alive.
 void step_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
-    if (values.turbulent_x || values.turbulent_y || values.turbulent_z)
-        step_block<true>(block, values, instance, box, fetch);
+    if (is_turbulent(values) && values.wind_from_image)
+        step_block<true, true>(block, values, instance, box, fetch);
+    else if (is_turbulent(values))
+        step_block<true, false>(block, values, instance, box, fetch);
+    else if (values.wind_from_image)
+        step_block<false, true>(block, values, instance, box, fetch);
     else
-        step_block<false>(block, values, instance, box, fetch);
+        step_block<false, false>(block, values, instance, box, fetch);
 }
 
 // A plug-in that is asked whether a particle is inside may draw random numbers itself: between those of the particle
@@ -301,8 +317,8 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
 }
 
 bool goes_straight(const StepValues& values) {
-    const bool draws = values.turbulent_x || values.turbulent_y || values.turbulent_z;
-    return !draws && !values.wind_from_image && !values.follow_path && !values.accelerate && !values.consumer;
+    return !is_turbulent(values) && !values.wind_from_image && !values.follow_path && !values.accelerate &&
+           !values.consumer;
 }
 
 /// Ages the particles of records[begin … end) from the end, and fills the block with those that go on. Who lives is

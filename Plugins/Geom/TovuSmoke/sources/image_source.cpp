@@ -112,14 +112,16 @@ void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint
     const PairMapping mapping(reader.source);
     const auto width = static_cast<uint64_t>(reader.source.width > 0 ? reader.source.width : 0);
     const auto bytes = static_cast<uint64_t>(reader.source.bytes_per_pixel);
-    const auto find = [&](int32_t i, int32_t column, int32_t row) {
-        offsets[i] = (static_cast<uint64_t>(row) * width + static_cast<uint64_t>(column)) * bytes;
-        if (offsets[i] < reader.byte_count) __builtin_prefetch(reader.pixels + offsets[i]);
-    };
+    const uint8_t* const pixels = reader.pixels;
+    const uint64_t byte_count = reader.byte_count;
     for (int32_t i = 0; i < count; i += 2) {
-        const FourWhole places = mapping(four_at(xy + 2 * i));
-        find(i, places[0], places[1]);
-        if (i + 1 < count) find(i + 1, places[2], places[3]);
+        uint64_t places[2];  // row above column
+        put_four(places, mapping(four_at(xy + 2 * i)));
+        for (int32_t k = 0; k < 2; ++k) {
+            const uint64_t offset = ((places[k] >> 32) * width + (places[k] & 0xFFFFFFFFu)) * bytes;
+            offsets[i + k] = offset;
+            if (offset < byte_count) __builtin_prefetch(pixels + offset);
+        }
     }
 }
 

@@ -87,7 +87,7 @@ inline PixelBytes sample3(const ImageReader& reader, float x, float y) {
 }
 
 /// `pixel_offset` of `count` positions x, y at once; asks for the pixels, which will be read soon.
-/// xy: room for an even number of positions; offsets: for `count`.
+/// xy, offsets: room for an even number of positions.
 void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint64_t* offsets);
 
 }  // namespace tovu

@@ -19,14 +19,19 @@ struct WindImage {
     Four scale;   // the container's scaling under Reference World, else 1; the fourth means nothing
 };
 
+/// The second, the third, the third again.
+inline Four cosine_sine_sine(Four turn) {
+    const FourWhole bits = reinterpret_cast<FourWhole>(turn);
+    return reinterpret_cast<Four>(__builtin_shufflevector(bits, bits, 1, 2, 2, 2));
+}
+
 /// The wind of an image's pixel: strength from the first channel, the turns about x and z from the second and third;
 /// x, y, z, and a fourth that means nothing. No wind where the image has no such pixel.
 inline Four pixel_wind(const WindImage& wind, uint64_t pixel_offset) {
     const PixelBytes pixel = pixel_bytes(wind.reader, pixel_offset);
     const Four* const of_byte = wind.angles->of_byte;
-    const Four about_z = of_byte[pixel.channel[2]];
-    const Four along = Four{about_z[1], about_z[2], about_z[2], 0} * of_byte[pixel.channel[1]];
-    return along * all_four(of_byte[pixel.channel[0]][3] * wind.force) * wind.scale;
+    const Four along = cosine_sine_sine(of_byte[pixel.channel[2]]) * of_byte[pixel.channel[1]];
+    return along * (spread<3>(of_byte[pixel.channel[0]]) * all_four(wind.force)) * wind.scale;
 }
 
 }  // namespace tovu
