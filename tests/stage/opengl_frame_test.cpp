@@ -88,7 +88,8 @@ void send_quad_immediate() {
 }
 
 void send_quad_arrays() {
-    for (const unsigned int array : {GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY})
+    for (const unsigned int array :
+         std::initializer_list<unsigned int>{GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY})
         ormixGL_glEnableClientState(array);
     ormixGL_glVertexPointer(3, GL_FLOAT, 0, kCorners);
     ormixGL_glColorPointer(4, GL_UNSIGNED_BYTE, 0, kColors);
