@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -44,9 +45,23 @@ std::vector<Vector3> telling_points(const std::vector<Vector3>& vertices, std::m
     }
     std::uniform_real_distribution<float> around(-15, 15);
     for (int i = 0; i < 300; ++i) points.push_back({around(generator), around(generator), around(generator)});
+    std::shuffle(points.begin(), points.end(), generator);  // what the first in a band teaches holds for all
     const float nan = std::numeric_limits<float>::quiet_NaN();
     points.insert(points.end(), {{nan, 0, 0}, {0, nan, nan}, {0, inf, inf}, {0, -inf, -inf}, {-inf, 0, 0}});
     return points;
+}
+
+/// A ring of short edges around a wide middle, with a level notch in its upper side.
+std::vector<Vector3> random_ring(std::mt19937& generator) {
+    std::uniform_real_distribution<float> radius(7, 9);
+    std::vector<Vector3> ring;
+    for (int i = 0; i < 80; ++i) {
+        const float angle = 6.2831853f * static_cast<float>(i) / 80;
+        const float r = radius(generator);
+        const float up = i >= 12 && i < 28 ? 4.0f : r * std::sin(angle);
+        ring.push_back({r * std::cos(angle), up, up});
+    }
+    return ring;
 }
 
 // Vertices on a coarse grid make edges that cross, lie on each other or along the ray; others are anywhere.
@@ -63,6 +78,7 @@ Outlines random_outlines(std::mt19937& generator) {
             outline.push_back({x, y, value()});
         }
     }
+    if (generator() % 3 == 0) return {random_ring(generator)};
     outlines.back().insert(outlines.back().end(), {{0, 0, 0}, {1, 5, 3}, {2, -4, 7}});  // never quite empty
     return outlines;
 }

@@ -61,7 +61,7 @@ bool ask_is_inside(const ContainerSpawnSource& source, Vector3 point);
 struct InsideTest {
     enum Way { kNothingInside, kAskPlugin, kTestOutlines, kTestIndex } way;
     const ContainerSpawnSource* source;
-    const OutlineIndex* index;
+    OutlineIndex* index;
 };
 
 /// index: brought up to date here where the outlines are large enough to need one; may be null.

@@ -1,6 +1,8 @@
 #include "outline_index.h"
 
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "../math/polygon.h"
 
@@ -9,6 +11,7 @@ namespace {
 
 constexpr int32_t kFewestEdges = 16;  // below that, testing all is as fast
 constexpr int32_t kMostBands = 4096;
+constexpr int8_t kGapTries = 4;
 constexpr int32_t kMostEntriesPerEdge = 16;  // long edges stand in many bands; coarser bands keep the index small
 
 struct EdgeSurvey {
@@ -62,7 +65,7 @@ int64_t count_entries(const OutlineIndex& index, const ContainerSpawnSource& sou
     int64_t entries = 0;
     for_each_edge(source, [&](const OutlineEdge& edge) {
         const BandRange bands = bands_of(index, edge);
-        if (edge.a_along != edge.b_along) entries += bands.last - bands.first + 1;
+        entries += bands.last - bands.first + 1;
     });
     return entries;
 }
@@ -78,20 +81,19 @@ bool reserve(Entry*& entries, int32_t& capacity, int64_t needed) {
     return true;
 }
 
-// A counting sort by band, which keeps the edges of each band in their order. Edges along the band cross no ray.
+// A counting sort by band, which keeps the edges of each band in their order. Edges along the band cross no ray, but
+// they end gaps.
 void fill_bands(OutlineIndex& index, const ContainerSpawnSource& source) {
-    int32_t* starts = index.band_starts;
-    for (int32_t k = 0; k <= index.band_count + 1; ++k) starts[k] = 0;
+    OutlineBand* bands = index.bands;
+    for (int32_t k = 0; k <= index.band_count + 1; ++k) bands[k] = {0, kGapTries, false, 0, 0};
     for_each_edge(source, [&](const OutlineEdge& edge) {
-        const BandRange bands = bands_of(index, edge);
-        if (edge.a_along == edge.b_along) return;
-        for (int32_t k = bands.first; k <= bands.last; ++k) ++starts[k + 2];
+        const BandRange range = bands_of(index, edge);
+        for (int32_t k = range.first; k <= range.last; ++k) ++bands[k + 2].first_edge;
     });
-    for (int32_t k = 2; k <= index.band_count + 1; ++k) starts[k] += starts[k - 1];
+    for (int32_t k = 2; k <= index.band_count + 1; ++k) bands[k].first_edge += bands[k - 1].first_edge;
     for_each_edge(source, [&](const OutlineEdge& edge) {
-        const BandRange bands = bands_of(index, edge);
-        if (edge.a_along == edge.b_along) return;
-        for (int32_t k = bands.first; k <= bands.last; ++k) index.edges[starts[k + 1]++] = edge;
+        const BandRange range = bands_of(index, edge);
+        for (int32_t k = range.first; k <= range.last; ++k) index.edges[bands[k + 1].first_edge++] = edge;
     });
 }
 
@@ -106,10 +108,65 @@ bool build(OutlineIndex& index, const ContainerSpawnSource& source) {
     int64_t entries = count_entries(index, source);
     for (; entries > most && index.band_count > 1; entries = count_entries(index, source))
         set_bands(index, index.band_count / 2);
-    if (!reserve(index.band_starts, index.band_capacity, index.band_count + 2)) return false;
+    if (!reserve(index.bands, index.band_capacity, index.band_count + 2)) return false;
     if (!reserve(index.edges, index.edge_capacity, entries)) return false;
     fill_bands(index, source);
     return true;
+}
+
+struct EdgeRange {
+    const OutlineEdge* begin;
+    const OutlineEdge* end;
+};
+
+bool is_inside(EdgeRange edges, float across, float along) {
+    bool inside = false;
+    int32_t outline = -1;
+    for (const OutlineEdge* edge = edges.begin; edge != edges.end; ++edge) {
+        if (edge->outline != outline) {
+            if (inside) return true;
+            outline = edge->outline;
+        }
+        inside ^= crosses_edge(edge->a_across, edge->a_along, edge->b_across, edge->b_along, across, along);
+    }
+    return inside;
+}
+
+/// The span of an edge along the first coordinate, widened by more than the crossing that a test works out can be off
+/// by. Of an edge whose numbers could overflow or vanish on the way to it: everything.
+void span_across(const OutlineEdge& edge, float& low, float& high) {
+    constexpr float kHuge = 1e15f;
+    constexpr float kTiny = 1e-15f;
+    const float rise = std::fabs(edge.b_along - edge.a_along);
+    const float size = std::fabs(edge.a_across) + std::fabs(edge.b_across);
+    const bool plain = size < kHuge && (rise == 0.0f || (kTiny < rise && rise < kHuge));
+    const float margin = plain ? size * 1e-5f + kTiny : std::numeric_limits<float>::infinity();
+    low = (edge.a_across < edge.b_across ? edge.a_across : edge.b_across) - margin;
+    high = (edge.a_across > edge.b_across ? edge.a_across : edge.b_across) + margin;
+}
+
+/// The widest gap around a point of the band, or none where an edge spans it. Edges end at vertices, where others of
+/// the same outline begin: all that meet beside a gap lie on the same side of it, so that an even number of crossings
+/// comes or goes with any vertex.
+void seek_gap(OutlineBand& band, EdgeRange edges, float across, bool inside) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    --band.gap_tries;
+    float gap_low = -kInfinity;
+    float gap_high = kInfinity;
+    for (const OutlineEdge* edge = edges.begin; edge != edges.end; ++edge) {
+        float low = 0, high = 0;
+        span_across(*edge, low, high);
+        if (high < across)
+            gap_low = high > gap_low ? high : gap_low;
+        else if (low > across)
+            gap_high = low < gap_high ? low : gap_high;
+        else
+            return;
+    }
+    band.gap_tries = 0;
+    band.gap_low = gap_low;
+    band.gap_high = gap_high;
+    band.gap_inside = inside;
 }
 
 }  // namespace
@@ -122,24 +179,18 @@ bool update_index(OutlineIndex& index, const ContainerSpawnSource& source) {
     return index.usable;
 }
 
-bool index_contains(const OutlineIndex& index, float across, float along) {
+bool index_contains(OutlineIndex& index, float across, float along) {
     if (!(along >= index.low && along < index.high)) return false;
-    const int32_t band = band_at(index, along);
-    const OutlineEdge* edge = index.edges + index.band_starts[band];
-    const OutlineEdge* end = index.edges + index.band_starts[band + 1];
-    bool inside = false;
-    for (int32_t outline = -1; edge != end; ++edge) {
-        if (edge->outline != outline) {
-            if (inside) return true;
-            outline = edge->outline;
-        }
-        inside ^= crosses_edge(edge->a_across, edge->a_along, edge->b_across, edge->b_along, across, along);
-    }
+    OutlineBand& band = index.bands[band_at(index, along)];
+    if (band.gap_low < across && across < band.gap_high) return band.gap_inside;
+    const EdgeRange edges{index.edges + band.first_edge, index.edges + (&band + 1)->first_edge};
+    const bool inside = is_inside(edges, across, along);
+    if (band.gap_tries > 0) seek_gap(band, edges, across, inside);
     return inside;
 }
 
 void release(OutlineIndex& index) {
-    std::free(index.band_starts);
+    std::free(index.bands);
     std::free(index.edges);
     index = OutlineIndex{};
 }

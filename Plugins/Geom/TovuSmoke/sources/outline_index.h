@@ -17,7 +17,19 @@ struct OutlineEdge {
     int32_t outline;
 };
 
-/// Band k holds edges[band_starts[k] … band_starts[k + 1]), outline by outline. Owns both arrays, which never shrink.
+/// Where the edges of a band begin, and a gap between them: no edge of the band comes near a point whose first
+/// coordinate is between its ends, so that all these points are inside together or outside together. It is found around
+/// one of the first points that are tested in the band.
+struct OutlineBand {
+    int32_t first_edge;
+    int8_t gap_tries;  // that are left
+    bool gap_inside;
+    float gap_low;
+    float gap_high;
+};
+
+/// Band k holds edges[bands[k].first_edge … bands[k + 1].first_edge), outline by outline. Owns both arrays, which never
+/// shrink.
 struct OutlineIndex {
     bool stale = true;  // the outlines were read anew since
     bool usable = false;
@@ -26,8 +38,8 @@ struct OutlineIndex {
     float high = 0;  // largest
     float bands_per_unit = 0;
     int32_t band_count = 0;
-    int32_t band_capacity = 0;  // entries allocated in band_starts
-    int32_t* band_starts = nullptr;
+    int32_t band_capacity = 0;  // entries allocated in bands
+    OutlineBand* bands = nullptr;
     int32_t edge_capacity = 0;  // entries allocated in edges
     OutlineEdge* edges = nullptr;
 };
@@ -36,8 +48,9 @@ struct OutlineIndex {
 /// better or the only way: few edges, coordinates that are not finite, no memory.
 bool update_index(OutlineIndex& index, const ContainerSpawnSource& source);
 
-/// Whether the point lies inside one outline at least. The index must have been updated with success.
-bool index_contains(const OutlineIndex& index, float across, float along);
+/// Whether the point lies inside one outline at least. The index must have been updated with success; a gap that is
+/// found is kept in it.
+bool index_contains(OutlineIndex& index, float across, float along);
 
 /// Calls visit(edge) for every edge of every outline, in order.
 template <class Visit>
