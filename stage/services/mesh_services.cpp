@@ -135,6 +135,8 @@ void vertex(const Service& service, int32_t access, int32_t cursor, float* x, fl
     const auto mesh =
         static_cast<int32_t>(std::upper_bound(cursors.begin(), cursors.end(), cursor) - cursors.begin()) - 1;
     const int32_t index = mesh < 0 ? -1 : cursor - first_cursor(*geometry, mesh);
+    // Whoever begins with the first vertex finds nothing in a mesh without vertices, as with an unknown object.
+    if (index == 0 && vertex_count(*geometry, mesh) == 0) return;
     if (index < 0 || index >= vertex_count(*geometry, mesh))
         return service.complain(fmt::format("vertex cursor {} stands on no vertex", cursor));
     service.put(x, y, z, geometry->meshes[static_cast<size_t>(mesh)].vertices[static_cast<size_t>(index)]);

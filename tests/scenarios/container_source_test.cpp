@@ -91,6 +91,11 @@ TEST(ContainerSource, KeepsOutlinesWithoutGapsInStoresThatNeverShrink) {
     EXPECT_EQ(14, c.vertex_capacity);
     EXPECT_EQ(store, c.vertex_store);
     EXPECT_EQ(20.0f, c.bbox_min.x);
+    stage::set_mesh_geometry(s.host.stage(), s.shape, {{}, kSmall});
+    s.host.run_frames(1);
+    EXPECT_THAT((std::vector<int32_t>{c.outline_sizes[0], c.outline_sizes[1]}), ElementsAre(0, 3));
+    EXPECT_EQ(0.0f, c.bbox_min.x) << "begun with a first vertex that is not there";
+    EXPECT_THAT(s.host.complaints(), testing::IsEmpty());
 }
 
 TEST(ContainerSource, CoordinatesFollowOneRefreshLate) {
@@ -157,6 +162,20 @@ TEST(ContainerSource, SaysOnceAStepWhatIsMissing) {
     testing::internal::CaptureStdout();
     s.host.run_frames(2);
     EXPECT_EQ("", testing::internal::GetCapturedStdout()) << "a container that is gone is not refreshed";
+}
+
+TEST(ContainerSource, AContainerThatGoesAsBirthsBeginDrawsNoCandidates) {
+    Source s({kSquare}, {{"opening_angle_x", 0.0}, {"opening_angle_z", 0.0}});
+    int asked = 0;
+    s.host.stage().overrides.object_valid = [&](int32_t) { return ++asked <= 4 ? 1 : 0; };  // the last before births
+    std::srand(7);
+    s.host.run_frames(1);
+    EXPECT_EQ(0, s.host.active_count(s.smoke));
+    const int next = std::rand();
+    std::srand(7);
+    for (int i = 0; i < kBirths; ++i) std::rand();  // of each record's size alone
+    EXPECT_EQ(std::rand(), next);
+    s.host.stage().overrides.object_valid = nullptr;
 }
 
 struct AnswerCase {

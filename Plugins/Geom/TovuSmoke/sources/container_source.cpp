@@ -203,14 +203,14 @@ bool ask_is_inside(const ContainerSpawnSource& source, Vector3 point) {
 
 InsideTest open_inside_test(const ContainerSpawnSource& source, OutlineIndex* index) {
     if (source.plugin_mode) return {InsideTest::kAskPlugin, &source, nullptr};
-    if (source.outline_count == 0 || !is_valid(source)) return {InsideTest::kNothingInside, &source, nullptr};
+    if (!is_valid(source)) return {InsideTest::kContainerGone, &source, nullptr};
     if (index != nullptr && update_index(*index, source)) return {InsideTest::kTestIndex, &source, index};
     return {InsideTest::kTestOutlines, &source, nullptr};
 }
 
 bool contains(const InsideTest& test, Vector3 point) {
     switch (test.way) {
-        case InsideTest::kNothingInside:
+        case InsideTest::kContainerGone:
             return false;
         case InsideTest::kAskPlugin:
             return ask_is_inside(*test.source, point);

@@ -59,7 +59,7 @@ bool ask_is_inside(const ContainerSpawnSource& source, Vector3 point);
 
 /// The inside test for one pass over points: what can be asked once is asked when it is opened.
 struct InsideTest {
-    enum Way { kNothingInside, kAskPlugin, kTestOutlines, kTestIndex } way;
+    enum Way { kContainerGone, kAskPlugin, kTestOutlines, kTestIndex } way;
     const ContainerSpawnSource* source;
     OutlineIndex* index;
 };

@@ -107,6 +107,7 @@ bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& poi
         point = {0, 0, 0};  // of an answer that writes less than all three, the rest is not what the record held before
         return ask_spawn_point(source, point);
     }
+    if (search.inside.way == InsideTest::kContainerGone) return false;
     const Plane plane = plane_of(source);
     if (!find_candidate(search, plane, point) && !find_directly(search, plane, point)) return false;
     point.*plane.off_plane = source.bbox_min.*plane.off_plane + third_coordinate(source.depth);
