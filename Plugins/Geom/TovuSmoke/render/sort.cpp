@@ -11,9 +11,8 @@ SortScratch sort_scratch;
 namespace {
 
 constexpr int32_t kMergeLimit = 6;      // up to here merging is cheapest,
-constexpr int32_t kCountingLimit = 80;  // up to here comparing all pairs,
+constexpr int32_t kCountingLimit = 80;  // up to here comparing all pairs, above it keeping counters
 constexpr int32_t kCountingBlock = 16;  // entries whose counts are made together
-constexpr int32_t kHalvesLimit = 100;   // up to here doing so in halves; above it keeping counters
 static_assert(kCountingLimit % kCountingBlock == 0);
 constexpr int32_t kMostDigitBits = 11;  // 2048 counters: those of all passes together stay in the first-level cache
 
@@ -22,7 +21,7 @@ constexpr int32_t bits_in(uint32_t value) {
     return 32 - std::countl_zero(value);
 }
 
-constexpr int32_t kFewestDigitBits = bits_in(kHalvesLimit);  // as `digits_for` chooses for larger counts
+constexpr int32_t kFewestDigitBits = bits_in(kCountingLimit);  // as `digits_for` chooses for larger counts
 constexpr int32_t kMostPasses = (32 + kFewestDigitBits - 1) / kFewestDigitBits;
 
 bool grow_scratch(int32_t count) {
@@ -296,13 +295,7 @@ void sort_few(DrawEntry* entries, int32_t count) {
         return;
     }
     reverse_ties_of_leaves(entries, count);
-    if (count <= kCountingLimit) {
-        sort_by_counting(entries, count);
-        return;
-    }
-    sort_by_counting(entries, count / 2);
-    sort_by_counting(entries + count / 2, count - count / 2);
-    merge_runs(entries, count / 2, count);
+    sort_by_counting(entries, count);
 }
 
 void sort_many(DrawEntry* entries, int32_t count) {
@@ -325,7 +318,7 @@ void merge_sort_entries(DrawEntry* entries, int32_t count) {
     if (is_ascending(entries, count)) return;
     if (is_descending(entries, count))
         reverse(entries, count);
-    else if (count <= kHalvesLimit)
+    else if (count <= kCountingLimit)
         sort_few(entries, count);
     else
         sort_many(entries, count);
