@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "cases.h"
+#include "plots.h"
 #include "report.h"
 
 namespace bench {
@@ -14,6 +15,7 @@ constexpr int kBriefRunFrames = 3;
 
 struct Options {
     RunSettings run;
+    std::string plot_folder;
     bool check = false;
     bool list = false;
 };
@@ -46,6 +48,7 @@ int run(const Options& options) {
     const Figures figures = run_rounds(cases, options.run);
     for (const std::string& complaint : scene.host().complaints()) throw std::runtime_error(complaint);
     if (options.run.brief) return 0;
+    if (!options.plot_folder.empty()) write_plot_data(figures, options.plot_folder);
     const std::vector<Goal> list = goals();
     const std::vector<Outcome> outcomes = judge(list, figures);
     print(about_this_build() + "\n" + goal_table(outcomes) + "\n" + figure_table(figures));
@@ -65,6 +68,8 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(1, 1000));
     app.add_option("--filter", options.run.filter, "regular expression: only the cases whose names it matches");
     app.add_option("--json", options.run.json_path, "also write every round's figures to this file");
+    app.add_option("--plot-data", options.plot_folder, "also write columns for plots into this folder")
+        ->check(CLI::ExistingDirectory);
     app.add_flag("--check", options.check, "exit status 1 when a goal is missed");
     app.add_flag("--brief", options.run.brief, "each case for an instant, to see that it works; no figures");
     app.add_flag("--list", options.list, "name the cases");

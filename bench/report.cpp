@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "cases.h"
+#include "commit.h"
 
 namespace bench {
 namespace {
@@ -62,20 +63,6 @@ std::string figure_table(const Figures& figures) {
         if (!name.starts_with("allocations/"))
             table += fmt::format("| {} | {:.2f} | {:.2f} |\n", name, median(seconds) * 1e9, minimum(seconds) * 1e9);
     return table;
-}
-
-std::string plot_columns(const Figures& figures, const std::vector<std::string>& subjects,
-                         const std::vector<int32_t>& counts) {
-    std::string columns;
-    for (const int32_t count : counts) {
-        columns += std::to_string(count);
-        for (const std::string& subject : subjects) {
-            const auto found = figures.find(case_name(subject.c_str(), count));
-            columns += found == figures.end() ? " nan" : fmt::format(" {:.3f}", median(found->second) * 1e9);
-        }
-        columns += '\n';
-    }
-    return columns;
 }
 
 }  // namespace bench

@@ -1,4 +1,4 @@
-// Figures and goals as tables that people read, and as data to plot.
+// Figures and goals as tables that people read.
 #pragma once
 
 #include <string>
@@ -15,10 +15,5 @@ std::string goal_table(const std::vector<Outcome>& outcomes);
 
 /// All figures, by subject: nanoseconds for one, the median of the rounds and the fastest, as a Markdown table.
 std::string figure_table(const Figures& figures);
-
-/// Columns for a plot: the count, then the median nanoseconds of each of the cases at that count; a case that was not
-/// measured is "nan".
-std::string plot_columns(const Figures& figures, const std::vector<std::string>& subjects,
-                         const std::vector<int32_t>& counts);
 
 }  // namespace bench

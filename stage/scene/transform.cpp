@@ -40,9 +40,10 @@ glm::dvec3 signed_scaling(const glm::dmat3& axes) {
 Matrix local_matrix(const Placement& placement) {
     const glm::dvec3 radians = glm::radians(to_glm(placement.rotation_degrees));
     glm::dmat4 matrix = glm::translate(glm::dmat4(1), to_glm(placement.position));
-    matrix = glm::rotate(matrix, radians.x, {1, 0, 0});
-    matrix = glm::rotate(matrix, radians.y, {0, 1, 0});
-    matrix = glm::rotate(matrix, radians.z, {0, 0, 1});
+    // Few containers are turned, and a plug-in asks for their matrices several times a frame.
+    if (radians.x != 0) matrix = glm::rotate(matrix, radians.x, {1, 0, 0});
+    if (radians.y != 0) matrix = glm::rotate(matrix, radians.y, {0, 1, 0});
+    if (radians.z != 0) matrix = glm::rotate(matrix, radians.z, {0, 0, 1});
     return from_glm(glm::scale(matrix, to_glm(placement.scale)));
 }
 

@@ -20,8 +20,8 @@ constexpr int32_t kRecordsPerBlock = 32;  // two blocks, this and the next, fit 
 struct Block {
     int32_t count = 0;
     Particle* records[kRecordsPerBlock];
-    alignas(16) float age[kRecordsPerBlock] = {};
-    alignas(16) float life[kRecordsPerBlock] = {};
+    alignas(16) float age[kRecordsPerBlock];
+    alignas(16) float life[kRecordsPerBlock];
     alignas(16) uint32_t color_index[kRecordsPerBlock];
     alignas(16) float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
     uint64_t pixels[kRecordsPerBlock];                  // of an image's wind: where they begin in its data
@@ -344,6 +344,7 @@ void gather_block(SmokeInstance& instance, const StepValues& values, Particle** 
         *--kept = p;
     }
     block.count = count;
+    for (; count % 4 != 0; ++count) block.age[count] = block.life[count] = 0.0f;  // fours are worked on as one
     survivors = kept;
 }
 

@@ -52,7 +52,7 @@ bool all_plain(const QuadBlock& block) {
 
 /// Turns beyond kLargestPlainTurn are rare and made one by one.
 void find_turns(const QuadBlock& block, Turns& turns) {
-    for (int32_t i = 0; i < kQuadsPerBlock; ++i) {
+    for (int32_t i = 0, count = (block.count + 3) & ~3; i < count; ++i) {
         const SineCosine turn = sine_cosine(block.degrees[i]);
         turns.sines[i] = turn.sine;
         turns.cosines[i] = turn.cosine;
@@ -131,6 +131,7 @@ void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& blo
         block.age[i] = p.age;
         block.life[i] = p.life;
     }
+    for (int32_t i = block.count; i % 4 != 0; ++i) block.degrees[i] = block.age[i] = block.life[i] = 0.0f;
 }
 
 QuadPlacement flat_placement(bool turned) {

@@ -9,14 +9,14 @@ namespace tovu {
 
 constexpr int32_t kQuadsPerBlock = 32;  // the records of this block and the next fit the first-level cache
 
-/// Some entries of the draw list, and what is worked out for all of them at once.
+/// Some entries of the draw list, and what is worked out of them four at a time: up to three zeros follow the last one.
 struct QuadBlock {
     const DrawEntry* entries;
     int32_t count;
-    int32_t next_count;                              // entries of the next block
-    alignas(16) float degrees[kQuadsPerBlock] = {};  // of the turn
-    alignas(16) float age[kQuadsPerBlock] = {};
-    alignas(16) float life[kQuadsPerBlock] = {};
+    int32_t next_count;                         // entries of the next block
+    alignas(16) float degrees[kQuadsPerBlock];  // of the turn
+    alignas(16) float age[kQuadsPerBlock];
+    alignas(16) float life[kQuadsPerBlock];
 };
 
 /// What is the same for all quads of a pass.

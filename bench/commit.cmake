@@ -1,0 +1,8 @@
+# Writes a header that names the commit of the source tree; one that says so already is left alone.
+set(commit unknown)
+execute_process(COMMAND git describe --always --dirty --abbrev=12 WORKING_DIRECTORY ${source}
+  OUTPUT_VARIABLE described OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE failed)
+if(NOT failed)
+  set(commit ${described})
+endif()
+file(CONFIGURE OUTPUT ${header} CONTENT "#define TOVU_BENCH_COMMIT \"@commit@\"\n" @ONLY)
