@@ -13,13 +13,14 @@ set ylabel "nanoseconds a particle"
 set logscale xy
 set xrange [80:32000]
 set xtics (100, 1000, 5000, 25000)
-set ytics (5, 10, 20, 50, 100, 200, 500)
+set yrange [4:400]
+set ytics (5, 10, 20, 50, 100, 200)
 file = data."/particles.dat"
 plot file using 1:2 with linespoints lw 2.5 title "whole frame, turbulent and sorted", \
      file using 1:3 with linespoints lw 2 title "step with turbulence", \
      file using 1:4 with linespoints lw 2 title "step", \
      file using 1:5 with linespoints lw 2 title "list, sorted by depth", \
-     file using 1:6 with linespoints lw 2 title "rotated quads facing the camera", \
+     file using 1:6 with linespoints lw 2 lc rgb "#a05000" title "rotated quads facing the camera", \
      file using 1:7 with linespoints lw 2 title "flat quads", \
      file using 1:8 with lines dt 2 lw 1.5 title "OGRE's update", \
      file using 1:9 with lines dt 4 lw 1.5 title "osgParticle's update", \
@@ -34,6 +35,6 @@ set logscale x
 set xrange [0.8:320]
 set yrange [0:*]
 set xtics (1, 5, 25, 250)
-set ytics auto
+set ytics autofreq
 unset key
 plot data."/instances.dat" using 1:2 with linespoints lw 2.5
