@@ -24,7 +24,7 @@ PLUGIN_INIT PLUGIN_INIT_FUNCTION PLUGIN_NEW_GEOM PLUGIN_RENDER_OPENGL " ] || fai
 }
 # Nothing of this source tree or of the build tree. build_against_prefix SOURCE NAME FLAGS
 build_against_prefix() {
-    quietly cmake -S "$1" -B "$work/$2" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Debug \
+    quietly cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Debug \
         "-DCMAKE_C_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3" \
         "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3"
     quietly cmake --build "$work/$2"
