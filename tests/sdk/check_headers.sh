@@ -10,7 +10,7 @@ count=0
 # check COMPILER LANGUAGE STANDARD: headers one by one, then the offsets.
 check() {
     flags=$warnings
-    [ "$2" = c++ ] && flags="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror"
+    [ "$2" = c++ ] && flags="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Werror"
     for bits in 64 32; do
         for file in "$include_dir"/tovu/*.h "$layout"; do
             count=$((count + 1))

@@ -51,7 +51,7 @@ AT(ParticleExchangeBlock, reserved, 16, 28);
 SIZE(ParticleExchangeBlock, 20, 32);
 
 /* A request's code is four characters, the first in the top byte. */
-#define CODE(a, b, c, d) ((int32_t)(a) << 24 | (int32_t)(b) << 16 | (int32_t)(c) << 8 | (int32_t)(d))
+#define CODE(a, b, c, d) ((a) << 24 | (b) << 16 | (c) << 8 | (d))
 static_assert(TOVU_REQUEST_ATTACH == CODE('R', 'A', 'D', '1'), "attach");
 static_assert(TOVU_REQUEST_DETACH == CODE('R', 'A', 'D', '2'), "detach");
 static_assert(TOVU_REQUEST_SUPPLIES_SPAWN_POINTS == CODE('S', 'P', 'W', 'N'), "supplies spawn points");

@@ -28,16 +28,19 @@ extern "C" {
 /** Registers the plug-in. Called once, when the library is loaded, before anything else. Returns 0. */
 TOVU_PLUGIN_EXPORT int32_t PLUGIN_INIT(void) TOVU_NOEXCEPT;
 
-/** Builds an instance in its block; the parameter slots are filled already and are left alone. */
+/**
+ * Builds an instance in its block; the parameter slots are filled already and are left alone. First call for the block,
+ * whose bytes behind the slots may be anything.
+ */
 TOVU_PLUGIN_EXPORT void PLUGIN_INIT_FUNCTION(void* instance) TOVU_NOEXCEPT;
 
 /** Frees all that the instance owns, and detaches it from whatever it is attached to. Last call for the block. */
 TOVU_PLUGIN_EXPORT void PLUGIN_CLEANUP_FUNCTION(void* instance) TOVU_NOEXCEPT;
 
-/** The value of the parameter with this index (0-based, in the order of registration) has changed. */
+/** The value of the parameter with this index (0-based, in the order of registration) has changed. Between frames. */
 TOVU_PLUGIN_EXPORT void PLUGIN_CHANGED_CALLBACK(void* instance, int32_t parameter_index) TOVU_NOEXCEPT;
 
-/** The push button registered with this action number was pressed. */
+/** The push button registered with this action number was pressed. Between frames; other numbers are ignored. */
 TOVU_PLUGIN_EXPORT void PLUGIN_EXEC_ACTION(void* instance, int32_t action) TOVU_NOEXCEPT;
 
 /** A new frame: called once a frame and instance, before the frame's passes. Returns 1. */

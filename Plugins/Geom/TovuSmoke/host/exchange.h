@@ -15,7 +15,8 @@
  * - at most `birth_limit` particles are born in a frame; what that holds back stays due;
  * - live particles with neither `claimed` nor `released` set stand still, do not age and are not drawn: newborn ones
  *   are such, so look through the live particles every frame;
- * - a released particle has its remaining life cut once to `death_acceleration` percent;
+ * - a released particle has its remaining life cut once to `death_acceleration` percent, except under the smoke's Spawn
+ *   Type Image, where being off the mask alone decides;
  * - records that leave the pool because Number of Particles dropped go to the deleted list. There the smoke frees those
  *   with `claimed` 0 in its next frame: clear it on every one that you let go.
  * A particle that dies goes to the pooled records with `claimed` as it was; its next birth clears both flags.
@@ -38,8 +39,8 @@
 typedef struct ParticleAttachRequest {
     int32_t birth_limit;      /**< [0] most births in one frame while attached; 0 or less: none */
     float death_acceleration; /**< [4] 0 to 100, percent of the remaining life that a released particle keeps, and,
-                                 under Spawn Type Container or Image, any particle outside the shape. Becomes the
-                                 smoke's own Death Acceleration, which keeps it after the detach. 100: no cut */
+                                 under Spawn Type Container or Image, any one outside the shape or off the mask. Becomes
+                                 the smoke's own Death Acceleration, which keeps it after the detach. 100: no cut */
     uint8_t owns_colour;      /**< [8] nonzero: the consumer writes `Particle::color` and the smoke only `alpha`; has no
                                    effect while the smoke's Use Array is on */
 } ParticleAttachRequest;

@@ -23,7 +23,11 @@ enum {
     TOVU_OBJECT_CAMERA = 62    /**< a camera */
 };
 
-/* ---- Registration: inside PLUGIN_INIT only. The order of the parameters is the order of their 32-bit slots. ---- */
+/*
+ * ---- Registration: inside PLUGIN_INIT only. The order of the parameters is the order of their 32-bit slots. ----
+ * name: what scene files and presets know it by, unique in the plug-in. label: what its user reads. initial: the value
+ * before anyone sets one. Ranges include both ends.
+ */
 
 /** Names the plug-in. The first call of PLUGIN_INIT. */
 void pelRegisterPlugin(const char* name);
@@ -81,8 +85,7 @@ int32_t _api__get_objectid(const char* name, const char* sub_name, int32_t type)
 int32_t _api__get_objectid_from_objectid(int32_t number);
 /** Nonzero while the object exists; 0 for -1. */
 int32_t _api__object_valid(int32_t object);
-/** Tells the host that the geometry has changed and is to be drawn anew; usually at the end of PLUGIN_NEW_GEOM.
- */
+/** Tells the host that the geometry has changed and is to be drawn anew; usually last in PLUGIN_NEW_GEOM. */
 void _api__set_geom_changed(int32_t geometry);
 /** Position in the world, world units. */
 void _api__container_get_absolute_position(int32_t container, float* x, float* y, float* z);
@@ -106,7 +109,11 @@ void _api__container_get_geometry(int32_t container, int32_t* geometry);
  */
 int32_t _api__geom_dispatcher(int32_t geometry, int32_t request, void* data, void* reply);
 
-/* ---- Mesh access: a cursor goes to a mesh, then from vertex to vertex; valid until the frame ends. ---- */
+/*
+ * ---- Mesh access: in the entry points that are given an instance. ----
+ * A cursor goes to a mesh, then from vertex to vertex; access and cursors are the host's, and good until the frame
+ * ends.
+ */
 
 /** The level of detail in use, to be handed to `_api__get_geom_geomod`. */
 void _api__get_geom_detail(int32_t geometry, int32_t* detail);
@@ -130,7 +137,7 @@ void _api__geomod_next_vertex(int32_t mesh_access, int32_t mesh_cursor, int32_t*
 /** The vertex under the cursor, in the container's coordinates. */
 void _api__geomod_get_vertex(int32_t mesh_access, int32_t vertex_cursor, float* x, float* y, float* z);
 
-/* ---- Images ---- */
+/* ---- Images: in the entry points that are given an instance. ---- */
 
 /** The image with this name; -1 when there is none. */
 int32_t _api__get_image_objectid(const char* name);
@@ -145,13 +152,13 @@ void _api__get_image_format(int32_t image, int32_t* format);
  */
 void _api__get_image_data(int32_t image, uint8_t** pixels);
 
-/* ---- Cameras ---- */
+/* ---- Cameras: in the entry points that are given an instance. ---- */
 
 /** The camera that renders the scene, with -1, "RENDERCAMERA" and TOVU_OBJECT_CAMERA; -1 when there is none. */
 int32_t _api__get_cameraid(int32_t scene, const char* name, int32_t type);
-/** Turn about the world's Y, degrees. */
+/** Turn about the world's Y, degrees, positive to the left; 0 looks along -Z. */
 void _api__get_camera_pan(int32_t camera, float* degrees);
-/** Turn about the camera's X after the pan, degrees. */
+/** Turn about the camera's X after the pan, degrees, positive upward. */
 void _api__get_camera_tilt(int32_t camera, float* degrees);
 /** From the world's coordinates to the camera's. matrix: 16 floats. */
 void _api__get_camera_view_matrix(int32_t camera, float* matrix);
@@ -162,7 +169,7 @@ void _api__get_camera_direction(int32_t camera, int32_t* object);
 /** The three numbers behind such a handle. */
 void _api__get_position(int32_t object, float* x, float* y, float* z);
 
-/* ---- Status and time ---- */
+/* ---- Status and time: in the entry points that are given an instance. ---- */
 
 /** *on_air: nonzero while the picture goes out live. */
 void _api__pellor_get_is_on_air(uint8_t* on_air);
@@ -170,8 +177,7 @@ void _api__pellor_get_is_on_air(uint8_t* on_air);
 void _api__pellor_get_is_post_recording(uint8_t* recording);
 /** That clock, seconds. */
 void _api__pellor_get_post_current_time(float* seconds);
-/** Changes by at least one from frame to frame, above 0 from the first on: a call with the same count is the same
- * frame. */
+/** Changes by at least one from frame to frame, above 0 from the first on; the same count is the same frame. */
 void _api__pellor_get_retrace_counter(int32_t* counter);
 /** Seconds per frame. */
 void _api__pellor_get_refreshrate(double* seconds_per_frame);

@@ -89,30 +89,58 @@
 extern "C" {
 #endif
 
+/** Begins primitives of the kind `mode`, GL_POINTS to GL_POLYGON: the corners up to glEnd. */
 void ormixGL_glBegin(unsigned int mode);
+/** Ends what glBegin began. Between the two only the next five are allowed. */
 void ormixGL_glEnd(void);
+/** A corner, in the coordinates that GL_MODELVIEW starts from. */
 void ormixGL_glVertex3f(float x, float y, float z);
+/** A corner from three floats, read during the call. */
 void ormixGL_glVertex3fv(const float* xyz);
+/** Colour of the corners to come, components 0 to 1; alpha 1 is opaque. */
 void ormixGL_glColor4f(float red, float green, float blue, float alpha);
+/** The same with components 0 to 255. */
 void ormixGL_glColor4ub(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
+/** Texture coordinates of the corners to come, 0 to 32767 across the texture. */
 void ormixGL_glTexCoord2s(short s, short t);
+/**
+ * Corners for glDrawArrays: `size` elements of `type` each, `stride` bytes from one to the next, 0 where they are
+ * packed. The array stays the plug-in's.
+ */
 void ormixGL_glVertexPointer(int size, unsigned int type, int stride, const void* pointer);
+/** Colours, likewise; those of whole-number types span their range. */
 void ormixGL_glColorPointer(int size, unsigned int type, int stride, const void* pointer);
+/** Texture coordinates, likewise; not scaled by their type. */
 void ormixGL_glTexCoordPointer(int size, unsigned int type, int stride, const void* pointer);
+/** Draws `count` corners from the enabled arrays, the 0-based `first` one first. Reads the arrays during the call. */
 void ormixGL_glDrawArrays(unsigned int mode, int first, int count);
+/** Has glDrawArrays use one of the client arrays, GL_VERTEX_ARRAY to GL_EDGE_FLAG_ARRAY. */
 void ormixGL_glEnableClientState(unsigned int array);
+/** Has it leave that array alone. */
 void ormixGL_glDisableClientState(unsigned int array);
+/** Switches a capability on. */
 void ormixGL_glEnable(unsigned int capability);
+/** Switches a capability off. */
 void ormixGL_glDisable(unsigned int capability);
+/** Whether what is drawn writes its depth: GL_TRUE or GL_FALSE. */
 void ormixGL_glDepthMask(unsigned char flag);
+/** Speed or looks, GL_FASTEST, GL_NICEST or GL_DONT_CARE, for the target, one of the hints. */
 void ormixGL_glHint(unsigned int target, unsigned int mode);
+/** Width of lines, pixels. */
 void ormixGL_glLineWidth(float width);
+/** Size of points, pixels. */
 void ormixGL_glPointSize(float size);
+/** Which matrix the next five work on: GL_MODELVIEW, GL_PROJECTION or GL_TEXTURE. */
 void ormixGL_glMatrixMode(unsigned int mode);
+/** The matrix becomes the identity. */
 void ormixGL_glLoadIdentity(void);
+/** Keeps a copy of the matrix, to come back to. */
 void ormixGL_glPushMatrix(void);
+/** Comes back to the copy kept last. */
 void ormixGL_glPopMatrix(void);
+/** Multiplies the matrix on its right by 16 floats in column order, read during the call. */
 void ormixGL_glMultMatrixf(const float* matrix);
+/** Multiplies the matrix on its right by a displacement, in the units of what is drawn. */
 void ormixGL_glTranslatef(float x, float y, float z);
 
 #ifdef __cplusplus

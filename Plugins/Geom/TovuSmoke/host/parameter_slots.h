@@ -15,7 +15,11 @@
  * "". The memory is the host's, and moves when the value changes: use it within the call, copy what you keep.
  */
 static inline const char* tovu_slot_text(uint32_t slot) {
+#ifdef __cplusplus
+    return slot == 0 ? "" : reinterpret_cast<const char*>(static_cast<uintptr_t>(slot));
+#else
     return slot == 0 ? "" : (const char*)(uintptr_t)slot;
+#endif
 }
 
 #endif
