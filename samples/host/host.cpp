@@ -84,8 +84,8 @@ void pelRegisterParameterImage(const char* name, const char* label, const char* 
 void pelRegisterInfoText(const char* name, const char* text) { std::printf("%s: %s\n", name, text); }
 void pelRegisterPushButton(const char* name, const char* label, int32_t action) { std::printf("button %s \"%s\" is action %d\n", name, label, action); }
 void pelRegisterTotalSize(int32_t bytes) { block_size = bytes; std::printf("%d bytes an instance\n", bytes); }
-void pelRegisterUseLOD(int32_t) {}
-void pelRegisterUseEvents(int32_t) {}
+void pelRegisterUseLOD(int32_t use) { std::printf("%s levels of detail\n", use ? "has" : "no"); }
+void pelRegisterUseEvents(int32_t use) { std::printf("%s events\n", use ? "has" : "no"); }
 int32_t pelRegisterEvent(const char* name, int32_t) { std::printf("event %s\n", name); return event_count++; }
 void pelEventStart(int32_t) {}
 void pelEventEnd(int32_t) {}
@@ -123,12 +123,12 @@ void _api__get_image_data(int32_t, uint8_t**) {}
 
 // The camera: on the Z axis, looking along -Z.
 int32_t _api__get_cameraid(int32_t, const char*, int32_t type) { return type == TOVU_OBJECT_CAMERA ? kCamera : -1; }
-void _api__get_camera_pan(int32_t, float* degrees) { *degrees = 0; }
-void _api__get_camera_tilt(int32_t, float* degrees) { *degrees = 0; }
-void _api__get_camera_view_matrix(int32_t, float* matrix) { put_identity(matrix); matrix[14] = -kCameraZ; }
-void _api__get_camera_position(int32_t, int32_t* object) { *object = kCameraPosition; }
-void _api__get_camera_direction(int32_t, int32_t* object) { *object = kCameraDirection; }
-void _api__get_position(int32_t object, float* x, float* y, float* z) { put(x, y, z, 0, 0, object == kCameraPosition ? kCameraZ : -1); }
+void _api__get_camera_pan(int32_t object, float* degrees) { if (object == kCamera) *degrees = 0; }
+void _api__get_camera_tilt(int32_t object, float* degrees) { if (object == kCamera) *degrees = 0; }
+void _api__get_camera_view_matrix(int32_t object, float* matrix) { if (object == kCamera) { put_identity(matrix); matrix[14] = -kCameraZ; } }
+void _api__get_camera_position(int32_t camera, int32_t* object) { if (camera == kCamera) *object = kCameraPosition; }
+void _api__get_camera_direction(int32_t camera, int32_t* object) { if (camera == kCamera) *object = kCameraDirection; }
+void _api__get_position(int32_t object, float* x, float* y, float* z) { if (object == kCameraPosition) put(x, y, z, 0, 0, kCameraZ); if (object == kCameraDirection) put(x, y, z, 0, 0, -1); }
 
 // Status and time.
 void _api__pellor_get_is_on_air(uint8_t* on_air) { *on_air = 0; }
