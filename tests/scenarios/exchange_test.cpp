@@ -17,9 +17,10 @@ struct Exchange {
         host.set(smoke, "birth_rate", 0.0);
         host.block(smoke).birth_accumulator = 0;
     }
-    ParticleExchangeBlock* attach(ParticleAttachRequest request = {1000, 100, 0}) {
+    ParticleExchangeBlock* attach(ParticleAttachRequest request = {1000, 100, 0}) { return attach(request, smoke); }
+    ParticleExchangeBlock* attach(ParticleAttachRequest request, SmokeHandle to) {
         ParticleExchangeBlock* block = nullptr;
-        stage::dispatch(host.stage(), smoke.container, TOVU_REQUEST_ATTACH, &request, &block);
+        stage::dispatch(host.stage(), to.container, TOVU_REQUEST_ATTACH, &request, &block);
         return block;
     }
     void detach() {
@@ -136,6 +137,14 @@ TEST(Exchange, AConsumerMayOwnTheColours) {
         x.host.run_frames(1);
         EXPECT_EQ(owns ? 11 : 255, p.color[0]);
         EXPECT_GT(p.alpha, 200.0f) << "opacity stays with the smoke";
+        EXPECT_THAT(x.host.pass(x.smoke),
+                    testing::Contains(testing::StartsWith(owns ? "glColor4ub(11, " : "glColor4ub(255, ")));
+        x.host.set(x.smoke, "use_array", true);
+        x.host.run_frames(1);
+        x.host.pass(x.smoke);
+        EXPECT_EQ(255, stage::recorded_draws().at(0).colors.values.at(0)) << "arrays take the smoke's own in any case";
+        EXPECT_EQ(owns ? 11 : 255, p.color[0]) << "and leave the records alone";
+        x.host.set(x.smoke, "use_array", false);
         x.detach();
         x.host.set(x.smoke, "birth_rate", 1e7);
         x.host.run_frames(1);
@@ -188,20 +197,40 @@ TEST(Exchange, DetachingSetsEverythingFree) {
     EXPECT_EQ(0, x.host.active_count(x.smoke));
 }
 
-TEST(Exchange, InstancesAreApart) {
-    Exchange x(2);
+// One shrinks and grows while its particles are held, the other is cleaned up so. What a consumer keeps stays good: the
+// block's address, and each record that it holds.
+TEST(Exchange, TwoSmokesWithAConsumerEach) {
+    Exchange x(4);
     const SmokeHandle other =
-        x.host.add_smoke({{"number_of_particles", 2}, {"birth_rate", 1e7}, {"life_time", 1000.0}}, "other");
+        x.host.add_smoke({{"number_of_particles", 3}, {"birth_rate", 1e7}, {"life_time", 1000.0}}, "other");
+    ParticleExchangeBlock* const block = x.attach({0, 10, 1});
+    ParticleExchangeBlock* const other_block = x.attach({2, 60, 0}, other);
+    ASSERT_NE(block, other_block);
+    x.claim_all();
+    const std::vector<Particle*> held = x.host.active(x.smoke);
     x.host.run_frames(1);
-    x.attach({0, 10, 1});
-    const float age = x.host.active(other)[0]->age;
-    const float held = x.host.active(x.smoke)[0]->age;
-    x.host.run_frames(1);
-    EXPECT_EQ(age + 0.25f, x.host.active(other)[0]->age);
-    EXPECT_EQ(held, x.host.active(x.smoke)[0]->age);
-    EXPECT_EQ(100.0f, x.host.block(other).parameters.life_time_scale);
-    x.detach();
+    EXPECT_EQ(held, x.host.active(x.smoke)) << "none is born";
     EXPECT_EQ(2, x.host.active_count(other));
+    EXPECT_EQ(10.0f, x.host.block(x.smoke).parameters.life_time_scale);
+    EXPECT_EQ(60.0f, x.host.block(other).parameters.life_time_scale);
+
+    for (Particle* p = *other_block->active_head; p != nullptr; p = p->next) p->claimed = 1;
+    x.host.set(other, "number_of_particles", 1);
+    for (const int size : {1, 4}) {
+        x.host.set(x.smoke, "number_of_particles", size);
+        x.host.run_frames(1);
+    }
+    EXPECT_EQ(1u, x.host.deleted(other).size());
+    stage::remove_geometry(x.host.stage(), other.container);
+    x.host.run_frames(1);
+    EXPECT_EQ(held[3], *block->active_head);
+    EXPECT_EQ(3u, x.host.inactive(x.smoke).size()) << "new ones";
+    EXPECT_EQ((std::vector<Particle*>{held[2], held[1], held[0]}), x.host.deleted(x.smoke));
+    for (const Particle* p : held) EXPECT_EQ(1, p->claimed);
+    EXPECT_EQ(block, x.attach());
+    x.detach();
+    EXPECT_EQ(4u, x.host.inactive(x.smoke).size());
+    EXPECT_TRUE(x.host.deleted(x.smoke).empty());
 }
 
 }  // namespace
