@@ -37,7 +37,7 @@ bool takes_next(Gather& gather) {
 
 void claim_or_pass(Gather& gather, Particle& particle) {
     if (!takes_next(gather)) {
-        particle.released = 1;  // with neither flag it would stand still, unseen
+        particle.claimed = kFree;  // with neither flag it would stand still, unseen
         return;
     }
     particle.claimed = 1 + gather.next_number;
@@ -49,7 +49,7 @@ void tend(Gather& gather, Particle& particle, const Moment& moment) {
     const Slots& slots = gather.slots;
     const float dt = gather.schedule.frame_seconds;
     float pull = 0;
-    if (particle.claimed != 0) {
+    if (is_held(particle)) {
         const int32_t number = particle.claimed - 1;
         const Place place = place_of(gather.outline, number);
         if (moment.stage == Stage::Releasing && is_let_go(slots, moment.seconds, place.across)) {
@@ -71,9 +71,11 @@ void tend_all(Gather& gather, const ParticleExchangeBlock& block, const Moment& 
     for (Particle* p = *block.active_head; p != nullptr; p = p->next) {
         const bool newborn = p->claimed == 0 && p->released == 0;
         if (newborn && param::set_colour(gather.slots)) colour_newborn(*p, gather.slots);
-        if (gathering && p->claimed == 0 && (newborn || begins))
+        if (gathering && !is_held(*p) && (newborn || begins))
             claim_or_pass(gather, *p);
-        else if (newborn || !has_shape || moment.stage == Stage::Free)
+        else if (newborn)
+            p->claimed = kFree;
+        else if (is_held(*p) && (!has_shape || moment.stage == Stage::Free))
             drop(*p);
         tend(gather, *p, moment);
     }

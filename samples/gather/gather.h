@@ -12,7 +12,7 @@ namespace gather {
 
 /// The block: the slots first, as the host fills them, then the instance's own state, built in place. Of the smoke it
 /// keeps a handle and no pointer: the exchange block is asked for anew in every frame, and which place belongs to which
-/// particle is written in the particle (`claimed` is the place's number and 1).
+/// particle is written in the particle (`is_held`).
 struct Gather {
     Slots slots;
     Schedule schedule;

@@ -9,6 +9,15 @@
 
 namespace gather {
 
+/// The `claimed` of a particle that is left to itself. It moves and is seen, as it would be once released; but of a
+/// released one the smoke's Death Acceleration cuts the life.
+constexpr int32_t kFree = -1;
+
+/// Whether the particle has a place: its `claimed` is the place's number and 1.
+inline bool is_held(const Particle& particle) {
+    return particle.claimed > 0;
+}
+
 /// Pulls toward the place like a damped spring and keeps the particle from growing old. pull: 0 to 1.
 void hold(Particle& particle, int32_t number, const Place& place, float pull, const Slots& slots, float dt);
 

@@ -62,11 +62,11 @@ struct Scene : TestHost {
 int count(const std::vector<Particle*>& list, auto&& predicate) {
     return static_cast<int>(std::count_if(list.begin(), list.end(), [&](const Particle* p) { return predicate(*p); }));
 }
-bool is_claimed(const Particle& p) {
-    return p.claimed != 0;
+bool is_held(const Particle& p) {
+    return p.claimed > 0;
 }
-bool is_released(const Particle& p) {
-    return p.released != 0;
+bool is_free(const Particle& p) {
+    return p.claimed < 0 || (p.claimed == 0 && p.released);
 }
 
 // Of each record exactly one list has it, and the pool is whole.
@@ -132,7 +132,7 @@ TEST(Gather, PullsSmokeOntoTheOutline) {
         scene.run_frames(4 * kFramesPerSecond);
         EXPECT_GT(before, 50);
         EXPECT_LT(mean_distance(scene), before / 20);
-        EXPECT_EQ(200, count(scene.active(scene.smoke), is_claimed));
+        EXPECT_EQ(200, count(scene.active(scene.smoke), is_held));
         EXPECT_THAT(scene.complaints(), IsEmpty());
     }
 }
@@ -207,7 +207,7 @@ TEST(Gather, LetsGoWithAPush) {
     scene.run_frames(4 * kFramesPerSecond + kFramesPerSecond / 2);
     const std::vector<Particle*> later = scene.active(scene.smoke);
     EXPECT_EQ(200, later.size());
-    EXPECT_EQ(200, count(later, [](const Particle& p) { return p.released && p.velocity.y > 0; }));
+    EXPECT_EQ(200, count(later, [](const Particle& p) { return is_free(p) && p.velocity.y > 0; }));
 }
 
 TEST(Gather, SweepsAlongXAndRunsByItsTimes) {
@@ -221,28 +221,30 @@ TEST(Gather, SweepsAlongXAndRunsByItsTimes) {
     EXPECT_EQ(0, scene.block(scene.smoke).consumer_attached);
     scene.run_frames(kFramesPerSecond + kFramesPerSecond / 2);
     EXPECT_EQ(1, scene.block(scene.smoke).consumer_attached);
-    EXPECT_EQ(0, count(scene.active(scene.smoke), is_released));
+    EXPECT_EQ(0, count(scene.active(scene.smoke), is_free));
     scene.run_frames(kFramesPerSecond);  // half way through the release
     for (const Particle* p : scene.active(scene.smoke)) {
-        if (p->claimed) {
+        if (is_held(*p)) {
             EXPECT_GT(p->position.x, -5);  // its place is right of the middle, and it is nearly there
         }
     }
-    EXPECT_GT(count(scene.active(scene.smoke), is_claimed), 20);
-    EXPECT_GT(count(scene.active(scene.smoke), is_released), 20);
+    EXPECT_GT(count(scene.active(scene.smoke), is_held), 20);
+    EXPECT_GT(count(scene.active(scene.smoke), is_free), 20);
     scene.run_frames(kFramesPerSecond);
-    EXPECT_EQ(0, count(scene.active(scene.smoke), is_claimed));
+    EXPECT_EQ(0, count(scene.active(scene.smoke), is_held));
     ASSERT_TRUE(stage::press_button(scene.stage(), scene.consumer, "restart"));
     scene.run_frames(3 * kFramesPerSecond + kFramesPerSecond / 2);
-    EXPECT_EQ(0, count(scene.active(scene.smoke), is_released));
+    EXPECT_EQ(0, count(scene.active(scene.smoke), is_free));
 }
 
 TEST(Gather, TakesTheShareAndLeavesTheRestFree) {
-    Scene scene({{"share", 25.0}}, {{"number_of_particles", 200}, {"birth_rate", 1e5}, {"life_time", 100.0}});
+    Scene scene({{"share", 25.0}, {"death_acceleration", 50.0}},
+                {{"number_of_particles", 200}, {"birth_rate", 1e5}, {"life_time", 100.0}});
     scene.run_frames(3);
     const std::vector<Particle*> list = scene.active(scene.smoke);
-    EXPECT_EQ(50, count(list, is_claimed));
-    EXPECT_EQ(150, count(list, is_released));
+    EXPECT_EQ(50, count(list, is_held));
+    EXPECT_EQ(150, count(list, is_free));
+    EXPECT_EQ(200, count(list, [](const Particle& p) { return p.life == 100; })) << "nobody's life is cut";
 }
 
 TEST(Gather, HandsItsSettingsToTheSmoke) {
@@ -289,14 +291,14 @@ TEST(Gather, ColoursWhatItHoldsAndWhatIsFree) {
 TEST(GatherProtocol, SurvivesTheSmoke) {
     Scene scene;
     scene.run_frames(kFramesPerSecond);
-    ASSERT_GT(count(scene.active(scene.smoke), is_claimed), 50);
+    ASSERT_GT(count(scene.active(scene.smoke), is_held), 50);
     ASSERT_TRUE(stage::remove_container(scene.stage(), scene.smoke.container));
     scene.run_frames(kFramesPerSecond);
     const SmokeHandle again = scene.add_smoke(Scene::usual_smoke());  // the same name: the next one to attach to
     scene.run_frames(kFramesPerSecond);
     EXPECT_EQ(1, scene.block(again).consumer_attached);
     // It runs after the consumer now: what was born in this frame, two of them, is not claimed yet.
-    EXPECT_EQ(scene.active_count(again) - 2, count(scene.active(again), is_claimed));
+    EXPECT_EQ(scene.active_count(again) - 2, count(scene.active(again), is_held));
     EXPECT_THAT(scene.complaints(), IsEmpty());
 }
 
@@ -321,7 +323,7 @@ TEST(GatherProtocol, DetachesWhenItIsRemovedFirst) {
                                     : stage::remove_geometry(scene.stage(), scene.consumer));
         EXPECT_EQ(0, scene.block(scene.smoke).consumer_attached);
         EXPECT_EQ(0, scene.active_count(scene.smoke));
-        EXPECT_EQ(0, count(scene.inactive(scene.smoke), is_claimed));
+        EXPECT_EQ(0, count(scene.inactive(scene.smoke), [](const Particle& p) { return p.claimed != 0; }));
         EXPECT_THAT(scene.deleted(scene.smoke), IsEmpty());
         scene.run_frames(kFramesPerSecond);
         EXPECT_EQ(50, scene.active_count(scene.smoke));
@@ -334,7 +336,7 @@ TEST(GatherProtocol, LetsGoOfWhatLeavesThePool) {
     for (const bool consumer_first : {false, true}) {
         Scene scene({}, {}, consumer_first);
         scene.run_frames(3 * kFramesPerSecond);
-        ASSERT_EQ(200, count(scene.active(scene.smoke), is_claimed));
+        ASSERT_EQ(200, count(scene.active(scene.smoke), is_held));
         const std::vector<Particle*> before = scene.active(scene.smoke);
         for (const int size : {60, 150, 0, 200, 199}) {
             scene.set(scene.smoke, "number_of_particles", size);
@@ -354,11 +356,11 @@ TEST(GatherProtocol, DropsWhatItHoldsWhenTheShapeGoes) {
     scene.run_frames(3 * kFramesPerSecond);
     ASSERT_TRUE(stage::remove_geometry(scene.stage(), scene.target));
     scene.run_frames(2);
-    EXPECT_EQ(0, count(scene.active(scene.smoke), is_claimed));
-    EXPECT_EQ(scene.active_count(scene.smoke), count(scene.active(scene.smoke), is_released));
+    EXPECT_EQ(0, count(scene.active(scene.smoke), is_held));
+    EXPECT_EQ(scene.active_count(scene.smoke), count(scene.active(scene.smoke), is_free));
     stage::set_mesh_geometry(scene.stage(), scene.target, {{kSquare}});
     scene.run_frames(2);
-    EXPECT_EQ(scene.active_count(scene.smoke), count(scene.active(scene.smoke), is_claimed));
+    EXPECT_EQ(scene.active_count(scene.smoke), count(scene.active(scene.smoke), is_held));
     EXPECT_THAT(scene.complaints(), IsEmpty());
 }
 
@@ -366,7 +368,7 @@ TEST(GatherProtocol, ChangesOverToAnotherSmoke) {
     Scene scene;
     const SmokeHandle other = scene.add_smoke(Scene::usual_smoke(), "other");
     scene.run_frames(kFramesPerSecond);
-    scene.set_consumer("smoke_container", std::string("other"));
+    scene.set_consumer("smoke_container", "#" + std::to_string(stage::number_of(other.container)));
     scene.run_frames(2);
     EXPECT_EQ(0, scene.block(scene.smoke).consumer_attached);
     EXPECT_EQ(1, scene.block(other).consumer_attached);
