@@ -29,6 +29,8 @@ TEST(Guide, ItsPluginSwirlsTheSmoke) {
     // Born in the second of the fifty frames, and turned at the end of each since.
     EXPECT_NEAR(49 * 3, std::remainder(std::atan2(oldest.z, -oldest.x) * 180 / M_PI, 360), 2);
     EXPECT_NEAR(0, oldest.y, 1e-3);
+    const Vector3 youngest = list.front()->velocity;
+    EXPECT_NEAR(std::hypot(youngest.x, youngest.z), std::hypot(oldest.x, oldest.z), 1e-4);
     EXPECT_EQ(1, list.back()->claimed);
 
     ASSERT_TRUE(stage::remove_container(host.stage(), carrier));
