@@ -24,7 +24,7 @@ const Crowd kCrowds[] = {{1, "frame/1_smoke_of_25000"},
 
 std::string column(const Figures& figures, const std::string& name, double unit) {
     const auto found = figures.find(name);
-    return found == figures.end() ? " nan" : fmt::format(" {:.3f}", median(found->second) / unit);
+    return found == figures.end() ? " nan" : fmt::format(" {:.3f}", minimum(found->second) / unit);
 }
 
 std::string by_particles(const Figures& figures) {
