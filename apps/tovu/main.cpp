@@ -1,6 +1,8 @@
-// The command line. Only here is anything printed, and the exit status chosen: 0 when all is well, 2 for a mistake.
+// The command line. Only here is anything printed, and the exit status chosen: 0 when all is well, 2 for a mistake, 128
+// and the signal's number when one ended a render.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <memory>
 
@@ -32,14 +34,36 @@ int run_params(const tovu::ParamsOptions& options) {
     return 0;
 }
 
+volatile std::sig_atomic_t ending_signal = 0;
+
+// A render that is told to end gives up by itself, so that it takes its unfinished file along. A second signal ends the
+// program at once.
+void end_renders_on_signals() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler == SIG_IGN) continue;  // whoever started it in the background wants it so
+        struct sigaction action {};
+        action.sa_handler = [](int received) { ending_signal = received; };
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(signal, &action, nullptr);
+    }
+}
+
 int run_render(const tovu::RenderOptions& options) {
+    end_renders_on_signals();
     std::unique_ptr<stage::ProgressLine> line;
     const auto progress = [&line](int done, int total) {
         if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
         line->show(done);
     };
-    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress);
+    const stage::Result<tovu::RenderReport> report =
+        tovu::render_scene(options, progress, [] { return ending_signal != 0; });
     line.reset();
+    if (!report && ending_signal != 0) {
+        fail("the render was ended from outside");
+        return 128 + ending_signal;
+    }
     if (!report) return fail(report.error().message);
     for (const std::string& complaint : report->complaints) std::fprintf(stderr, "warning: %s\n", complaint.c_str());
     std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");

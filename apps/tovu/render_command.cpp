@@ -54,11 +54,20 @@ Result<Done> write_frame(Output& output, int frame, const stage::Picture& pictur
     return file ? stage::write_png(*file, picture) : Result<Done>(file.error());
 }
 
+// One frame at a time, so that giving up does not wait for all that come before a picture.
+Result<Done> run_to_picture(stage::SceneRun& run, int frame, const RenderGivenUp& given_up) {
+    while (run.next_frame <= frame) {
+        if (given_up()) return Error{"given up"};
+        if (const Result<Done> done = stage::run_until(run, run.next_frame); !done) return done;
+    }
+    return Done{};
+}
+
 Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Output& output,
-                           const RenderProgress& progress) {
+                           const RenderProgress& progress, const RenderGivenUp& given_up) {
     progress(0, plan.last - plan.first + 1);
     for (int frame = plan.first; frame <= plan.last; ++frame) {
-        if (const Result<Done> done = stage::run_until(run, frame); !done) return done;
+        if (const Result<Done> done = run_to_picture(run, frame, given_up); !done) return done;
         const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
         if (!picture) return picture.error();
         if (const Result<Done> done = write_frame(output, frame, *picture); !done) return done;
@@ -69,7 +78,8 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
 
 }  // namespace
 
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress) {
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
+                                         const RenderGivenUp& given_up) {
     const Result<RenderPlan> plan = plan_render(options);
     if (!plan) return plan.error();
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
@@ -79,7 +89,8 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!canvas) return canvas.error();
     Result<Output> output = open_output(*plan, options.output);
     if (!output) return output.error();
-    if (const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress); !done) return done.error();
+    const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress, given_up);
+    if (!done) return done.error();
     RenderReport report;
     report.frames = plan->last - plan->first + 1;
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)

@@ -29,8 +29,12 @@ struct RenderReport {
 /// Called before the first and after each picture, from the thread that renders.
 using RenderProgress = std::function<void(int frames_done, int frames_total)>;
 
+/// Asked before every frame that is simulated: true gives the render up.
+using RenderGivenUp = std::function<bool()>;
+
 /// The error has a line for each mistake, and says what would be right. Nothing is written then, except for the whole
-/// pictures of a numbered row that came before a fault.
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress);
+/// pictures of a numbered row that came before a fault. Giving up is an error too.
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
+                                         const RenderGivenUp& given_up);
 
 }  // namespace tovu

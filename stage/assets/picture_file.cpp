@@ -47,6 +47,40 @@ int is_source_at_end(void* user) {
 
 constexpr stbi_io_callbacks kCallbacks = {read_source, skip_source, is_source_at_end};
 
+/// The same straight from a file, for its head.
+int read_stream(void* user, char* data, int size) {
+    std::ifstream& file = *static_cast<std::ifstream*>(user);
+    file.read(data, size);
+    return static_cast<int>(file.gcount());
+}
+
+void skip_stream(void* user, int count) {
+    std::ifstream& file = *static_cast<std::ifstream*>(user);
+    file.clear();
+    file.seekg(count, std::ios::cur);
+}
+
+int is_stream_at_end(void* user) {
+    return static_cast<std::ifstream*>(user)->peek() == std::ifstream::traits_type::eof();
+}
+
+constexpr stbi_io_callbacks kStreamCallbacks = {read_stream, skip_stream, is_stream_at_end};
+
+/// The error of a head that was read, or nothing.
+std::string head_problem(const std::string& name, bool known, int width, int height) {
+    if (!known) return name + ": not a PNG, JPEG, TGA or BMP picture";
+    if (width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide) return {};
+    return fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide);
+}
+
+Result<std::ifstream> open_picture(const std::filesystem::path& path) {
+    if (std::error_code code; std::filesystem::is_directory(path, code))
+        return Error{path.string() + ": a folder, not a picture file"};
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    return file;
+}
+
 struct FreePixels {
     void operator()(stbi_uc* pixels) const { stbi_image_free(pixels); }
 };
@@ -82,11 +116,8 @@ Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string
     int width = 0;
     int height = 0;
     int channels = 0;
-    if (!stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels))
-        return Error{name + ": not a PNG, JPEG, TGA or BMP picture"};
-    if (width < 1 || height < 1 || width > kMaxPictureSide || height > kMaxPictureSide)
-        return Error{
-            fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide)};
+    const bool known = stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels) != 0;
+    if (const std::string problem = head_problem(name, known, width, height); !problem.empty()) return Error{problem};
 
     source = Source{bytes};
     const std::unique_ptr<stbi_uc, FreePixels> pixels(
@@ -97,13 +128,23 @@ Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string
 }
 
 Result<Picture> read_picture(const std::filesystem::path& path) {
-    if (std::error_code code; std::filesystem::is_directory(path, code))
-        return Error{path.string() + ": a folder, not a picture file"};
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad()) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    Result<std::ifstream> file = open_picture(path);
+    if (!file) return file.error();
+    const std::string text{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+    if (file->bad()) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
     return decode_picture({reinterpret_cast<const uint8_t*>(text.data()), text.size()}, path.string());
+}
+
+Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path) {
+    Result<std::ifstream> file = open_picture(path);
+    if (!file) return file.error();
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    const bool known = stbi_info_from_callbacks(&kStreamCallbacks, &*file, &width, &height, &channels) != 0;
+    if (const std::string problem = head_problem(path.string(), known, width, height); !problem.empty())
+        return Error{problem};
+    return std::array<int32_t, 2>{width, height};
 }
 
 }  // namespace stage

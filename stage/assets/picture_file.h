@@ -1,6 +1,7 @@
 // Pictures from files.
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <span>
 #include <string>
@@ -19,7 +20,11 @@ inline constexpr int32_t kMaxPictureSide = 16384;
 /// of these formats, damaged, ending too early, larger than kMaxPictureSide.
 STAGE_EXPORT Result<Picture> read_picture(const std::filesystem::path& path);
 
-/// The same from bytes in memory; `name` stands for the file in messages.
+/// Width and height of a picture file in pixels, from its head alone: damage further on goes unnoticed. Errors as
+/// above.
+STAGE_EXPORT Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path);
+
+/// The whole picture from bytes in memory; `name` stands for the file in messages.
 STAGE_EXPORT Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string& name);
 
 }  // namespace stage

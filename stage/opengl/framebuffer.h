@@ -12,9 +12,9 @@ namespace stage {
 
 enum class FrameDepth {
     kFloat16,  // per channel; the default
-    /// 8 bits per channel, for half the memory. Layers fainter than one step of 255 are lost or rounded up to one: 400
-    /// puffs of alpha 0 to 0.03 in three columns came out 2.3 of 255 away from kFloat16 on average and 39 at most, a
-    /// third of the pixels by more than 2, with coloured fringes and hard contours that everybody sees.
+    /// 8 bits per channel, for half the memory. Layers fainter than one step of 255 are lost or rounded up to
+    /// one: three columns of 400 puffs each, of alpha 0 to 0.03, came out 2.3 of 255 away from kFloat16 on average and
+    /// 39 at most, a third of the pixels by more than 2, with coloured fringes and hard contours that everybody sees.
     kBytes,
 };
 

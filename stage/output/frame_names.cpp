@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <charconv>
+#include <map>
+
 namespace stage {
 namespace {
 
@@ -27,6 +31,52 @@ NumberField parse_field(std::string_view text) {
     return field;
 }
 
+/// A pattern taken apart: what stands around its number, with %% for % already undone.
+struct FramePattern {
+    std::string before;
+    std::string after;
+    NumberField field;
+};
+
+Result<FramePattern> parse_pattern(const std::string& pattern) {
+    const Error malformed{pattern +
+                          ": a pattern of frame names holds one number such as %04d, and %% for a percent sign"};
+    FramePattern parsed;
+    for (size_t at = 0; at < pattern.size();) {
+        std::string& text = parsed.field.length == 0 ? parsed.before : parsed.after;
+        if (pattern[at] != '%') {
+            text += pattern[at++];
+        } else if (pattern.compare(at, 2, "%%") == 0) {
+            text += '%';
+            at += 2;
+        } else {
+            const NumberField field = parse_field(std::string_view(pattern).substr(at));
+            if (field.length == 0 || parsed.field.length != 0) return malformed;
+            parsed.field = field;
+            at += field.length;
+        }
+    }
+    return parsed.field.length == 0 ? Result<FramePattern>(malformed) : parsed;
+}
+
+std::string name_of(const FramePattern& pattern, int number) {
+    const NumberField& field = pattern.field;
+    return pattern.before +
+           (field.zeros ? fmt::format("{:0{}}", number, field.width) : fmt::format("{:{}}", number, field.width)) +
+           pattern.after;
+}
+
+/// The number that makes this name of the pattern, or -1.
+int number_in(const FramePattern& pattern, const std::string& name) {
+    const size_t around = pattern.before.size() + pattern.after.size();
+    if (name.size() <= around || !name.starts_with(pattern.before)) return -1;
+    std::string_view digits = std::string_view(name).substr(pattern.before.size(), name.size() - around);
+    digits.remove_prefix(std::min(digits.find_first_not_of(' '), digits.size()));
+    int number = -1;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    return number >= 0 && name_of(pattern, number) == name ? number : -1;
+}
+
 }  // namespace
 
 bool is_frame_pattern(const std::string& name) {
@@ -34,28 +84,38 @@ bool is_frame_pattern(const std::string& name) {
 }
 
 Result<std::filesystem::path> frame_name(const std::string& pattern, int number) {
-    const Error malformed{pattern +
-                          ": a pattern of frame names holds one number such as %04d, and %% for a percent sign"};
+    const Result<FramePattern> parsed = parse_pattern(pattern);
+    if (!parsed) return parsed.error();
     if (number < 0) return Error{fmt::format("{}: there is no frame {}", pattern, number)};
-    std::string name;
-    int fields = 0;
-    for (size_t at = 0; at < pattern.size();) {
-        if (pattern[at] != '%') {
-            name += pattern[at++];
-        } else if (pattern.compare(at, 2, "%%") == 0) {
-            name += '%';
-            at += 2;
-        } else {
-            const NumberField field = parse_field(std::string_view(pattern).substr(at));
-            if (field.length == 0) return malformed;
-            name +=
-                field.zeros ? fmt::format("{:0{}}", number, field.width) : fmt::format("{:{}}", number, field.width);
-            at += field.length;
-            ++fields;
-        }
+    return std::filesystem::path(name_of(*parsed, number));
+}
+
+Result<std::vector<std::filesystem::path>> numbered_files(const std::filesystem::path& folder,
+                                                          const std::string& pattern) {
+    const Result<FramePattern> parsed = parse_pattern(pattern);
+    if (!parsed) return parsed.error();
+    std::map<int, std::filesystem::path> found;
+    std::error_code code;
+    std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, code);
+    for (; !code && entry != std::filesystem::directory_iterator(); entry.increment(code)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code ignored;
+        if (const int number = number_in(*parsed, name); number >= 0 && entry->is_regular_file(ignored))
+            found[number] = folder / name;
     }
-    if (fields != 1) return malformed;
-    return std::filesystem::path(name);
+    if (found.empty())
+        return Error{fmt::format("there is no file that '{}' stands for in the folder '{}'", pattern,
+                                 folder.empty() ? "." : folder.string())};
+    std::vector<std::filesystem::path> files;
+    for (const auto& [number, file] : found) {
+        const int expected = found.begin()->first + static_cast<int>(files.size());
+        if (number != expected)
+            return Error{fmt::format("'{}' is missing: there are files from number {} to {}, which leave none out",
+                                     (folder / name_of(*parsed, expected)).string(), found.begin()->first,
+                                     found.rbegin()->first)};
+        files.push_back(file);
+    }
+    return files;
 }
 
 }  // namespace stage

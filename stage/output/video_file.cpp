@@ -29,7 +29,9 @@ struct VideoFile::Encoder {
     Encoder(const Encoder&) = delete;
     Encoder& operator=(const Encoder&) = delete;
     ~Encoder() {
-        if (!finished) discard_partial(path);
+        if (finished) return;
+        { const ChildProcess ended = std::move(ffmpeg); }  // first: it may be about to make the file
+        discard_partial(path);
     }
 
     /// Once ffmpeg has ended before its time.

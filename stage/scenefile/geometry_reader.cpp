@@ -120,9 +120,9 @@ void read_geometry(KeyReader& reader, const KeyedNode& entry, std::optional<Geom
     GeometryDescription geometry;
     geometry.place = place_of(reader, entry.node.source());
     const size_t errors_before = reader.errors.size();
-    read_keys(reader, *table, "[container.geometry]", kGeometryKeys, geometry);
+    read_keys(reader, *table, "a geometry", kGeometryKeys, geometry);
     if (!table->contains("kind"))
-        report(reader, table->source(), fmt::format("geometry needs a kind: {}", fmt::join(kind_names(), ", ")));
+        report(reader, table->source(), fmt::format("a geometry needs a kind: {}", fmt::join(kind_names(), ", ")));
     else if (reader.errors.size() == errors_before)
         check_keys_of_kind(reader, *table, kKinds[static_cast<size_t>(geometry.kind)]);
     out = geometry;

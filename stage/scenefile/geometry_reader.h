@@ -1,4 +1,4 @@
-// The geometry table of a container: a shape that smoke can be born from.
+// The table of a shape that smoke can be born from: a container's geometry, from the start or through the timeline.
 #pragma once
 
 #include "stage/scenefile/key_reader.h"

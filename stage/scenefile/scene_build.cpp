@@ -8,12 +8,11 @@
 #include <numbers>
 #include <set>
 
-#include "stage/assets/picture_file.h"
 #include "stage/assets/sprites.h"
 #include "stage/plugins/instance.h"
 #include "stage/scenefile/names.h"
 #include "stage/scenefile/parameter_check.h"
-#include "stage/scenefile/shape_build.h"
+#include "stage/scenefile/timeline.h"
 
 namespace stage {
 
@@ -48,13 +47,16 @@ void set_camera(const CameraDescription& description, Camera& camera) {
     camera.tilt_degrees = static_cast<float>(std::atan2(y, std::hypot(x, z)) * kDegreesPerRadian);
 }
 
-void add_picture(Builder& builder, const std::string& name, const Place& place, Result<Picture> picture) {
-    if (!picture) {
-        builder.errors.push_back(place + ": " + picture.error().message);
-        return;
-    }
-    const Result<int32_t> added = add_image(*builder.built.stage, name, picture->width, picture->height,
-                                            picture->format, std::move(picture->bytes));
+// Time of the first frame, in seconds from the first picture.
+double first_time(const SceneDescription& scene) {
+    return static_cast<double>(-prewarm_frames(scene)) / scene.frame_rate;
+}
+
+void add_sprite(Builder& builder, const std::string& name, const Place& place) {
+    Result<Picture> picture = make_sprite(name);
+    const Result<int32_t> added = !picture ? Result<int32_t>(picture.error())
+                                           : add_image(*builder.built.stage, name, picture->width, picture->height,
+                                                       picture->format, std::move(picture->bytes));
     if (!added) builder.errors.push_back(place + ": " + added.error().message);
 }
 
@@ -62,9 +64,12 @@ void add_picture(Builder& builder, const std::string& name, const Place& place, 
 void add_images(Builder& builder) {
     std::set<std::string> sprites;
     for (const SpriteKind& sprite : sprite_kinds()) sprites.insert(sprite.name);
-    for (const auto& [name, image] : builder.scene.images) {
-        sprites.erase(name);
-        add_picture(builder, name, image.place, read_picture(image.file));
+    builder.built.images = make_image_tracks(builder.scene, builder.errors);
+    for (ImageTrack& image : builder.built.images) {
+        sprites.erase(image.name);
+        if (!builder.errors.empty()) continue;
+        const Result<Done> shown = show_image(*builder.built.stage, image, first_time(builder.scene));
+        if (!shown) builder.errors.push_back(shown.error().message);
     }
     std::map<std::string, Place> named;
     for (const ContainerDescription& container : builder.scene.containers) {
@@ -79,7 +84,7 @@ void add_images(Builder& builder) {
         }
     }
     for (const auto& [name, place] : named) {
-        if (sprites.contains(name)) add_picture(builder, name, place, make_sprite(name));
+        if (sprites.contains(name)) add_sprite(builder, name, place);
     }
 }
 
@@ -111,15 +116,10 @@ void add_containers(Builder& builder) {
 
 // Shapes come before instances, which may look for them as they are made.
 void add_shapes(Builder& builder) {
-    for (size_t i = 0; i < builder.scene.containers.size(); ++i) {
-        const ContainerDescription& description = builder.scene.containers[i];
-        if (!description.geometry) continue;
-        Result<std::vector<Mesh>> meshes = build_shape(*description.geometry);
-        if (meshes)
-            set_mesh_geometry(*builder.built.stage, builder.built.container_handles[i], std::move(*meshes));
-        else
-            builder.errors.push_back(description.geometry->place + ": " + meshes.error().message);
-    }
+    builder.built.shapes = build_shape_tracks(builder.scene, builder.errors);
+    for (ShapeTrack& shape : builder.built.shapes)
+        show_shape(*builder.built.stage, builder.built.container_handles[static_cast<size_t>(shape.container)], shape,
+                   first_time(builder.scene));
 }
 
 // "smoke" and an empty name are the given library; a plain name is a library that lies beside it; what has a dot or a
@@ -147,6 +147,7 @@ void load_plugins(Builder& builder) {
 
 void check_timeline(Builder& builder) {
     for (const TimelineEntry& entry : builder.scene.timeline) {
+        if (entry.container < 0) continue;
         const PluginId id = builder.plugins[static_cast<size_t>(entry.container)];
         if (id < 0) continue;
         check_settings(builder.scene, plugin(id), entry.parameters, builder.errors);
@@ -172,7 +173,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     StageOptions options;
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
-    Builder builder{description, smoke_plugin, {description, make_stage(options), {}}, {}, {}};
+    Builder builder{description, smoke_plugin, {description, make_stage(options), {}, {}, {}}, {}, {}};
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
     add_containers(builder);

@@ -6,7 +6,9 @@
 
 #include "stage/result.h"
 #include "stage/scene/stage.h"
+#include "stage/scenefile/image_track.h"
 #include "stage/scenefile/scene_description.h"
+#include "stage/scenefile/shape_track.h"
 #include "stage/stage_export.h"
 
 namespace stage {
@@ -15,12 +17,14 @@ struct BuiltScene {
     SceneDescription description;
     StagePtr stage;
     std::vector<int32_t> container_handles;  // by index of the description's containers
+    std::vector<ImageTrack> images;
+    std::vector<ShapeTrack> shapes;
 };
 
-/// Makes a Stage at its first frame: images, containers, shapes, plug-in instances with their parameters, the camera.
-/// smoke_plugin: the library that "smoke", or no plug-in named, stands for.
-/// The error has a line for each mistake, "file:line:column: …": names and values of parameters (those of the timeline
-/// too), textures, images, plug-ins and shapes that cannot be had.
+/// Makes a Stage at its first frame, pre-warming ones included: images, containers, shapes, plug-in instances with
+/// their parameters, the camera. smoke_plugin: the library that "smoke", or no plug-in named, stands for. The error has
+/// a line for each mistake, "file:line:column: …": names and values of parameters (those of the timeline too),
+/// textures, images, plug-ins and shapes that cannot be had.
 STAGE_EXPORT Result<BuiltScene> build_scene(const SceneDescription& description, const std::string& smoke_plugin);
 
 }  // namespace stage

@@ -78,31 +78,46 @@ struct ContainerDescription {
 /// What happens once, before the first frame whose time is not below `time`.
 struct TimelineEntry {
     double time = 0.0;       // seconds from the first picture, 0 or more
-    int32_t container = -1;  // index
+    int32_t container = -1;  // index; -1 for an entry about an image
     std::vector<ParameterSetting> parameters;
     std::string press;  // name of a push button, empty for none
     Place press_place;
+    std::optional<GeometryDescription> geometry;  // the container's shape from then on
+    std::string image;                            // name of an image of the scene, empty for none
+    std::filesystem::path file;                   // its picture from then on
+    Place file_place;
     Place place;
 };
 
-enum class Ease { kLinear, kSmooth };
-enum class TrackProperty { kPosition, kRotation, kScale };
+enum class Ease { kLinear, kSmooth, kStep };  // step: not at all until the key's time
+enum class TrackProperty { kPosition, kRotation, kScale, kGeometry };
 
 struct TrackKey {
-    double time = 0.0;  // seconds, above the key before
-    Triple value = {0, 0, 0};
-    Ease ease = Ease::kLinear;  // of the way from the key before to this one
+    double time = 0.0;                            // seconds, above the key before
+    Triple value = {0, 0, 0};                     // of every property but geometry
+    std::optional<GeometryDescription> geometry;  // of the property geometry
+    Ease ease = Ease::kLinear;                    // of the way from the key before to this one
 };
 
-/// Motion of one container between keyed values: held before the first key and after the last.
+/// Motion or deformation of one container between keyed values: held before the first key and after the last.
 struct Track {
     int32_t container = -1;  // index
     TrackProperty property = TrackProperty::kPosition;
     std::vector<TrackKey> keys;  // one or more
 };
 
+enum class Play {
+    kLoop,  // from the first picture again after the last
+    kHold,  // the last picture stays
+    kOnce,  // black and transparent before the first picture and after the last
+};
+
+/// One picture, or a sequence of them.
 struct ImageDescription {
-    std::filesystem::path file;
+    std::vector<std::filesystem::path> files;  // one or more, in the order they are shown
+    double frame_rate = 50.0;                  // sequence: pictures per second, above 0
+    double start = 0.0;                        // sequence: seconds from the scene's first picture to its own first
+    Play play = Play::kLoop;                   // sequence; but for kOnce its first picture is there before its start
     Place place;
 };
 

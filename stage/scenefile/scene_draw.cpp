@@ -21,20 +21,19 @@ Result<unsigned int> texture_of(SceneCanvas& canvas, const Stage& stage, int32_t
     return cached.texture.number();
 }
 
-const ContainerDescription* description_of(const BuiltScene& scene, int32_t container_handle) {
-    for (size_t i = 0; i < scene.container_handles.size(); ++i) {
-        if (scene.container_handles[i] == container_handle) return &scene.description.containers[i];
+std::optional<Triple> fill_of(const BuiltScene& scene, int32_t container_handle) {
+    for (const ShapeTrack& shape : scene.shapes) {
+        if (scene.container_handles[static_cast<size_t>(shape.container)] == container_handle) return shown_fill(shape);
     }
-    return nullptr;
+    return {};
 }
 
 // Shapes are there for plug-ins to read; the ones with a fill colour are seen as well.
 void draw_shape(PassSettings settings, const BuiltScene& scene, const Container& container) {
-    const ContainerDescription* description = description_of(scene, container.handle);
+    const std::optional<Triple> fill = fill_of(scene, container.handle);
     const Geometry* geometry = geometry_of(*scene.stage, container.handle);
-    if (description == nullptr || geometry == nullptr || !description->geometry || !description->geometry->fill) return;
-    const Triple& fill = *description->geometry->fill;
-    settings.color = {fill[0], fill[1], fill[2], 1.0f};
+    if (geometry == nullptr || !fill) return;
+    settings.color = {(*fill)[0], (*fill)[1], (*fill)[2], 1.0f};
     settings.texture = 0;
     std::vector<float> points;
     std::vector<int32_t> outline_sizes;

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "stage/scenefile/container_reader.h"
+#include "stage/scenefile/image_reader.h"
 #include "stage/scenefile/names.h"
 #include "stage/scenefile/timeline_reader.h"
 
@@ -85,17 +86,8 @@ void read_camera(KeyReader& reader, const KeyedNode& entry, SceneDescription& sc
         report(reader, table->get("look_at")->source(), "look_at must be another point than the camera's position");
 }
 
-void read_images(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
-    const toml::table* table = read_table(reader, entry);
-    if (table == nullptr) return;
-    for (const auto& [key, node] : entries_as_written(*table)) {
-        const std::string name(key->str());
-        ImageDescription image{{}, place_of(reader, node->source())};
-        if (read_file_path(reader, {name.c_str(), *node}, image.file)) scene.images[name] = image;
-    }
-}
-
-// Containers stand before the timeline, which refers to them.
+// The frame rate stands before the images, which have it unless they say otherwise; images and containers before the
+// timeline, which refers to them.
 const KeyRow<SceneDescription> kSceneKeys[] = {
     {"size", read_size},
     {"frame_rate",
@@ -157,6 +149,7 @@ Result<SceneDescription> load_scene_file(const std::filesystem::path& file) {
 std::vector<std::string> scene_keys() {
     std::vector<std::string> keys = key_names(kSceneKeys);
     for (const std::string& key : key_names(kCameraKeys)) keys.push_back("camera." + key);
+    append_image_keys(keys);
     append_container_keys(keys);
     append_timeline_keys(keys);
     return keys;

@@ -10,6 +10,7 @@ namespace {
 
 Result<Done> apply_entry(SceneRun& run, const TimelineEntry& entry) {
     Stage& stage = *run.built.stage;
+    if (entry.container < 0) return Done{};  // about an image
     const int32_t handle = run.built.container_handles[static_cast<size_t>(entry.container)];
     for (const ParameterSetting& setting : entry.parameters) {
         const Result<Done> set = set_parameter(stage, handle, setting.name, parameter_value(setting.value));
@@ -31,18 +32,29 @@ Result<Done> apply_timeline(SceneRun& run, int64_t frame) {
     return Done{};
 }
 
-void move_containers(SceneRun& run, int64_t frame) {
-    const SceneDescription& scene = run.built.description;
-    for (const Track& track : scene.tracks) {
+void move_containers(SceneRun& run, double seconds) {
+    for (const Track& track : run.built.description.tracks) {
+        if (track.property == TrackProperty::kGeometry) continue;
         Container* container =
             find_container(*run.built.stage, run.built.container_handles[static_cast<size_t>(track.container)]);
         if (container == nullptr) continue;
-        const Triple value = track_value(track, static_cast<double>(frame) / scene.frame_rate);
+        const Triple value = track_value(track, seconds);
         Vector3& target = track.property == TrackProperty::kPosition   ? container->placement.position
                           : track.property == TrackProperty::kRotation ? container->placement.rotation_degrees
                                                                        : container->placement.scale;
         target = {value[0], value[1], value[2]};
     }
+}
+
+Result<Done> show_moment(SceneRun& run, double seconds) {
+    BuiltScene& built = run.built;
+    move_containers(run, seconds);
+    for (ShapeTrack& shape : built.shapes)
+        show_shape(*built.stage, built.container_handles[static_cast<size_t>(shape.container)], shape, seconds);
+    for (ImageTrack& image : built.images) {
+        if (const Result<Done> shown = show_image(*built.stage, image, seconds); !shown) return shown;
+    }
+    return Done{};
 }
 
 }  // namespace
@@ -54,8 +66,9 @@ SceneRun start_run(BuiltScene built) {
 
 Result<Done> run_until(SceneRun& run, int64_t frame) {
     for (; run.next_frame <= frame; ++run.next_frame) {
+        const double seconds = static_cast<double>(run.next_frame) / run.built.description.frame_rate;
         if (const Result<Done> applied = apply_timeline(run, run.next_frame); !applied) return applied;
-        move_containers(run, run.next_frame);
+        if (const Result<Done> shown = show_moment(run, seconds); !shown) return shown;
         run_frame(*run.built.stage);
     }
     return Done{};

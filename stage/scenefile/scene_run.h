@@ -16,7 +16,8 @@ STAGE_EXPORT SceneRun start_run(BuiltScene built);
 
 /// Runs frames, pre-warming ones included, until `frame` (0 is the first picture) has been run; draws nothing. Nothing
 /// happens when it has been run already. What the timeline says for a frame counts before the plug-ins simulate it;
-/// containers in motion stand where they are at the frame's start. The error names the place in the scene file.
+/// containers in motion stand where they are at the frame's start, and so do shapes and images. The error names the
+/// place in the scene file.
 STAGE_EXPORT Result<Done> run_until(SceneRun& run, int64_t frame);
 
 }  // namespace stage

@@ -27,20 +27,27 @@ int64_t first_frame_from(const SceneDescription& scene, double seconds) {
     return static_cast<int64_t>(std::ceil(seconds * scene.frame_rate - kFrameTolerance));
 }
 
+double eased(Ease ease, double part) {
+    if (ease == Ease::kStep) return 0.0;
+    return ease == Ease::kSmooth ? part * part * (3.0 - 2.0 * part) : part;
+}
+
 Triple track_value(const Track& track, double seconds) {
-    if (seconds <= track.keys.front().time) return track.keys.front().value;
-    for (size_t k = 1; k < track.keys.size(); ++k) {
-        const TrackKey& from = track.keys[k - 1];
-        const TrackKey& to = track.keys[k];
-        if (seconds >= to.time) continue;
-        double u = (seconds - from.time) / (to.time - from.time);
-        if (to.ease == Ease::kSmooth) u = u * u * (3.0 - 2.0 * u);
-        Triple value{};
-        for (size_t i = 0; i < 3; ++i)
-            value[i] = static_cast<float>(from.value[i] + u * (static_cast<double>(to.value[i]) - from.value[i]));
-        return value;
-    }
-    return track.keys.back().value;
+    const KeyMoment moment = key_moment(track.keys, seconds);
+    Triple value = track.keys[moment.key].value;
+    if (moment.way == 0.0) return value;
+    const Triple& to = track.keys[moment.key + 1].value;
+    for (size_t i = 0; i < 3; ++i)
+        value[i] = static_cast<float>(value[i] + moment.way * (static_cast<double>(to[i]) - value[i]));
+    return value;
+}
+
+int64_t picture_at(const ImageDescription& image, double seconds) {
+    const auto count = static_cast<int64_t>(image.files.size());
+    const auto picture = static_cast<int64_t>(std::floor((seconds - image.start) * image.frame_rate + kFrameTolerance));
+    if (image.play == Play::kOnce) return picture < 0 || picture >= count ? -1 : picture;
+    if (picture < 0) return 0;
+    return image.play == Play::kLoop ? picture % count : std::min(picture, count - 1);
 }
 
 }  // namespace stage

@@ -2,7 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -139,6 +142,16 @@ const SceneMistakeCase kSceneMistakes[] = {
      "bad.toml:7:27: parameter 'gravitiy' is not known"},
     {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\npress = 'rest'",
      "bad.toml:7:9: TovuSmoke has no push button 'rest': did you mean 'reset'?"},
+    {"[[track]]\ncontainer = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value={kind='rectangle', width=1, "
+     "height=1}},\n"
+     "{time=1, value={kind='ellipse', width=1, height=1}}]",
+     "bad.toml:7:16: a shape deforms into one with as many outlines and corners, but there are 64 corners in outline 1 "
+     "here, 4 in the key before; ease = \"step\" switches at once"},
+    {"[[track]]\ncontainer = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value={kind='text', text='I'}},\n"
+     "{time=1, value={kind='text', text='i'}}]",
+     "bad.toml:7:16: a shape deforms into one with as many outlines and corners, but there are 2 outlines here, 1 in "
+     "the "
+     "key before"},
 };
 
 TEST_F(Command, MistakesAboutThePluginNameThePlaceInTheScene) {
@@ -151,14 +164,26 @@ TEST_F(Command, MistakesAboutThePluginNameThePlaceInTheScene) {
     }
 }
 
-TEST_F(Command, ADamagedPictureLeavesNothing) {
+// Files of scenes: dot.png is no picture, the pictures s1.png and s2.png are of 256 x 256 and 128 x 128 pixels.
+const SceneMistakeCase kPictureMistakes[] = {
+    {"images = { dot = 'dot.png' }", "bad.toml:1:18: "},
+    {"images = { s = 's%d.png' }",
+     "s2.png has 128 x 128 pixels, s1.png has 256 x 256 pixels: the pictures of a sequence are of one size"},
+    {"images = { s = 's1.png' }\nat = [{ time = 1, image = 's', file = 'dot.png' }]", "bad.toml:2:39: "},
+};
+
+TEST_F(Command, PicturesThatAreNotRightLeaveNothing) {
+    const fs::path assets = fs::path(TOVU_SOURCE_DIR) / "scenes" / "assets";
     std::ofstream(folder_ / "work" / "dot.png") << "not a picture";
-    std::ofstream(folder_ / "work" / "bad.toml")
-        << "images = { dot = 'dot.png' }\n[[container]]\nname = 'a'\ntexture = 'dot'\nplugin = 'smoke'\n";
-    const Outcome outcome = run("render bad.toml -o x.mp4");
-    EXPECT_EQ(2, outcome.status);
-    EXPECT_THAT(outcome.errors, HasSubstr("bad.toml:1:18: "));
-    EXPECT_THAT(files(), testing::ElementsAre("bad.toml", "dot.png", "tiny.toml"));
+    fs::copy_file(assets / "logo.png", folder_ / "work" / "s1.png");
+    fs::copy_file(assets / "logo_flame.png", folder_ / "work" / "s2.png");
+    for (const SceneMistakeCase& c : kPictureMistakes) {
+        std::ofstream(folder_ / "work" / "bad.toml") << c.text << "\n[[container]]\nname = 'a'\nplugin = 'smoke'\n";
+        const Outcome outcome = run("render bad.toml -o x.mp4");
+        EXPECT_EQ(2, outcome.status) << c.text;
+        EXPECT_THAT(outcome.errors, HasSubstr(c.message)) << c.text;
+        EXPECT_THAT(files(), testing::ElementsAre("bad.toml", "dot.png", "s1.png", "s2.png", "tiny.toml"));
+    }
 }
 
 TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
@@ -182,6 +207,35 @@ TEST_F(Command, PartsOfASceneLookAsInTheWhole) {
     EXPECT_TRUE(fs::exists(folder_ / "work" / "all" / "09.png"));
     EXPECT_FALSE(fs::exists(folder_ / "work" / "all" / "10.png"));
     EXPECT_FALSE(fs::exists(folder_ / "work" / "part_5.png"));
+}
+
+// Runs `render` in a process of its own until it has begun to write, then sends it the signal. Its exit status.
+int status_after_signal(const fs::path& folder, int signal) {
+    const pid_t child = fork();
+    if (child == 0) {
+        std::signal(signal, SIG_DFL);  // it is ignored in what runs in the background
+        if (chdir(folder.c_str()) != 0 || !std::freopen("/dev/null", "w", stderr)) _exit(99);
+        execl(TOVU_PROGRAM, "tovu", "render", "long.toml", "-o", "x.mp4", nullptr);
+        _exit(99);
+    }
+    const auto begun = [&folder] {
+        return std::any_of(fs::directory_iterator(folder), fs::directory_iterator(),
+                           [](const fs::directory_entry& entry) { return entry.path().extension() == ".part"; });
+    };
+    int status = 0;
+    while (!begun() && waitpid(child, &status, WNOHANG) == 0) usleep(1000);
+    kill(child, signal);
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(Command, AnEndedRenderTakesItsUnfinishedFileAlong) {
+    std::ofstream(folder_ / "work" / "long.toml")
+        << "size = [32, 24]\nlength = 3600\ncontainer = [{ name = 'a', plugin = 'smoke' }]\n";
+    for (const int signal : {SIGINT, SIGTERM}) {
+        EXPECT_EQ(128 + signal, status_after_signal(folder_ / "work", signal));
+        EXPECT_THAT(files(), testing::ElementsAre("long.toml", "tiny.toml"));
+    }
 }
 
 TEST_F(Command, SettingsChangeTheSceneForOnce) {

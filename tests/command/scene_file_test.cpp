@@ -26,6 +26,12 @@ SceneDescription scene_of(const std::string& text) {
     return scene ? *scene : SceneDescription{};
 }
 
+std::vector<std::string> file_names(const SceneDescription& scene, const char* image) {
+    std::vector<std::string> names;
+    for (const std::filesystem::path& file : scene.images.at(image).files) names.push_back(file.string());
+    return names;
+}
+
 struct MistakeCase {
     const char* name;
     const char* text;
@@ -59,6 +65,16 @@ const MistakeCase kMistakes[] = {
     {"CameraLooksAtItself", "[camera]\nposition = [1, 2, 3]\nlook_at = [1, 2, 3]", "3:11", "another point"},
     {"ImageMissing", "[images]\npuff = \"no/such.png\"", "2:8",
      "no/such.png'; relative paths start from the scene file's"},
+    {"ImageWithoutFile", "[images]\npuff = { play = 'loop' }", "2:8", "the image 'puff' needs a file"},
+    {"ImageKey", "[images]\npuff = { fiel = 'a.png' }", "2:10", "in the image 'puff': did you mean 'file'?"},
+    {"ImagePlay", "[images]\npuff = { file = 'assets/logo_wipe%02d.png', play = 'twice' }", "2:52",
+     "play must be one of \"loop\", \"hold\", \"once\""},
+    {"ImagePlayOfOneFile", "[images]\npuff = { file = 'assets/logo.png', play = 'loop' }", "2:43",
+     "play is for a sequence, whose file has a number in its name"},
+    {"SequenceWithoutFiles", "[images]\npuff = 'assets/no%d.png'", "2:8",
+     "there is no file that 'no%d.png' stands for in the folder"},
+    {"SequenceMalformed", "[images]\npuff = 'assets/logo%s.png'", "2:8", "holds one number such as %04d"},
+    {"SequenceOfFolders", "[images]\npuff = 'assets%d/logo.png'", "2:8", "the number belongs into the file's name"},
     {"NoContainer", "seed = 1", "1:1", "a scene needs at least one [[container]]"},
     {"ContainerNotAnArray", "container = {name='a'}", "1:13",
      "container must be an array of tables, written [[container]]"},
@@ -79,7 +95,7 @@ const MistakeCase kMistakes[] = {
     {"PluginAndShape", "container = [{name='a', plugin='smoke', geometry={kind='rectangle', width=1, height=1}}]",
      "1:50", "carries a plug-in already"},
     {"GeometryWithoutKind", "container = [{name='a', geometry={width=1}}]", "1:34",
-     "geometry needs a kind: rectangle, ellipse"},
+     "a geometry needs a kind: rectangle, ellipse"},
     {"GeometryKind", "container = [{name='a', geometry={kind='disc'}}]", "1:40", "kind must be one of \"rectangle\""},
     {"GeometryLacksKey", "container = [{name='a', geometry={kind='rectangle', width=1}}]", "1:34",
      "a geometry of kind \"rectangle\" needs height"},
@@ -98,6 +114,18 @@ const MistakeCase kMistakes[] = {
      "[[at]] needs time"},
     {"AtDoesNothing", "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'", "2:1",
      "[[at]] does nothing"},
+    {"AtImageUnknown",
+     "images = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'maks'\nfile = 'assets/pan.obj'", "4:9",
+     "unknown image 'maks': did you mean 'mask'?"},
+    {"AtImageWithoutFile", "images = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'mask'", "2:1",
+     "[[at]] about an image needs file"},
+    {"AtImageAndContainer",
+     "container = [{name='a'}]\nimages = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'mask'\n"
+     "file = 'assets/logo.png'\ncontainer = 'a'",
+     "7:13", "container is for a container: give it an [[at]] of its own"},
+    {"AtGeometryOfAPlugin",
+     "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'\ngeometry = {kind='text', text='b'}",
+     "5:12", "carries a plug-in: give the shape a container of its own"},
     {"AtBeforeTheStart",
      "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = -1\ncontainer = 'a'\npress = 'reset'", "3:8",
      "time must be a number from 0 to 86400"},
@@ -110,6 +138,17 @@ const MistakeCase kMistakes[] = {
     {"TrackKeyWithoutValue",
      "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'scale'\nkeys = [{time=1}]", "5:9",
      "a key needs value"},
+    {"TrackOfShapesWithNumbers",
+     "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value=[1,1,1]}]",
+     "5:24", "value must be a table"},
+    {"TrackOfShapesBesideAGeometry",
+     "container = [{name='a', geometry={kind='text', text='b'}}]\n[[track]]\ncontainer = 'a'\nproperty = 'geometry'\n"
+     "keys = [{time=0, value={kind='text', text='c'}}]",
+     "2:1", "has a geometry already: make it the first key of this track"},
+    {"TrackOfShapesBesideASwitch",
+     "container = [{name='a'}]\nat = [{time=1, container='a', geometry={kind='text', text='b'}}]\n[[track]]\n"
+     "container = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value={kind='text', text='c'}}]",
+     "2:40", "has a track for its geometry: make this a key of it, with ease = \"step\""},
     {"TrackTwice",
      "container = [{name='a'}]\ntrack = [{container='a', property='scale', keys=[{time=0, "
      "value=[1,1,1]}]},\n{container='a', property='scale', keys=[{time=0, value=[1,1,1]}]}]",
@@ -205,7 +244,24 @@ TEST(SceneFile, RelativePathsStartFromTheScenesFolder) {
     std::ofstream(folder / "sub" / "scene.toml") << "container = [{name = 'a'}]\nimages = { dot = '../dot.png' }\n";
     const auto scene = stage::load_scene_file(folder / "sub" / "scene.toml");
     ASSERT_TRUE(scene) << scene.error().message;
-    EXPECT_EQ(folder / "dot.png", scene->images.at("dot").file);
+    EXPECT_THAT(file_names(*scene, "dot"), ElementsAre((folder / "dot.png").string()));
+}
+
+TEST(SceneFile, SequencesAreTheFilesThatThereAre) {
+    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "100%d sequences";
+    std::filesystem::create_directories(folder);
+    for (const char* name : {"a9.png", "a10.png", "a11.png", "a011.png", "ab.png", "b9.png"})
+        std::ofstream(folder / name) << "x";
+    const std::string text = "container = [{name = 'a'}]\nframe_rate = 30\nimages = { a = 'a%d.png' }\n";
+    const auto scene = read_scene(text, folder / "scene.toml");
+    ASSERT_TRUE(scene) << scene.error().message;
+    EXPECT_THAT(file_names(*scene, "a"), ElementsAre((folder / "a9.png").string(), (folder / "a10.png").string(),
+                                                     (folder / "a11.png").string()));
+    EXPECT_EQ(30.0, scene->images.at("a").frame_rate) << "the scene's";
+    std::filesystem::remove(folder / "a10.png");
+    EXPECT_THAT(
+        read_scene(text, folder / "scene.toml").error().message,
+        testing::AllOf(HasSubstr(":3:16: a: "), HasSubstr("a10.png' is missing: there are files from number 9 to 11")));
 }
 
 TEST(SceneFile, TimelineIsInOrderOfTime) {
@@ -257,14 +313,16 @@ TEST(Timeline, FramesOfATime) {
 TEST(Timeline, TracksHoldAndEase) {
     const stage::Track track{0,
                              stage::TrackProperty::kPosition,
-                             {{1.0, {0, 10, 0}, stage::Ease::kLinear},
-                              {2.0, {4, 10, 0}, stage::Ease::kLinear},
-                              {4.0, {4, 10, 8}, stage::Ease::kSmooth}}};
+                             {{1.0, {0, 10, 0}, {}, stage::Ease::kLinear},
+                              {2.0, {4, 10, 0}, {}, stage::Ease::kLinear},
+                              {4.0, {4, 10, 8}, {}, stage::Ease::kSmooth},
+                              {10.0, {0, 0, 0}, {}, stage::Ease::kStep}}};
     EXPECT_THAT(stage::track_value(track, 0.0), ElementsAre(0, 10, 0));
     EXPECT_THAT(stage::track_value(track, 1.25), ElementsAre(1, 10, 0));
     EXPECT_THAT(stage::track_value(track, 2.5), ElementsAre(4, 10, 1.25)) << "u = 1/4: 3/16 - 2/64 = 5/32 of 8";
     EXPECT_THAT(stage::track_value(track, 3.0), ElementsAre(4, 10, 4));
-    EXPECT_THAT(stage::track_value(track, 9.0), ElementsAre(4, 10, 8));
+    EXPECT_THAT(stage::track_value(track, 9.99), ElementsAre(4, 10, 8));
+    EXPECT_THAT(stage::track_value(track, 10.0), ElementsAre(0, 0, 0));
 }
 
 TEST(Names, NearestIsOfferedOnlyWhenNear) {
@@ -296,7 +354,7 @@ TEST(SceneDocumentation, ExamplesAreRead) {
         const auto scene = read_scene((*match)[1].str(), kFile);
         EXPECT_TRUE(scene) << scene.error().message << "\nin\n" << (*match)[1].str();
     }
-    EXPECT_GE(examples, 3);
+    EXPECT_GE(examples, 6);
 }
 
 }  // namespace

@@ -1,0 +1,106 @@
+#include "stage/scenefile/shape_track.h"
+
+#include <fmt/format.h>
+
+#include "stage/scenefile/shape_build.h"
+
+namespace stage {
+
+namespace {
+
+constexpr double kBefore = -1.0;  // seconds: earlier than anything in a timeline
+
+float between(float from, float to, double way) {
+    return static_cast<float>(from + way * (static_cast<double>(to) - from));
+}
+
+// Both have the same counts.
+std::vector<Mesh> between(const std::vector<Mesh>& from, const std::vector<Mesh>& to, double way) {
+    std::vector<Mesh> meshes = from;
+    for (size_t m = 0; m < meshes.size(); ++m) {
+        for (size_t i = 0; i < meshes[m].vertices.size(); ++i) {
+            Vector3& vertex = meshes[m].vertices[i];
+            const Vector3& target = to[m].vertices[i];
+            vertex = {between(vertex.x, target.x, way), between(vertex.y, target.y, way),
+                      between(vertex.z, target.z, way)};
+        }
+    }
+    return meshes;
+}
+
+// What keeps one shape from deforming into the other, or nothing.
+std::string disagreement(const std::vector<Mesh>& from, const std::vector<Mesh>& to) {
+    if (from.size() != to.size())
+        return fmt::format("{} outline{} here, {} in the key before", to.size(), to.size() == 1 ? "" : "s",
+                           from.size());
+    for (size_t m = 0; m < from.size(); ++m) {
+        if (from[m].vertices.size() != to[m].vertices.size())
+            return fmt::format("{} corners in outline {} here, {} in the key before", to[m].vertices.size(), m + 1,
+                               from[m].vertices.size());
+    }
+    return {};
+}
+
+void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry,
+             std::vector<std::string>& errors) {
+    Result<std::vector<Mesh>> meshes = build_shape(geometry);
+    if (!meshes) {
+        errors.push_back(geometry.place + ": " + meshes.error().message);
+        return;
+    }
+    if (!track.keys.empty() && ease != Ease::kStep) {
+        if (const std::string wrong = disagreement(track.keys.back().meshes, *meshes); !wrong.empty())
+            errors.push_back(
+                fmt::format("{}: a shape deforms into one with as many outlines and corners, but there are {}; "
+                            "ease = \"step\" switches at once",
+                            geometry.place, wrong));
+    }
+    track.keys.push_back({time, ease, std::move(*meshes), geometry.fill});
+}
+
+// A container that gets its first shape later is there with no outlines until then.
+void add_switches(ShapeTrack& track, const SceneDescription& scene, std::vector<std::string>& errors) {
+    for (const TimelineEntry& entry : scene.timeline) {
+        if (!entry.geometry || entry.container != track.container) continue;
+        if (track.keys.empty()) track.keys.push_back({kBefore, Ease::kStep, {}});
+        add_key(track, entry.time, Ease::kStep, *entry.geometry, errors);
+    }
+}
+
+}  // namespace
+
+std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, std::vector<std::string>& errors) {
+    std::vector<ShapeTrack> tracks;
+    for (size_t i = 0; i < scene.containers.size(); ++i) {
+        ShapeTrack track;
+        track.container = static_cast<int32_t>(i);
+        if (const auto& geometry = scene.containers[i].geometry)
+            add_key(track, kBefore, Ease::kStep, *geometry, errors);
+        add_switches(track, scene, errors);
+        for (const Track& written : scene.tracks) {
+            if (written.property != TrackProperty::kGeometry || written.container != track.container) continue;
+            for (const TrackKey& key : written.keys) add_key(track, key.time, key.ease, *key.geometry, errors);
+        }
+        if (!track.keys.empty()) tracks.push_back(std::move(track));
+    }
+    return tracks;
+}
+
+void show_shape(Stage& stage, int32_t container_handle, ShapeTrack& track, double seconds) {
+    const KeyMoment moment = key_moment(track.keys, seconds);
+    if (track.shown == moment) return;
+    track.shown = moment;
+    const std::vector<Mesh>& from = track.keys[moment.key].meshes;
+    set_mesh_geometry(stage, container_handle,
+                      moment.way == 0.0 ? from : between(from, track.keys[moment.key + 1].meshes, moment.way));
+}
+
+std::optional<Triple> shown_fill(const ShapeTrack& track) {
+    const KeyMoment moment = track.shown.value_or(KeyMoment{});
+    std::optional<Triple> fill = track.keys[moment.key].fill;
+    if (moment.way == 0.0 || !fill || !track.keys[moment.key + 1].fill) return fill;
+    for (size_t i = 0; i < 3; ++i) (*fill)[i] = between((*fill)[i], (*track.keys[moment.key + 1].fill)[i], moment.way);
+    return fill;
+}
+
+}  // namespace stage

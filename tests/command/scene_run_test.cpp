@@ -1,0 +1,194 @@
+// Scenes whose shapes and images change while they run, and the smoke that is born from them.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "../stage/temporary_folder.h"
+#include "smoke_instance.h"
+#include "stage/output/png_file.h"
+#include "stage/plugins/instance.h"
+#include "stage/scenefile/scene_reader.h"
+#include "stage/scenefile/scene_run.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class SceneRun : public testing::Test {
+  protected:
+    void write_picture(const std::string& name, int32_t side, std::vector<uint8_t> bytes) {
+        const auto written = stage::write_png(folder_ / name, {side, side, stage::kPictureLuminance, std::move(bytes)});
+        ASSERT_TRUE(written) << written.error().message;
+    }
+
+    stage::SceneRun start(const std::string& text) {
+        const auto scene = stage::read_scene("frame_rate = 10\n" + text, folder_ / "scene.toml");
+        if (!scene) throw std::runtime_error(scene.error().message);
+        auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
+        if (!built) throw std::runtime_error(built.error().message);
+        return stage::start_run(std::move(*built));
+    }
+
+    static int32_t container(const stage::SceneRun& run, const std::string& name) {
+        const auto& containers = run.built.description.containers;
+        const auto found =
+            std::find_if(containers.begin(), containers.end(), [&](const auto& one) { return one.name == name; });
+        return run.built.container_handles[static_cast<size_t>(found - containers.begin())];
+    }
+
+    /// The newest particles' x and y: those as old as the one that was born last.
+    static std::vector<std::array<float, 2>> births(stage::SceneRun& run) {
+        std::vector<std::array<float, 2>> places;
+        const auto* block = stage::instance_block(*run.built.stage, container(run, "smoke"));
+        const Particle* newest = static_cast<const tovu::SmokeInstance*>(block)->active_head;
+        for (const Particle* p = newest; p; p = p->next)
+            if (p->age == newest->age) places.push_back({p->position.x, p->position.y});
+        return places;
+    }
+
+    TemporaryFolder folder_;
+};
+
+constexpr const char* kShapes = R"(
+prewarm = 1
+[[container]]
+name = "bar"
+[[track]]
+container = "bar"
+property = "geometry"
+keys = [
+    { time = 1, value = { kind = "rectangle", width = 10, height = 4, fill = [0, 0, 1] } },
+    { time = 2, value = { kind = "polygon", points = [[95, -2], [105, -2], [105, 2], [95, 2]], fill = [1, 0, 0] } },
+    { time = 3, value = { kind = "ellipse", width = 2, height = 2, segments = 3 }, ease = "step" },
+]
+[[container]]
+name = "late"
+[[at]]
+time = 1
+container = "late"
+geometry = { kind = "rectangle", width = 6, height = 6 }
+[[container]]
+name = "smoke"
+[container.parameters]
+spawn_type = "Container"
+spawn_cont_name = "bar"
+birth_rate = 300
+life_time = 0.15
+initial_speed = 0
+[[at]]
+time = 3.5
+container = "smoke"
+parameters = { spawn_cont_name = "late" }
+)";
+
+struct ShapeCase {
+    int64_t frame;        // ten a second
+    size_t corners;       // of the bar
+    float first_x;        // of its first corner
+    float from, to;       // where smoke is born, in x
+    float red;            // of its fill; -1 for none
+    int64_t late_meshes;  // of the container that gets its shape later
+};
+
+// Rows in order of time: a rectangle of 10 units moves 100 units to the right between 1 and 2 seconds.
+const ShapeCase kShapeCases[] = {{-10, 4, -5, -5, 5, 0.0f, 0},   {0, 4, -5, -5, 5, 0.0f, 0},
+                                 {10, 4, -5, -5, 5, 0.0f, 1},    {15, 4, 45, 45, 55, 0.5f, 1},
+                                 {20, 4, 95, 95, 105, 1.0f, 1},  {29, 4, 95, 95, 105, 1.0f, 1},
+                                 {30, 3, 1, -0.5f, 1, -1.0f, 1}, {36, 3, 1, -3.0f, 3.0f, -1.0f, 1}};
+
+TEST_F(SceneRun, ShapesDeformAndSmokeFollows) {
+    stage::SceneRun run = start(kShapes);
+    const stage::Stage& scene = *run.built.stage;
+    const stage::Geometry& bar = *stage::geometry_of(scene, container(run, "bar"));
+    const stage::Geometry& late = *stage::geometry_of(scene, container(run, "late"));
+    for (const ShapeCase& c : kShapeCases) {
+        ASSERT_TRUE(stage::run_until(run, c.frame));
+        ASSERT_EQ(1u, bar.meshes.size()) << c.frame;
+        ASSERT_EQ(c.corners, bar.meshes[0].vertices.size()) << c.frame;
+        EXPECT_FLOAT_EQ(c.first_x, bar.meshes[0].vertices[0].x) << c.frame;
+        EXPECT_EQ(c.late_meshes, static_cast<int64_t>(late.meshes.size())) << c.frame;
+        const auto fill = stage::shown_fill(run.built.shapes.at(0));
+        EXPECT_FLOAT_EQ(c.red, fill ? (*fill)[0] : -1.0f) << c.frame;
+        const auto places = births(run);
+        EXPECT_TRUE(c.frame < 0 || !places.empty()) << c.frame;
+        for (const auto& [x, y] : places) EXPECT_THAT(x, testing::AllOf(testing::Ge(c.from), testing::Le(c.to)));
+    }
+    EXPECT_EQ(1 + 10 + 1, bar.changed_count) << "made, ten steps from the one place to the other, switched once";
+    EXPECT_TRUE(scene.complaints.list.empty());
+}
+
+struct PlayCase {
+    const char* play;
+    std::vector<int> shown;  // in each frame from -0.2 seconds on: the picture's only byte
+    int64_t changes;
+};
+
+// Three pictures, one for every two frames, from 0 seconds on.
+const PlayCase kPlayCases[] = {
+    {"loop", {7, 7, 7, 7, 8, 8, 9, 9, 7, 7, 8}, 5},
+    {"hold", {7, 7, 7, 7, 8, 8, 9, 9, 9, 9, 9}, 3},
+    {"once", {0, 0, 7, 7, 8, 8, 9, 9, 0, 0, 0}, 5},
+};
+
+TEST_F(SceneRun, SequencesPlayAndDecodeNothingTwiceInARow) {
+    for (const uint8_t number : std::vector<uint8_t>{7, 8, 9})
+        write_picture("p%_0" + std::to_string(number) + ".png", 1, {number});
+    for (const PlayCase& c : kPlayCases) {
+        stage::SceneRun run =
+            start(std::string("prewarm = 0.2\ncontainer = [{ name = 'a' }]\n") +
+                  "images = { p = { file = 'p%%_%02d.png', frame_rate = 5, play = '" + c.play + "' } }");
+        const stage::Image& image = *stage::find_image(*run.built.stage, run.built.images.at(0).handle);
+        std::vector<int> shown;
+        for (int64_t frame = -2; frame <= 8; ++frame) {
+            ASSERT_TRUE(stage::run_until(run, frame));
+            shown.push_back(image.pixels.at(0));
+        }
+        EXPECT_EQ(c.shown, shown) << c.play;
+        EXPECT_EQ(c.changes, image.revision) << c.play;
+    }
+}
+
+// A mask of one pixel gives way to a larger one, of which only the corner at the smallest x and y is lit: where the
+// smoke was not told of the size, it would find that every place is on the corner's pixel.
+TEST_F(SceneRun, SmokeLearnsOfAnImagesNewSize) {
+    write_picture("small.png", 1, {255});
+    std::vector<uint8_t> corner(16, 0);
+    corner[0] = 255;
+    write_picture("large.png", 4, corner);
+    stage::SceneRun run = start(R"(
+images = { mask = "small.png" }
+[[container]]
+name = "smoke"
+[container.parameters]
+spawn_type = "Image"
+spawn_image = "mask"
+spawn_range_x = 80
+spawn_range_y = 80
+birth_rate = 300
+life_time = 0.15
+initial_speed = 0
+[[at]]
+time = 1
+image = "mask"
+file = "large.png"
+)");
+    const auto outside = [](const std::array<float, 2>& place) { return place[0] >= -20 || place[1] >= -20; };
+    ASSERT_TRUE(stage::run_until(run, 9));
+    EXPECT_TRUE(std::ranges::any_of(births(run), outside)) << "the whole range and beyond";
+    ASSERT_TRUE(stage::run_until(run, 10));
+    EXPECT_FALSE(births(run).empty());
+    EXPECT_TRUE(std::ranges::none_of(births(run), outside)) << "a quarter of 80 units from -40";
+}
+
+TEST_F(SceneRun, APictureThatGoesMissingNamesThePlace) {
+    for (const char* name : {"p1.png", "p2.png"}) write_picture(name, 1, {255});
+    stage::SceneRun run = start("container = [{ name = 'a' }]\nimages = { p = 'p%d.png' }");
+    std::filesystem::remove(folder_ / "p2.png");
+    ASSERT_TRUE(stage::run_until(run, 0));
+    const auto done = stage::run_until(run, 1);
+    ASSERT_FALSE(done);
+    EXPECT_THAT(done.error().message,
+                testing::AllOf(testing::HasSubstr("scene.toml:3:16: "), testing::HasSubstr("p2.png")));
+}
+
+}  // namespace
