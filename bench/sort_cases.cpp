@@ -87,6 +87,8 @@ Case collect_case(Scene& scene, int32_t count, bool sorted) {
     return {case_name(name, count), static_cast<double>(count), [&scene, count, sorted](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
                 set_look(smoke, {.sort = sorted});
+                scene.next_frame();
+                scene.step(smoke);  // as in a frame: the particles have just been walked
                 watch.start();
                 tovu::collect_draw_list(*smoke.block);
                 watch.stop();
