@@ -69,7 +69,7 @@ void build_with_library_sine(tovu::SmokeInstance& block) {
         const Vector3 right = (x_axis * cosine + y_axis * sine) * (p.size_x * scale.x);
         const Vector3 up = (y_axis * cosine - x_axis * sine) * (p.size_y * scale.y);
         const Vector3 at = tovu::transform(block.transformation_copy, p.position);
-        const int32_t color = tovu::color_index(p.age, p.life);
+        const uint32_t color = tovu::color_index(p.age, p.life);
         const uint8_t* rgb = block.color_table.rgb[color];
         const auto alpha = static_cast<int32_t>(block.alpha_table.alpha[tovu::alpha_index(color)] * 255.0f);
         write_quad(i, {{at + up - right, at - up - right, at - up + right, at + up + right},
