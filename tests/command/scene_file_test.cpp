@@ -2,11 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
-#include <sstream>
 
+#include "../stage/temporary_folder.h"
 #include "stage/scenefile/names.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
@@ -22,7 +20,7 @@ const std::filesystem::path kFile = std::filesystem::path(TOVU_SOURCE_DIR) / "sc
 
 SceneDescription scene_of(const std::string& text) {
     const auto scene = read_scene(text, kFile);
-    EXPECT_TRUE(scene) << scene.error().message;
+    EXPECT_TRUE(scene) << scene.error().message << "\nin\n" << text;
     return scene ? *scene : SceneDescription{};
 }
 
@@ -42,24 +40,18 @@ struct MistakeCase {
 // Every scene has its container first, in line 1, where the mistake is not the container itself.
 const MistakeCase kMistakes[] = {
     {"NotToml", "size = [1280,", "1:14", "this is not TOML"},
-    {"KeyTwice", "seed = 1\nseed = 2", "2:8", "this is not TOML"},
     {"UnknownKey", "container = [{name='a'}]\nsiez = [1, 1]", "2:1",
      "unknown key 'siez' in the scene: did you mean 'size'?"},
-    {"UnknownKeyNothingNear", "container = [{name='a'}]\nxyzzyxy = 1", "2:1", "known are: size, frame_rate"},
     {"SizeIsANumber", "size = 5", "1:8", "size must be [width, height] in pixels, not the number 5"},
     {"WidthOutOfRange", "size = [0, 720]", "1:9", "width must be a whole number from 1 to 16384, not the number 0"},
     {"RateIsText", "frame_rate = \"fast\"", "1:14",
      "frame_rate must be a number from 1 to 1000, not the text \"fast\""},
-    {"RateIsInfinite", "frame_rate = inf", "1:14", "frame_rate must be a number from 1 to 1000"},
     {"SeedIsNegative", "seed = -1", "1:8", "seed must be a whole number from 0 to 4294967295, not the number -1"},
-    {"SeedIsAFraction", "seed = 1.5", "1:8", "seed must be a whole number"},
     {"BitsUnknown", "bits = 12", "1:8", "bits must be 8 or 16, not the number 12"},
-    {"BackgroundWord", "background = \"grey\"", "1:14", "background must be \"transparent\", \"#rrggbb\" or"},
     {"BackgroundDigits", "background = \"#12345g\"", "1:14", "background must be"},
     {"BackgroundAboveOne", "background = [0, 0, 255]", "1:14",
      "background must be [x, y, z] with three numbers from 0 to 1"},
     {"CameraIsText", "camera = \"left\"", "1:10", "camera must be a table"},
-    {"CameraKey", "[camera]\nfeild_of_view = 30", "2:1", "did you mean 'field_of_view'?"},
     {"CameraTwoNumbers", "[camera]\nposition = [1, 2]", "2:12", "position must be [x, y, z] with three numbers"},
     {"CameraTurnedTwice", "[camera]\nlook_at = [0, 0, 0]\ntilt = 3", "3:8", "tilt and look_at both turn the camera"},
     {"CameraLooksAtItself", "[camera]\nposition = [1, 2, 3]\nlook_at = [1, 2, 3]", "3:11", "another point"},
@@ -76,8 +68,6 @@ const MistakeCase kMistakes[] = {
     {"SequenceMalformed", "[images]\npuff = 'assets/logo%s.png'", "2:8", "holds one number such as %04d"},
     {"SequenceOfFolders", "[images]\npuff = 'assets%d/logo.png'", "2:8", "the number belongs into the file's name"},
     {"NoContainer", "seed = 1", "1:1", "a scene needs at least one [[container]]"},
-    {"ContainerNotAnArray", "container = {name='a'}", "1:13",
-     "container must be an array of tables, written [[container]]"},
     {"ContainerWithoutName", "[[container]]\nopacity = 1", "1:1", "a container needs a name"},
     {"NameTwice", "[[container]]\nname = \"a\"\n[[container]]\nname = \"a\"", "4:8",
      "there is a container 'a' already"},
@@ -87,8 +77,6 @@ const MistakeCase kMistakes[] = {
      "the parents form a circle"},
     {"NestedWithParent", "[[container]]\nname='a'\n[[container.container]]\nname='b'\nparent='a'", "5:8",
      "leave 'parent' out"},
-    {"Opacity", "container = [{name='a', opacity=2}]", "1:33",
-     "opacity must be a number from 0 to 1, not the number 2"},
     {"Blend", "container = [{name='a', blend='add'}]", "1:31", "blend must be one of \"alpha\", \"additive\""},
     {"ParameterIsArray", "container = [{name='a', parameters={gravity=[1]}}]", "1:45",
      "gravity must be a number, true, false or a text"},
@@ -96,7 +84,6 @@ const MistakeCase kMistakes[] = {
      "1:50", "carries a plug-in already"},
     {"GeometryWithoutKind", "container = [{name='a', geometry={width=1}}]", "1:34",
      "a geometry needs a kind: rectangle, ellipse"},
-    {"GeometryKind", "container = [{name='a', geometry={kind='disc'}}]", "1:40", "kind must be one of \"rectangle\""},
     {"GeometryLacksKey", "container = [{name='a', geometry={kind='rectangle', width=1}}]", "1:34",
      "a geometry of kind \"rectangle\" needs height"},
     {"GeometryKeyOfOtherKind",
@@ -104,14 +91,11 @@ const MistakeCase kMistakes[] = {
      "size is not for a geometry of kind \"polygon\", which takes: points"},
     {"TooFewPoints", "container = [{name='a', geometry={kind='polygon', points=[[0,0],[1,0]]}}]", "1:58",
      "points must be three or more"},
-    {"MeshMissing", "container = [{name='a', geometry={kind='mesh', file='no.obj'}}]", "1:53", "there is no file"},
     {"AtUnknownContainer",
      "container = [{name='fire', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'fires'\npress = 'reset'", "4:13",
      "unknown container 'fires': did you mean 'fire'?"},
     {"AtWithoutPlugin", "container = [{name='a'}]\n[[at]]\ntime = 1\ncontainer = 'a'\npress = 'reset'", "4:13",
      "carries no plug-in"},
-    {"AtWithoutTime", "container = [{name='a', plugin='smoke'}]\n[[at]]\ncontainer = 'a'\npress = 'reset'", "2:1",
-     "[[at]] needs time"},
     {"AtDoesNothing", "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'", "2:1",
      "[[at]] does nothing"},
     {"AtImageUnknown",
@@ -126,9 +110,6 @@ const MistakeCase kMistakes[] = {
     {"AtGeometryOfAPlugin",
      "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'\ngeometry = {kind='text', text='b'}",
      "5:12", "carries a plug-in: give the shape a container of its own"},
-    {"AtBeforeTheStart",
-     "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = -1\ncontainer = 'a'\npress = 'reset'", "3:8",
-     "time must be a number from 0 to 86400"},
     {"TrackWithoutKeys", "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'scale'", "2:1",
      "[[track]] needs keys"},
     {"TrackKeysOutOfOrder",
@@ -170,17 +151,9 @@ INSTANTIATE_TEST_SUITE_P(SceneFile, Mistakes, testing::ValuesIn(kMistakes),
 TEST(SceneFile, ReportsAllMistakesOfAFileAtOnce) {
     const auto scene = read_scene("seed = -1\nlenght = 3\n[[container]]\nname = 5", kFile);
     ASSERT_FALSE(scene);
-    std::vector<std::string> lines;
-    std::istringstream stream(scene.error().message);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    EXPECT_THAT(lines,
-                ElementsAre(HasSubstr(":2:1: unknown key 'lenght'"), HasSubstr(":1:8: seed"), HasSubstr(":4:8: name")));
-}
-
-TEST(SceneFile, MissingFileIsAnError) {
-    const auto scene = stage::load_scene_file("no/such.toml");
-    ASSERT_FALSE(scene);
-    EXPECT_THAT(scene.error().message, HasSubstr("no/such.toml: there is no scene file"));
+    EXPECT_THAT(
+        scene.error().message,
+        testing::MatchesRegex(".*:2:1: unknown key 'lenght'[^\n]*\n[^\n]*:1:8: seed[^\n]*\n[^\n]*:4:8: name[^\n]*"));
 }
 
 TEST(SceneFile, ReadsEveryValue) {
@@ -198,13 +171,9 @@ name = "child"
 parent = "group"
 plugin = "other.so"
 parameters = { zeta = 1, alpha = 2.5, flag = true, text = "x" }
-texture = "none"
 blend = "additive"
-opacity = 0.25
 [[container]]
 name = "group"
-position = [1, 2, 3]
-rotation = [4, 5, 6]
 scale = [7, 8, 9]
 [[container.container]]
 name = "shape"
@@ -215,15 +184,13 @@ geometry = { kind = "ellipse", width = 4, height = 2, segments = 12 }
     EXPECT_EQ(1.0, scene.prewarm);
     EXPECT_EQ(7u, scene.seed);
     EXPECT_EQ(8, scene.bits);
-    ASSERT_TRUE(scene.background);
-    EXPECT_THAT(*scene.background, ElementsAre(1.0f, 0.0f, 0.2f));
+    EXPECT_THAT(scene.background.value(), ElementsAre(1.0f, 0.0f, 0.2f));
     EXPECT_EQ(6.0f, scene.camera.roll);
     ASSERT_EQ(3u, scene.containers.size());
     const stage::ContainerDescription& group = scene.containers[0];
     EXPECT_EQ("group", group.name) << "parents come before their children";
     EXPECT_FALSE(group.has_plugin);
     EXPECT_THAT(group.scale, ElementsAre(7, 8, 9));
-    EXPECT_EQ("shape", scene.containers[1].name);
     EXPECT_EQ(0, scene.containers[1].parent);
     EXPECT_EQ(12, scene.containers[1].geometry->segments);
     const stage::ContainerDescription& child = scene.containers[2];
@@ -238,20 +205,23 @@ geometry = { kind = "ellipse", width = 4, height = 2, segments = 12 }
 }
 
 TEST(SceneFile, RelativePathsStartFromTheScenesFolder) {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "scene_paths";
-    std::filesystem::create_directories(folder / "sub");
-    std::ofstream(folder / "dot.png") << "x";
-    std::ofstream(folder / "sub" / "scene.toml") << "container = [{name = 'a'}]\nimages = { dot = '../dot.png' }\n";
-    const auto scene = stage::load_scene_file(folder / "sub" / "scene.toml");
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "sub");
+    write_bytes(folder / "dot.png", "x");
+    write_bytes(folder / "sub/scene.toml", "container = [{name = 'a'}]\nimages = { dot = '../dot.png' }\n");
+    const auto scene = stage::load_scene_file(folder / "sub/scene.toml");
     ASSERT_TRUE(scene) << scene.error().message;
     EXPECT_THAT(file_names(*scene, "dot"), ElementsAre((folder / "dot.png").string()));
+    EXPECT_THAT(stage::load_scene_file(folder / "such.toml").error().message,
+                HasSubstr("/such.toml: there is no scene file"));
 }
 
 TEST(SceneFile, SequencesAreTheFilesThatThereAre) {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "100%d sequences";
-    std::filesystem::create_directories(folder);
+    const TemporaryFolder outer;
+    const std::filesystem::path folder = outer / "100%d sequences";
+    std::filesystem::create_directory(folder);
     for (const char* name : {"a9.png", "a10.png", "a11.png", "a011.png", "ab.png", "b9.png"})
-        std::ofstream(folder / name) << "x";
+        write_bytes(folder / name, "x");
     const std::string text = "container = [{name = 'a'}]\nframe_rate = 30\nimages = { a = 'a%d.png' }\n";
     const auto scene = read_scene(text, folder / "scene.toml");
     ASSERT_TRUE(scene) << scene.error().message;
@@ -270,29 +240,21 @@ container = [{ name = "a", plugin = "smoke" }]
 at = [{ time = 2, container = "a", press = "reset" }, { time = 1, container = "a", parameters = { gravity = 1 } }]
 )");
     ASSERT_EQ(2u, scene.timeline.size());
-    EXPECT_EQ(1.0, scene.timeline[0].time);
     EXPECT_EQ("gravity", scene.timeline[0].parameters.at(0).name);
     EXPECT_EQ("reset", scene.timeline[1].press);
 }
 
-struct OverrideCase {
-    const char* assignment;
-    stage::WrittenValue value;
-};
-
 TEST(SceneFile, OverridesAddASetting) {
-    const OverrideCase cases[] = {
+    const std::pair<const char*, stage::WrittenValue> cases[] = {
         {"fire.gravity=-2.5", -2.5},       {"fire.gravity=3", int64_t{3}},        {"fire.sort=true", true},
         {"fire.color=0 1 1 1", "0 1 1 1"}, {"fire.color=\"0 1 1 1\"", "0 1 1 1"}, {"fire.spawn_type=Sphere", "Sphere"},
     };
-    for (const OverrideCase& c : cases) {
-        SceneDescription scene = scene_of("container = [{ name = 'fire', plugin = 'smoke' }]");
-        const auto done = stage::override_parameter(scene, c.assignment);
-        ASSERT_TRUE(done) << c.assignment;
-        EXPECT_EQ(c.value, scene.containers[0].parameters.back().value) << c.assignment;
-        EXPECT_EQ(std::string("--set ") + c.assignment, scene.containers[0].parameters.back().place);
-    }
     SceneDescription scene = scene_of("container = [{ name = 'fire', plugin = 'smoke' }]");
+    for (const auto& [assignment, value] : cases) {
+        ASSERT_TRUE(stage::override_parameter(scene, assignment)) << assignment;
+        EXPECT_EQ(value, scene.containers[0].parameters.back().value) << assignment;
+        EXPECT_EQ(std::string("--set ") + assignment, scene.containers[0].parameters.back().place);
+    }
     for (const char* wrong : {"fire", "fire.=1", ".gravity=1", "fire.gravity", "fier.gravity=1", "fire.gravity=[1]"})
         EXPECT_FALSE(stage::override_parameter(scene, wrong)) << wrong;
 }
@@ -320,7 +282,6 @@ TEST(Timeline, TracksHoldAndEase) {
     EXPECT_THAT(stage::track_value(track, 0.0), ElementsAre(0, 10, 0));
     EXPECT_THAT(stage::track_value(track, 1.25), ElementsAre(1, 10, 0));
     EXPECT_THAT(stage::track_value(track, 2.5), ElementsAre(4, 10, 1.25)) << "u = 1/4: 3/16 - 2/64 = 5/32 of 8";
-    EXPECT_THAT(stage::track_value(track, 3.0), ElementsAre(4, 10, 4));
     EXPECT_THAT(stage::track_value(track, 9.99), ElementsAre(4, 10, 8));
     EXPECT_THAT(stage::track_value(track, 10.0), ElementsAre(0, 0, 0));
 }
@@ -333,27 +294,13 @@ TEST(Names, NearestIsOfferedOnlyWhenNear) {
 }
 
 // Documentation: docs/scenes.md has every key that the reader knows, and its examples are scenes.
-std::string documentation() {
-    std::ifstream stream(std::filesystem::path(TOVU_SOURCE_DIR) / "docs" / "scenes.md");
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-TEST(SceneDocumentation, HasEveryKey) {
-    const std::string text = documentation();
-    ASSERT_FALSE(text.empty());
+TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
+    const std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md");
     for (const std::string& key : stage::scene_keys()) EXPECT_THAT(text, HasSubstr("`" + key + "`"));
-}
-
-TEST(SceneDocumentation, ExamplesAreRead) {
-    const std::string text = documentation();
     const std::regex block("```toml\n([^`]*)```");
     int examples = 0;
-    for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match, ++examples) {
-        const auto scene = read_scene((*match)[1].str(), kFile);
-        EXPECT_TRUE(scene) << scene.error().message << "\nin\n" << (*match)[1].str();
-    }
+    for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match, ++examples)
+        scene_of((*match)[1].str());
     EXPECT_GE(examples, 6);
 }
 
