@@ -26,6 +26,11 @@ std::vector<Particle*> listed(Particle* head) {
 
 }  // namespace
 
+stage::ParameterValues with(stage::ParameterValues values, const stage::ParameterValues& more) {
+    values.insert(values.end(), more.begin(), more.end());
+    return values;
+}
+
 TestHost::TestHost(uint32_t seed, double period_seconds)
     : stage_(stage::make_stage({seed, period_seconds, true})),
       plugin_(value_of(stage::load_plugin(*stage_, TOVU_SMOKE_PLUGIN))) {}
@@ -45,6 +50,11 @@ int32_t TestHost::add_outlines(const std::string& name, std::vector<stage::Mesh>
     return handle;
 }
 
+void TestHost::add_instance(int32_t container_handle, const char* library, const stage::ParameterValues& values) {
+    const stage::PluginId plugin = value_of(stage::load_plugin(*stage_, library));
+    value_of(stage::add_instance(*stage_, container_handle, plugin, values));
+}
+
 stage::Container& TestHost::container(SmokeHandle smoke) {
     return container(smoke.container);
 }
@@ -56,7 +66,11 @@ stage::Container& TestHost::container(int32_t container_handle) {
 }
 
 void TestHost::set(SmokeHandle smoke, std::string_view parameter, const stage::ParameterValue& value) {
-    value_of(stage::set_parameter(*stage_, smoke.container, parameter, value));
+    set(smoke.container, parameter, value);
+}
+
+void TestHost::set(int32_t container_handle, std::string_view parameter, const stage::ParameterValue& value) {
+    value_of(stage::set_parameter(*stage_, container_handle, parameter, value));
 }
 
 stage::ParameterValue TestHost::get(SmokeHandle smoke, std::string_view parameter) {

@@ -13,6 +13,9 @@
 
 namespace tovu {
 
+/// `values` and behind them `more`, which win.
+stage::ParameterValues with(stage::ParameterValues values, const stage::ParameterValues& more);
+
 /// A smoke in the scene.
 struct SmokeHandle {
     int32_t container = -1;
@@ -35,11 +38,15 @@ class TestHost {
     /// A container with these outlines.
     int32_t add_outlines(const std::string& name, std::vector<stage::Mesh> meshes, int32_t parent_container = -1);
 
+    /// Gives a container an instance of another plug-in.
+    void add_instance(int32_t container_handle, const char* library, const stage::ParameterValues& values);
+
     /// For its placement, visibility and look. The reference stays good while the container lives.
     stage::Container& container(SmokeHandle smoke);
     stage::Container& container(int32_t container_handle);
 
     void set(SmokeHandle smoke, std::string_view parameter, const stage::ParameterValue& value);
+    void set(int32_t container_handle, std::string_view parameter, const stage::ParameterValue& value);
     stage::ParameterValue get(SmokeHandle smoke, std::string_view parameter);
     void press(SmokeHandle smoke, std::string_view button);
 
