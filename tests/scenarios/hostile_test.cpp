@@ -1,8 +1,8 @@
 // Slots with bits that no host should write, and hosts whose answers are wrong: the smoke goes on.
 #include <gmock/gmock.h>
 
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 
@@ -12,29 +12,15 @@
 namespace tovu {
 namespace {
 
-const stage::ParameterValues kBusy = {{"number_of_particles", 30},
-                                      {"birth_rate", 200.0},
-                                      {"life_time", 0.3},
-                                      {"life_time_spread", 20.0},
-                                      {"spawn_range_x", 40.0},
-                                      {"spawn_range_y", 30.0},
-                                      {"spawn_range_z", 20.0},
-                                      {"gravity", 3.0},
-                                      {"turbulence_x", 2.0},
-                                      {"turbulence_y", 2.0},
-                                      {"turbulence_z", 2.0},
-                                      {"wind_force", 9.0},
-                                      {"wind_rot_x", 30.0},
-                                      {"wind_rot_z", 40.0},
-                                      {"air_resistance", 20.0},
-                                      {"rot_follow_path", true},
-                                      {"reference", 1},
-                                      {"spawn_cont_name", std::string("shape")},
-                                      {"spawn_image", std::string("mask")},
-                                      {"wind_image", std::string("mask")},
-                                      {"wind_image_range_x", 60.0},
-                                      {"wind_image_range_y", 60.0},
-                                      {"life_time_scale", 60.0}};
+const stage::ParameterValues kBusy = {
+    {"number_of_particles", 30},  {"birth_rate", 200.0},    {"life_time", 0.3},
+    {"life_time_spread", 20.0},   {"spawn_range_x", 40.0},  {"spawn_range_y", 30.0},
+    {"spawn_range_z", 20.0},      {"gravity", 3.0},         {"turbulence_x", 2.0},
+    {"turbulence_y", 2.0},        {"turbulence_z", 2.0},    {"wind_force", 9.0},
+    {"wind_rot_x", 30.0},         {"wind_rot_z", 40.0},     {"air_resistance", 20.0},
+    {"rot_follow_path", true},    {"reference", 1},         {"spawn_cont_name", "shape"},
+    {"spawn_image", "mask"},      {"wind_image", "mask"},   {"wind_image_range_x", 60.0},
+    {"wind_image_range_y", 60.0}, {"life_time_scale", 60.0}};
 
 /// A smoke with everything there is to ask for.
 struct Busy {
@@ -61,41 +47,34 @@ struct Busy {
     SmokeHandle smoke;
 };
 
-uint32_t bits_of(float value) {
-    uint32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-
-struct StandInCase {
-    const char* parameter;
-    uint32_t bits;
-    uint32_t stands_for;
-};
-
 TEST(HostileSlots, ReadAsWhatIsDecided) {
-    std::vector<StandInCase> rows = {{"number_of_particles", 0x80000000u, 0},
-                                     {"number_of_particles", 0x7FFFFFFFu, 25000},
-                                     {"spawn_type", 4, 0},
-                                     {"spawn_type", 0xFFFFFFFFu, 0},
-                                     {"reference", 2, 0},
-                                     {"billboard", 7, 0},
-                                     {"spawn_cont_ref_plane", 9, 1},
-                                     {"spawn_cont_coord", 0xFFFFFFFFu, 1},
-                                     {"freeze_motion", 2, 1},
-                                     {"use_array", 0x80000000u, 1},
-                                     {"rot_follow_path", 0x100, 1},
-                                     {"use_wind_image", 0xFFFFFFFFu, 1},
-                                     {"initial_align_to_spawn_center", 2, 1}};
+    struct Row {
+        const char* parameter;
+        uint32_t bits, stands_for;
+    };
+    std::vector<Row> rows = {{"number_of_particles", 0x80000000u, 0},
+                             {"number_of_particles", 0x7FFFFFFFu, 25000},
+                             {"spawn_type", 4, 0},
+                             {"spawn_type", 0xFFFFFFFFu, 0},
+                             {"reference", 2, 0},
+                             {"billboard", 7, 0},
+                             {"spawn_cont_ref_plane", 9, 1},
+                             {"spawn_cont_coord", 0xFFFFFFFFu, 1},
+                             {"freeze_motion", 2, 1},
+                             {"use_array", 0x80000000u, 1},
+                             {"rot_follow_path", 0x100, 1},
+                             {"use_wind_image", 0xFFFFFFFFu, 1},
+                             {"initial_align_to_spawn_center", 2, 1}};
     const TestHost registered;
     const stage::Plugin& plugin = *stage::loaded_plugins().front();
-    for (const stage::ParameterInfo& parameter : plugin.parameters)
-        if (parameter.kind == stage::ParameterKind::Float)
-            for (const uint32_t bits : {0x7F800000u, 0xFF800000u, 0x7FC00000u, 0xFFFFFFFFu})
-                rows.push_back(
-                    {parameter.name.c_str(), bits, bits_of(static_cast<float>(std::get<double>(parameter.initial)))});
+    for (const stage::ParameterInfo& parameter : plugin.parameters) {
+        if (parameter.kind != stage::ParameterKind::Float) continue;
+        const auto initial = std::bit_cast<uint32_t>(static_cast<float>(std::get<double>(parameter.initial)));
+        for (const uint32_t bits : {0x7F800000u, 0xFF800000u, 0x7FC00000u, 0xFFFFFFFFu})
+            rows.push_back({parameter.name.c_str(), bits, initial});
+    }
     ASSERT_EQ(13u + 4 * 37, rows.size());
-    for (const StandInCase& row : rows) {
+    for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.parameter << " holds " << std::hex << row.bits);
         std::string traces[2];
         for (const bool hostile : {false, true}) {
@@ -140,85 +119,76 @@ TEST(HostileSlots, AnyBitsInEverySlot) {
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinite = std::numeric_limits<float>::infinity();
 
-struct WrongAnswer {
-    const char* name;
-    void (*arrange)(stage::Overrides&);
-};
+using Overrides = stage::Overrides;
 
-void put_zero(int32_t, float* x, float* y, float* z) {
-    *x = *y = *z = 0;
+auto vector_of(float value) {
+    return [value](int32_t, float* x, float* y, float* z) { *x = *y = *z = value; };
 }
-void put_nan(int32_t, float* x, float* y, float* z) {
-    *x = *y = *z = kNan;
+auto number_of(float value) {
+    return [value](int32_t, float* number) { *number = value; };
 }
-void put_infinite(int32_t, float* x, float* y, float* z) {
-    *x = *y = *z = kInfinite;
+auto frames_of(double value) {
+    return [value](double* seconds) { *seconds = value; };
 }
-void fill_matrix(int32_t, float* matrix) {
+void put_odd_matrix(int32_t, float* matrix) {
     for (int i = 0; i < 16; ++i) matrix[i] = i % 2 ? kNan : -kInfinite;
+}
+void record_at(Overrides& o, float seconds) {
+    o.is_post_recording = [](uint8_t* recording) { *recording = 1; };
+    o.post_current_time = [seconds](float* time) { *time = seconds; };
+}
+void say_nothing_of_containers(Overrides& o) {
+    o.container_get_absolute_position = o.container_get_absolute_rotation =
+        o.container_get_absolute_scaling = [](int32_t, float*, float*, float*) {};
+    o.container_get_transformation_matrix = [](int32_t, float*) {};
+}
+void make_containers_odd(Overrides& o) {
+    o.container_get_absolute_scaling = o.container_get_absolute_rotation = vector_of(kNan);
+    o.container_get_transformation_matrix = put_odd_matrix;
+}
+void make_camera_odd(Overrides& o) {
+    o.get_camera_pan = o.get_camera_tilt = number_of(kNan);
+    o.get_camera_view_matrix = put_odd_matrix;
+}
+void make_images_huge(Overrides& o) {
+    o.get_image_size = [](int32_t, int32_t* width, int32_t* height) { *width = *height = 2147483647; };
+    o.get_image_data = [](int32_t, uint8_t** pixels) { *pixels = nullptr; };
 }
 int32_t one_in_two(int32_t) {
     static int asked = 0;
     return ++asked % 2;
 }
+void put_far_apart(int32_t, int32_t cursor, float* x, float* y, float* z) {
+    *x = *y = *z = cursor % 2 ? kInfinite : -kInfinite;
+}
+void put_nan(int32_t, int32_t, float* x, float* y, float* z) {
+    *x = *y = *z = kNan;
+}
 
-const WrongAnswer kWrongAnswers[] = {
-    {"nothing at all about containers",
-     [](stage::Overrides& o) {
-         o.container_get_absolute_position = o.container_get_absolute_rotation =
-             o.container_get_absolute_scaling = [](int32_t, float*, float*, float*) {};
-         o.container_get_transformation_matrix = [](int32_t, float*) {};
-     }},
-    {"a container of no size", [](stage::Overrides& o) { o.container_get_absolute_scaling = put_zero; }},
-    {"a container of no number",
-     [](stage::Overrides& o) {
-         o.container_get_absolute_scaling = o.container_get_absolute_rotation = put_nan;
-         o.container_get_transformation_matrix = fill_matrix;
-     }},
-    {"a container at infinity", [](stage::Overrides& o) { o.container_get_absolute_position = put_infinite; }},
-    {"a camera of no number",
-     [](stage::Overrides& o) {
-         o.get_camera_pan = o.get_camera_tilt = [](int32_t, float* degrees) { *degrees = kNan; };
-         o.get_camera_view_matrix = fill_matrix;
-     }},
-    {"no camera", [](stage::Overrides& o) { o.get_cameraid = [](int32_t, const char*, int32_t) { return -1; }; }},
-    {"objects that come and go", [](stage::Overrides& o) { o.object_valid = one_in_two; }},
-    {"a geometry that is none",
-     [](stage::Overrides& o) { o.container_get_geometry = [](int32_t, int32_t* g) { *g = 12345; }; }},
-    {"vertices of no number",
-     [](stage::Overrides& o) {
-         o.geomod_get_vertex = [](int32_t, int32_t, float* x, float* y, float* z) { *x = *y = *z = kNan; };
-     }},
-    {"vertices at infinity",
-     [](stage::Overrides& o) {
-         o.geomod_get_vertex = [](int32_t, int32_t cursor, float* x, float* y, float* z) {
-             *x = *y = *z = cursor % 2 ? kInfinite : -kInfinite;
-         };
-     }},
-    {"the largest image without pixels",
-     [](stage::Overrides& o) {
-         o.get_image_size = [](int32_t, int32_t* width, int32_t* height) { *width = *height = 2147483647; };
-         o.get_image_data = [](int32_t, uint8_t** pixels) { *pixels = nullptr; };
-     }},
-    {"a frame of no number",
-     [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = static_cast<double>(kNan); }; }},
-    {"an endless frame",
-     [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = static_cast<double>(kInfinite); }; }},
-    {"a frame backwards", [](stage::Overrides& o) { o.refreshrate = [](double* seconds) { *seconds = -1; }; }},
-    {"a recording without time",
-     [](stage::Overrides& o) {
-         o.is_post_recording = [](uint8_t* recording) { *recording = 1; };
-         o.post_current_time = [](float* seconds) { *seconds = kNan; };
-     }},
-    {"a recording at infinity",
-     [](stage::Overrides& o) {
-         o.is_post_recording = [](uint8_t* recording) { *recording = 1; };
-         o.post_current_time = [](float* seconds) { *seconds = kInfinite; };
-     }},
+const struct {
+    const char* name;
+    void (*arrange)(Overrides&);
+} kWrongAnswers[] = {
+    {"nothing at all about containers", say_nothing_of_containers},
+    {"a container of no size", [](Overrides& o) { o.container_get_absolute_scaling = vector_of(0); }},
+    {"a container of no number", make_containers_odd},
+    {"a container at infinity", [](Overrides& o) { o.container_get_absolute_position = vector_of(kInfinite); }},
+    {"a camera of no number", make_camera_odd},
+    {"no camera", [](Overrides& o) { o.get_cameraid = [](int32_t, const char*, int32_t) { return -1; }; }},
+    {"objects that come and go", [](Overrides& o) { o.object_valid = one_in_two; }},
+    {"no geometry", [](Overrides& o) { o.container_get_geometry = [](int32_t, int32_t* g) { *g = 12345; }; }},
+    {"vertices of no number", [](Overrides& o) { o.geomod_get_vertex = put_nan; }},
+    {"vertices at infinity", [](Overrides& o) { o.geomod_get_vertex = put_far_apart; }},
+    {"the largest image without pixels", make_images_huge},
+    {"a frame of no number", [](Overrides& o) { o.refreshrate = frames_of(std::nan("")); }},
+    {"an endless frame", [](Overrides& o) { o.refreshrate = frames_of(HUGE_VAL); }},
+    {"a frame backwards", [](Overrides& o) { o.refreshrate = frames_of(-1); }},
+    {"a recording without time", [](Overrides& o) { record_at(o, kNan); }},
+    {"a recording at infinity", [](Overrides& o) { record_at(o, kInfinite); }},
 };
 
 TEST(HostileHost, AWrongAnswerIsOverWhenItIsRight) {
-    for (const WrongAnswer& wrong : kWrongAnswers)
+    for (const auto& wrong : kWrongAnswers)
         for (int spawn_type = 0; spawn_type < 4; ++spawn_type) {
             SCOPED_TRACE(testing::Message() << wrong.name << ", spawn type " << spawn_type);
             Busy busy;
@@ -228,9 +198,8 @@ TEST(HostileHost, AWrongAnswerIsOverWhenItIsRight) {
             wrong.arrange(busy.host.stage().overrides);
             busy.run(6);
             busy.host.stage().overrides = {};
-            for (const char* source : {"spawn_image", "wind_image"})
-                stage::notify_changed(busy.host.stage(), busy.smoke.container,
-                                      stage::find_parameter(stage::plugin(busy.host.smoke_plugin()), source)->index);
+            for (const int32_t source : {kIndex_spawn_image, kIndex_wind_image})
+                stage::notify_changed(busy.host.stage(), busy.smoke.container, source);
             busy.host.press(busy.smoke, "reset");
             busy.run(2);
             EXPECT_GT(busy.host.active_count(busy.smoke), 0) << "births go on";

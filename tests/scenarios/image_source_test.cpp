@@ -14,16 +14,17 @@ namespace {
 /// One particle at rest in the wind of the image "wind" over (−50, −50) to (50, 50), in frames of 0.25 s.
 struct Weather {
     Weather(int32_t width, int32_t height, int32_t format, std::vector<uint8_t> pixels,
-            stage::ParameterValues values = {}) {
+            const stage::ParameterValues& values = {}) {
         host.stage().clock.frame_period_seconds = 0.25;
         image = *stage::add_image(host.stage(), "wind", width, height, format, std::move(pixels));
-        values.insert(values.begin(), {{"use_wind_image", true},
-                                       {"wind_image", std::string("wind")},
+        smoke = host.smoke_of(1, with({{"use_wind_image", true},
+                                       {"wind_image", "wind"},
                                        {"wind_force", 1020.0},
                                        {"wind_rot_z", 33.0},
                                        {"wind_image_range_x", 100.0},
-                                       {"wind_image_range_y", 100.0}});
-        smoke = host.smoke_of(1, values);
+                                       {"wind_image_range_y", 100.0},
+                                       {"spawn_image", "wind"}},
+                                      values));
     }
     /// What the wind moves a particle by that stands here, in pixel values: 1020 · 0.25 s is 255.
     Vector3 wind_at(float x, float y) {
@@ -32,23 +33,26 @@ struct Weather {
         host.run_frames(1);
         return p.position - Vector3{x, y, 0};
     }
+    /// How many live once as many as `count` could be born on the image.
+    int born_on_it(int count) {
+        host.set(smoke, "spawn_range_x", 100.0);
+        host.set(smoke, "spawn_range_y", 100.0);
+        host.set(smoke, "spawn_type", 3);
+        host.set(smoke, "number_of_particles", count);
+        host.run_frames(3);
+        return host.active_count(smoke);
+    }
     RenderHost host;
     int32_t image = -1;
     SmokeHandle smoke;
 };
 
-struct PixelCase {
-    float x, y;
-    int value;  // 10 · column + 100 · row + 7
-};
-
 TEST(ImageSource, ReadsThePixelUnderThePosition) {
-    const std::vector<uint8_t> pixels = {7, 0, 0, 17, 0, 0, 107, 0, 0, 117, 0, 0};
-    const PixelCase rows[] = {{-50, -50, 7},   {0, 0, 117},         {49.9f, -10, 17}, {1000, 1000, 117},
-                              {-1000, 0, 107}, {-0.01f, -0.01f, 7}, {-0.01f, 0, 107}, {-50, 1000, 107}};
+    const std::vector<uint8_t> pixels = {7, 0, 0, 17, 0, 0, 107, 0, 0, 117, 0, 0};  // 10 · column + 100 · row + 7
+    const Vector3 rows[] = {{-50, -50, 7},   {0, 0, 117},         {49.9f, -10, 17}, {1000, 1000, 117},
+                            {-1000, 0, 107}, {-0.01f, -0.01f, 7}, {-0.01f, 0, 107}, {-50, 1000, 107}};
     Weather weather(2, 2, GL_RGB, pixels);
-    for (const PixelCase& row : rows)
-        EXPECT_NEAR(row.value, weather.wind_at(row.x, row.y).x, 1e-3f) << row.x << ", " << row.y;
+    for (const auto [x, y, value] : rows) EXPECT_NEAR(value, weather.wind_at(x, y).x, 1e-3f) << x << ", " << y;
     for (const float far : {1e30f, -1e30f, std::nanf("")})
         EXPECT_EQ(0, pixel_index(far, -50, 50, 2)) << "beyond the range of an index: " << far;
     weather.host.set(weather.smoke, "wind_image_range_x", 0.0);  // both ranges from spawn, which is 0: no extent
@@ -56,57 +60,41 @@ TEST(ImageSource, ReadsThePixelUnderThePosition) {
     EXPECT_NEAR(7, weather.wind_at(40, 40).x, 1e-3f);
 }
 
-struct ColorCase {
-    const char* name;
-    std::vector<uint8_t> pixel;
-    float angle_x, angle_z;  // degrees
-    float strength;          // in pixel values
-};
-
 TEST(ImageSource, SecondAndThirdChannelTurnTheWind) {
-    const ColorCase rows[] = {{"full, about x alone", {255, 64, 0}, 64 * 360 / 255.0f, 0, 255},
-                              {"full, about z", {255, 0, 64}, 0, 64 * 360 / 255.0f, 255},
-                              {"half, about both", {128, 32, 200}, 32 * 360 / 255.0f, 200 * 360 / 255.0f, 128},
-                              {"none", {0, 99, 99}, 0, 0, 0}};
-    for (const ColorCase& row : rows)
+    const struct {
+        const char* name;
+        std::vector<uint8_t> pixel;
+        double angle_x, angle_z;  // in 255ths of a turn
+        double strength;          // in pixel values
+    } rows[] = {{"full, about x alone", {255, 64, 0}, 64, 0, 255},
+                {"full, about z", {255, 0, 64}, 0, 64, 255},
+                {"half, about both", {128, 32, 200}, 32, 200, 128},
+                {"none", {0, 99, 99}, 0, 0, 0}};
+    for (const auto& row : rows)
         for (const int reference : {0, 1}) {
             SCOPED_TRACE(testing::Message() << row.name << ", reference " << reference);
             Weather weather(1, 1, GL_RGB, row.pixel, {{"reference", reference}});
             weather.host.container(weather.smoke).placement.scale = {2, 3, 4};
-            const float degree = 0.017453293f;
-            Vector3 expected{std::cos(row.angle_z * degree),
-                             std::sin(row.angle_z * degree) * std::cos(row.angle_x * degree),
-                             std::sin(row.angle_z * degree) * std::sin(row.angle_x * degree)};
-            expected = expected * row.strength;
-            if (reference == 1) expected = {2 * expected.x, 3 * expected.y, 4 * expected.z};
-            const Vector3 wind = weather.wind_at(0, 0);
-            EXPECT_NEAR(expected.x, wind.x, 1e-3f);
-            EXPECT_NEAR(expected.y, wind.y, 1e-3f);
-            EXPECT_NEAR(expected.z, wind.z, 1e-3f);
+            const double x = row.angle_x / 255 * 2 * M_PI;
+            const double z = row.angle_z / 255 * 2 * M_PI;
+            const Vector3 direction{static_cast<float>(std::cos(z)), static_cast<float>(std::sin(z) * std::cos(x)),
+                                    static_cast<float>(std::sin(z) * std::sin(x))};
+            const Vector3 scale = reference == 1 ? Vector3{2, 3, 4} : Vector3{1, 1, 1};
+            expect_near(scaled(direction, scale * static_cast<float>(row.strength)), weather.wind_at(0, 0), 1e-3);
         }
 }
 
-struct FormatCase {
-    const char* name;
-    int32_t format;
-    int bytes;
-};
-
 TEST(ImageSource, FormatsSayHowFarAPixelReaches) {
-    const FormatCase rows[] = {
-        {"alpha", GL_ALPHA, 1}, {"luminance", GL_LUMINANCE, 1}, {"luminance alpha", GL_LUMINANCE_ALPHA, 2},
-        {"rgb", GL_RGB, 3},     {"rgba", GL_RGBA, 4},           {"another code", 0x80E1, 4}};
-    for (const FormatCase& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto bytes = static_cast<size_t>(row.bytes);
+    const std::pair<int32_t, size_t> rows[] = {{GL_ALPHA, 1}, {GL_LUMINANCE, 1}, {GL_LUMINANCE_ALPHA, 2},
+                                               {GL_RGB, 3},   {GL_RGBA, 4},      {0x80E1, 4}};
+    for (const auto& [format, bytes] : rows) {
+        SCOPED_TRACE(testing::Message() << "format " << format);
         std::vector<uint8_t> pixels(2 * bytes, 0);
         pixels[0] = 255;
         pixels[bytes] = 100;  // under three bytes a pixel it is the first pixel's second or third channel as well
-        Weather weather(2, 1, row.format, pixels);
-        EXPECT_EQ(row.bytes, weather.host.block(weather.smoke).wind_source.bytes_per_pixel);
+        Weather weather(2, 1, format, pixels);
         EXPECT_NEAR(100, weather.wind_at(10, 0).x, 1e-3f) << "what the last pixel lacks is 0";
-        const float turned = 255 * std::cos(0.017453293f * (bytes == 2 ? 100 * 360 / 255.0f : 0));
-        EXPECT_NEAR(turned, weather.wind_at(-10, 0).x, 1e-2f);
+        EXPECT_NEAR(255 * std::cos(bytes == 2 ? 100 / 255.0 * 2 * M_PI : 0), weather.wind_at(-10, 0).x, 1e-2f);
     }
 }
 
@@ -115,42 +103,40 @@ class GuardedPixels {
   public:
     explicit GuardedPixels(size_t bytes) {
         const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        pages_ = (bytes + page - 1) / page * page;
-        memory_ = static_cast<uint8_t*>(
-            mmap(nullptr, pages_ + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(memory_ + pages_, page, PROT_NONE);
-        pixels_ = memory_ + pages_ - bytes;
+        const size_t before = (bytes + page - 1) / page * page;
+        size_ = before + page;
+        memory_ =
+            static_cast<uint8_t*>(mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        mprotect(memory_ + before, page, PROT_NONE);
+        pixels_ = memory_ + before - bytes;
         std::memset(pixels_, 255, bytes);
     }
-    ~GuardedPixels() { munmap(memory_, pages_ + static_cast<size_t>(sysconf(_SC_PAGESIZE))); }
+    ~GuardedPixels() { munmap(memory_, size_); }
     GuardedPixels(const GuardedPixels&) = delete;
     GuardedPixels& operator=(const GuardedPixels&) = delete;
     uint8_t* data() { return pixels_; }
 
   private:
-    size_t pages_;
+    size_t size_;
     uint8_t* memory_;
     uint8_t* pixels_;
 };
 
-struct ChangeCase {
-    const char* name;
-    int32_t width, height, format;  // of the moment; loaded as 8 × 8 RGBA
-    int lit_rows;                   // of 8, that the data still reach in full
-};
-
 TEST(ImageSource, NeverReadsPastTheDataOfTheMoment) {
-    const ChangeCase rows[] = {{"as loaded", 8, 8, GL_RGBA, 8}, {"half as high", 8, 4, GL_RGBA, 4},
-                               {"one pixel", 1, 1, GL_RGBA, 0}, {"fewer bytes", 8, 8, GL_LUMINANCE, 2},
-                               {"empty", 0, 8, GL_RGBA, 0},     {"less than empty", -8, -8, GL_RGBA, 0},
-                               {"no data", 8, 8, GL_RGBA, 0}};
-    for (const ChangeCase& row : rows) {
+    const struct {
+        const char* name;
+        int32_t width, height, format;  // of the moment; loaded as 8 × 8 RGBA
+        int lit_rows;                   // of 8, that the data still reach in full
+        bool answers = true;            // with data
+    } rows[] = {{"as loaded", 8, 8, GL_RGBA, 8},     {"half as high", 8, 4, GL_RGBA, 4},
+                {"one pixel", 1, 1, GL_RGBA, 0},     {"fewer bytes", 8, 8, GL_LUMINANCE, 2},
+                {"empty", 0, 8, GL_RGBA, 0},         {"less than empty", -8, -8, GL_RGBA, 0},
+                {"no data", 8, 8, GL_RGBA, 0, false}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const bool none = std::string_view(row.name) == "no data";
         const int32_t bytes = std::max(0, row.width) * std::max(0, row.height) * stage::bytes_per_pixel(row.format);
         GuardedPixels guarded(static_cast<size_t>(bytes));
-        Weather weather(8, 8, GL_RGBA, std::vector<uint8_t>(256, 255),
-                        {{"spawn_image", std::string("wind")}, {"spawn_range_x", 100.0}, {"spawn_range_y", 100.0}});
+        Weather weather(8, 8, GL_RGBA, std::vector<uint8_t>(256, 255));
         stage::Overrides& overrides = weather.host.stage().overrides;
         overrides.get_image_size = [&row](int32_t, int32_t* width, int32_t* height) {
             *width = row.width;
@@ -158,30 +144,22 @@ TEST(ImageSource, NeverReadsPastTheDataOfTheMoment) {
         };
         overrides.get_image_format = [&row](int32_t, int32_t* format) { *format = row.format; };
         overrides.get_image_data = [&](int32_t, uint8_t** pixels) {
-            if (!none) *pixels = guarded.data();
+            if (row.answers) *pixels = guarded.data();
         };
         for (int r = 0; r < 8; ++r) {
             const float wind = weather.wind_at(49, -50 + 12.5f * (static_cast<float>(r) + 0.5f)).x;
-            EXPECT_EQ(r<row.lit_rows, std::fabs(wind)> 1) << "row " << r;
+            EXPECT_EQ(r < row.lit_rows, (std::fabs(wind) > 1)) << "row " << r;
         }
-        weather.host.set(weather.smoke, "spawn_type", 3);
-        weather.host.set(weather.smoke, "number_of_particles", 200);
-        weather.host.run_frames(3);
-        const int born = weather.host.active_count(weather.smoke);
-        EXPECT_EQ(bytes > 0 && !none ? 200 : 1, born) << "one pixel is enough to be born on";
+        EXPECT_EQ(bytes > 0 && row.answers ? 200 : 1, weather.born_on_it(200)) << "one pixel is enough to be born on";
     }
 }
 
 TEST(ImageSource, AnImageThatIsGoneIsDarkAndStill) {
-    Weather weather(1, 1, GL_LUMINANCE, {255},
-                    {{"spawn_image", std::string("wind")}, {"spawn_range_x", 9.0}, {"spawn_range_y", 9.0}});
+    Weather weather(1, 1, GL_LUMINANCE, {255});
     stage::remove_image(weather.host.stage(), weather.image);
     EXPECT_EQ(0.0f, weather.wind_at(0, 0).x);
-    weather.host.set(weather.smoke, "spawn_type", 3);
-    weather.host.set(weather.smoke, "number_of_particles", 9);
     weather.host.set(weather.smoke, "life_time_scale", 0.0);
-    weather.host.run_frames(3);
-    EXPECT_EQ(0, weather.host.active_count(weather.smoke)) << "nothing is born, and what lives stands off the mask";
+    EXPECT_EQ(0, weather.born_on_it(9)) << "nothing is born, and what lives stands off the mask";
 }
 
 }  // namespace

@@ -105,9 +105,7 @@ TEST(Registration, CallsInOrder) {
     std::vector<std::string> calls;
     for (const stage::Call& call : stage::plugin(host.smoke_plugin()).registration_calls)
         calls.push_back(to_string(call));
-    const std::vector<std::string> expected = expected_calls();
-    ASSERT_EQ(expected.size(), calls.size());
-    for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(expected[i], calls[i]) << i;
+    EXPECT_THAT(calls, testing::ElementsAreArray(expected_calls()));
 }
 
 TEST(Registration, ChoicesOfTheRadios) {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "expect.h"
 #include "host/opengl.h"
 #include "stage/call_log.h"
 #include "stage/opengl/dispatch.h"
@@ -28,11 +28,10 @@ class RenderHost : public TestHost {
     }
 
     /// A smoke with `count` particles alive, all at rest at the origin, with these values besides.
-    SmokeHandle smoke_of(int count, stage::ParameterValues values = {}) {
-        values.insert(
-            values.begin(),
-            {{"number_of_particles", count}, {"birth_rate", 1e7}, {"life_time", 1000.0}, {"initial_speed", 0.0}});
-        const SmokeHandle smoke = add_smoke(values);
+    SmokeHandle smoke_of(int count, const stage::ParameterValues& values = {}) {
+        const stage::ParameterValues at_rest = {
+            {"number_of_particles", count}, {"birth_rate", 1e7}, {"life_time", 1000.0}, {"initial_speed", 0.0}};
+        const SmokeHandle smoke = add_smoke(with(at_rest, values));
         run_frames(2);
         return smoke;
     }
@@ -47,18 +46,5 @@ class RenderHost : public TestHost {
         return log;
     }
 };
-
-/// The calls from the first with the name `from` to the last with the name `to`; empty when either is missing.
-inline std::vector<std::string> between(const std::vector<std::string>& log, std::string_view from,
-                                        std::string_view to) {
-    size_t first = log.size();
-    size_t last = 0;
-    for (size_t i = 0; i < log.size(); ++i) {
-        if (first == log.size() && log[i].starts_with(from)) first = i;
-        if (log[i].starts_with(to)) last = i + 1;
-    }
-    if (first >= last) return {};
-    return {log.begin() + static_cast<std::ptrdiff_t>(first), log.begin() + static_cast<std::ptrdiff_t>(last)};
-}
 
 }  // namespace tovu
