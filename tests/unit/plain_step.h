@@ -5,76 +5,26 @@
 #include <cmath>
 
 #include "math/matrix.h"
-#include "math/polygon.h"
 #include "math/random.h"
 #include "particles/particle_motion.h"
 #include "particles/pool.h"
+#include "particles/step_values.h"
 #include "smoke_instance.h"
 
 namespace plain {
 
 using tovu::SmokeInstance;
+using tovu::StepValues;
 
-/// What is the same for all particles; wind and its flag go on from particle to particle where an image gives them.
-struct StepLocals {
-    float dt;
-    Vector3 wind_step;
-    bool wind_active;
-    float drag;
-    float gravity_step;
-    Vector3 turbulence;
-};
-
-inline Vector3 wind_field(const SmokeInstance& instance, bool use_image, float x, float y) {
+inline Vector3 image_wind(const SmokeInstance& instance, float x, float y) {
     const tovu::ParameterSlots& p = instance.parameters;
-    float strength = tovu::param::wind_force(p);
-    float angle_x = tovu::param::wind_rot_x(p);
-    float angle_z = tovu::param::wind_rot_z(p);
-    if (use_image) {
-        const tovu::PixelBytes pixel = tovu::sample3(tovu::open_image(instance.wind_source), x, y);
-        strength = static_cast<float>(pixel.channel[0] / 255.0) * strength;
-        angle_x = static_cast<float>(pixel.channel[1] / 255.0) * 360.0f;
-        angle_z = static_cast<float>(pixel.channel[2] / 255.0) * 360.0f;
-    }
+    const tovu::PixelBytes pixel = tovu::sample3(tovu::open_image(instance.wind_source), x, y);
+    const float strength = static_cast<float>(pixel.channel[0] / 255.0) * tovu::param::wind_force(p);
     tovu::Matrix4 turn;
-    tovu::rotate_x(turn, angle_x);
-    tovu::rotate_z(turn, angle_z);
+    tovu::rotate_x(turn, static_cast<float>(pixel.channel[1] / 255.0) * 360.0f);
+    tovu::rotate_z(turn, static_cast<float>(pixel.channel[2] / 255.0) * 360.0f);
     const Vector3 wind = tovu::transform(turn, {strength, 0, 0});
-    const bool world = tovu::param::reference(p) == tovu::kReferenceWorld;
-    return world ? tovu::scaled(wind, instance.abs_scale) : wind;
-}
-
-inline StepLocals step_locals(const SmokeInstance& instance) {
-    const tovu::ParameterSlots& p = instance.parameters;
-    const double dt = instance.time_step;
-    const bool world = tovu::param::reference(p) == tovu::kReferenceWorld;
-    StepLocals locals{};
-    locals.dt = static_cast<float>(dt);
-    if (!tovu::param::use_wind_image(p) && tovu::param::wind_force(p) != 0) {
-        locals.wind_step = tovu::operator*(wind_field(instance, false, 0, 0), locals.dt);
-        locals.wind_active = true;
-    }
-    locals.drag = 1.0f - tovu::param::air_resistance(p) / 1000.0f;
-    locals.gravity_step = static_cast<float>(-static_cast<double>(tovu::param::gravity(p)) * dt);
-    if (world) locals.gravity_step *= instance.abs_scale.y;
-    const auto amplitude = [dt](float turbulence, float scale) {
-        return static_cast<float>(dt * static_cast<double>(turbulence) * 10.0 * static_cast<double>(scale));
-    };
-    locals.turbulence = {amplitude(tovu::param::turbulence_x(p), instance.abs_scale.x),
-                         amplitude(tovu::param::turbulence_y(p), instance.abs_scale.y),
-                         amplitude(tovu::param::turbulence_z(p), instance.abs_scale.z)};
-    return locals;
-}
-
-inline bool contains(const SmokeInstance& instance, Vector3 point) {
-    const tovu::ContainerSpawnSource& source = instance.container_source;
-    if (!tovu::is_valid(source)) return false;
-    if (source.plugin_mode) return tovu::ask_is_inside(source, point);
-    for (int32_t i = 0; i < source.outline_count; ++i) {
-        const auto inside = source.ref_plane == 1 ? tovu::point_in_polygon_xz : tovu::point_in_polygon_xy;
-        if (inside(source.outline_sizes[i], source.outline_starts[i], point)) return true;
-    }
-    return false;
+    return tovu::param::reference(p) == tovu::kReferenceWorld ? tovu::scaled(wind, instance.abs_scale) : wind;
 }
 
 inline void accelerate_death(const SmokeInstance& instance, Particle& p) {
@@ -89,7 +39,8 @@ inline void accelerate_death(const SmokeInstance& instance, Particle& p) {
         p.accelerated = 1;
         return;
     }
-    const bool outside = type == tovu::kSpawnContainer && !contains(instance, p.position);
+    const bool outside = type == tovu::kSpawnContainer &&
+                         !tovu::contains(tovu::open_inside_test(instance.container_source, nullptr), p.position);
     if (!outside && !(instance.consumer_attached && p.released)) return;
     p.life *= k;
     p.age *= k;
@@ -99,9 +50,8 @@ inline void accelerate_death(const SmokeInstance& instance, Particle& p) {
 // The index is held to the table, and 0 / 0 reads its end.
 inline int32_t table_index(float age, float entries, float life) {
     const float index = age * entries / life;
-    return index >= entries || std::isnan(index) ? static_cast<int32_t>(entries)
-           : index > 0                           ? static_cast<int32_t>(index)
-                                                 : 0;
+    if (index >= entries || std::isnan(index)) return static_cast<int32_t>(entries);
+    return index > 0 ? static_cast<int32_t>(index) : 0;
 }
 
 inline void store_look(const SmokeInstance& instance, Particle& p) {
@@ -113,55 +63,52 @@ inline void store_look(const SmokeInstance& instance, Particle& p) {
     p.alpha = instance.alpha_table.alpha[table_index(p.age, 512.0f, p.life)] * 255.0f;
 }
 
-inline float path_angle(const SmokeInstance& instance, const Particle& p, Vector3 wind_step) {
-    Vector3 d = tovu::operator+(p.velocity, wind_step);
+inline float path_angle(const SmokeInstance& instance, Vector3 d) {
     if (instance.draw_mode == 1) d = tovu::transform(instance.rotation_scale_matrix, d);
     d.z = 0;
     tovu::normalize(d);
     if (d.x < -1) d.x = -1;
     if (d.x > 1) d.x = 1;
-    float a = 0;
-    if (-1.1920928955078125e-07f < d.x && d.x < 1.1920928955078125e-07f)
-        a = d.y < 0 ? 3.1415927f : 0;
-    else
-        a = d.y < 0 ? 3.1415927f - std::asin(d.x) : std::asin(d.x);
-    return static_cast<float>(-static_cast<double>(a) * 180 / 3.141592653589793);
+    const bool upright = -1.1920928955078125e-07f < d.x && d.x < 1.1920928955078125e-07f;
+    const float a = upright ? 0 : std::asin(d.x);
+    return static_cast<float>(-static_cast<double>(d.y < 0 ? 3.1415927f - a : a) * 180 / 3.141592653589793);
 }
 
-inline void displace(const SmokeInstance& instance, Particle& p, StepLocals& locals) {
-    const tovu::ParameterSlots& slots = instance.parameters;
+/// Moves the particle and returns the wind that it met, in units per frame.
+inline Vector3 displace(const SmokeInstance& instance, Particle& p, const StepValues& values) {
     tovu::operator+=(p.position, p.velocity);
-    const Vector3 t = locals.turbulence;
-    if (tovu::param::turbulence_x(slots) != 0) p.position.x += tovu::random_up_to(t.x) - t.x / 2;
-    if (tovu::param::turbulence_y(slots) != 0) p.position.y += tovu::random_up_to(t.y) - t.y / 2;
-    if (tovu::param::turbulence_z(slots) != 0) p.position.z += tovu::random_up_to(t.z) - t.z / 2;
-    if (tovu::param::use_wind_image(slots)) {
-        locals.wind_step = tovu::operator*(wind_field(instance, true, p.position.x, p.position.y), locals.dt);
-        locals.wind_active = true;
-    }
-    if (locals.wind_active) tovu::operator+=(p.position, locals.wind_step);
-    if (tovu::param::gravity(slots) != 0) p.velocity.y += locals.gravity_step;
-    if (locals.drag != 1) tovu::operator*=(p.velocity, locals.drag);
+    const Vector3 t = values.turbulence;
+    if (values.turbulent_x) p.position.x += tovu::random_up_to(t.x) - t.x / 2;
+    if (values.turbulent_y) p.position.y += tovu::random_up_to(t.y) - t.y / 2;
+    if (values.turbulent_z) p.position.z += tovu::random_up_to(t.z) - t.z / 2;
+    Vector3 wind_step = values.wind_step;
+    if (values.wind_from_image)
+        wind_step = tovu::operator*(image_wind(instance, p.position.x, p.position.y), values.time_step);
+    if (values.wind_active) tovu::operator+=(p.position, wind_step);
+    if (values.gravity_active) p.velocity.y += values.gravity_step;
+    if (values.drag != 1) tovu::operator*=(p.velocity, values.drag);
+    return wind_step;
 }
 
 /// As tovu::move_particles, except that an array of the live particles kept beside the links is not brought along.
 inline tovu::Bounds move_particles(SmokeInstance& instance) {
-    StepLocals locals = step_locals(instance);
-    const bool follow_path = tovu::param::rot_follow_path(instance.parameters);
+    StepValues values;
+    tovu::WindAngles spare_angles;
+    tovu::set_step_values(values, instance, spare_angles);
     tovu::Bounds bounds;
     for (Particle *p = instance.active_head, *next = nullptr; p != nullptr; p = next) {
         next = p->next;
         if (instance.consumer_attached && !p->claimed && !p->released) continue;
-        p->age += locals.dt;
+        p->age += values.time_step;
         if (p->age > p->life) {
             tovu::move_to_inactive(instance, *p);
             continue;
         }
         accelerate_death(instance, *p);
         store_look(instance, *p);
-        displace(instance, *p, locals);
+        const Vector3 wind_step = displace(instance, *p, values);
         p->rotation += p->rotation_step;
-        p->path_angle = follow_path ? path_angle(instance, *p, locals.wind_step) : 0;
+        p->path_angle = values.follow_path ? path_angle(instance, tovu::operator+(p->velocity, wind_step)) : 0;
         p->size_x += p->size_step_x;
         p->size_y += p->size_step_y;
         tovu::widen(bounds, p->position);

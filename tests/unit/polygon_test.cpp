@@ -21,13 +21,12 @@ const Outline kRing = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0},
 const Outline kNone = {};
 const Outline kPoint = {{0, 0, 0}};
 
-struct PointCase {
+const struct {
     const char* name;
     const Outline& outline;
     float x, y;
     bool inside;
-};
-const PointCase kPoints[] = {
+} kPoints[] = {
     {"lower left corner", kSquare, 0, 0, true},
     {"lower border", kSquare, 0.5f, 0, true},
     {"left border", kSquare, 0, 0.5f, true},
@@ -51,7 +50,7 @@ const PointCase kPoints[] = {
 };
 
 TEST(Polygon, EvenOddWithHalfOpenEdges) {
-    for (const PointCase& row : kPoints) {
+    for (const auto& row : kPoints) {
         SCOPED_TRACE(row.name);
         Outline outline = row.outline;
         const auto count = static_cast<int32_t>(outline.size());

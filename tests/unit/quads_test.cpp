@@ -1,15 +1,13 @@
 #include "render/quads.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
+#include "expect.h"
 #include "plain_quads.h"
 #include "render/draw_list.h"
 #include "render/quad_arrays.h"
@@ -67,18 +65,10 @@ float tolerance(const SmokeInstance& instance, const Particle& p, Vector3 corner
     return 1e-5f * size + 2e-7f * std::max({std::fabs(corner.x), std::fabs(corner.y), std::fabs(corner.z)});
 }
 
-void build_for_mode(SmokeInstance& instance, float opacity) {
-    if (instance.draw_mode == kDrawLocalBillboard)
-        build_quads_local_billboard(instance, opacity);
-    else if (instance.draw_mode == kDrawWorldBillboard)
-        build_quads_world_billboard(instance, opacity);
-    else
-        build_quads_flat(instance, opacity);
-}
-
 struct QuadCase {
     const char* name;
     DrawMode mode;
+    void (*build)(SmokeInstance&, float opacity);
     bool has_rotation;
     float largest_turn;  // degrees
 };
@@ -91,54 +81,35 @@ TEST_P(ArrayQuads, EqualThoseOfTheMatrices) {
         SmokeInstance& instance = *scene.instance;
         instance.parameters.rot_change_spread = GetParam().has_rotation ? 1.0f : 0.0f;
         constexpr float kOpacity = 0.7f;
-        build_for_mode(instance, kOpacity);
+        GetParam().build(instance, kOpacity);
         EXPECT_EQ(quad_vertices + kFloatsPerQuad * count, instance.vertex_cursor);
 
         for (int32_t i = 0; i < count; ++i) {
             const Particle& p = scene.particles[static_cast<size_t>(i)];
             const plain::Quad expected = plain::array_quad(instance, p, kOpacity);
+            const bool exact = !GetParam().has_rotation && GetParam().mode != kDrawLocalBillboard;
             for (int32_t corner = 0; corner < 4; ++corner) {
                 const Vector3 want = expected.corners[static_cast<size_t>(corner)];
                 const float* got = quad_vertices + kFloatsPerQuad * i + 3 * corner;
-                const bool exact = !GetParam().has_rotation && GetParam().mode != kDrawLocalBillboard;
-                const float off = exact ? 0.0f : tolerance(instance, p, want);
-                ASSERT_NEAR(want.x, got[0], off) << "x of corner " << corner << " of quad " << i << " of " << count;
-                ASSERT_NEAR(want.y, got[1], off) << "y of corner " << corner << " of quad " << i << " of " << count;
-                ASSERT_NEAR(want.z, got[2], off) << "z of corner " << corner << " of quad " << i << " of " << count;
-                ASSERT_EQ(0, std::memcmp(expected.rgba.data(), quad_colors + kBytesPerQuad * i + 4 * corner, 4))
-                    << "colour of corner " << corner << " of quad " << i << " of " << count;
+                expect_near(want, {got[0], got[1], got[2]}, exact ? 0.0f : tolerance(instance, p, want));
+                ASSERT_EQ(0, std::memcmp(expected.rgba.data(), quad_colors + kBytesPerQuad * i + 4 * corner, 4));
+                ASSERT_FALSE(HasFailure()) << "corner " << corner << " of quad " << i << " of " << count;
             }
         }
     }
 }
 
 const QuadCase kQuadCases[] = {
-    {"local_flat", kDrawLocalFlat, false, 720},           {"local_flat_turned", kDrawLocalFlat, true, 720},
-    {"local_billboard", kDrawLocalBillboard, false, 720}, {"local_billboard_turned", kDrawLocalBillboard, true, 720},
-    {"world_flat", kDrawWorldFlat, false, 720},           {"world_flat_turned", kDrawWorldFlat, true, 8000},
-    {"world_billboard", kDrawWorldBillboard, false, 720}, {"world_billboard_turned", kDrawWorldBillboard, true, 1e7f},
+    {"local flat", kDrawLocalFlat, build_quads_flat, false, 720},
+    {"local flat turned", kDrawLocalFlat, build_quads_flat, true, 720},
+    {"local billboard", kDrawLocalBillboard, build_quads_local_billboard, false, 720},
+    {"local billboard turned", kDrawLocalBillboard, build_quads_local_billboard, true, 720},
+    {"world flat turned", kDrawWorldFlat, build_quads_flat, true, 8000},
+    {"world billboard", kDrawWorldBillboard, build_quads_world_billboard, false, 720},
+    {"world billboard turned", kDrawWorldBillboard, build_quads_world_billboard, true, 1e7f},
 };
 INSTANTIATE_TEST_SUITE_P(Modes, ArrayQuads, testing::ValuesIn(kQuadCases),
-                         [](const auto& case_info) { return std::string(case_info.param.name); });
-
-TEST(ArrayQuad, OfAKnownParticle) {
-    Scene scene = random_scene(kDrawLocalFlat, 1, 0);
-    Particle& p = scene.particles[0];
-    p.position = {1, 2, 3};
-    p.size_x = 5;
-    p.size_y = 10;
-    const struct {
-        float rotation;
-        float corners[kFloatsPerQuad];
-    } cases[] = {{0, {-4, 12, 3, -4, -8, 3, 6, -8, 3, 6, 12, 3}}, {90, {-9, -3, 3, 11, -3, 3, 11, 7, 3, -9, 7, 3}}};
-    scene.instance->parameters.rot_start = 90;
-    for (const auto& row : cases) {
-        p.rotation = row.rotation;
-        build_quads_flat(*scene.instance, 1.0f);
-        for (int32_t i = 0; i < kFloatsPerQuad; ++i)
-            EXPECT_EQ(row.corners[i], quad_vertices[i]) << "float " << i << " turned by " << row.rotation;
-    }
-}
+                         name_of_row<testing::TestParamInfo<QuadCase>>);
 
 TEST(ArrayQuad, WithHostileFloatsStaysInsideTheTables) {
     const float kOdd[] = {0.0f, -1.0f, 1e38f, -1e38f, INFINITY, -INFINITY, NAN};
