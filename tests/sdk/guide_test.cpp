@@ -1,10 +1,8 @@
 // The plug-in that the guide for authors builds, on the Stage: it does what the guide says, and leaves in good order.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "stage/plugins/instance.h"
 #include "test_host.h"
 
 namespace tovu {
@@ -18,10 +16,7 @@ TEST(Guide, ItsPluginSwirlsTheSmoke) {
                                               {"opening_angle_z", 0.0},
                                               {"initial_rot_z", 90.0}});
     const int32_t carrier = stage::add_container(host.stage(), "swirl");
-    const auto plugin = stage::load_plugin(host.stage(), TOVU_SWIRL_PLUGIN);
-    ASSERT_TRUE(plugin) << plugin.error().message;
-    ASSERT_TRUE(stage::add_instance(host.stage(), carrier, *plugin,
-                                    {{"smoke_container", std::string("smoke")}, {"degrees", 3.0}}));
+    host.add_instance(carrier, TOVU_SWIRL_PLUGIN, {{"smoke_container", "smoke"}, {"degrees", 3.0}});
     host.run_frames(50);
     const std::vector<Particle*> list = host.active(smoke);
     ASSERT_GT(list.size(), 40);
