@@ -132,17 +132,18 @@ Case wind_step(Scene& scene) {
 
 // Births alone: everybody is sent back to the pool before each frame.
 Case birth_case(Scene& scene, const char* name, std::function<void(Smoke&)> prepare) {
-    return {name, 1, [&scene, prepare, smoke = std::make_shared<Smoke>()](Stopwatch& watch) {
-                if (smoke->block == nullptr) {
-                    *smoke = scene.make_smoke(kFull);
-                    smoke->block->parameters.birth_rate = kBirthsPerFrame / static_cast<float>(kFramePeriod) + 0.5f;
-                    prepare(*smoke);
-                    scene.run(*smoke, 2);
+    return {name, 1, [&scene, prepare = std::move(prepare), smoke = Smoke{}, ready = false](Stopwatch& watch) mutable {
+                if (!ready) {
+                    smoke = scene.make_smoke(kFull);
+                    smoke.block->parameters.birth_rate = kBirthsPerFrame / static_cast<float>(kFramePeriod) + 0.5f;
+                    prepare(smoke);
+                    scene.run(smoke, 2);
+                    ready = true;
                 }
-                scene.host().press(smoke->handle, "reset");
+                scene.host().press(smoke.handle, "reset");
                 scene.next_frame();
                 watch.start();
-                scene.step(*smoke);
+                scene.step(smoke);
                 watch.stop();
             }};
 }

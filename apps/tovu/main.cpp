@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <memory>
 
 #include "params_command.h"
@@ -89,9 +90,7 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("--plugin", options.plugin, "Library to take for the smoke");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     CLI::App app("Smoke on a stage: runs the plug-in in a host of its own.", "tovu");
     app.require_subcommand(1);
     tovu::ParamsOptions params;
@@ -114,4 +113,15 @@ int main(int argc, char** argv) {
     if (app.got_subcommand("render")) return run_render(render);
     std::fputs(app.help().c_str(), stdout);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {  // such as memory that ran out
+        std::fprintf(stderr, "tovu: %s\n", error.what());
+        return 2;
+    }
 }

@@ -99,14 +99,14 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
     if (stage::is_frame_pattern(options.output)) {
         plan.kind = OutputKind::kNumbered;
         if (!options.at.empty()) return Error{"--at: is for one picture; numbered ones take --frames A-B"};
-        if (const Result<Done> checked = check_numbered(options.output); !checked) return checked;
+        if (Result<Done> checked = check_numbered(options.output); !checked) return checked;
         return take_frames(options.frames, plan);
     }
     const std::filesystem::path file = options.output;
     if (stage::is_video_name(file)) {
         plan.kind = OutputKind::kVideo;
         if (!options.at.empty()) return Error{"--at: is for one picture; a video takes --frames A-B"};
-        if (const Result<Done> checked = check_folder(file); !checked) return checked;
+        if (Result<Done> checked = check_folder(file); !checked) return checked;
         return take_frames(options.frames, plan);
     }
     if (file.extension() != ".png")
@@ -114,9 +114,9 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
             fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures are written "
                         "as in frames/%04d.png",
                         options.output)};
-    if (const Result<Done> checked = check_folder(file); !checked) return checked;
+    if (Result<Done> checked = check_folder(file); !checked) return checked;
     if (!options.at.empty()) return take_moment(options.at, plan);
-    const Result<Done> taken = take_frames(options.frames, plan);
+    Result<Done> taken = take_frames(options.frames, plan);
     if (taken && plan.first != plan.last)
         return Error{
             fmt::format("-o {}: one picture needs --at SECONDS; numbered ones are written as in "

@@ -95,6 +95,7 @@ int32_t index_of(const std::vector<WrittenContainer>& written, const std::string
 
 void check_names(KeyReader& reader, const std::vector<WrittenContainer>& written) {
     std::vector<std::string> names;
+    names.reserve(written.size());
     for (const WrittenContainer& one : written) names.push_back(one.container.name);
     for (size_t i = 0; i < written.size(); ++i) {
         const WrittenContainer& one = written[i];

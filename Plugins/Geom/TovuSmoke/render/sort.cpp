@@ -234,7 +234,9 @@ struct Digits {
 /// The widest digits whose counters are not more work than the entries, evened out over as many passes as they need.
 Digits digits_for(int32_t count, int32_t range_bits) {
     const int32_t size_bits = bits_in(static_cast<uint32_t>(count));
-    const int32_t widest = size_bits < kMostDigitBits ? size_bits : kMostDigitBits;
+    const int32_t widest = size_bits > kMostDigitBits     ? kMostDigitBits
+                           : size_bits < kFewestDigitBits ? kFewestDigitBits
+                                                          : size_bits;
     const int32_t bits = range_bits > 0 ? range_bits : 1;  // equal keys have none
     const int32_t passes = (bits + widest - 1) / widest;
     return {passes, (bits + passes - 1) / passes};
