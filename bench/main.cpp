@@ -61,7 +61,7 @@ int run(const Options& options) {
 }  // namespace
 }  // namespace bench
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     bench::Options options;
     CLI::App app{"Times the smoke, what it is made of, floors, plain versions and peers, all in turn"};
     app.add_option("--rounds", options.run.rounds, "rounds over all cases; ratios are medians of the rounds'")
@@ -76,10 +76,8 @@ int main(int argc, char** argv) {
     CLI11_PARSE(app, argc, argv);
     if (options.run.brief) options.run.rounds = 1;
     options.run.show_rounds = !options.run.brief;
-    try {
-        return bench::run(options);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench: %s\n", error.what());
-        return 2;
-    }
+    return bench::run(options);
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "bench: %s\n", error.what());
+    return 2;
 }

@@ -14,9 +14,9 @@
 namespace bench {
 namespace {
 
-using tovu::operator+;
-using tovu::operator-;
-using tovu::operator*;
+using tovu::operator+;  // NOLINT(misc-unused-using-decls): the check looks past operators
+using tovu::operator-;  // NOLINT(misc-unused-using-decls)
+using tovu::operator*;  // NOLINT(misc-unused-using-decls)
 
 void write_quad(int32_t quad, const plain::Quad& from) {
     std::memcpy(tovu::quad_vertices + tovu::kFloatsPerQuad * quad, from.corners.data(), sizeof from.corners);

@@ -40,12 +40,14 @@ std::vector<Mesh> jagged_holes() {
     std::mt19937 random(kSeed);
     std::uniform_real_distribution<float> radius(3, 9.9f);
     std::vector<Mesh> holes(36);
-    for (size_t i = 0; i < 36; ++i)
+    for (size_t i = 0; i < 36; ++i) {
+        const size_t column = i % 6, row = i / 6;
         for (int corner = 0; corner < 13; ++corner) {
             const float angle = 2 * std::numbers::pi_v<float> * static_cast<float>(corner) / 13, r = radius(random);
-            holes[i].vertices.push_back({static_cast<float>(i % 6) * 20 - 50 + r * std::cos(angle),
-                                         static_cast<float>(i / 6) * 20 - 50 + r * std::sin(angle), 0});
+            holes[i].vertices.push_back({static_cast<float>(column) * 20 - 50 + r * std::cos(angle),
+                                         static_cast<float>(row) * 20 - 50 + r * std::sin(angle), 0});
         }
+    }
     return holes;
 }
 
