@@ -46,7 +46,8 @@ void add_array_goals(std::vector<Goal>& list) {
     list.push_back(against("5c", "rotated facing arrays / OGRE's arrays", facing, "ogre/arrays/25000", 0.3));
 }
 
-Goal sort_goal(std::string id, std::string what, const std::string& order, std::vector<int32_t> counts, double bound) {
+Goal sort_goal(std::string id, std::string what, const std::string& order, const std::vector<int32_t>& counts,
+               double bound) {
     Goal result{std::move(id), std::move(what), {}, bound};
     for (const int32_t count : counts)
         result.ratios.push_back({{{case_name(("sort_" + order + "/smoke").c_str(), count)}},
@@ -153,6 +154,7 @@ std::vector<Goal> goals() {
 
 std::vector<Outcome> judge(const std::vector<Goal>& list, const Figures& figures) {
     std::vector<Outcome> outcomes;
+    outcomes.reserve(list.size());
     for (const Goal& each : list) outcomes.push_back(judge_one(each, figures));
     return outcomes;
 }

@@ -26,7 +26,7 @@ Result<Done> apply_timeline(SceneRun& run, int64_t frame) {
     const SceneDescription& scene = run.built.description;
     while (run.next_entry < scene.timeline.size() &&
            first_frame_from(scene, scene.timeline[run.next_entry].time) <= frame) {
-        if (const Result<Done> applied = apply_entry(run, scene.timeline[run.next_entry]); !applied) return applied;
+        if (Result<Done> applied = apply_entry(run, scene.timeline[run.next_entry]); !applied) return applied;
         ++run.next_entry;
     }
     return Done{};
@@ -52,7 +52,7 @@ Result<Done> show_moment(SceneRun& run, double seconds) {
     for (ShapeTrack& shape : built.shapes)
         show_shape(*built.stage, built.container_handles[static_cast<size_t>(shape.container)], shape, seconds);
     for (ImageTrack& image : built.images) {
-        if (const Result<Done> shown = show_image(*built.stage, image, seconds); !shown) return shown;
+        if (Result<Done> shown = show_image(*built.stage, image, seconds); !shown) return shown;
     }
     return Done{};
 }
@@ -67,8 +67,8 @@ SceneRun start_run(BuiltScene built) {
 Result<Done> run_until(SceneRun& run, int64_t frame) {
     for (; run.next_frame <= frame; ++run.next_frame) {
         const double seconds = static_cast<double>(run.next_frame) / run.built.description.frame_rate;
-        if (const Result<Done> applied = apply_timeline(run, run.next_frame); !applied) return applied;
-        if (const Result<Done> shown = show_moment(run, seconds); !shown) return shown;
+        if (Result<Done> applied = apply_timeline(run, run.next_frame); !applied) return applied;
+        if (Result<Done> shown = show_moment(run, seconds); !shown) return shown;
         run_frame(*run.built.stage);
     }
     return Done{};

@@ -12,8 +12,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 class SceneRun : public testing::Test {
   protected:
     void write_picture(const std::string& name, int32_t side, std::vector<uint8_t> bytes) {

@@ -108,6 +108,7 @@ void name_records(TestHost& host, SmokeHandle smoke) {
 
 std::vector<int> names_of(const std::vector<Particle*>& records) {
     std::vector<int> names;
+    names.reserve(records.size());
     for (const Particle* p : records) names.push_back(p->reserved);
     return names;
 }
