@@ -40,7 +40,9 @@ stage::ParameterValues values_of(const Shape& shape) {
 double place_along(const Shape& shape, double x, double y, double slack) {
     const double radius = std::hypot(x, y);
     const double angle = (std::atan2(y, x) * 180 / std::numbers::pi - shape.angle) / 360;
-    for (double turn = angle - std::floor(angle) - 1; turn <= shape.turns + 1; turn += 1) {
+    const double first_turn = angle - std::floor(angle) - 1;
+    for (int passed = 0; first_turn + passed <= shape.turns + 1; ++passed) {
+        const double turn = first_turn + passed;
         const double along = std::clamp(turn / shape.turns, 0.0, 1.0);
         const double beyond_end = std::abs(turn - along * shape.turns) * 2 * std::numbers::pi * radius;
         const double off_middle = std::abs(radius - shape.inner - (shape.outer - shape.inner) * along);

@@ -48,7 +48,8 @@ std::vector<int> rendered(const std::string& font, char32_t character) {
     for (int row = 0; row < static_cast<int>(slot->bitmap.rows); ++row)
         for (int column = 0; column < static_cast<int>(slot->bitmap.width); ++column) {
             const int x = kLeft + slot->bitmap_left + column, y = kBelow + slot->bitmap_top - 1 - row;
-            coverage.at(static_cast<size_t>(y * kSide + x)) = slot->bitmap.buffer[row * slot->bitmap.pitch + column];
+            coverage.at(static_cast<size_t>(y) * kSide + static_cast<size_t>(x)) =
+                slot->bitmap.buffer[row * slot->bitmap.pitch + column];
         }
     FT_Done_FreeType(library);  // and the face with it
     return coverage;
