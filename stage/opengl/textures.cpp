@@ -40,24 +40,12 @@ GLint sized_format(PictureFormat format) {
     return GL_RGBA8;
 }
 
-GLint minifying(TextureFilter filter) {
-    switch (filter) {
-        case TextureFilter::kSmooth:
-            return GL_LINEAR_MIPMAP_LINEAR;
-        case TextureFilter::kSprite:
-            return GL_LINEAR_MIPMAP_NEAREST;
-        case TextureFilter::kNearest:
-            break;
-    }
-    return GL_NEAREST;
-}
-
-void set_sampling(TextureFilter filter, TextureEdge edge) {
-    const GLint wrap = edge == TextureEdge::kClamp ? GL_CLAMP_TO_EDGE : GL_REPEAT;
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, minifying(filter));
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter == TextureFilter::kNearest ? GL_NEAREST : GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, wrap);
+void set_sampling(TextureFilter filter) {
+    const bool nearest = filter == TextureFilter::kNearest;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, nearest ? GL_NEAREST : GL_LINEAR_MIPMAP_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, nearest ? GL_NEAREST : GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
 
 }  // namespace
@@ -66,7 +54,7 @@ Texture::~Texture() {
     if (number_ != 0) glDeleteTextures(1, &number_);
 }
 
-Result<Texture> make_texture(const Picture& picture, TextureFilter filter, TextureEdge edge) {
+Result<Texture> make_texture(const Picture& picture, TextureFilter filter) {
     if (std::string problem = picture_problem(picture); !problem.empty()) return Error{problem};
     take_opengl_errors();  // of others
 
@@ -77,7 +65,7 @@ Result<Texture> make_texture(const Picture& picture, TextureFilter filter, Textu
     Texture texture(number);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, number);
-    set_sampling(filter, edge);
+    set_sampling(filter);
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);

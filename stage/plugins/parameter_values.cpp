@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <numeric>
 #include <optional>
@@ -92,47 +91,6 @@ bool is_text_kind(ParameterKind kind) {
     return kind == ParameterKind::String || kind == ParameterKind::Container || kind == ParameterKind::Image;
 }
 
-template <class Number>
-std::optional<Number> parse_number(std::string_view text) {
-    Number number{};
-    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (problem != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
-
-std::optional<bool> parse_switch(std::string_view text) {
-    for (const std::string_view on : {"true", "on", "yes", "1"})
-        if (text == on) return true;
-    for (const std::string_view off : {"false", "off", "no", "0"})
-        if (text == off) return false;
-    return std::nullopt;
-}
-
-template <class Value>
-std::optional<ParameterValue> as_parameter_value(const std::optional<Value>& value) {
-    if (!value) return std::nullopt;
-    return ParameterValue(*value);
-}
-
-std::optional<ParameterValue> parse_text(const ParameterInfo& parameter, std::string_view text) {
-    switch (parameter.kind) {
-        case ParameterKind::Int:
-            return as_parameter_value(parse_number<int>(text));
-        case ParameterKind::Float:
-            return as_parameter_value(parse_number<double>(text));
-        case ParameterKind::Bool:
-            return as_parameter_value(parse_switch(text));
-        case ParameterKind::Radio: {
-            const auto& choices = parameter.choices;
-            const bool is_choice = std::find(choices.begin(), choices.end(), text) != choices.end();
-            if (!is_choice) return as_parameter_value(parse_number<int>(text));
-            return ParameterValue(std::string(text));
-        }
-        default:
-            return ParameterValue(std::string(text));
-    }
-}
-
 // Levenshtein's distance: fewest insertions, deletions and replacements of one character.
 size_t edit_distance(std::string_view a, std::string_view b) {
     std::vector<size_t> row(b.size() + 1);
@@ -168,13 +126,6 @@ Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValu
     const auto encoded = encode_value(parameter, value);
     if (!encoded) return encoded.error();
     return Done{};
-}
-
-Result<ParameterValue> parse_parameter(const ParameterInfo& parameter, std::string_view text) {
-    const std::optional<ParameterValue> value = parse_text(parameter, text);
-    if (!value) return refusal(parameter, in_words(std::string(text)));
-    if (const auto checked = check_parameter(parameter, *value); !checked) return checked.error();
-    return *value;
 }
 
 Error unknown_parameter(const Plugin& owner, std::string_view name) {

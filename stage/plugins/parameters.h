@@ -18,10 +18,6 @@ using ParameterValues = std::vector<std::pair<std::string, ParameterValue>>;
 /// longest text. It names the parameter, not the container or file: callers put those in front.
 STAGE_EXPORT Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValue& value);
 
-/// Text as a command line gives it, turned into a value of the parameter's kind and checked: whole numbers, decimal
-/// numbers, true/false (also on/off, yes/no, 1/0), a choice's text or position, plain text.
-STAGE_EXPORT Result<ParameterValue> parse_parameter(const ParameterInfo& parameter, std::string_view text);
-
 /// "parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"
 STAGE_EXPORT Error unknown_parameter(const Plugin& plugin, std::string_view name);
 

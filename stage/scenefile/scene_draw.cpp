@@ -13,11 +13,8 @@ Result<unsigned int> texture_of(SceneCanvas& canvas, const Stage& stage, int32_t
     if (image == nullptr || image->pixels.empty()) return 0u;
     SceneCanvas::CachedTexture& cached = canvas.textures[image_handle];
     if (cached.revision != image->revision) {
-        // Smoke is many soft quads over each other: the finer filter costs a fifth more of a whole frame, and nobody
-        // sees the difference.
         Result<Texture> texture =
-            make_texture({image->width, image->height, static_cast<PictureFormat>(image->format), image->pixels},
-                         TextureFilter::kSprite);
+            make_texture({image->width, image->height, static_cast<PictureFormat>(image->format), image->pixels});
         if (!texture) return Error{"image '" + image->name + "': " + texture.error().message};
         cached = {image->revision, std::move(*texture)};
     }

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <optional>
 
 #include "host_services.h"
 #include "probe_plugin.h"
@@ -121,26 +120,6 @@ TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
         ASSERT_FALSE(added);
         EXPECT_THAT(added.error().message, HasSubstr(refusal));
         EXPECT_EQ(geometry_of(*stage_, bare), nullptr) << "nothing half made";
-    }
-}
-
-using ParseCase = std::tuple<const char*, const char*, std::optional<ParameterValue>>;
-const ParseCase kParseCases[] = {
-    // parameter, text, value; none when it is refused
-    {"count", "-4", -4},    {"count", "4.0", {}},   {"count", "99", {}}, {"count", "", {}},   {"amount", "1e3", 1e3},
-    {"amount", "12 m", {}}, {"on", "off", false},   {"on", "1", true},   {"on", "maybe", {}}, {"mode", "Fast", "Fast"},
-    {"mode", "1", 1},       {"mode", "Faster", {}}, {"text", "7", "7"},
-};
-
-TEST_F(Instances, TextsAreReadAsTheParametersKind) {
-    for (const auto& [parameter, text, expected] : kParseCases) {
-        SCOPED_TRACE(std::string(parameter) + " = " + text);
-        const auto value = parse_parameter(*find_parameter(plugin(plugin_), parameter), text);
-        ASSERT_EQ(static_cast<bool>(value), expected.has_value());
-        if (value)
-            EXPECT_EQ(*value, *expected);
-        else
-            EXPECT_THAT(value.error().message, HasSubstr("not "));
     }
 }
 

@@ -48,7 +48,7 @@ class FrameTest : public OpenGlTest {
     /// A square that fills the frame, at this place in depth.
     static void cover(PassSettings settings, float z = 0) {
         settings.world[14] = z;
-        stage::draw_rectangle(settings, 2, 2);
+        stage::draw_pass(settings, [](int32_t, float) { glRectf(-1, -1, 1, 1); });
     }
 };
 
@@ -157,17 +157,6 @@ TEST_F(FrameTest, ShowsShapes) {
     expect_pixel({0, 0, 0, 0}, pixel_at(outlines, 4, 4), "in the hole, which is an outline inside an outline");
     for (const auto& [x, y] : {std::pair{1, 1}, {7, 4}, {4, 0}, {1, 6}})
         expect_pixel({0, 255, 0, 191}, pixel_at(outlines, x, y), "inside, drawn twice over");
-
-    frame.clear({});
-    const uint32_t indices[] = {0, 1, 2, 0, 2, 4};
-    stage::draw_triangles(settings, std::span(points).first(12), indices);
-    expect_pixel({0, 255, 0, 128}, pixel_at(frame.read(), 6, 1), "the triangle");
-    expect_pixel({0, 0, 0, 0}, pixel_at(frame.read(), 3, 5), "the one with an index out of range");
-
-    frame.clear({});
-    stage::draw_outline(settings, std::span(points).subspan(12), 2);
-    expect_pixel({0, 255, 0, 128}, pixel_at(frame.read(), 2, 4), "the line, one pixel to both sides");
-    expect_pixel({0, 0, 0, 0}, pixel_at(frame.read(), 4, 4), "inside of it");
 }
 
 TEST_F(FrameTest, PicturesThatCannotBeTexturesAreNamed) {
