@@ -1,4 +1,5 @@
 # Writes a header that names the commit of the source tree; one that says so already is left alone.
+cmake_minimum_required(VERSION 3.25)
 set(commit unknown)
 execute_process(COMMAND git describe --always --dirty --abbrev=12 WORKING_DIRECTORY ${source}
   OUTPUT_VARIABLE described OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE failed)

@@ -88,6 +88,7 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
     command->add_option("--plugin", options.plugin, "Library to take for the smoke");
+    command->add_option("--trace", options.trace, "JSON file for how long plug-ins took; Chrome and Perfetto show it");
 }
 
 int run(int argc, char** argv) {

@@ -8,6 +8,7 @@
 #include "render_plan.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/png_file.h"
+#include "stage/output/trace_file.h"
 #include "stage/output/video_file.h"
 #include "stage/scenefile/scene_draw.h"
 #include "stage/scenefile/scene_run.h"
@@ -84,13 +85,22 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!plan) return plan.error();
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
+    std::vector<stage::TraceSection> sections;  // outlives the run, whose end is work too
     stage::SceneRun run = stage::start_run(std::move(*built));
+    if (!options.trace.empty())
+        run.built.stage->profile.sink = [&sections](const stage::TraceSpan& span) {
+            sections.push_back(
+                {std::string(span.event), std::string(span.container), span.start_seconds, span.duration_seconds});
+        };
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();
     Result<Output> output = open_output(*plan, options.output);
     if (!output) return output.error();
     const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress, given_up);
     if (!done) return done.error();
+    if (!options.trace.empty()) {
+        if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
+    }
     RenderReport report;
     report.frames = plan->last - plan->first + 1;
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)

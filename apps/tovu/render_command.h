@@ -19,6 +19,7 @@ struct RenderOptions {
     std::string seed;                   // 0 to 4294967295
     std::vector<std::string> settings;  // "container.parameter=value"
     std::string plugin;                 // library that "smoke" stands for
+    std::string trace;                  // file for what the plug-ins' work took
 };
 
 struct RenderReport {

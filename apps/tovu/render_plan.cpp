@@ -72,15 +72,17 @@ Result<Done> take_moment(const std::string& text, RenderPlan& plan) {
     return Done{};
 }
 
-Result<Done> check_folder(const std::filesystem::path& file) {
+/// option: the one that named the file.
+Result<Done> check_folder(std::string_view option, const std::filesystem::path& file) {
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
     std::error_code ignored;
     if (std::filesystem::is_directory(file, ignored))
-        return Error{fmt::format("-o {}: is a folder; name a file", file.string())};
+        return Error{fmt::format("{} {}: is a folder; name a file", option, file.string())};
     if (!std::filesystem::is_directory(folder, ignored))
-        return Error{fmt::format("-o {}: there is no folder '{}'", file.string(), folder.string())};
+        return Error{fmt::format("{} {}: there is no folder '{}'", option, file.string(), folder.string())};
     if (access(folder.c_str(), W_OK | X_OK) != 0)
-        return Error{fmt::format("-o {}: the folder '{}' cannot be written to", file.string(), folder.string())};
+        return Error{
+            fmt::format("{} {}: the folder '{}' cannot be written to", option, file.string(), folder.string())};
     return Done{};
 }
 
@@ -90,8 +92,9 @@ Result<Done> check_numbered(const std::string& output) {
     if (!name) return Error{fmt::format("-o {}: {}", output, name.error().message)};
     if (name->extension() != ".png") return Error{fmt::format("-o {}: numbered pictures end in .png", output)};
     std::error_code ignored;
-    if (!name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored)) return check_folder(*name);
-    return check_folder(name->parent_path());
+    if (!name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored))
+        return check_folder("-o", *name);
+    return check_folder("-o", name->parent_path());
 }
 
 Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
@@ -106,7 +109,7 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
     if (stage::is_video_name(file)) {
         plan.kind = OutputKind::kVideo;
         if (!options.at.empty()) return Error{"--at: is for one picture; a video takes --frames A-B"};
-        if (Result<Done> checked = check_folder(file); !checked) return checked;
+        if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
         return take_frames(options.frames, plan);
     }
     if (file.extension() != ".png")
@@ -114,7 +117,7 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
             fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures are written "
                         "as in frames/%04d.png",
                         options.output)};
-    if (Result<Done> checked = check_folder(file); !checked) return checked;
+    if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
     if (!options.at.empty()) return take_moment(options.at, plan);
     Result<Done> taken = take_frames(options.frames, plan);
     if (taken && plan.first != plan.last)
@@ -137,6 +140,8 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
         if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();
     }
     if (const Result<Done> done = take_output(options, plan); !done) return done.error();
+    if (options.trace.empty()) return plan;
+    if (const Result<Done> done = check_folder("--trace", options.trace); !done) return done.error();
     return plan;
 }
 

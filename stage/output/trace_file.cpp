@@ -29,9 +29,11 @@ std::string trace_json(std::span<const TraceSection> sections) {
     std::string json = "{\"displayTimeUnit\":\"ms\",\"traceEvents\":[";
     const char* separator = "\n";
     for (const TraceSection& section : sections) {
-        json += fmt::format("{}{{\"name\":{},\"ph\":\"X\",\"ts\":{:.3f},\"dur\":{:.3f},\"pid\":1,\"tid\":{}}}",
-                            separator, json_text(section.name), section.start_seconds * kMicrosecondsPerSecond,
-                            section.duration_seconds * kMicrosecondsPerSecond, section.thread);
+        json += fmt::format(
+            "{}{{\"name\":{},\"ph\":\"X\",\"ts\":{:.3f},\"dur\":{:.3f},\"pid\":1,\"tid\":1,\"args\":{{\"container\":{}}"
+            "}}}",
+            separator, json_text(section.name), section.start_seconds * kMicrosecondsPerSecond,
+            section.duration_seconds * kMicrosecondsPerSecond, json_text(section.container));
         separator = ",\n";
     }
     return json + "\n]}\n";

@@ -12,9 +12,9 @@ namespace stage {
 
 struct TraceSection {
     std::string name;
+    std::string container;
     double start_seconds = 0.0;  // since any common moment
     double duration_seconds = 0.0;
-    int thread = 0;
 };
 
 /// The sections in the JSON trace event format, as complete events ("ph":"X"), times in microseconds.

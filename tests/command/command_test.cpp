@@ -94,6 +94,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
      "unknown container 'smoky': did you mean 'smoke'?"},
     {"render tiny.toml -o x.png --at 0 --set smoke.spawn_image=puf", "unknown image 'puf': did you mean 'puff'?"},
     {"render tiny.toml -o x.png --at 0 --plugin none.so", "none.so"},
+    {"render tiny.toml -o x.png --at 0 --trace no/t.json", "--trace no/t.json: there is no folder 'no'"},
     {"params tiny.toml", "tiny.toml"},
 };
 
@@ -151,6 +152,18 @@ TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
     EXPECT_FALSE(bytes("a.mp4").empty());
     EXPECT_TRUE(bytes("a.mp4") == bytes("b.mp4"));
     EXPECT_FALSE(bytes("a.mp4") == bytes("c.mp4"));
+}
+
+TEST_F(Command, ATraceHasEachCallOfEachFrame) {
+    const Outcome outcome = run("render tiny.toml -o frames/%d.png --frames 0-2 --trace trace.json");
+    ASSERT_EQ(0, outcome.status) << outcome.errors;
+    const auto trace = nlohmann::json::parse(bytes("trace.json"));
+    int passes = 0;
+    for (const auto& section : trace.at("traceEvents")) {
+        passes += section.at("name") == "PLUGIN_RENDER_OPENGL";
+        EXPECT_GE(section.at("dur").get<double>(), 0);
+    }
+    EXPECT_EQ(3, passes);
 }
 
 TEST_F(Command, PartsOfASceneLookAsInTheWhole) {

@@ -198,12 +198,12 @@ TEST(Progress, TellsRateAndTimeLeft) {
 }
 
 TEST(Trace, IsTheJsonThatViewersRead) {
-    const stage::TraceSection sections[] = {{"Sort", 0.5, 0.00025, 1}, {"a \"b\"\\\n", 1.0, 2.0, 2}};
+    const stage::TraceSection sections[] = {{"Sort", "fire", 0.5, 0.00025}, {"a \"b\"\\\n", "", 1.0, 2.0}};
     const TemporaryFolder folder;
     ASSERT_TRUE(stage::write_trace(folder / "trace.json", sections));
     EXPECT_EQ(file_bytes(folder / "trace.json"), R"({"displayTimeUnit":"ms","traceEvents":[
-{"name":"Sort","ph":"X","ts":500000.000,"dur":250.000,"pid":1,"tid":1},
-{"name":"a \"b\"\\\u000a","ph":"X","ts":1000000.000,"dur":2000000.000,"pid":1,"tid":2}
+{"name":"Sort","ph":"X","ts":500000.000,"dur":250.000,"pid":1,"tid":1,"args":{"container":"fire"}},
+{"name":"a \"b\"\\\u000a","ph":"X","ts":1000000.000,"dur":2000000.000,"pid":1,"tid":1,"args":{"container":""}}
 ]}
 )");
     EXPECT_THAT(stage::write_trace(folder / "none/trace.json", sections).error().message, HasSubstr("none/trace.json"));
