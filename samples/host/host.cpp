@@ -1,8 +1,8 @@
 // A host in one file: loads a plug-in, gives it a container and a camera, runs a hundred frames and prints what the
 // plug-in registered, its bounding box and the number of its quads.
-//   host PLUGIN.so [parameter=value ...]
-// Everything that a plug-in imports is defined here. The process exports it all (link with -rdynamic), so that the
-// plug-in's undefined symbols find it. A real host answers the same calls out of its scene.
+//   tovu_sample_host PLUGIN.so [parameter=value ...]
+// This file defines every function that a plug-in imports, and the process exports them (link with -rdynamic), so that
+// the plug-in's undefined symbols resolve to them. A real host answers the same calls from its scene.
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <tovu/entry_points.h>
@@ -26,7 +26,7 @@ struct Parameter {
     Kind kind;
     uint32_t bits;     // of the slot, for Whole (an int32_t) and Number (a float)
     std::string text;  // for Text
-    size_t longest;    // bytes of text that the plug-in may count on having room for
+    size_t longest;    // bytes of text without the NUL, for Text
 };
 std::vector<Parameter> parameters;  // the order of registration is the order of the slots
 int32_t block_size = 0;
@@ -35,9 +35,9 @@ int32_t event_count = 0;
 constexpr double kSecondsPerFrame = 0.02;
 constexpr float kCameraZ = 300;
 int32_t retrace_counter = 0;
-float box[6];                // minimum and maximum of x, y, z, as sent last
-int corners = 0;             // of quads, in the current frame
-bool between_quads = false;  // after glBegin(GL_QUADS)
+float box[6];               // minimum and maximum of x, y, z, as sent last
+int corners = 0;            // of quads, in the current frame
+bool inside_quads = false;  // between glBegin(GL_QUADS) and glEnd
 
 void add(const char* type, Parameter parameter, const char* label) {
     std::printf("%2zu %-9s %-30s %-32s ", parameters.size(), type, parameter.name.c_str(), label);
@@ -68,42 +68,99 @@ int32_t local_object(const char* name, int32_t type) {
 
 }  // namespace
 
-// The services, a line each. What the host does not know leaves the out values as they were.
-// clang-format off
+// The services. A call about an object that the host does not know leaves the out values as they were.
 
-// Registration: called from PLUGIN_INIT. Whatever is kept is copied, since the plug-in's texts last only that long.
-void pelRegisterPlugin(const char* name) { std::printf("plug-in %s\n", name); }
-void pelRegisterPluginType(int32_t type) { std::printf("type %d\n", type); }
-void pelRegisterParameterInt(const char* name, const char* label, int32_t initial, int32_t, int32_t) { add_whole("Int", name, label, initial); }
-void pelRegisterParameterFloat(const char* name, const char* label, float initial, float, float) { add("Float", {name, Kind::Number, std::bit_cast<uint32_t>(initial), "", 0}, label); }
-void pelRegisterParameterBool(const char* name, const char* label, int32_t initial) { add_whole("Bool", name, label, initial); }
-void pelRegisterParameterString(const char* name, const char* label, const char* initial, int32_t, int32_t longest, int32_t) { add_text("String", name, label, initial, longest); }
-void pelRegisterParameterRadio(const char* name, const char* label, int32_t initial, const char* const*) { add_whole("Radio", name, label, initial); }
-void pelRegisterParameterContainer(const char* name, const char* label, const char* initial) { add_text("Container", name, label, initial, 255); }
-void pelRegisterParameterImage(const char* name, const char* label, const char* initial) { add_text("Image", name, label, initial, 255); }
-void pelRegisterInfoText(const char* name, const char* text) { std::printf("%s: %s\n", name, text); }
-void pelRegisterPushButton(const char* name, const char* label, int32_t action) { std::printf("button %s \"%s\" is action %d\n", name, label, action); }
-void pelRegisterTotalSize(int32_t bytes) { block_size = bytes; std::printf("%d bytes an instance\n", bytes); }
-void pelRegisterUseLOD(int32_t use) { std::printf("%s levels of detail\n", use ? "has" : "no"); }
-void pelRegisterUseEvents(int32_t use) { std::printf("%s events\n", use ? "has" : "no"); }
-int32_t pelRegisterEvent(const char* name, int32_t) { std::printf("event %s\n", name); return event_count++; }
+// Registration: called from PLUGIN_INIT. Texts are copied, since the plug-in's may be gone when it returns.
+void pelRegisterPlugin(const char* name) {
+    std::printf("plug-in %s\n", name);
+}
+void pelRegisterPluginType(int32_t type) {
+    std::printf("type %d\n", type);
+}
+void pelRegisterParameterInt(const char* name, const char* label, int32_t initial, int32_t, int32_t) {
+    add_whole("Int", name, label, initial);
+}
+void pelRegisterParameterFloat(const char* name, const char* label, float initial, float, float) {
+    add("Float", {name, Kind::Number, std::bit_cast<uint32_t>(initial), "", 0}, label);
+}
+void pelRegisterParameterBool(const char* name, const char* label, int32_t initial) {
+    add_whole("Bool", name, label, initial);
+}
+void pelRegisterParameterString(const char* name, const char* label, const char* initial, int32_t, int32_t longest,
+                                int32_t) {
+    add_text("String", name, label, initial, longest);
+}
+void pelRegisterParameterRadio(const char* name, const char* label, int32_t initial, const char* const*) {
+    add_whole("Radio", name, label, initial);
+}
+void pelRegisterParameterContainer(const char* name, const char* label, const char* initial) {
+    add_text("Container", name, label, initial, 255);
+}
+void pelRegisterParameterImage(const char* name, const char* label, const char* initial) {
+    add_text("Image", name, label, initial, 255);
+}
+void pelRegisterInfoText(const char* name, const char* text) {
+    std::printf("%s: %s\n", name, text);
+}
+void pelRegisterPushButton(const char* name, const char* label, int32_t action) {
+    std::printf("button %s \"%s\" is action %d\n", name, label, action);
+}
+void pelRegisterTotalSize(int32_t bytes) {
+    block_size = bytes;
+    std::printf("%d bytes an instance\n", bytes);
+}
+void pelRegisterUseLOD(int32_t use) {
+    std::printf("%s levels of detail\n", use ? "has" : "no");
+}
+void pelRegisterUseEvents(int32_t use) {
+    std::printf("%s events\n", use ? "has" : "no");
+}
+int32_t pelRegisterEvent(const char* name, int32_t) {
+    std::printf("event %s\n", name);
+    return event_count++;
+}
 void pelEventStart(int32_t) {}
 void pelEventEnd(int32_t) {}
 
 // Scene objects: one container at the world's origin, neither turned nor scaled, and the geometry that it carries.
-int32_t _api__get_objectid_local(const char* name, int32_t type) { return local_object(name, type); }
-int32_t _api__get_objectid(const char*, const char*, int32_t) { return -1; }
-int32_t _api__get_objectid_from_objectid(int32_t) { return -1; }
-int32_t _api__object_valid(int32_t object) { return object == kContainer || object == kGeometry || object == kCamera; }
+int32_t _api__get_objectid_local(const char* name, int32_t type) {
+    return local_object(name, type);
+}
+int32_t _api__get_objectid(const char*, const char*, int32_t) {
+    return -1;
+}
+int32_t _api__get_objectid_from_objectid(int32_t) {
+    return -1;
+}
+int32_t _api__object_valid(int32_t object) {
+    return object == kContainer || object == kGeometry || object == kCamera;
+}
 void _api__set_geom_changed(int32_t) {}
-void _api__container_get_absolute_position(int32_t object, float* x, float* y, float* z) { if (object == kContainer) put(x, y, z, 0, 0, 0); }
-void _api__container_get_absolute_rotation(int32_t object, float* x, float* y, float* z) { if (object == kContainer) put(x, y, z, 0, 0, 0); }
-void _api__container_get_absolute_scaling(int32_t object, float* x, float* y, float* z) { if (object == kContainer) put(x, y, z, 1, 1, 1); }
-void _api__container_get_transformation_matrix(int32_t object, float* matrix) { if (object == kContainer) put_identity(matrix); }
-void _api__container_get_inverse_matrix(int32_t object, float* matrix) { if (object == kContainer) put_identity(matrix); }
-void _api__container_set_bounding_box(int32_t, float x0, float y0, float z0, float x1, float y1, float z1) { put(&box[0], &box[1], &box[2], x0, y0, z0); put(&box[3], &box[4], &box[5], x1, y1, z1); }
-void _api__container_get_geometry(int32_t object, int32_t* geometry) { if (object == kContainer) *geometry = kGeometry; }
-int32_t _api__geom_dispatcher(int32_t, int32_t, void*, void*) { return 0; }  // there is no other plug-in to ask
+void _api__container_get_absolute_position(int32_t object, float* x, float* y, float* z) {
+    if (object == kContainer) put(x, y, z, 0, 0, 0);
+}
+void _api__container_get_absolute_rotation(int32_t object, float* x, float* y, float* z) {
+    if (object == kContainer) put(x, y, z, 0, 0, 0);
+}
+void _api__container_get_absolute_scaling(int32_t object, float* x, float* y, float* z) {
+    if (object == kContainer) put(x, y, z, 1, 1, 1);
+}
+void _api__container_get_transformation_matrix(int32_t object, float* matrix) {
+    if (object == kContainer) put_identity(matrix);
+}
+void _api__container_get_inverse_matrix(int32_t object, float* matrix) {
+    if (object == kContainer) put_identity(matrix);
+}
+void _api__container_set_bounding_box(int32_t, float x0, float y0, float z0, float x1, float y1, float z1) {
+    put(&box[0], &box[1], &box[2], x0, y0, z0);
+    put(&box[3], &box[4], &box[5], x1, y1, z1);
+}
+void _api__container_get_geometry(int32_t object, int32_t* geometry) {
+    if (object == kContainer) *geometry = kGeometry;
+}
+int32_t _api__geom_dispatcher(int32_t, int32_t, void*, void*) {
+    return 0;  // there is no other plug-in to ask
+}
 
 // Mesh access and images: this host has neither.
 void _api__get_geom_detail(int32_t, int32_t*) {}
@@ -116,33 +173,73 @@ void _api__geomod_get_num_mesh_verices(int32_t, int32_t, int32_t*) {}
 void _api__geomod_goto_vertex(int32_t, int32_t, int32_t, int32_t*) {}
 void _api__geomod_next_vertex(int32_t, int32_t, int32_t*) {}
 void _api__geomod_get_vertex(int32_t, int32_t, float*, float*, float*) {}
-int32_t _api__get_image_objectid(const char*) { return -1; }
+int32_t _api__get_image_objectid(const char*) {
+    return -1;
+}
 void _api__get_image_size(int32_t, int32_t*, int32_t*) {}
 void _api__get_image_format(int32_t, int32_t*) {}
 void _api__get_image_data(int32_t, uint8_t**) {}
 
 // The camera: on the Z axis, looking along -Z.
-int32_t _api__get_cameraid(int32_t, const char*, int32_t type) { return type == TOVU_OBJECT_CAMERA ? kCamera : -1; }
-void _api__get_camera_pan(int32_t object, float* degrees) { if (object == kCamera) *degrees = 0; }
-void _api__get_camera_tilt(int32_t object, float* degrees) { if (object == kCamera) *degrees = 0; }
-void _api__get_camera_view_matrix(int32_t object, float* matrix) { if (object == kCamera) { put_identity(matrix); matrix[14] = -kCameraZ; } }
-void _api__get_camera_position(int32_t camera, int32_t* object) { if (camera == kCamera) *object = kCameraPosition; }
-void _api__get_camera_direction(int32_t camera, int32_t* object) { if (camera == kCamera) *object = kCameraDirection; }
-void _api__get_position(int32_t object, float* x, float* y, float* z) { if (object == kCameraPosition) put(x, y, z, 0, 0, kCameraZ); if (object == kCameraDirection) put(x, y, z, 0, 0, -1); }
+int32_t _api__get_cameraid(int32_t, const char*, int32_t type) {
+    return type == TOVU_OBJECT_CAMERA ? kCamera : -1;
+}
+void _api__get_camera_pan(int32_t object, float* degrees) {
+    if (object == kCamera) *degrees = 0;
+}
+void _api__get_camera_tilt(int32_t object, float* degrees) {
+    if (object == kCamera) *degrees = 0;
+}
+void _api__get_camera_view_matrix(int32_t object, float* matrix) {
+    if (object == kCamera) {
+        put_identity(matrix);
+        matrix[14] = -kCameraZ;
+    }
+}
+void _api__get_camera_position(int32_t camera, int32_t* object) {
+    if (camera == kCamera) *object = kCameraPosition;
+}
+void _api__get_camera_direction(int32_t camera, int32_t* object) {
+    if (camera == kCamera) *object = kCameraDirection;
+}
+void _api__get_position(int32_t object, float* x, float* y, float* z) {
+    if (object == kCameraPosition) put(x, y, z, 0, 0, kCameraZ);
+    if (object == kCameraDirection) put(x, y, z, 0, 0, -1);
+}
 
 // Status and time.
-void _api__pellor_get_is_on_air(uint8_t* on_air) { *on_air = 0; }
-void _api__pellor_get_is_post_recording(uint8_t* recording) { *recording = 0; }
-void _api__pellor_get_post_current_time(float* seconds) { *seconds = 0; }
-void _api__pellor_get_retrace_counter(int32_t* counter) { *counter = retrace_counter; }
-void _api__pellor_get_refreshrate(double* seconds_per_frame) { *seconds_per_frame = kSecondsPerFrame; }
+void _api__pellor_get_is_on_air(uint8_t* on_air) {
+    *on_air = 0;
+}
+void _api__pellor_get_is_post_recording(uint8_t* recording) {
+    *recording = 0;
+}
+void _api__pellor_get_post_current_time(float* seconds) {
+    *seconds = 0;
+}
+void _api__pellor_get_retrace_counter(int32_t* counter) {
+    *counter = retrace_counter;
+}
+void _api__pellor_get_refreshrate(double* seconds_per_frame) {
+    *seconds_per_frame = kSecondsPerFrame;
+}
 
 // OpenGL: a real host passes each call on to its own context; this one counts.
-void ormixGL_glBegin(unsigned mode) { between_quads = mode == GL_QUADS; }
-void ormixGL_glEnd(void) { between_quads = false; }
-void ormixGL_glVertex3f(float, float, float) { corners += between_quads; }
-void ormixGL_glVertex3fv(const float*) { corners += between_quads; }
-void ormixGL_glDrawArrays(unsigned mode, int, int count) { corners += mode == GL_QUADS ? count : 0; }
+void ormixGL_glBegin(unsigned mode) {
+    inside_quads = mode == GL_QUADS;
+}
+void ormixGL_glEnd(void) {
+    inside_quads = false;
+}
+void ormixGL_glVertex3f(float, float, float) {
+    corners += inside_quads;
+}
+void ormixGL_glVertex3fv(const float*) {
+    corners += inside_quads;
+}
+void ormixGL_glDrawArrays(unsigned mode, int, int count) {
+    corners += mode == GL_QUADS ? count : 0;
+}
 void ormixGL_glColor4f(float, float, float, float) {}
 void ormixGL_glColor4ub(unsigned char, unsigned char, unsigned char, unsigned char) {}
 void ormixGL_glTexCoord2s(short, short) {}
@@ -163,7 +260,6 @@ void ormixGL_glPushMatrix(void) {}
 void ormixGL_glPopMatrix(void) {}
 void ormixGL_glMultMatrixf(const float*) {}
 void ormixGL_glTranslatef(float, float, float) {}
-// clang-format on
 
 namespace {
 
@@ -189,7 +285,7 @@ void set_parameter(const std::string& assignment) {
 // A slot has 32 bits for the address of a text on every platform, so the text must lie below 4 GiB.
 uint32_t low_copy(const Parameter& parameter) {
 #ifndef MAP_32BIT
-    constexpr int MAP_32BIT = 0;  // where pointers have 32 bits any address will do
+    constexpr int MAP_32BIT = 0;  // not defined where pointers have 32 bits: any address fits there
 #endif
     constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT;
     void* memory = mmap(nullptr, parameter.longest + 1, PROT_READ | PROT_WRITE, kFlags, -1, 0);
@@ -199,36 +295,44 @@ uint32_t low_copy(const Parameter& parameter) {
     return static_cast<uint32_t>(address);
 }
 
+void* find_symbol(void* library, const char* name) {
+    void* symbol = dlsym(library, name);
+    if (symbol == nullptr) fail(std::string(name) + " is missing: a plug-in exports all eight entry points");
+    return symbol;
+}
+
 }  // namespace
 
 // An entry point with the type that the header gives it.
-#define ENTRY_POINT(name) reinterpret_cast<decltype(&name)>(dlsym(library, #name))
+#define ENTRY_POINT(name) reinterpret_cast<decltype(&name)>(find_symbol(library, #name))
 
 int main(int argc, char** argv) {
-    if (argc < 2) fail("usage: host PLUGIN.so [parameter=value ...]");
-    void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);  // now: a service that is missing here is named at once
+    if (argc < 2) fail("usage: tovu_sample_host PLUGIN.so [parameter=value ...]");
+    void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);  // RTLD_NOW: a missing service is reported here
     if (library == nullptr) fail(dlerror());
     const auto init = ENTRY_POINT(PLUGIN_INIT);
     const auto init_function = ENTRY_POINT(PLUGIN_INIT_FUNCTION);
+    const auto cleanup_function = ENTRY_POINT(PLUGIN_CLEANUP_FUNCTION);
     const auto new_geom = ENTRY_POINT(PLUGIN_NEW_GEOM);
     const auto render_opengl = ENTRY_POINT(PLUGIN_RENDER_OPENGL);
-    const auto cleanup_function = ENTRY_POINT(PLUGIN_CLEANUP_FUNCTION);
-    if (!init || !init_function || !new_geom || !render_opengl || !cleanup_function) fail("an entry point is missing");
+    // This host changes no parameter while it runs, presses no button and has no second plug-in that sends requests.
+    for (const char* unused : {"PLUGIN_CHANGED_CALLBACK", "PLUGIN_EXEC_ACTION", "PLUGIN_DISPATCHER_CALLBACK"})
+        find_symbol(library, unused);
 
     if (init() != 0) fail("the plug-in did not register");
     for (int i = 2; i < argc; ++i) set_parameter(argv[i]);
 
-    // The instance's block: of the size registered, aligned to 8, the values in its first slots, and then told.
+    // The instance's block has the registered size, is aligned to 8 bytes and begins with the parameters' slots.
     std::vector<uint64_t> block((static_cast<size_t>(block_size) + 7) / 8);
     const auto slots = reinterpret_cast<uint32_t*>(block.data());
     if (block_size < static_cast<int32_t>(4 * parameters.size())) fail("the block has no room for the slots");
     for (size_t i = 0; i < parameters.size(); ++i)
         slots[i] = parameters[i].kind == Kind::Text ? low_copy(parameters[i]) : parameters[i].bits;
-    std::srand(1);  // the plug-in draws from `rand`: the same seed gives the same smoke
+    std::srand(1);  // plug-ins draw from `rand`: the same seed gives the same smoke
     init_function(block.data());
 
     for (int frame = 1; frame <= 100; ++frame) {
-        ++retrace_counter;  // above 0 from the first frame on; unchanged would mean that no time has passed
+        ++retrace_counter;  // above 0 from the first frame on; plug-ins take an unchanged counter for the same frame
         corners = 0;
         new_geom(block.data(), 0);
         render_opengl(block.data(), 0, 1.0f);
@@ -237,5 +341,6 @@ int main(int argc, char** argv) {
                 static_cast<double>(box[0]), static_cast<double>(box[1]), static_cast<double>(box[2]),
                 static_cast<double>(box[3]), static_cast<double>(box[4]), static_cast<double>(box[5]), corners / 4);
     cleanup_function(block.data());
+    dlclose(library);  // every instance is cleaned up
     return 0;
 }

@@ -1,8 +1,10 @@
 #!/bin/sh
-# Holds docs/contract.md against the shared headers: its prototypes and its tables of offsets are compiled behind them, in
-# 64 and in 32 bits, and no function of the headers may be missing. check_contract.sh INCLUDE_DIR CONTRACT_MD
+# Compares docs/contract.md and the sample host with the shared headers. The document's prototypes and tables of offsets
+# are compiled after the headers, in 64 and in 32 bits. The document lists every function of the headers, and the sample
+# host exports every function that plug-ins import. check_contract.sh INCLUDE_DIR CONTRACT_MD SAMPLE_HOST
 include_dir=$1
 contract=$2
+sample_host=$3
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 failures=0
@@ -33,9 +35,16 @@ for bits in 64 32; do
     gcc -m$bits -std=c11 -Wall -Wextra -Werror -I "$include_dir" -fsyntax-only "$work/contract.c" || failures=$((failures + 1))
 done
 
+nm -D --defined-only "$sample_host" | awk '{ print $3 }' >"$work/exported"
+
 for name in $(cat "$include_dir"/tovu/*.h | grep -oE '\b(PLUGIN_[A-Z_]+|(pel|_api__|ormixGL_)[A-Za-z0-9_]+) *\(' | tr -d ' (' | sort -u); do
     grep -qE "\b$name\(" "$work/prototypes" || {
         echo "$name is declared in the headers and not in the contract" >&2
+        failures=$((failures + 1))
+    }
+    case $name in PLUGIN_*) continue ;; esac
+    grep -qx "$name" "$work/exported" || {
+        echo "$name is declared in the headers and not exported by $sample_host" >&2
         failures=$((failures + 1))
     }
 done

@@ -1,5 +1,5 @@
-// The sample host, run as its reader would run it. What it has to print follows from the smoke's rules: births are made
-// up from saved time, every particle covers the same way in every frame of its life, and dies of age.
+// Runs the sample host as its reader would. The expected output follows from the smoke's rules: unused birth time is
+// saved up, a particle moves the same distance in every frame of its life, and it dies when its age exceeds its life.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
@@ -79,8 +79,9 @@ TEST(SampleHostOutput, SaysWhatThePluginRegistered) {
 
 TEST(SampleHostOutput, SaysWhatIsWrong) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", "usage: host PLUGIN.so"},
+        {"", "usage: tovu_sample_host PLUGIN.so"},
         {"/nowhere/smoke.so", "/nowhere/smoke.so"},
+        {"libm.so.6", "PLUGIN_INIT is missing"},
         {TOVU_SMOKE_PLUGIN " birth_rat=3", "'birth_rat=3' is not parameter=value"},
         {TOVU_SMOKE_PLUGIN " birth_rate", "'birth_rate' is not parameter=value"},
     };
