@@ -1,35 +1,34 @@
-// A consumer of smoke: claims the particles of a smoke, pulls them onto the outline of another container and lets them
-// go. One instance for each container that carries this plug-in; it draws nothing itself.
+// A consumer of smoke: attaches to a smoke, claims its particles, pulls them onto the outline of another container,
+// lets them go, and detaches at clean-up. It draws nothing itself.
 #pragma once
 
-#include <tovu/exchange.h>
+#include <cstdint>
 
 #include "outline.h"
 #include "parameters.h"
-#include "schedule.h"
 
 namespace gather {
 
-/// The block: the slots first, as the host fills them, then the instance's own state, built in place. Of the smoke it
-/// keeps a handle and no pointer: the exchange block is asked for anew in every frame, and which place belongs to which
-/// particle is written in the particle (`is_held`).
-struct Gather {
-    Slots slots;
-    Schedule schedule;
-    Outline outline;
-    int32_t smoke_geometry_handle = -1;  // of the smoke that this instance is attached to
-    bool was_gathering = false;          // in the frame before
-    int32_t next_number = 0;             // of the place of the next particle that is claimed
-    uint32_t offered = 0;                // particles that could have been claimed so far: the share counts on them
+struct Clock {
+    int32_t last_retrace = 0;
+    float last_post_seconds = -1;  // negative: no post-recording time seen yet
+    double seconds = 0;            // since the first frame or since Restart was pressed
 };
 
-/// The frame's work: follows the smoke, claims, pulls, colours and releases.
+/// The block: the slots come first, since the host fills them, then the instance's own state. The only thing kept about
+/// the smoke is a handle. Each particle stores its own number in `Particle::claimed`, so there is no table to maintain.
+struct Gather {
+    Slots slots;
+    Clock clock;
+    Outline outline;
+    int32_t smoke_geometry_handle = -1;  // of the attached smoke
+    int32_t last_number = 0;             // given to the particle that was claimed last
+};
+
+/// Attaches, claims, pulls and lets go. Does nothing when it is called again in the same frame.
 void run_frame(Gather& gather);
 
-/// Begins the timed sequence anew.
-void restart(Gather& gather);
-
-/// Detaches from the smoke if it is still there. The smoke's live particles vanish with that.
+/// Detaches from the smoke if it still exists. All of the smoke's live particles vanish.
 void detach(Gather& gather);
 
 }  // namespace gather

@@ -5,11 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <new>
-#include <numeric>
-#include <utility>
-
-#include "host_objects.h"
+#include <span>
 
 namespace gather {
 namespace {
@@ -24,156 +20,103 @@ Vector3 transform(const Matrix& matrix, Vector3 p) {
             m[2] * p.x + m[6] * p.y + m[10] * p.z + m[14]};
 }
 
-// Room for `count` edges; what the outline held is dropped. False without memory.
-bool reserve(Outline& outline, int32_t count) {
-    if (count <= outline.capacity) return true;
-    free_outline(outline);
-    outline.edges = new (std::nothrow) Edge[static_cast<size_t>(count)];
-    outline.order = new (std::nothrow) int32_t[static_cast<size_t>(count)];
-    if (outline.edges == nullptr || outline.order == nullptr) return false;
-    outline.capacity = count;
-    return true;
+// Compares edges regardless of their direction.
+bool is_before(const Edge* a, const Edge* b) {
+    const auto ends = [](const Edge& e) {
+        return std::minmax({std::array{e.from.x, e.from.y, e.from.z}, std::array{e.to.x, e.to.y, e.to.z}});
+    };
+    return ends(*a) < ends(*b);
 }
 
-void add_edge(Outline& outline, Vector3 from, Vector3 to) {
-    const bool numbers = std::isfinite(from.x + from.y + from.z + to.x + to.y + to.z);
-    if (numbers && outline.count < outline.capacity) outline.edges[outline.count++] = {from, to, 0};
-}
-
-// An edge is the same in whichever direction it is gone along: the lower end comes first.
-using EdgeEnds = std::pair<std::array<float, 3>, std::array<float, 3>>;
-
-EdgeEnds ends_of(const Edge& edge) {
-    const std::array<float, 3> a{edge.from.x, edge.from.y, edge.from.z};
-    const std::array<float, 3> b{edge.to.x, edge.to.y, edge.to.z};
-    return a < b ? EdgeEnds{a, b} : EdgeEnds{b, a};
-}
-
-// A letter's hole is joined to its outer border by a cut, which the outline goes along twice. No smoke belongs there:
-// edges of one mesh that lie on each other shrink to nothing. The order of the others stays, since places go by it.
-void close_cuts(Outline& outline, int32_t first_edge) {
-    const Edge* edges = outline.edges;
-    int32_t* begin = outline.order;
-    int32_t* end = begin + (outline.count - first_edge);
-    std::iota(begin, end, first_edge);
-    std::sort(begin, end, [edges](int32_t a, int32_t b) { return ends_of(edges[a]) < ends_of(edges[b]); });
-    for (int32_t* i = begin; i + 1 < end; ++i) {
-        if (ends_of(edges[i[0]]) != ends_of(edges[i[1]])) continue;
-        outline.edges[i[0]].to = outline.edges[i[0]].from;
-        outline.edges[i[1]].to = outline.edges[i[1]].from;
+// A cut joins the hole of a letter to its outer border, and the outline runs along the cut twice. No smoke belongs
+// there: two edges of one mesh with the same ends get the length 0.
+void close_cuts(std::span<Edge> edges) {
+    std::vector<Edge*> sorted;
+    for (Edge& edge : edges) sorted.push_back(&edge);
+    std::sort(sorted.begin(), sorted.end(), is_before);
+    for (size_t i = 0; i + 1 < sorted.size(); ++i) {
+        if (is_before(sorted[i], sorted[i + 1])) continue;
+        sorted[i]->to = sorted[i]->from;
+        sorted[i + 1]->to = sorted[i + 1]->from;
         ++i;
     }
 }
 
-// Lengths, and the extent in x. Edges without a length go.
+void add_mesh(Outline& outline, const std::vector<Vector3>& corners) {
+    const auto first_edge = static_cast<std::ptrdiff_t>(outline.edges.size());
+    for (size_t i = 0; i < corners.size(); ++i)
+        outline.edges.push_back({corners[i], corners[(i + 1) % corners.size()], 0});
+    // Both edges of a mesh of two vertices have the same ends too, but are no cut.
+    if (corners.size() > 2) close_cuts({outline.edges.begin() + first_edge, outline.edges.end()});
+}
+
+double length_of(const Edge& edge) {
+    return std::hypot(double{edge.to.x} - edge.from.x, double{edge.to.y} - edge.from.y,
+                      double{edge.to.z} - edge.from.z);
+}
+
+// Removes edges without a length and measures the others.
 void measure(Outline& outline) {
-    int32_t kept = 0;
-    for (int32_t i = 0; i < outline.count; ++i) {
-        const Edge& edge = outline.edges[i];
-        const Vector3 d{edge.to.x - edge.from.x, edge.to.y - edge.from.y, edge.to.z - edge.from.z};
-        const double length = std::sqrt(static_cast<double>(d.x * d.x + d.y * d.y + d.z * d.z));
-        if (!(length > 0)) continue;
-        outline.length += length;
-        outline.low_x = std::min({outline.low_x, edge.from.x, edge.to.x});
-        outline.high_x = std::max({outline.high_x, edge.from.x, edge.to.x});
-        outline.edges[kept++] = {edge.from, edge.to, outline.length};
+    std::erase_if(outline.edges, [](const Edge& e) { return !(length_of(e) > 0); });
+    outline.length = 0;
+    outline.low_x = INFINITY;
+    outline.high_x = -INFINITY;
+    for (Edge& edge : outline.edges) {
+        edge.end = outline.length += length_of(edge);
+        outline.low_x = std::min(outline.low_x, edge.from.x);  // outlines are closed, so one end of each edge is enough
+        outline.high_x = std::max(outline.high_x, edge.from.x);
     }
-    outline.count = kept;
-}
-
-/// Reads vertices one after the other, each mapped into the smoke's coordinates.
-struct VertexReader {
-    int32_t mesh_access;
-    int32_t mesh_cursor = -1;
-    int32_t vertex_cursor = -1;
-    Matrix to_world;
-    Matrix to_smoke;
-
-    Vector3 read() const {
-        Vector3 v{};
-        _api__geomod_get_vertex(mesh_access, vertex_cursor, &v.x, &v.y, &v.z);
-        return transform(to_smoke, transform(to_world, v));
-    }
-};
-
-void read_mesh(Outline& outline, VertexReader& reader) {
-    int32_t vertex_count = 0;
-    _api__geomod_get_num_mesh_verices(reader.mesh_access, reader.mesh_cursor, &vertex_count);
-    if (vertex_count < 2) return;
-    _api__geomod_goto_vertex(reader.mesh_access, reader.mesh_cursor, 0, &reader.vertex_cursor);
-    const int32_t first_edge = outline.count;
-    const Vector3 first = reader.read();
-    Vector3 before = first;
-    for (int32_t i = 1; i < vertex_count; ++i) {
-        _api__geomod_next_vertex(reader.mesh_access, reader.mesh_cursor, &reader.vertex_cursor);
-        const Vector3 next = reader.read();
-        add_edge(outline, before, next);
-        before = next;
-    }
-    add_edge(outline, before, first);
-    if (vertex_count > 2) close_cuts(outline, first_edge);  // a line there and back is no cut
-}
-
-// 0 when the container carries no meshes.
-int32_t open_meshes(int32_t container_handle) {
-    const int32_t geometry_handle = geometry_of(container_handle);
-    if (geometry_handle == -1) return 0;
-    int32_t detail = 0;
-    int32_t mesh_access = 0;
-    _api__get_geom_detail(geometry_handle, &detail);
-    _api__get_geom_geomod(geometry_handle, 2, detail, &mesh_access);
-    if (mesh_access != 0) _api__geomod_init(mesh_access);
-    return mesh_access;
 }
 
 }  // namespace
 
-void read_outline(Outline& outline, const char* container_name, int32_t to_smoke_handle) {
-    outline.count = 0;
-    const int32_t container_handle = container_named(container_name);
-    if (container_handle == -1) return;
-    VertexReader reader{.mesh_access = open_meshes(container_handle), .to_world = {}, .to_smoke = {}};
-    if (reader.mesh_access == 0) return;
-    _api__container_get_transformation_matrix(container_handle, reader.to_world.m);
-    if (to_smoke_handle != -1) _api__container_get_inverse_matrix(to_smoke_handle, reader.to_smoke.m);
-
-    int32_t vertex_count = 0;
-    int32_t mesh_count = 0;
-    uint8_t flags[3] = {};
-    _api__geomod_get_info(reader.mesh_access, &vertex_count, &mesh_count, &flags[0], &flags[1], &flags[2]);
-    if (mesh_count <= 0 || !reserve(outline, vertex_count)) return;
+void read_outline(Outline& outline, int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle) {
+    outline.edges.clear();
     outline.length = 0;
-    outline.low_x = INFINITY;
-    outline.high_x = -INFINITY;
-    _api__geomod_goto_mesh(reader.mesh_access, 0, &reader.mesh_cursor);
+    if (geometry_handle == -1) return;
+    int32_t detail = 0, access = 0, vertex_count = 0, mesh_count = 0, mesh = 0, vertex = 0;
+    uint8_t flags[3] = {};
+    _api__get_geom_detail(geometry_handle, &detail);
+    _api__get_geom_geomod(geometry_handle, 2, detail, &access);
+    if (access == 0) return;
+    _api__geomod_init(access);
+    _api__geomod_get_info(access, &vertex_count, &mesh_count, &flags[0], &flags[1], &flags[2]);
+
+    Matrix to_world, to_smoke;
+    _api__container_get_transformation_matrix(container_handle, to_world.m);
+    if (smoke_handle != -1) _api__container_get_inverse_matrix(smoke_handle, to_smoke.m);
     for (int32_t i = 0; i < mesh_count; ++i) {
-        if (i > 0) _api__geomod_next_mesh(reader.mesh_access, &reader.mesh_cursor);
-        read_mesh(outline, reader);
+        i == 0 ? _api__geomod_goto_mesh(access, 0, &mesh) : _api__geomod_next_mesh(access, &mesh);
+        _api__geomod_get_num_mesh_verices(access, mesh, &vertex_count);
+        std::vector<Vector3> corners;
+        for (int32_t j = 0; j < vertex_count; ++j) {
+            j == 0 ? _api__geomod_goto_vertex(access, mesh, 0, &vertex)
+                   : _api__geomod_next_vertex(access, mesh, &vertex);
+            Vector3 corner{};
+            _api__geomod_get_vertex(access, vertex, &corner.x, &corner.y, &corner.z);
+            corner = transform(to_smoke, transform(to_world, corner));
+            if (std::isfinite(corner.x + corner.y + corner.z)) corners.push_back(corner);
+        }
+        add_mesh(outline, corners);
     }
     measure(outline);
 }
 
-void free_outline(Outline& outline) {
-    delete[] outline.edges;
-    delete[] outline.order;
-    outline = {};
-}
-
-Place place_of(const Outline& outline, int32_t number) {
-    // Multiples of the golden ratio, less their whole part, never crowd: each falls into one of the widest gaps left.
+std::optional<Place> place_of(const Outline& outline, int32_t number) {
+    if (outline.edges.empty()) return std::nullopt;
+    // The fractional parts of multiples of the golden ratio are evenly spread for any count: each new one falls into
+    // one of the widest gaps (Knuth, The Art of Computer Programming 3, 6.4).
     constexpr double kGoldenRatio = 0.6180339887498949;
     const double turns = number * kGoldenRatio;
     const double along = (turns - std::floor(turns)) * outline.length;
-    const Edge* first = outline.edges;
-    const Edge* last = first + outline.count - 1;
-    const Edge* edge = std::lower_bound(first, last, along, [](const Edge& e, double x) { return e.end < x; });
-    const double start = edge == first ? 0 : edge[-1].end;
-    const float t = static_cast<float>((along - start) / (edge->end - start));
+    const auto edge = std::lower_bound(outline.edges.begin(), outline.edges.end() - 1, along,
+                                       [](const Edge& e, double x) { return e.end < x; });
+    const float t = static_cast<float>((along - (edge->end - length_of(*edge))) / length_of(*edge));
     const Vector3 a = edge->from;
     const Vector3 b = edge->to;
     const Vector3 point{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t};
     const float width = outline.high_x - outline.low_x;
-    return {point, width > 0 ? (point.x - outline.low_x) / width : 0};
+    return Place{point, width > 0 ? (point.x - outline.low_x) / width : 0};
 }
 
 }  // namespace gather

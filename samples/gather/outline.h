@@ -4,39 +4,37 @@
 #include <tovu/vector3.h>
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace gather {
 
 struct Edge {
     Vector3 from;
     Vector3 to;
-    double end;  // length of the whole outline up to here
+    double end;  // length of all edges up to the end of this one
 };
 
 /// Every mesh of the target as one closed outline, in the coordinates of the smoke's particles.
 struct Outline {
-    Edge* edges = nullptr;     // owned
-    int32_t* order = nullptr;  // owned, for sorting as many edges
-    int32_t capacity = 0;
-    int32_t count = 0;  // 0: no shape
-    double length = 0;
+    std::vector<Edge> edges;
+    double length = 0;  // 0: no shape
     float low_x = 0;
     float high_x = 0;
 };
 
-/// Reads the meshes of the container anew, since it may have moved or changed. Where there is no such container, no
-/// mesh or no memory, the outline is empty. to_smoke_handle: the container whose coordinates the edges are wanted in;
-/// -1 for those of the world.
-void read_outline(Outline& outline, const char* container_name, int32_t to_smoke_handle);
-void free_outline(Outline& outline);
+/// Reads the meshes of the container's geometry again, since it may have moved or changed. Without a geometry (-1) or a
+/// mesh the outline has no edges. smoke_handle: the container in whose coordinates the edges are wanted; -1 for the
+/// world's.
+void read_outline(Outline& outline, int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle);
 
 struct Place {
     Vector3 point;
     float across;  // 0 to 1: from the outline's smallest x to its largest
 };
 
-/// The place of the particle with this number, 0 or more. Whatever number of them there is, they lie evenly along the
-/// outline, which must not be empty.
-Place place_of(const Outline& outline, int32_t number);
+/// The place of the particle with this number, 0 or more; nothing when the outline has no edges. Any run of numbers is
+/// spread evenly along the outline.
+std::optional<Place> place_of(const Outline& outline, int32_t number);
 
 }  // namespace gather

@@ -1,5 +1,5 @@
-// The sample consumer on the Stage with the real smoke: what it does to the particles, and that it keeps to the
-// protocol whichever of smoke, shape and consumer goes first.
+// The sample consumer on the Stage with the real smoke: what it does to the particles, and that it follows the protocol
+// whichever of smoke, shape and consumer is removed first.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -31,7 +31,8 @@ struct Scene : TestHost {
     int32_t target = -1;
     int32_t consumer = -1;
 
-    // All pulled at once from the first frame on, held in place, let go all at once without a push.
+    // From the first frame on, all particles are pulled at once and held. Once "hold_time" is 0, all are let go at once
+    // without a push.
     explicit Scene(const ParameterValues& consumer_values = {}, const ParameterValues& smoke_values = {},
                    bool consumer_first = false) {
         if (consumer_first) consumer = stage::add_container(stage(), "gather");
@@ -40,12 +41,19 @@ struct Scene : TestHost {
         target = add_outlines("word", {{kSquare}});
         const ParameterValues at_once{{"smoke_container", "smoke"},
                                       {"target_container", "word"},
-                                      {"mode", "Gather"},
+                                      {"start_delay", 0.0},
                                       {"gather_time", 0.0},
+                                      {"hold_time", 1000.0},
                                       {"release_time", 0.0},
                                       {"blow_x", 0.0},
                                       {"blow_y", 0.0},
-                                      {"strength", 20.0}};
+                                      {"strength", 20.0},
+                                      {"held_red", 250},
+                                      {"held_green", 10},
+                                      {"held_blue", 20},
+                                      {"free_red", 30},
+                                      {"free_green", 40},
+                                      {"free_blue", 50}};
         add_instance(consumer, TOVU_GATHER_PLUGIN, with(at_once, consumer_values));
     }
     void run_seconds(double seconds) { run_frames(static_cast<int>(seconds * kFramesPerSecond)); }
@@ -55,9 +63,13 @@ struct Scene : TestHost {
         return count(active(smoke), [](const Particle& p) { return p.claimed > 0; });
     }
     int free() {
-        return count(active(smoke), [](const Particle& p) { return p.claimed < 0 || (p.claimed == 0 && p.released); });
+        return count(active(smoke), [](const Particle& p) { return p.claimed == 0 && p.released; });
     }
-    // Of each record exactly one list has it, and the pool is whole.
+    int coloured(int red, int green, int blue) {
+        return count(active(smoke),
+                     [=](const Particle& p) { return p.color[0] == red && p.color[1] == green && p.color[2] == blue; });
+    }
+    // No record is lost, and none waits to be freed.
     void expect_whole_pool(int size) {
         EXPECT_EQ(size, active(smoke).size() + inactive(smoke).size());
         EXPECT_EQ(size, block(smoke).particle_count);
@@ -92,14 +104,13 @@ TEST(Gather, PullsSmokeOntoTheOutline) {
                 {"in the world", "World", smoke_turned, target_turned, false}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Scene scene({{"smoke_reference", row.reference}, {"mode", "Release"}, {"strength", 6.0}},
+        Scene scene({{"smoke_reference", row.reference}, {"start_delay", 1.0}, {"strength", 6.0}},
                     {{"reference", row.reference}}, row.consumer_first);
         scene.container(scene.smoke).placement = row.smoke;
         scene.container(scene.target).placement = row.target;
         scene.run_seconds(1);
         const bool world = std::string_view(row.reference) == "World";
         const double before = mean_distance(scene, world);
-        scene.set(scene.consumer, "mode", "Gather");
         scene.run_seconds(4);
         EXPECT_GT(before, 50);
         EXPECT_LT(mean_distance(scene, world), before / 20);
@@ -130,92 +141,48 @@ TEST(Gather, SpreadsParticlesEvenlyButLeavesTheCutOfAHoleFree) {
     EXPECT_NEAR(200 * 96 / 720.0, around(-50, 200, 2, 48), 4) << "left";
 }
 
-// Held far beyond their life time they neither die nor grow past the size that befits their held age: 30 percent of the
-// way from 5 to 15, and as much as a frame adds.
-TEST(Gather, KeepsHeldParticlesYoung) {
-    Scene scene;
-    scene.run_seconds(10);
-    EXPECT_EQ(200, scene.live());
+// Held beyond their life of 3 s they neither die nor grow past the size of the hold phase: 30 percent of the way from 5
+// to 15. A frame adds up to 0.02 s.
+TEST(Gather, RunsThroughItsStages) {
+    Scene scene({{"start_delay", 1.0}, {"gather_time", 1.0}, {"hold_time", 4.0}, {"release_time", 1.0}});
+    scene.run_seconds(1);
+    EXPECT_EQ(0, scene.held());
+    EXPECT_EQ(scene.live(), scene.free());
+    EXPECT_EQ(scene.live(), scene.coloured(30, 40, 50));
+    scene.run_seconds(5);
+    EXPECT_EQ(200, scene.held());
+    EXPECT_EQ(200, scene.coloured(250, 10, 20));
     for (const Particle* p : scene.active(scene.smoke)) {
         EXPECT_NEAR(0.3 * 3, p->age, 0.021);
         EXPECT_NEAR(5 + 0.3 * 10, p->size_x, 0.2);
-        EXPECT_GT(p->alpha, 100);
     }
+    scene.run_seconds(0.5);  // half of the release time: held places lie to the right of the middle
+    EXPECT_EQ(0,
+              count(scene.active(scene.smoke), [](const Particle& p) { return p.claimed > 0 && p.position.x < -5; }));
+    EXPECT_GT(scene.held(), 20);
+    EXPECT_GT(scene.free(), 20);
+    scene.run_seconds(0.52);
+    EXPECT_EQ(0, scene.held());
+    ASSERT_TRUE(stage::press_button(scene.stage(), scene.consumer, "restart"));
+    scene.run_seconds(3);
+    EXPECT_EQ(scene.live(), scene.held());
 }
 
-TEST(Gather, LetsGoWithAPush) {
+TEST(Gather, PushesWhatItLetsGo) {
     Scene scene({{"blow_x", 100.0}, {"blow_y", -50.0}, {"blow_spread", 0.0}});
     scene.run_seconds(5);
-    scene.set(scene.consumer, "mode", "Release");
+    scene.set(scene.consumer, "hold_time", 0.0);
     scene.run_frames(1);
-    EXPECT_EQ(0, scene.held());
     EXPECT_EQ(200, scene.free());
     for (const Particle* p : scene.active(scene.smoke)) {
         EXPECT_NEAR(100.0 / kFramesPerSecond, p->velocity.x, 0.05);
         EXPECT_NEAR(-50.0 / kFramesPerSecond, p->velocity.y, 0.05);
     }
-    // They drift on and die 2.1 s later, at their life of 3 s; then 100 a second are born, free as without a consumer.
+    // At the age of 0.9 s and with a life of 3 s they die within 2.1 s. Those born afterwards move as without a
+    // consumer.
     scene.run_seconds(4.5);
     EXPECT_EQ(200, scene.free());
     for (const Particle* p : scene.active(scene.smoke)) EXPECT_GT(p->velocity.y, 0);
-}
-
-TEST(Gather, SweepsAlongXAndRunsByItsTimes) {
-    Scene scene(
-        {{"mode", "Timed"}, {"start_delay", 2.0}, {"gather_time", 1.0}, {"hold_time", 1.0}, {"release_time", 1.0}});
-    scene.run_seconds(2);  // the clock starts at 0 in the first frame
-    EXPECT_FALSE(scene.is_attached(scene.smoke));
-    scene.run_seconds(1.5);
-    EXPECT_TRUE(scene.is_attached(scene.smoke));
-    EXPECT_EQ(0, scene.free());
-    scene.run_seconds(1);  // half way through the release: what is held has its place right of the middle
-    EXPECT_EQ(0,
-              count(scene.active(scene.smoke), [](const Particle& p) { return p.claimed > 0 && p.position.x < -5; }));
-    EXPECT_GT(scene.held(), 20);
-    EXPECT_GT(scene.free(), 20);
-    scene.run_seconds(1);
-    EXPECT_EQ(0, scene.held());
-    ASSERT_TRUE(stage::press_button(scene.stage(), scene.consumer, "restart"));
-    scene.run_seconds(3.5);
-    EXPECT_EQ(0, scene.free());
-}
-
-TEST(Gather, HandsItsSettingsToTheSmoke) {
-    Scene scene({{"birth_limit", 4}, {"death_acceleration", 40.0}, {"share", 25.0}}, {{"birth_rate", 1000.0}});
-    scene.run_frames(2);  // the first frame's births came before the consumer
-    const int before = scene.live();
-    scene.run_frames(10);
-    EXPECT_EQ(before + 40, scene.live());
-    EXPECT_EQ(scene.live() / 4, scene.held());
-    EXPECT_EQ(scene.live() - scene.held(), scene.free());
-    EXPECT_EQ(40.0, std::get<double>(scene.get(scene.smoke, "life_time_scale")));
-    for (const Particle* p : scene.active(scene.smoke)) EXPECT_EQ(3.0f, p->life) << "nobody's life is cut";
-}
-
-TEST(Gather, ColoursWhatItHoldsAndWhatIsFree) {
-    Scene scene({{"set_colour", true},
-                 {"colour_time", 0.2},
-                 {"held_red", 250},
-                 {"held_green", 10},
-                 {"held_blue", 20},
-                 {"free_red", 30},
-                 {"free_green", 40},
-                 {"free_blue", 50}},
-                {{"birth_rate", 1e5}, {"life_time", 100.0}});
-    const auto all_are = [&](int red, int green, int blue) {
-        return count(scene.active(scene.smoke),
-                     [&](const Particle& p) { return p.color[0] == red && p.color[1] == green && p.color[2] == blue; });
-    };
-    scene.run_frames(2);
-    const Particle& first = *scene.active(scene.smoke).front();
-    const double part = (first.color[0] - 30) / 220.0;  // of the way, as far as all channels have come
-    EXPECT_TRUE(part > 0.1 && part < 0.9) << part;
-    EXPECT_NEAR(40 - 30 * part, first.color[1], 1);
-    scene.run_seconds(1);
-    EXPECT_EQ(200, all_are(250, 10, 20));
-    scene.set(scene.consumer, "mode", "Release");
-    scene.run_seconds(1);
-    EXPECT_EQ(200, all_are(30, 40, 50));
 }
 
 TEST(GatherProtocol, SurvivesTheSmokeAndChangesOverToAnother) {
@@ -228,13 +195,13 @@ TEST(GatherProtocol, SurvivesTheSmokeAndChangesOverToAnother) {
     scene.smoke = scene.add_smoke();  // the same name: the next one to attach to
     scene.run_seconds(1);
     EXPECT_TRUE(scene.is_attached(scene.smoke));
-    EXPECT_GT(scene.held(), scene.live() - 3) << "what was born in this frame is not claimed yet";
+    EXPECT_GT(scene.held(), scene.live() - 3) << "particles born in this frame are not claimed yet";
     const SmokeHandle other = scene.add_smoke({}, "other");
-    scene.set(scene.consumer, "smoke_container", "#" + std::to_string(stage::number_of(other.container)));
+    scene.set(scene.consumer, "smoke_container", "other");
     scene.run_seconds(1);
     EXPECT_FALSE(scene.is_attached(scene.smoke));
     EXPECT_TRUE(scene.is_attached(other));
-    scene.set(scene.consumer, "smoke_container", "gather");  // takes the request and makes nothing of it
+    scene.set(scene.consumer, "smoke_container", "gather");  // no smoke: it ignores the request
     scene.run_seconds(1);
     EXPECT_FALSE(scene.is_attached(other));
     EXPECT_THAT(scene.complaints(), IsEmpty());
@@ -285,16 +252,16 @@ TEST(GatherProtocol, DropsWhatItHoldsWhenTheShapeGoes) {
     EXPECT_EQ(scene.live(), scene.held());
 }
 
-// Whatever stands in the slots, the smoke's particles stay numbers.
+// Whatever the slots hold, the smoke's particles keep finite numbers.
 TEST(GatherProtocol, NoSlotSpoilsTheSmoke) {
     for (const uint32_t bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u, 0x80000000u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-        Scene scene({{"set_colour", true}});
+        Scene scene;
         const auto& parameters = stage::plugin(stage::instance_of(scene.stage(), scene.consumer)->plugin).parameters;
         for (const stage::ParameterInfo& parameter : parameters)
-            if (parameter.kind != stage::ParameterKind::Container && parameter.name != "mode")
+            if (parameter.kind != stage::ParameterKind::Container && parameter.name != "start_delay")
                 stage::set_slot_bits(scene.stage(), scene.consumer, parameter.index, bits);
-        for (const char* mode : {"Gather", "Release"}) {
-            scene.set(scene.consumer, "mode", mode);
+        for (const double start_delay : {0.0, 1000.0}) {
+            scene.set(scene.consumer, "start_delay", start_delay);
             scene.run_seconds(1);
         }
         for (const Particle* p : scene.active(scene.smoke))
