@@ -12,6 +12,9 @@ namespace {
 constexpr float kPi = 3.1415927f;
 constexpr float kHalfPi = 1.5707964f;
 
+// A birth without a point leaves the pool as it was: of a source that refuses for good, this bounds the call.
+constexpr int32_t kMostRefusedInARow = 25000;
+
 /// base ± percent, as the lower end and the range of a uniform draw.
 struct Spread {
     float low;
@@ -211,13 +214,13 @@ bool bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSea
 }
 
 bool emit_with(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch& search, int32_t count) {
-    int32_t failed_in_a_row = 0;
+    int32_t refused_in_a_row = 0;
     for (int32_t made = 0; made < count; ++made) {
         Particle* particle = instance.inactive_head;
         if (particle == nullptr) return false;
         const bool found = bring_to_life(instance, setup, search, *particle);
-        failed_in_a_row = found ? 0 : failed_in_a_row + 1;
-        if (failed_in_a_row >= instance.particle_count) return false;
+        refused_in_a_row = found ? 0 : refused_in_a_row + 1;
+        if (refused_in_a_row == kMostRefusedInARow) return false;
     }
     return true;
 }

@@ -8,10 +8,9 @@ namespace tovu {
 /// Brings up to `count` pooled records to life and pushes each at `active_head`, so the last one made is the head.
 /// Speeds per second become per frame through instance.time_step (seconds). Under Reference World the carrying
 /// container's placement is read from the host and positions are fixed in the world.
-/// Returns false when count is below 1, the spawn source is not usable, the pool ran dry, or as many spawn points in a
-/// row as the pool has records could not be found; those made stay alive. A birth without a spawn point goes back to
-/// the pool and counts as made.
-/// Draws from the process-wide generator; the order of draws is part of the result.
+/// Returns false when count is below 1, the spawn source is not usable, the pool ran dry, or 25000 births in a row
+/// found no spawn point; those made stay alive. The record of a birth without a spawn point goes back to the pool, and
+/// the birth counts as made. Draws from the process-wide generator; the order of draws is part of the result.
 bool emit_particles(SmokeInstance& instance, int32_t count);
 
 /// A direction of length 1 within the opening angles, in radians: the x component uniform in ±`across` / pi, swung
