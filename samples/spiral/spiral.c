@@ -43,10 +43,10 @@ typedef struct Spiral {
     SPIRAL_COLOURS(COLOUR)
 #undef FLOAT
 #undef COLOUR
-    float spun;         /* degrees turned so far */
-    int32_t last_count; /* the retrace counter of the last frame, 0 before the first */
-    Band band;          /* of the current frame */
-    float given_depth;
+    float spun;           /* degrees turned so far */
+    int32_t last_count;   /* the retrace counter of the last frame, 0 before the first */
+    Band band;            /* of the current frame */
+    float given_depth;    /* of the current frame, units */
     float to_given[16];   /* from the container's coordinates to those that points are given in */
     float from_given[16]; /* and back */
 } Spiral;
@@ -95,7 +95,7 @@ static void set_identity(float* matrix) {
     for (int i = 0; i < 16; ++i) matrix[i] = i % 5 == 0 ? 1.0f : 0.0f;
 }
 
-/* Brings what points are made from to the current parameters and placement: once a frame, not once a point. */
+/* Reads parameters and placement: once a frame, since a frame may ask for thousands of points. */
 static void prepare(Spiral* spiral) {
     const Spiral values = values_of(spiral);
     spiral->band = (Band){values.inner_radius, values.outer_radius, values.turns, values.thickness,
@@ -112,9 +112,9 @@ static void prepare(Spiral* spiral) {
 
 void PLUGIN_INIT_FUNCTION(void* instance) {
     Spiral* spiral = instance;
-    memset((char*)spiral + offsetof(Spiral, spun), 0, sizeof *spiral - offsetof(Spiral, spun));
-    set_identity(spiral->to_given);
-    set_identity(spiral->from_given);
+    spiral->spun = 0;
+    spiral->last_count = 0;
+    prepare(spiral); /* a pass may come before the first frame */
 }
 
 void PLUGIN_CLEANUP_FUNCTION(void* instance) {
