@@ -53,6 +53,7 @@ void end_renders_on_signals() {
 
 int run_render(const tovu::RenderOptions& options) {
     end_renders_on_signals();
+    std::signal(SIGCHLD, SIG_DFL);  // where the caller ignores it, the encoder's exit status would be lost
     std::unique_ptr<stage::ProgressLine> line;
     const auto progress = [&line](int done, int total) {
         if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);

@@ -63,13 +63,17 @@ bool ChildProcess::feed(std::span<const unsigned char> bytes) {
     return true;
 }
 
-int ChildProcess::wait() {
+std::string ChildProcess::wait() {
     if (input_ >= 0) close(std::exchange(input_, -1));
     int status = 0;
-    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-    }
+    pid_t ended = -1;
+    do ended = waitpid(pid_, &status, 0);
+    while (ended < 0 && errno == EINTR);
     pid_ = -1;
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    if (ended < 0) return fmt::format("failed: its exit status is lost ({})", std::strerror(errno));
+    if (WIFSIGNALED(status))
+        return fmt::format("was ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
+    return WEXITSTATUS(status) == 0 ? "" : fmt::format("failed with exit status {}", WEXITSTATUS(status));
 }
 
 std::string ChildProcess::last_lines(size_t count) const {

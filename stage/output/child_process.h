@@ -25,8 +25,9 @@ class ChildProcess {
 
     /// False when the command reads no more.
     bool feed(std::span<const unsigned char> bytes);
-    /// Ends its input and waits for it. The exit status; 128 + signal for one that was killed.
-    int wait();
+    /// Ends its input and waits for it. How it failed, such as "failed with exit status 1"; empty
+    /// for exit status 0.
+    std::string wait();
     /// The last lines that it said, at most `count`, without the newline at the end. After wait().
     std::string last_lines(size_t count) const;
 

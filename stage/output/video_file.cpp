@@ -34,10 +34,10 @@ struct VideoFile::Encoder {
         discard_partial(path);
     }
 
-    /// Once ffmpeg has ended before its time.
-    Error failure(int status) const {
+    /// reason: as ChildProcess::wait gives it.
+    Error failure(const std::string& reason) const {
         discard_partial(path);
-        return Error{fmt::format("{}: ffmpeg failed with exit status {}:\n{}", path.string(), status,
+        return Error{fmt::format("{}: ffmpeg {}:\n{}", path.string(), reason.empty() ? "ended too early" : reason,
                                  ffmpeg.last_lines(kToldLines))};
     }
 };
@@ -122,8 +122,7 @@ Result<Done> VideoFile::finish() {
     Encoder& encoder = *encoder_;
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     encoder.finished = true;
-    const int status = encoder.ffmpeg.wait();
-    if (status != 0) return encoder.failure(status);
+    if (const std::string reason = encoder.ffmpeg.wait(); !reason.empty()) return encoder.failure(reason);
     if (encoder.frame_count > 0) return publish_partial(encoder.path);
     discard_partial(encoder.path);
     return Error{encoder.path.string() + ": a video of no frames can't be written"};

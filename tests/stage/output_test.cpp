@@ -1,6 +1,7 @@
 // Numbered frames, videos, progress and traces.
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <cstdlib>
 
 #include "stage/output/frame_names.h"
@@ -150,12 +151,21 @@ TEST_F(VideoCommand, ThatFailsIsQuotedWithItsLastLines) {
 }
 
 TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
-    put_ffmpeg(
-        "for last; do :; done\necho some >\"${last#file:}\"\nwhile read -r line; do :; done\necho full >&2\nexit 1\n");
-    const auto written = write_video(folder_ / "a.mp4", settings_);
-    ASSERT_FALSE(written);
-    EXPECT_THAT(written.error().message, HasSubstr("exit status 1:\nfull"));
-    EXPECT_TRUE(folder_.is_empty());
+    const std::tuple<const char*, decltype(SIG_DFL), const char*> cases[] = {
+        {"exit 1", SIG_DFL, "ffmpeg failed with exit status 1:\nfull"},
+        {"kill -9 $$", SIG_DFL, "ffmpeg was ended by signal 9 (Killed):\nfull"},
+        {"exit 1", SIG_IGN, "ffmpeg failed: its exit status is lost (No child processes):\nfull"},
+    };
+    for (const auto& [end, child_signal, message] : cases) {
+        put_ffmpeg(std::string("for last; do :; done\necho some >\"${last#file:}\"\nwhile read -r line; do :; done\n") +
+                   "echo full >&2\n" + end + "\n");
+        const auto before = std::signal(SIGCHLD, child_signal);
+        const auto written = write_video(folder_ / "a.mp4", settings_);
+        std::signal(SIGCHLD, before);
+        ASSERT_FALSE(written) << message;
+        EXPECT_THAT(written.error().message, HasSubstr(message));
+        EXPECT_TRUE(folder_.is_empty()) << message;
+    }
 }
 
 TEST_F(VideoCommand, ThatIsStoppedHalfWayLeavesNoFile) {
