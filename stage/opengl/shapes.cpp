@@ -33,7 +33,9 @@ void send_fans(std::span<const float> points, std::span<const int32_t> outline_s
 
 void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                           std::span<const int32_t> outline_sizes) {
-    draw_pass(untextured(settings), [&](int32_t, float) {
+    const PassSettings outline_settings = untextured(settings);
+    if (!(outline_settings.color[3] > 0.0f)) return;  // not seen, so that it must not hide anything in the depth buffer
+    draw_pass(outline_settings, [&](int32_t, float) {
         // First the stencil alone: the fans flip a bit wherever they lie, seen or hidden.
         glEnable(GL_STENCIL_TEST);
         glStencilMask(1);

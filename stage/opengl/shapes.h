@@ -10,9 +10,10 @@
 namespace stage {
 
 /// The area inside closed outlines, in a pass of its own with the settings' matrices, blend, colour and depth test; the
-/// colour's alpha is multiplied by the settings' opacity. Inside is by the even-odd rule, so that an outline inside
-/// another is a hole. Points are three floats each, in the container's coordinates, all in one plane; `outline_sizes`
-/// splits them into outlines (points each). Untextured. Needs the framebuffer's stencil, which is left cleared.
+/// colour's alpha is multiplied by the settings' opacity; at 0 nothing is drawn, into the depth buffer neither. Inside
+/// is by the even-odd rule, so that an outline inside another is a hole. Points are three floats each, in the
+/// container's coordinates, all in one plane; `outline_sizes` splits them into outlines (points each). Untextured.
+/// Needs the framebuffer's stencil, which is left cleared.
 STAGE_EXPORT void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                                        std::span<const int32_t> outline_sizes);
 

@@ -71,16 +71,15 @@ TEST_F(FrameTest, ComesOutWithStraightAlpha) {
 }
 
 constexpr short kWhole = 32767;
-constexpr float kCorners[4][3] = {{2, 6, 0}, {2, 2, 0}, {6, 2, 0}, {6, 6, 0}};
+constexpr float kCorners[4][3] = {{1, 7, 0}, {1, 1, 0}, {7, 1, 0}, {7, 7, 0}};
 constexpr short kTexcoords[4][2] = {{0, kWhole}, {0, 0}, {kWhole, 0}, {kWhole, kWhole}};
-constexpr unsigned char kColors[4][4] = {
-    {255, 128, 64, 255}, {255, 128, 64, 255}, {255, 128, 64, 255}, {255, 128, 64, 255}};
+constexpr Pixel kColor = {255, 128, 64, 255};
 
-/// A quad of 4 × 4 pixels from (2, 2), as plug-ins send it.
+/// A quad of 6 × 6 pixels from (1, 1), as plug-ins send it.
 void send_quad_immediate() {
     ormixGL_glBegin(GL_QUADS);
     for (int i = 0; i < 4; ++i) {
-        ormixGL_glColor4ub(kColors[i][0], kColors[i][1], kColors[i][2], kColors[i][3]);
+        ormixGL_glColor4ub(255, 128, 64, 255);
         ormixGL_glTexCoord2s(kTexcoords[i][0], kTexcoords[i][1]);
         ormixGL_glVertex3fv(kCorners[i]);
     }
@@ -88,37 +87,59 @@ void send_quad_immediate() {
 }
 
 void send_quad_arrays() {
+    static const unsigned char colors[] = {255, 128, 64, 255, 255, 128, 64, 255, 255, 128, 64, 255, 255, 128, 64, 255};
     for (const unsigned int array :
          std::initializer_list<unsigned int>{GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY})
         ormixGL_glEnableClientState(array);
     ormixGL_glVertexPointer(3, GL_FLOAT, 0, kCorners);
-    ormixGL_glColorPointer(4, GL_UNSIGNED_BYTE, 0, kColors);
+    ormixGL_glColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
     ormixGL_glTexCoordPointer(2, GL_SHORT, 0, kTexcoords);
     ormixGL_glDrawArrays(GL_QUADS, 0, 4);
 }
 
-TEST_F(FrameTest, ShowsAQuadSentThroughTheServices) {
-    // Rows from the bottom: opaque black, white / half clear white, quarter white.
-    const stage::Picture four_pixels = {2, 2, stage::kPictureLuminanceAlpha, {0, 255, 255, 255, 255, 128, 255, 64}};
-    const auto texture = stage::make_texture(four_pixels, stage::TextureFilter::kNearest);
-    ASSERT_TRUE(texture) << texture.error().message;
+const struct {
+    stage::PictureFormat format;
+    std::array<int, 4> bytes;  // of a pixel's bytes those that are its red, green, blue and alpha; -1 for none: full
+} kFormats[] = {{stage::kPictureAlpha, {-1, -1, -1, 0}},
+                {stage::kPictureLuminance, {0, 0, 0, -1}},
+                {stage::kPictureLuminanceAlpha, {0, 0, 0, 1}},
+                {stage::kPictureRgb, {0, 1, 2, -1}},
+                {stage::kPictureRgba, {0, 1, 2, 3}}};
+
+TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
     PassSettings settings;
     settings.projection_view = kPixels;
-    settings.texture = texture->number();
     settings.check_every_call = true;
-    for (const bool arrays : {false, true}) {
-        SCOPED_TRACE(arrays ? "arrays" : "immediate");
-        stage::Framebuffer frame = make_frame(kSize);
-        const auto draw = [&](int32_t, float) { arrays ? send_quad_arrays() : send_quad_immediate(); };
-        EXPECT_THAT(stage::draw_pass(settings, draw), testing::IsEmpty());
-        const stage::Picture picture = frame.read();
-        expect_pixel({0, 0, 0, 255}, pixel_at(picture, 2, 2), "first row, left");
-        expect_pixel({255, 128, 64, 255}, pixel_at(picture, 4, 3), "first row, right");
-        expect_pixel({255, 128, 64, 128}, pixel_at(picture, 3, 4), "second row, left");
-        expect_pixel({255, 128, 64, 64}, pixel_at(picture, 5, 5), "second row, right");
-        for (const auto& [x, y] : {std::pair{1, 3}, {6, 3}, {3, 1}, {3, 6}})
-            expect_pixel({0, 0, 0, 0}, pixel_at(picture, x, y), "outside");
-    }
+    for (const auto& [format, bytes] : kFormats)
+        for (const auto filter : {stage::TextureFilter::kNearest, stage::TextureFilter::kSprite}) {
+            const bool arrays = filter == stage::TextureFilter::kNearest;
+            SCOPED_TRACE(testing::Message() << "format " << format << (arrays ? ", arrays" : ", immediate"));
+            stage::Picture picture{3, 2, format, {}};  // rows of 3 to 12 bytes
+            const auto bytes_per_pixel = stage::picture_byte_count(1, 1, format);
+            for (size_t i = 0; i < 6 * bytes_per_pixel; ++i) picture.bytes.push_back(static_cast<uint8_t>(250 - 7 * i));
+            const auto texture = stage::make_texture(picture, filter);
+            ASSERT_TRUE(texture) << texture.error().message;
+            settings.texture = texture->number();
+            stage::Framebuffer frame = make_frame(kSize);
+            const auto draw = [&](int32_t, float) { arrays ? send_quad_arrays() : send_quad_immediate(); };
+            EXPECT_THAT(stage::draw_pass(settings, draw), testing::IsEmpty());
+            const stage::Picture drawn = frame.read();
+            // A pixel of the picture covers 2 × 3 of the frame. Where neighbours blend, the quad's own corners do not:
+            // the picture's edge goes on.
+            for (int y = 1; y < 7; ++y)
+                for (int x = 1; x < 7; ++x) {
+                    if (!arrays && ((x > 1 && x < 6) || (y > 1 && y < 6))) continue;
+                    const auto first = static_cast<size_t>((y - 1) / 3 * 3 + (x - 1) / 2) * bytes_per_pixel;
+                    Pixel expected = kColor;
+                    for (size_t channel = 0; channel < 4; ++channel)
+                        if (bytes[channel] >= 0)
+                            expected[channel] =
+                                expected[channel] * picture.bytes[first + static_cast<size_t>(bytes[channel])] / 255;
+                    expect_pixel(expected, pixel_at(drawn, x, y), "inside");
+                }
+            for (const auto& [x, y] : {std::pair{0, 3}, {7, 3}, {3, 0}, {3, 7}})
+                expect_pixel({0, 0, 0, 0}, pixel_at(drawn, x, y), "outside");
+        }
 }
 
 TEST_F(FrameTest, DepthHidesWhatLiesBehindOnlyWhereItIsTested) {
@@ -147,16 +168,34 @@ TEST_F(FrameTest, FragmentsUpToTheAlphaReferenceAreDropped) {
 
 TEST_F(FrameTest, ShowsShapes) {
     stage::Framebuffer frame = make_frame(kSize);
-    PassSettings settings;
-    settings.projection_view = kPixels;
-    settings.color = {0, 1, 0, 0.5f};
     const float points[] = {0, 0, 0, 8, 0, 0, 8, 8, 0, 0, 8, 0, 2, 6, 0, 2, 2, 0, 6, 2, 0, 6, 6, 0};
-    const int32_t sizes[] = {4, 4};
-    for (int i = 0; i < 2; ++i) stage::draw_filled_outlines(settings, points, sizes);
-    const stage::Picture outlines = frame.read();
-    expect_pixel({0, 0, 0, 0}, pixel_at(outlines, 4, 4), "in the hole, which is an outline inside an outline");
-    for (const auto& [x, y] : {std::pair{1, 1}, {7, 4}, {4, 0}, {1, 6}})
-        expect_pixel({0, 255, 0, 191}, pixel_at(outlines, x, y), "inside, drawn twice over");
+    const auto draw_shape = [&](std::array<float, 4> color, float z, std::vector<int32_t> sizes, float opacity = 1) {
+        PassSettings settings;
+        settings.projection_view = kPixels;
+        settings.world[14] = z;
+        settings.color = color;
+        settings.opacity = opacity;
+        settings.alpha_reference = 0.6f;  // of no account to shapes
+        stage::draw_filled_outlines(settings, points, sizes);
+    };
+    const auto expect_ring_and_hole = [&](Pixel ring, Pixel hole, const char* when) {
+        const stage::Picture picture = frame.read();
+        for (const auto& [x, y] : {std::pair{1, 1}, {7, 4}, {4, 0}, {1, 6}})
+            expect_pixel(ring, pixel_at(picture, x, y), when);
+        for (const auto& [x, y] : {std::pair{4, 4}, {2, 2}, {5, 3}}) expect_pixel(hole, pixel_at(picture, x, y), when);
+    };
+    for (int i = 0; i < 2; ++i) draw_shape({0, 1, 0, 1}, 0, {4, 4}, 0.5f);
+    expect_ring_and_hole({0, 255, 0, 191}, {0, 0, 0, 0}, "an outline in an outline is a hole; drawn twice over");
+    draw_shape({0, 1, 0, 1}, 0, {4, 4});
+    PassSettings behind;
+    behind.color = {1, 1, 1, 1};
+    cover(behind, 0.5f);
+    expect_ring_and_hole({0, 255, 0, 255}, {255, 255, 255, 255}, "it hides what lies behind, its hole does not");
+    draw_shape({1, 0, 0, 1}, 0.25f, {4});
+    expect_ring_and_hole({0, 255, 0, 255}, {255, 0, 0, 255}, "and hides the part of a shape");
+    draw_shape({0, 0, 1, 1}, -0.25f, {4}, 0);
+    draw_shape({0, 0, 1, 1}, -0.125f, {4});
+    expect_ring_and_hole({0, 0, 255, 255}, {0, 0, 255, 255}, "what is hidden, or clear, leaves nothing to the next");
 }
 
 TEST_F(FrameTest, PicturesThatCannotBeTexturesAreNamed) {
