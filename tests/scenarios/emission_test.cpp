@@ -6,12 +6,12 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "random_seed.h"
 #include "render_host.h"
 
 namespace tovu {
 namespace {
 
-constexpr unsigned kSeed = 99;
 constexpr double kPeriod = 0.02;
 constexpr int kBirths = 25;
 constexpr double kPi = 3.14159265358979323846;
@@ -196,6 +196,7 @@ const struct {
 };
 
 TEST(Emission, EveryFieldFromTheSameDraws) {
+    const RandomSeed seed;
     for (const auto& row : kEmissions) {
         SCOPED_TRACE(row.name);
         TestHost host(1, kPeriod);
@@ -210,12 +211,12 @@ TEST(Emission, EveryFieldFromTheSameDraws) {
         host.container(smoke).placement = {{100, -50, 20}, {20, 70, -40}, {2, 3, 0.5f}};
         host.run_frames(2);
         host.set(smoke, "birth_rate", 1e7);
-        std::srand(kSeed);
+        std::srand(seed.value);
         host.run_frames(1);
         const int behind = std::rand();
         const std::vector<Particle*> born = host.active(smoke);
         ASSERT_EQ(static_cast<size_t>(kBirths), born.size());
-        std::srand(kSeed);
+        std::srand(seed.value);
         const Rules rules{host.block(smoke).parameters, host.container(smoke).placement};
         for (size_t i = born.size(); i-- > 0 && !testing::Test::HasFailure();)
             rules.expect_newborn(*born[i]);  // oldest first
@@ -229,6 +230,7 @@ TEST(Emission, EveryFieldFromTheSameDraws) {
 
 // A birth that finds no point still draws its direction's two values and its size: the sequence goes on as if it lived.
 TEST(Emission, WithoutAPointTheRecordGoesBack) {
+    const RandomSeed seed;
     const struct {
         const char* name;
         stage::ParameterValues values;
@@ -251,9 +253,9 @@ TEST(Emission, WithoutAPointTheRecordGoesBack) {
             host.add_smoke(with(row.values, {{"number_of_particles", kBirths}, {"birth_rate", 0.0}}));
         host.run_frames(2);
         host.set(smoke, "birth_rate", 25.2 / (3 * kPeriod));  // the time of the frames without births is due as well
-        std::srand(kSeed);
+        std::srand(seed.value);
         host.run_frames(1);
-        EXPECT_EQ(row.draws, draws_since(kSeed));
+        EXPECT_EQ(row.draws, draws_since(seed.value));
         EXPECT_EQ(0, host.active_count(smoke));
         EXPECT_EQ(static_cast<size_t>(kBirths), host.inactive(smoke).size());
         EXPECT_NEAR(0.2 / 25.2 * 3 * kPeriod, host.block(smoke).birth_accumulator, 1e-5) << "25 were made or lost";

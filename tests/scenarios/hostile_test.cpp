@@ -6,6 +6,7 @@
 #include <limits>
 #include <random>
 
+#include "random_seed.h"
 #include "render_host.h"
 #include "stage/plugins/parameters.h"
 
@@ -88,9 +89,8 @@ TEST(HostileSlots, ReadAsWhatIsDecided) {
 }
 
 TEST(HostileSlots, AnyBitsInEverySlot) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 generator(seed);
+    const RandomSeed seed;
+    std::mt19937 generator(seed.value);
     const uint32_t telling[] = {0,           1,           2,           3,           0xFFFFFFFFu, 0x80000000u,
                                 0x7FFFFFFFu, 0x7F800000u, 0xFF800000u, 0x7FC00000u, 0x7F7FFFFFu, 0xFF7FFFFFu,
                                 0x00000001u, 0x80000001u, 0x3F800000u, 0x42C80000u, 0x4F000000u};

@@ -9,13 +9,14 @@
 #include <random>
 
 #include "expect.h"
+#include "random_seed.h"
 #include "stage/opengl/dispatch.h"
 #include "test_host.h"
 
 namespace tovu {
 namespace {
 
-constexpr uint32_t kSeed = 12;
+const uint32_t kSeed = random_seed();
 
 struct Shape {
     double inner, outer, turns, thickness, angle;

@@ -8,6 +8,7 @@
 #include <random>
 
 #include "outline_inside.h"
+#include "random_seed.h"
 #include "stage/assets/contours.h"
 
 using namespace stage_test;
@@ -16,8 +17,6 @@ using stage::FillRule;
 using stage::Mesh;
 
 namespace {
-
-constexpr unsigned kSeed = 20250117;
 
 // From x and y in turn.
 Mesh outline(std::initializer_list<float> xy) {
@@ -37,7 +36,7 @@ Mesh reversed(Mesh mesh) {
 
 // Six by six, each with corners at random distances around its place, touching nothing.
 std::vector<Mesh> jagged_holes() {
-    std::mt19937 random(kSeed);
+    std::mt19937 random(tovu::random_seed());
     std::uniform_real_distribution<float> radius(3, 9.9f);
     std::vector<Mesh> holes(36);
     for (size_t i = 0; i < 36; ++i) {
@@ -114,6 +113,7 @@ int crossings(const Mesh& mesh) {
 }
 
 TEST(BridgeHoles, EncloseWhatTheContoursEncloseTogether) {
+    const tovu::RandomSeed seed;
     for (const auto& [name, outer, holes, apart] : kBridgeCases) {
         SCOPED_TRACE(name);
         const Mesh bridged = bridge_holes(outer, holes);
@@ -126,7 +126,7 @@ TEST(BridgeHoles, EncloseWhatTheContoursEncloseTogether) {
         std::vector<Mesh> contours = holes;
         contours.push_back(outer);
         const Box b = box_of(contours);
-        std::mt19937 random(kSeed);
+        std::mt19937 random(seed.value);
         std::uniform_real_distribution<double> x(b.min_x - 1, b.max_x + 1), y(b.min_y - 1, b.max_y + 1);
         for (int i = 0; i < 20000; ++i) {
             const double px = x(random), py = y(random);

@@ -9,14 +9,13 @@
 #include <random>
 
 #include "outline_inside.h"
+#include "random_seed.h"
 
 using namespace stage;
 using namespace stage_test;
 using testing::HasSubstr;
 
 namespace {
-
-constexpr unsigned kSeed = 31;
 
 // Pixels whose centre the rule takes are 200, the others 100; coordinates are pixels from the lower left corner.
 Mask mask_of(int width, int height, const std::function<bool(double, double)>& rule) {
@@ -38,7 +37,8 @@ const std::tuple<const char*, Rule, size_t> kTraceCases[] = {
 };
 
 TEST(TraceOutline, EnclosesThePixelsOfTheMask) {
-    std::mt19937 random(kSeed);
+    const tovu::RandomSeed seed;
+    std::mt19937 random(seed.value);
     std::uniform_real_distribution<double> place(1, 127);
     for (const auto& [name, rule, meshes] : kTraceCases) {
         SCOPED_TRACE(name);

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "outline_source.h"
+#include "random_seed.h"
 
 namespace {
 
@@ -66,9 +67,8 @@ Outlines random_outlines(std::mt19937& generator) {
 }
 
 TEST(OutlineIndex, AnswersAsEveryEdgeTested) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 generator(seed);
+    const tovu::RandomSeed seed;
+    std::mt19937 generator(seed.value);
     tovu::OutlineIndex index;
     int indexed = 0;
     for (int round = 0; round < 300; ++round) {

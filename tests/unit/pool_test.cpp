@@ -10,6 +10,7 @@
 #include "failing_realloc.h"
 #include "particles/active_array.h"
 #include "particles/particle_motion.h"
+#include "random_seed.h"
 
 namespace {
 
@@ -98,13 +99,13 @@ struct Pool {
 };
 
 TEST(ActiveArray, ChangesNothing) {
-    const auto seed = std::random_device{}();
-    std::mt19937 generator(seed);
+    const tovu::RandomSeed seed;
+    std::mt19937 generator(seed.value);
     Pool with(Memory::kPlenty), without(Memory::kNoArray), small(Memory::kArrayStaysSmall);
     for (int round = 0; round < 5000; ++round) {
         const auto choice = static_cast<uint32_t>(generator() % 100);
         const auto amount = static_cast<uint32_t>(generator() % 40);
-        SCOPED_TRACE(testing::Message() << "seed " << seed << ", round " << round << ", choice " << choice);
+        SCOPED_TRACE(testing::Message() << "round " << round << ", choice " << choice);
         for (Pool* pool : {&with, &without, &small}) {
             pool->operate(choice, amount);
             ASSERT_TRUE(pool->array_follows());

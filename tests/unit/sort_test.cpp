@@ -6,6 +6,7 @@
 #include "expect.h"
 #include "failing_realloc.h"
 #include "plain_sort.h"
+#include "random_seed.h"
 
 namespace tovu {
 
@@ -51,7 +52,8 @@ const KeyCase kKeyCases[] = {
 class MergeSort : public testing::TestWithParam<KeyCase> {};
 
 TEST_P(MergeSort, OrdersEveryCountAsTheRecursion) {
-    std::mt19937 random(20);
+    const RandomSeed seed;
+    std::mt19937 random(seed.value);
     std::vector<int32_t> counts = {333, 1000, 4095, 4096, 4097, 8191, 12345, 16384, 24999, 25000};
     for (int32_t count = 0; count <= GetParam().every_count_to; ++count) counts.push_back(count);
     for (const int32_t count : counts) {
