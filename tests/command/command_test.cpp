@@ -41,9 +41,10 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
     void write(const std::string& name, const std::string& bytes) const { write_bytes(folder_ / "work" / name, bytes); }
     std::string bytes(const std::string& name) const { return file_bytes(folder_ / "work" / name); }
 
+    // Under a caller that ignores the ends of its children.
     Outcome run(const std::string& arguments) const {
-        const std::string command = "cd '" + (folder_ / "work").string() + "' && " + TOVU_PROGRAM + " " + arguments +
-                                    " >../output 2>../errors </dev/null";
+        const std::string command = "trap '' CHLD; cd '" + (folder_ / "work").string() + "' && exec " + TOVU_PROGRAM +
+                                    " " + arguments + " >../output 2>../errors </dev/null";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder_ / "output"),
                 file_bytes(folder_ / "errors")};
@@ -111,6 +112,10 @@ const std::pair<const char*, const char*> kSceneMistakes[] = {
     {"parameters = { gravity = 1, birth_rat = 3 }",
      "bad.toml:3:41: parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"},
     {"parameters = { number_of_particles = 25001 }", "bad.toml:3:38: parameter 'number_of_particles'"},
+    {"parameters = { number_of_particles = 4294967297 }",  // 2^32 + 1
+     "bad.toml:3:38: parameter 'number_of_particles' takes a whole number from 0 to 25000, not 4294967297"},
+    {"parameters = { spawn_type = 4294967297 }", "bad.toml:3:29: parameter 'spawn_type'"},
+    {"parameters = { birth_rate = 4294967297 }", "bad.toml:3:29: parameter 'birth_rate'"},
     {"parameters = { sort = 5 }", "bad.toml:3:23: parameter 'sort'"},
     {"parameters = { spawn_type = 'Cub' }", "bad.toml:3:29: parameter 'spawn_type'"},
     {"texture = 'pufff'\nplugin = 'smoke'", "bad.toml:3:11: unknown texture 'pufff': did you mean 'puff'?"},

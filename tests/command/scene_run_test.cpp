@@ -115,6 +115,25 @@ TEST_F(SceneRun, ShapesDeformAndSmokeFollows) {
     EXPECT_TRUE(scene.complaints.list.empty());
 }
 
+// Patches of blue, red, half clear white, green and white in a clear picture. Brightness × opacity, with 77, 150 and 29
+// of 256 parts for red, green and blue, is 28, 76, 128, 149 and 255.
+TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
+    const std::pair<int, size_t> rows[] = {{28, 5},  {29, 4},  {76, 4},  {77, 3}, {128, 3},
+                                           {129, 2}, {149, 2}, {150, 1}, {255, 1}};  // threshold in 255ths, patches
+    const uint8_t patches[5][4] = {
+        {0, 0, 255, 255}, {255, 0, 0, 255}, {255, 255, 255, 128}, {0, 255, 0, 255}, {255, 255, 255, 255}};
+    stage::Picture picture{40, 4, stage::kPictureRgba, std::vector<uint8_t>(40 * 4 * 4)};
+    for (size_t i = 0; i < 160; ++i)
+        if (i % 8 < 5)
+            std::ranges::copy(patches[i % 40 / 8], picture.bytes.begin() + static_cast<std::ptrdiff_t>(4 * i));
+    ASSERT_TRUE(stage::write_png(folder_ / "patches.png", picture));
+    for (const auto& [threshold, count] : rows) {
+        stage::SceneRun run = start("container = [{ name = 'a', geometry = { kind = 'picture', file = 'patches.png', " +
+                                    ("threshold = " + std::to_string(threshold / 255.0)) + " } }]");
+        EXPECT_EQ(count, stage::geometry_of(*run.built.stage, container(run, "a"))->meshes.size()) << threshold;
+    }
+}
+
 struct PlayCase {
     const char* play;
     std::vector<int> shown;  // in each frame from -0.2 seconds on: the picture's only byte
@@ -147,19 +166,20 @@ TEST_F(SceneRun, SequencesPlayAndDecodeNothingTwiceInARow) {
 }
 
 // A mask of one pixel gives way to a larger one, of which only the corner at the smallest x and y is lit: where the
-// smoke was not told of the size, it would find that every place is on the corner's pixel.
+// smoke was not told of the size, it would find that every place is on the corner's pixel. The scene's image stands in
+// for the built-in sprite of its name.
 TEST_F(SceneRun, SmokeLearnsOfAnImagesNewSize) {
     write_picture("small.png", 1, {255});
     std::vector<uint8_t> corner(16, 0);
     corner[0] = 255;
     write_picture("large.png", 4, corner);
     stage::SceneRun run = start(R"(
-images = { mask = "small.png" }
+images = { puff = "small.png" }
 [[container]]
 name = "smoke"
 [container.parameters]
 spawn_type = "Image"
-spawn_image = "mask"
+spawn_image = "puff"
 spawn_range_x = 80
 spawn_range_y = 80
 birth_rate = 300
@@ -167,7 +187,7 @@ life_time = 0.15
 initial_speed = 0
 [[at]]
 time = 1
-image = "mask"
+image = "puff"
 file = "large.png"
 )");
     const auto outside = [](const std::array<float, 2>& place) { return place[0] >= -20 || place[1] >= -20; };

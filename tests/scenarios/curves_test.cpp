@@ -36,7 +36,7 @@ const struct {
     {"a last x alone is ignored", "0 0.9 0.5 0.6 1 0.3 2", [](double u) { return 0.9 - 0.6 * u; }},
     {"points past the thousandth are ignored", line_of(1000) + "5 0 6 1 7 0", identity},
     {"x falls", "0 1 0.5 1 0.4 1", nothing},
-    {"x stays", "0 1 0 1", nothing},
+    {"x stays", "0 1 0.1 1 0.2 1 0.3 1 0.4 1 0.9 1 0.9 1", nothing},
     {"one point", "0 1", nothing},
     {"no text", "", nothing},
 };

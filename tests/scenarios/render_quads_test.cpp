@@ -58,13 +58,13 @@ struct BothPaths {
     std::vector<float> arrays;
 };
 
-BothPaths draw_by_both(RenderHost& host, SmokeHandle smoke) {
+BothPaths draw_by_both(RenderHost& host, SmokeHandle smoke, int32_t render_flags = 0) {
     BothPaths paths;
     host.set(smoke, "use_array", false);
-    host.pass(smoke);
+    host.pass(smoke, render_flags);
     paths.immediate = numbers_of("glVertex3fv");
     host.set(smoke, "use_array", true);
-    host.pass(smoke);
+    host.pass(smoke, render_flags);
     if (stage::recorded_draws().size() == 1) paths.arrays = stage::recorded_draws()[0].vertices.values;
     return paths;
 }
@@ -101,16 +101,56 @@ TEST(BothPathsOfDrawing, GiveTheSameQuadsColoursAndTexture) {
         }
 }
 
+// However the camera stands, quads face it upright: seen by it, the left side goes straight up, the upper one straight
+// to the right.
+TEST(BothPathsOfDrawing, FaceTheCamera) {
+    const Vector3 rows[] = {{0, 0, 0},    {35, 0, 0},   {-100, 0, 0}, {0, 40, 0},
+                            {25, -30, 0}, {140, 60, 0}, {20, 10, 50}, {-60, 5, -110}};
+    RenderHost host;
+    const SmokeHandle smoke = host.smoke_of(1, {{"size_death_x", 5.0}, {"size_death_y", 5.0}});
+    stage::Camera& camera = host.stage().camera;
+    const auto place_camera = [&](Vector3 turn) {
+        camera.pan_degrees = turn.x;
+        camera.tilt_degrees = turn.y;
+        camera.roll_degrees = turn.z;
+        host.run_frames(1);
+    };
+    for (const Vector3& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.x << ", " << row.y << ", " << row.z);
+        place_camera(row);
+        const stage::Matrix view = stage::view_matrix(camera);
+        const BothPaths drawn = draw_by_both(host, smoke, 1);  // reduced passes build the matrix too
+        for (const std::vector<float>& corners : {drawn.immediate, drawn.arrays}) {
+            const auto seen = [&](size_t corner) {
+                return stage::transform_point(view,
+                                              {corners.at(corner), corners.at(corner + 1), corners.at(corner + 2)});
+            };
+            expect_near({0, 10, 0}, seen(0) - seen(3), 2e-4);
+            expect_near({10, 0, 0}, seen(9) - seen(0), 2e-4);
+        }
+    }
+    const Matrix4 before = host.block(smoke).billboard_matrix;
+    host.set(smoke, "billboard", "None");
+    place_camera({});
+    host.pass(smoke);
+    EXPECT_THAT(host.block(smoke).billboard_matrix.m, ElementsAreArray(before.m)) << "built only where it is used";
+}
+
 TEST(BothPathsOfDrawing, DifferWhereTheyShould) {
     RenderHost host;
-    const SmokeHandle smoke = host.smoke_of(1, {{"size_birth_x", 3.0}, {"size_death_x", 3.0}});
-    const auto width = [](const std::vector<float>& corners) { return std::fabs(corners.at(6) - corners.at(0)); };
-    host.container(smoke).placement.scale = {0, 1, 1};
+    const SmokeHandle smoke = host.smoke_of(1, {{"size_birth_x", 3.0}, {"size_death_x", 3.0}, {"size_death_y", 5.0}});
+    host.container(smoke).placement.scale = {0, 0, 1};
     host.run_frames(1);
     const BothPaths scaled = draw_by_both(host, smoke);
-    EXPECT_NEAR(6, width(scaled.immediate), 1e-5) << "a factor of 0 leaves the axis alone";
-    EXPECT_EQ(0, width(scaled.arrays)) << "a factor of 0 counts";
+    const auto extent = [](const std::vector<float>& corners, size_t axis) {  // from the first corner to the third
+        return std::fabs(corners.at(6 + axis) - corners.at(axis));
+    };
+    EXPECT_NEAR(6, extent(scaled.immediate, 0), 1e-5) << "a factor of 0 leaves the axis alone";
+    EXPECT_NEAR(10, extent(scaled.immediate, 1), 1e-5);
+    for (const size_t axis : {0u, 1u}) EXPECT_EQ(0, extent(scaled.arrays, axis)) << "a factor of 0 counts";
 
+    host.container(smoke).placement.scale = {1, 1, 1};
+    host.run_frames(1);
     host.active(smoke).at(0)->rotation = 90;  // no rotation parameter is set
     const BothPaths turned = draw_by_both(host, smoke);
     EXPECT_LT(turned.immediate.at(1), 0) << "turned: the first corner is at the bottom left";

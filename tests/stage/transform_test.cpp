@@ -82,7 +82,10 @@ TEST_F(PlacedContainer, WhatIsReadOffMakesTheSameMatrix) {
                 find_container(*stage_, parent_)->placement = {{0, 0, 0}, {x, y, z}, {2, 2, 2}};
                 find_container(*stage_, child_)->placement = {{0, 0, 0}, {-z, x, y}, {1, 3, 0.5f}};
                 const Matrix world = world_matrix(*stage_, child_);
-                const Matrix again = local_matrix({{0, 0, 0}, rotation_degrees_of(world), scaling_of(world)});
+                Vector3 rotation{}, scale{};
+                _api__container_get_absolute_rotation(child_, &rotation.x, &rotation.y, &rotation.z);
+                _api__container_get_absolute_scaling(child_, &scale.x, &scale.y, &scale.z);
+                const Matrix again = local_matrix({{0, 0, 0}, rotation, scale});
                 ASSERT_THAT(again, Pointwise(FloatNear(2e-5f), world)) << x << ' ' << y << ' ' << z;
             }
 }
