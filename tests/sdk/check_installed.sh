@@ -1,14 +1,16 @@
 #!/bin/sh
-# What a plug-in author does: installs, then builds the samples and the guide's plug-in against nothing but the installed
-# tree, in an empty folder. check_installed.sh BUILD_DIR SOURCE_DIR COMPILE_FLAGS
+# Does what an author of plug-ins does: types the commands of the guide as they stand, in an empty home folder, and builds
+# the samples against the installed tree alone. check_installed.sh BUILD_DIR SOURCE_DIR COMPILE_FLAGS
 set -eu
 build=$1
 source=$2
 flags=$3
 work=$build/sdk/installed
-prefix=$work/prefix
+HOME=$work/home
+export HOME
+prefix=$HOME/tovu
 rm -rf "$work"
-mkdir -p "$work/swirl"
+mkdir -p "$HOME/tovu-source/build"
 
 fail() {
     echo "$*" >&2
@@ -22,7 +24,7 @@ expect_entry_points() {
     [ "$exported" = "PLUGIN_CHANGED_CALLBACK PLUGIN_CLEANUP_FUNCTION PLUGIN_DISPATCHER_CALLBACK PLUGIN_EXEC_ACTION \
 PLUGIN_INIT PLUGIN_INIT_FUNCTION PLUGIN_NEW_GEOM PLUGIN_RENDER_OPENGL " ] || fail "$1 exports: $exported"
 }
-# Nothing of this source tree or of the build tree. build_against_prefix SOURCE NAME FLAGS
+# Builds against the installed tree. build_against_prefix SOURCE NAME FLAGS
 build_against_prefix() {
     quietly cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Debug \
         "-DCMAKE_C_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3" \
@@ -30,21 +32,57 @@ build_against_prefix() {
     quietly cmake --build "$work/$2"
 }
 
-quietly cmake --install "$build" --prefix "$prefix"
+# The n-th block of a language in the guide. block LANGUAGE N
+guide=$source/docs/plugin-authors.md
+block() { awk -v fence="\`\`\`$1" -v wanted="$2" '
+    $0 == fence { n++; inside = 1; next } /^```/ { inside = 0 } inside && n == wanted' "$guide"; }
+# Types a block of commands into a shell that stops at the first failure. type_commands N
+type_commands() {
+    block sh "$1" >"$work/commands"
+    [ -s "$work/commands" ] || fail "$guide has no block $1 of commands"
+    quietly sh -eu "$work/commands"
+}
+
+# The source tree as the guide's reader has it, built already.
+ln -s "$build" "$HOME/tovu-source/build/release"
+cat >"$HOME/tovu-source/tovu" <<END
+#!/bin/sh
+[ "\$1" = build ] || exec "$build/bin/tovu" "\$@"
+END
+chmod +x "$HOME/tovu-source/tovu"
+type_commands 1
+
 cd "$prefix/include/tovu"
 installed=$(echo *)
 cd "$build/sdk/include/tovu"
 [ "$installed" = "$(echo *)" ] || fail "installed headers: $installed"
 expect_entry_points "$prefix/lib/tovu/plugins/TovuSmoke.so"
 
-# The first C and the first CMake block of the guide, as it tells its reader to save them.
-guide=$prefix/share/doc/tovu/plugin-authors.md
-awk '/^```c$/ { n++; inside = 1; next } /^```/ { inside = 0 } inside && n == 1' "$guide" >"$work/swirl/swirl.c"
-awk '/^```c$/ { n++; inside = 1; next } /^```/ { inside = 0 } inside && n == 2' "$guide" >"$work/swirl/spawn.c"
-awk '/^```cmake$/ { inside = 1; next } /^```/ { inside = 0 } inside' "$guide" >"$work/swirl/CMakeLists.txt"
+CFLAGS="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror"
+CXXFLAGS=$CFLAGS
+export CFLAGS CXXFLAGS
+cd "$HOME/swirl"
+block c 1 >swirl.c
+block cmake 1 >CMakeLists.txt
+block toml 1 >swirl.toml
+for n in 2 3 4 5 6; do type_commands $n; done
+expect_entry_points build/Swirl.so
+expect_entry_points Swirl.so
+expect_entry_points gather/TovuGather.so
+readelf -d build/Swirl.so Swirl.so | grep -c 'NEEDED.*libm' | grep -qx 2 || fail "Swirl.so is not linked with libm"
+grep -q '^CMAKE_BUILD_TYPE:[A-Z]*=Release' build/CMakeCache.txt || fail "the guide's build sets no build type"
+[ -s swirl.mp4 ] || fail "the guide's scene was not rendered"
+unset CFLAGS CXXFLAGS
+# The guide's code is C and C++.
+for n in 1 2; do
+    block c $n >"$work/block.c"
+    for language in c c++; do
+        quietly cc -x $language -Wall -Wextra -Wpedantic -Werror -I"$prefix/include" -fsyntax-only "$work/block.c"
+    done
+done
 
 for bits in 64 32; do
-    build_against_prefix "$work/swirl" swirl$bits "-m$bits"
+    build_against_prefix "$HOME/swirl" swirl$bits "-m$bits"
     expect_entry_points "$work/swirl$bits/Swirl.so"
     for sample in gather spiral; do
         build_against_prefix "$prefix/share/tovu/samples/$sample" $sample$bits "-m$bits"
@@ -54,16 +92,6 @@ done
 build_against_prefix "$prefix/share/tovu/samples/host" host "$flags"
 "$work/host/tovu_sample_host" "$prefix/lib/tovu/plugins/TovuSmoke.so" | grep -q '^after 100 frames: .* 59 quads$' ||
     fail "the sample host did not run the installed plug-in"
-
-# Without CMake.
-PKG_CONFIG_PATH=$prefix/lib/pkgconfig
-export PKG_CONFIG_PATH
-# shellcheck disable=SC2046  # several words are meant
-quietly cc -fPIC -Wall -Wextra -Wpedantic -Werror $(pkg-config --cflags tovusmoke) "$work/swirl/swirl.c" \
-    $(pkg-config --libs tovusmoke) -o "$work/Swirl.so"
-expect_entry_points "$work/Swirl.so"
-# shellcheck disable=SC2046
-quietly cc -Wall -Wextra -Wpedantic -Werror -fsyntax-only $(pkg-config --cflags tovusmoke) "$work/swirl/spawn.c"
 
 if grep -rIl -e "$source/" -e "$build/" "$prefix/include" "$prefix/lib/cmake" "$prefix/lib/pkgconfig" "$prefix/share"; then
     fail "these installed files name the folders they came from"
