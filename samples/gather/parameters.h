@@ -35,7 +35,7 @@ namespace gather {
 enum Reference : int32_t { kReferenceLocal, kReferenceWorld };
 constexpr int32_t kActionRestart = 1;  // number of the push button
 
-/// The first words of the block. The host fills them; a user's mistake can leave any bits there.
+/// The first words of the block. The host fills them; they may hold any bits.
 struct Slots {
 #define CONTAINER(name, label) uint32_t name;
 #define RADIO(name, label, initial, choices) int32_t name;

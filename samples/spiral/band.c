@@ -23,12 +23,12 @@ void band_corner(const Band* band, float along, float across, float* x, float* y
 }
 
 void band_point(const Band* band, float share, float across_share, float* x, float* y) {
-    /* Per degree the band covers an area that goes with its radius, so that the area from the beginning on goes with
-       the square of the radius. Written so that nothing cancels when the radii are equal. */
+    /* The area per degree is proportional to the radius, so the area from the start is proportional to the square of
+       the radius. The division below stays exact when the two radii are equal. */
     const double first = band->inner_radius, last = band->outer_radius;
     const double radius = sqrt(first * first + share * (last * last - first * first));
     const double along = first + last > 0 ? share * (first + last) / (radius + first) : 0;
-    /* The same holds across the band, from rim to rim. */
+    /* The same holds between the two rims. */
     const double near = rim_radius(band, along, -1), far = rim_radius(band, along, 1);
     place(band, along, sqrt(near * near + across_share * (far * far - near * near)), x, y);
 }

@@ -5,22 +5,23 @@
 #include <stdbool.h>
 
 typedef struct Band {
-    float inner_radius; /* of the middle line where it begins, units, 0 or more */
-    float outer_radius; /* and where it ends */
-    float turns;        /* counter-clockwise on the way, above 0 */
+    float inner_radius; /* of the middle line at its start, units, 0 or more */
+    float outer_radius; /* and at its end */
+    float turns;        /* counter-clockwise, above 0 */
     float thickness;    /* measured along the radius, units, 0 or more */
-    float angle;        /* where it begins, degrees from +x to +y */
+    float angle;        /* of its start, degrees from +x to +y */
 } Band;
 
-/* A corner of the band. along: 0 at its beginning to 1 at its end. across: -1 for the rim nearer to the origin, 1 for
-   the other one; a rim does not cross the origin. */
+/* A point of a rim. along: 0 at the band's start to 1 at its end. across: -1 for the inner rim, 1 for the outer one. A
+   rim does not cross the origin. */
 void band_corner(const Band* band, float along, float across, float* x, float* y);
 
-/* A point of the band for two numbers from 0 to 1. Evenly distributed numbers give evenly distributed points where the
-   band does not reach the origin: as much of the band lies within `share` of its area as `share` says. */
+/* Maps two numbers from 0 to 1 to a point of the band. share: part of the band's area between its start and the point.
+   across_share: the same between the rims. Uniform numbers give points that are uniform over the area, unless the band
+   reaches the origin. */
 void band_point(const Band* band, float share, float across_share, float* x, float* y);
 
-/* Does the band cover the point? The rims belong to it. */
+/* Whether the point lies on the band, rims included. */
 bool band_covers(const Band* band, float x, float y);
 
 #endif

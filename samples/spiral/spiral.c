@@ -1,8 +1,8 @@
 /*
- * A geometry plug-in that supplies the spawn points of a smoke: a band along a spiral or a ring. Name the container
- * that carries it as the smoke's Spawn Container, and set the smoke's Spawn Type to Container.
+ * A geometry plug-in that supplies the spawn points of a smoke: a band along a spiral or a ring. Name its container as
+ * the smoke's Spawn Container, and set the smoke's Spawn Type to Container.
  *
- * This file is the plug-in's side of the contract; the shape itself is in band.h.
+ * This file follows the contract; band.h is the shape.
  */
 #include <math.h>
 #include <stddef.h>
@@ -34,7 +34,7 @@
 enum { kCoordinatesLocal, kCoordinatesWorld };
 enum { kCornersPerTurn = 96 };
 
-/* The instance's block: the parameter slots as the host fills them, then what the instance keeps. */
+/* The instance's block: the parameter slots, which the host fills, then the instance's own state. */
 typedef struct Spiral {
 #define FLOAT(name, label, initial, minimum, maximum) float name;
 #define COLOUR(name, label, initial) int32_t name;
@@ -46,14 +46,14 @@ typedef struct Spiral {
     float spun;           /* degrees turned so far */
     int32_t last_count;   /* the retrace counter of the last frame, 0 before the first */
     Band band;            /* of the current frame */
-    float given_depth;    /* of the current frame, units */
-    float to_given[16];   /* from the container's coordinates to those that points are given in */
-    float from_given[16]; /* and back */
+    float point_depth;    /* of the current frame, units */
+    float to_smoke[16];   /* from this container's coordinates to those of the smoke */
+    float from_smoke[16]; /* and back */
 } Spiral;
 
 /* ---- Parameters ---- */
 
-/* A slot holds whatever was written there: out of range is the nearest limit, not a number the default. */
+/* A slot may hold any bits. Values out of range are clamped; not-a-number becomes the default. */
 static float held(float value, float initial, float minimum, float maximum) {
     if (isnan(value)) return initial;
     return value < minimum ? minimum : value > maximum ? maximum : value;
@@ -100,14 +100,14 @@ static void prepare(Spiral* spiral) {
     const Spiral values = values_of(spiral);
     spiral->band = (Band){values.inner_radius, values.outer_radius, values.turns, values.thickness,
                           fmodf(values.angle + spiral->spun, 360.0f)};
-    spiral->given_depth = values.depth;
-    set_identity(spiral->to_given);
-    set_identity(spiral->from_given);
+    spiral->point_depth = values.depth;
+    set_identity(spiral->to_smoke);
+    set_identity(spiral->from_smoke);
     if (values.coordinates == kCoordinatesLocal) return;
     const int32_t container = _api__get_objectid_local("", TOVU_OBJECT_CONTAINER);
     if (!_api__object_valid(container)) return;
-    _api__container_get_transformation_matrix(container, spiral->to_given);
-    _api__container_get_inverse_matrix(container, spiral->from_given);
+    _api__container_get_transformation_matrix(container, spiral->to_smoke);
+    _api__container_get_inverse_matrix(container, spiral->from_smoke);
 }
 
 void PLUGIN_INIT_FUNCTION(void* instance) {
@@ -122,7 +122,7 @@ void PLUGIN_CLEANUP_FUNCTION(void* instance) {
 }
 
 void PLUGIN_CHANGED_CALLBACK(void* instance, int32_t parameter_index) {
-    (void)instance, (void)parameter_index; /* all are read afresh in every frame */
+    (void)instance, (void)parameter_index; /* all slots are read in every frame */
 }
 
 void PLUGIN_EXEC_ACTION(void* instance, int32_t action) {
@@ -136,7 +136,7 @@ uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t unused) {
     double seconds_per_frame = 0;
     _api__pellor_get_retrace_counter(&count);
     _api__pellor_get_refreshrate(&seconds_per_frame);
-    /* A frame may be dropped, and the counter may start anew; the same count is the same frame. */
+    /* The counter jumps when frames are dropped, and may restart. An unchanged count means the same frame. */
     const int32_t frames = spiral->last_count > 0 && count > spiral->last_count ? count - spiral->last_count : 0;
     spiral->last_count = count;
     spiral->spun = (float)fmod(spiral->spun + seconds_per_frame * frames * values_of(spiral).spin, 360);
@@ -145,7 +145,7 @@ uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t unused) {
     const float reach = fmaxf(spiral->band.inner_radius, spiral->band.outer_radius) + spiral->band.thickness / 2;
     const int32_t container = _api__get_objectid_local("", TOVU_OBJECT_CONTAINER);
     if (_api__object_valid(container))
-        _api__container_set_bounding_box(container, -reach, -reach, 0, reach, reach, spiral->given_depth);
+        _api__container_set_bounding_box(container, -reach, -reach, 0, reach, reach, spiral->point_depth);
     _api__set_geom_changed(_api__get_objectid_local("GEOM", TOVU_OBJECT_GEOMETRY));
     return 1;
 }
@@ -164,7 +164,7 @@ static void draw_rim(const Band* band, float across) {
 uint8_t PLUGIN_RENDER_OPENGL(void* instance, int32_t render_flags, float opacity) {
     const Spiral values = values_of(instance);
     if (values.line_width <= 0) return 1;
-    if ((render_flags & 1) == 0) { /* otherwise colours and state are the host's */
+    if ((render_flags & 1) == 0) { /* in a reduced pass the host sets colours and state */
         ormixGL_glDisable(GL_TEXTURE_2D);
         ormixGL_glLineWidth(values.line_width);
         ormixGL_glColor4f((float)values.red / 255, (float)values.green / 255, (float)values.blue / 255, opacity);
@@ -176,9 +176,9 @@ uint8_t PLUGIN_RENDER_OPENGL(void* instance, int32_t render_flags, float opacity
 
 /* ---- Requests of a smoke ---- */
 
-/* From 0 to below 1, from the generator that every plug-in draws from: a host that seeds it gets the same run again. */
+/* 0 to below 1. Drawn from `rand`, which a host seeds to get the same run again. */
 static float random_share(void) {
-    const int drawn = RAND_MAX > 32767 ? rand() >> 16 : rand(); /* 15 bits, whatever the C library draws */
+    const int drawn = RAND_MAX > 32767 ? rand() >> 16 : rand(); /* the upper 15 bits */
     return (float)drawn / 32768.0f;
 }
 
@@ -192,15 +192,15 @@ static void transform(const float* matrix, float* p) {
 static void make_point(const Spiral* spiral, float* p) {
     const float share = random_share(), across_share = random_share();
     band_point(&spiral->band, share, across_share, &p[0], &p[1]);
-    p[2] = spiral->given_depth > 0 ? spiral->given_depth * random_share() : 0;
-    transform(spiral->to_given, p);
+    p[2] = spiral->point_depth > 0 ? spiral->point_depth * random_share() : 0;
+    transform(spiral->to_smoke, p);
 }
 
-/* Seen along Z, as outlines are: what has drifted off in depth still counts as inside. */
+/* Ignores Z, as the smoke does with outlines: a particle that drifts in depth stays inside. */
 static bool covers(const Spiral* spiral, const float* point) {
     float p[3];
     memcpy(p, point, sizeof p);
-    transform(spiral->from_given, p);
+    transform(spiral->from_smoke, p);
     return band_covers(&spiral->band, p[0], p[1]);
 }
 
@@ -208,7 +208,7 @@ void PLUGIN_DISPATCHER_CALLBACK(void* instance, int32_t request, void* data, voi
     Spiral* spiral = instance;
     int32_t* answer = reply;
     if (request == TOVU_REQUEST_SUPPLIES_SPAWN_POINTS) {
-        prepare(spiral); /* comes once a frame and first, perhaps before this plug-in's own frame */
+        prepare(spiral); /* first request of a frame; may come before PLUGIN_NEW_GEOM */
         *answer = 1;
     } else if (request == TOVU_REQUEST_NEW_SPAWN_POINT) {
         make_point(spiral, data);

@@ -98,7 +98,7 @@ TEST(Gather, PullsSmokeOntoTheOutline) {
         const char* name;
         const char* reference;
         stage::Placement smoke, target;
-        bool consumer_first;  // before the smoke in the tree, so that it runs before it in every frame
+        bool consumer_first;  // placed before the smoke in the tree, it runs first in every frame
     } rows[] = {{"the consumer runs first", "Local", {}, {}, true},
                 {"turned, scaled and moved", "Local", smoke_turned, target_turned, false},
                 {"in the world", "World", smoke_turned, target_turned, false}};
@@ -119,8 +119,8 @@ TEST(Gather, PullsSmokeOntoTheOutline) {
     }
 }
 
-// A square with a square hole, joined as one outline by a cut from corner to corner: none of 200 lies on the cut, which
-// at twice 14 of 748 units would have drawn seven. Elsewhere multiples of the golden ratio miss an even share by few.
+// A square with a square hole, joined to one outline by a cut from corner to corner. The cut is two edges of 14 units
+// in 748, which would get 7 of the 200 particles. Counts elsewhere may differ from an even share by 4.
 TEST(Gather, SpreadsParticlesEvenlyButLeavesTheCutOfAHoleFree) {
     Scene scene;
     stage::Mesh mesh{kSquare};
@@ -192,7 +192,7 @@ TEST(GatherProtocol, SurvivesTheSmokeAndChangesOverToAnother) {
     scene.run_seconds(1);
     ASSERT_TRUE(stage::remove_container(scene.stage(), scene.smoke.container));
     scene.run_seconds(1);
-    scene.smoke = scene.add_smoke();  // the same name: the next one to attach to
+    scene.smoke = scene.add_smoke();  // has the same name
     scene.run_seconds(1);
     EXPECT_TRUE(scene.is_attached(scene.smoke));
     EXPECT_GT(scene.held(), scene.live() - 3) << "particles born in this frame are not claimed yet";
@@ -211,7 +211,7 @@ TEST(GatherProtocol, DetachesWhenItIsRemovedFirst) {
     for (const bool whole_container : {true, false}) {
         Scene scene;
         scene.run_seconds(1);
-        scene.set(scene.smoke, "number_of_particles", 50);  // some of what is held leaves the pool in the same frame
+        scene.set(scene.smoke, "number_of_particles", 50);  // held particles leave the pool in the same frame
         stage::new_frame(scene.stage());
         ASSERT_TRUE(whole_container ? stage::remove_container(scene.stage(), scene.consumer)
                                     : stage::remove_geometry(scene.stage(), scene.consumer));

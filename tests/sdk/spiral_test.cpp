@@ -1,4 +1,4 @@
-// The sample geometry plug-in that supplies spawn points, asked as a smoke asks it, and by a smoke.
+// The sample that supplies spawn points: requests from the test, and from a smoke.
 #include <gmock/gmock.h>
 #include <spawn_requests.h>
 
@@ -36,8 +36,8 @@ stage::ParameterValues values_of(const Shape& shape) {
             {"angle", shape.angle}};
 }
 
-// How far along the band a point lies that is `slack` or less off it, 0 to 1; below 0 for a point elsewhere. Once in
-// every turn the band passes at the point's angle.
+// How far along the band the point lies, 0 to 1; below 0 when it is more than `slack` off the band. The band passes the
+// point's angle once in every turn.
 double place_along(const Shape& shape, double x, double y, double slack) {
     const double radius = std::hypot(x, y);
     const double angle = (std::atan2(y, x) * 180 / std::numbers::pi - shape.angle) / 360;
@@ -80,7 +80,7 @@ TEST(Spiral, SpawnPointsAreEvenlySpreadOverTheBand) {
         ASSERT_EQ(host.ask(TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, nullptr), 1);
         // The square of the middle line's radius grows evenly with the area: ten equal areas, 1000 points.
         std::array<int, 10> counts{};
-        int outer_half = 0;  // of the band's width: the circle of half the area is a little beyond the middle
+        int outer_half = 0;  // points in the outer half of the band's area
         for (int i = 0; i < 1000; ++i) {
             const Vector3 p = host.spawn_point();
             EXPECT_EQ(p.z, 0);
@@ -110,7 +110,7 @@ TEST(Spiral, InsideIsTheBandSeenAlongZ) {
         for (int i = 0; i < 1000; ++i) {
             const Vector3 p{place(random), place(random), place(random)};
             const bool within = place_along(shape, p.x, p.y, -0.05) >= 0;
-            if (!within && place_along(shape, p.x, p.y, 0.05) >= 0) continue;  // too near to a rim to be told
+            if (!within && place_along(shape, p.x, p.y, 0.05) >= 0) continue;  // too near to a rim for float
             inside += within;
             ASSERT_EQ(host.is_inside(p), within) << p.x << ", " << p.y << ", seed " << kSeed;
         }
@@ -143,7 +143,7 @@ TEST(Spiral, SpinsBySecondsAndNotByCalls) {
     host.run_frames(1);
     for (int i = 0; i < 30; ++i) stage::new_frame(host.stage());  // again in the same frame
     EXPECT_TRUE(host.is_inside(first_quarter) && !host.is_inside(third_quarter));
-    host.run_frames(25);  // half a second, and another in which frames are dropped
+    host.run_frames(25);  // half a second, then half a second of dropped frames
     stage::advance_frame(host.stage(), 25);
     stage::new_frame(host.stage());
     EXPECT_TRUE(!host.is_inside(first_quarter) && host.is_inside(third_quarter));
