@@ -208,8 +208,9 @@ TEST(ContainerSource, CountsThatDoNotAddUpStayWithinTheStore) {
         int32_t total, meshes, per_mesh;  // as the host claims them; 0 per mesh: the truth
         std::vector<int32_t> sizes;       // kept of two squares
     } rows[] = {{"more in the meshes than in all", 3, 2, 0, {4, 2}},
-                {"none in all", 0, 2, 0, {0, 0}},
-                {"fewer than none", -5, 2, 0, {0, 0}},
+                {"more meshes than vertices", 2, 20000000, 0, {4, 0}},
+                {"none in all", 0, 2, 0, {0}},
+                {"fewer than none", -5, 2, 0, {0}},
                 {"meshes of fewer than none", 8, 2, -1, {0, 0}},
                 {"fewer meshes than none", 8, -2, 0, {}},
                 {"more than memory", 2147483647, 2, 0, {}},

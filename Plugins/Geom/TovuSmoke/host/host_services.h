@@ -121,7 +121,10 @@ void _api__get_geom_detail(int32_t geometry, int32_t* detail);
 void _api__get_geom_geomod(int32_t geometry, int32_t kind, int32_t detail, int32_t* mesh_access);
 /** Begins an access; before any of the calls below. */
 void _api__geomod_init(int32_t mesh_access);
-/** Vertices in all meshes together, number of meshes, and three flags of the host's own. */
+/**
+ * Vertices in all meshes together, number of meshes, and three flags of the host's own. A reader may take no more
+ * meshes than there are vertices.
+ */
 void _api__geomod_get_info(int32_t mesh_access, int32_t* vertex_count, int32_t* mesh_count, uint8_t* flag_0,
                            uint8_t* flag_1, uint8_t* flag_2);
 /** Sets a cursor to the mesh with this 0-based index, below the mesh count. */

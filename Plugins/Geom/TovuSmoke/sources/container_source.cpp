@@ -131,7 +131,9 @@ void read_meshes(ContainerSpawnSource& source, int32_t geometry_handle) {
     uint8_t flags[3] = {0, 0, 0};
     _api__geomod_get_info(mesh_access, &vertex_count, &mesh_count, &flags[0], &flags[1], &flags[2]);
     if (mesh_count <= 0) return;
-    source.outline_count = mesh_count;
+    // An outline without a vertex adds nothing, so a larger number of them is a mistake that would hold up the frame.
+    const int32_t most = vertex_count > 1 ? vertex_count : 1;
+    source.outline_count = mesh_count < most ? mesh_count : most;
     if (reserve_vertices(source, vertex_count) && reserve_outlines(source))
         read_outlines(source, {mesh_access, source.coord_mode == kCoordWorld, matrix});
     else

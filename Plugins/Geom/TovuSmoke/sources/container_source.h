@@ -40,9 +40,10 @@ void set_coord_mode(ContainerSpawnSource& source, int32_t coord_mode);
 /// Whether the host still knows the container.
 bool is_valid(const ContainerSpawnSource& source);
 
-/// Reads the outlines anew, or finds that the geometry is a plug-in that supplies spawn points. A refresh that has to
-/// stop early (no geometry, no mesh access, no meshes, no memory) leaves no outline and keeps the rest; the first two
-/// print a line on standard output.
+/// Reads the outlines anew, or finds that the geometry is a plug-in that supplies spawn points. The number of outlines
+/// is held to the total number of vertices that the host gives, at least 1; vertices beyond the store are not read. A
+/// refresh that has to stop early (no geometry, no mesh access, no meshes, no memory) leaves no outline and keeps the
+/// rest; the first two print a line on standard output.
 void refresh(ContainerSpawnSource& source);
 
 /// Whether points can be picked: always of a plug-in, else when the box of the outlines is at least kLeastExtent along
