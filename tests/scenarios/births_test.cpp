@@ -1,6 +1,8 @@
 // How many are born when: the clock, the accumulator, and the pool of records.
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 #include "render_host.h"
 #include "stage/plugins/parameters.h"
 
@@ -79,6 +81,40 @@ TEST(Clock, TellsHowFarAFrameAdvances) {
         host.stage().clock.post_time_seconds = frame.post_time;
         stage::new_frame(host.stage());
         EXPECT_EQ(before + frame.seconds, host.active(smoke).front()->age) << frame.name;
+    }
+}
+
+TEST(Clock, OddTimesPassNoTime) {
+    const struct {
+        const char* name;
+        bool recording;  // by a clock that stood at 8
+        double seconds;  // of the frame, or on that clock
+        bool goes_on;    // as a step of no time; otherwise the step returns at once
+    } rows[] = {{"below 0", false, -1, true},
+                {"below float32", false, -1e39, true},
+                {"minus infinity", false, -HUGE_VAL, true},
+                {"not a number", false, std::nan(""), false},
+                {"infinity", false, HUGE_VAL, false},
+                {"above float32", false, 1e39, false},
+                {"a clock at minus infinity", true, -HUGE_VAL, true},
+                {"a clock that is not a number", true, std::nan(""), false},
+                {"a clock at infinity", true, HUGE_VAL, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        RenderHost host;
+        const SmokeHandle smoke = host.smoke_of(5);
+        stage::Clock& clock = host.stage().clock;
+        clock.post_recording = row.recording;
+        clock.post_time_seconds = 8;
+        if (row.recording) stage::new_frame(host.stage());
+        const float age = host.active(smoke).back()->age;
+        (row.recording ? clock.post_time_seconds : clock.frame_period_seconds) = row.seconds;
+        host.set(smoke, "number_of_particles", 7);
+        host.run_frames(1);
+        EXPECT_EQ(row.goes_on ? 7 : 5, host.block(smoke).particle_count);
+        EXPECT_EQ(age, host.active(smoke).back()->age);
+        EXPECT_EQ(0.0, host.block(smoke).time_step);
+        EXPECT_LT(host.block(smoke).birth_accumulator, 0.1f);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "simulation_step.h"
 
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 
@@ -49,9 +50,9 @@ void read_placement(SmokeInstance& instance) {
     instance.rotation_scale_matrix = placement;
 }
 
-// A time that is not finite would stay in the accumulator for good, so a host that gives one has given none.
-bool is_finite(float seconds) {
-    return seconds - seconds == 0.0f;
+// A time beyond float32, or not a number, would stay in the accumulator for good: then no time has passed.
+bool is_countable(double seconds) {
+    return seconds > 0.0 && std::isfinite(static_cast<float>(seconds));
 }
 
 // Truncated, and held to the range of int32: a jump of the host's clock makes more births due than can be counted.
@@ -64,7 +65,7 @@ void give_births(SmokeInstance& instance) {
     instance.birth_accumulator += static_cast<float>(instance.time_step);
     // Infinite at rate 0, of either sign: no births.
     const float period = 1.0f / param::birth_rate(instance.parameters);
-    if (!(period < instance.birth_accumulator) || !is_finite(period)) return;
+    if (!(period < instance.birth_accumulator) || !std::isfinite(period)) return;
     int32_t births = whole_births(instance.birth_accumulator / period);
     if (instance.consumer_attached && births > instance.consumer_birth_limit) births = instance.consumer_birth_limit;
     emit_particles(instance, births);  // makes none of a negative number
@@ -113,9 +114,9 @@ double compute_time_step(SmokeInstance& instance) {
 
 void simulation_step(SmokeInstance& instance) {
     const ParameterSlots& p = instance.parameters;
-    instance.time_step = compute_time_step(instance);
-    if (instance.time_step == 0.0 || !is_finite(static_cast<float>(instance.time_step))) return;
-    if (instance.time_step < 0.0) instance.time_step = 0.0;
+    const double seconds = compute_time_step(instance);
+    instance.time_step = is_countable(seconds) ? seconds : 0.0;
+    if (!(seconds < 0.0) && instance.time_step == 0.0) return;
     fetch_first(instance);
     refresh_container_source(instance);
     sync_capacity(instance);

@@ -5,7 +5,8 @@
 
 namespace tovu {
 
-/// Advances the instance by one frame of the host; a frame already simulated changes nothing. Draws random numbers for
+/// Advances the instance by one frame of the host; a frame already simulated changes nothing, nor does one whose time
+/// is not a number or has no end. A negative time counts as 0. Draws random numbers for
 /// births first, then for the turbulence of each particle, youngest first.
 void simulation_step(SmokeInstance& instance);
 
