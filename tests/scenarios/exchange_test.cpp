@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "host/exchange.h"
+#include "host/spawn_requests.h"
 #include "render_host.h"
 
 namespace tovu {
@@ -189,6 +190,89 @@ TEST(Exchange, DetachingSetsEverythingFree) {
     for (const Particle* p : x.host.active(x.smoke)) EXPECT_EQ(0, p->claimed + p->released + p->accelerated);
     x.detach();  // without being attached: the same
     EXPECT_EQ(0, x.host.active_count(x.smoke));
+}
+
+/// A smoke of ten whose spawn plug-in is the test: it does `act` in the third request with this code of the frame that
+/// begins with no particle, and lets the second youngest die on the way.
+struct Asked {
+    Asked(int32_t code, void (*act)(Asked&)) {
+        host.add_outlines("shape", {});
+        smoke = host.add_smoke({{"spawn_type", 2},
+                                {"spawn_cont_name", "shape"},
+                                {"birth_rate", 1e7},
+                                {"number_of_particles", 10},
+                                {"life_time_scale", 50.0}});
+        other = host.add_smoke({{"birth_rate", 1e7}, {"life_time", 0.05}}, "other");
+        host.run_frames(1);
+        host.stage().overrides.geom_dispatcher = [this, code, act](int32_t, int32_t asked, void*, void* reply) {
+            if (asked == TOVU_REQUEST_IS_INSIDE && inside_tests == 0) host.active(smoke)[1]->life = -1;
+            int& count = asked == TOVU_REQUEST_IS_INSIDE ? inside_tests : points;
+            count += asked != TOVU_REQUEST_SUPPLIES_SPAWN_POINTS;
+            if (asked == code && count == 3) act(*this);
+            return *static_cast<int32_t*>(reply) = 1;
+        };
+    }
+    void send(int32_t code) {
+        ParticleAttachRequest request{0, 40, 1};
+        ParticleExchangeBlock* reply = nullptr;
+        stage::dispatch(host.stage(), smoke.container, code, &request, &reply);
+    }
+    /// As many on the lists as there should be, and drawn as many as live.
+    void expect_sound() {
+        host.render(smoke);
+        const SmokeInstance& block = host.block(smoke);
+        const int live = host.active_count(smoke);
+        EXPECT_EQ(block.particle_count, live + static_cast<int>(host.inactive(smoke).size()));
+        EXPECT_EQ(block.consumer_attached ? 0 : live, block.draw_count);
+    }
+    RenderHost host;
+    SmokeHandle smoke;
+    SmokeHandle other;
+    int points = 0;
+    int inside_tests = 0;
+};
+
+struct Outcome {
+    int live, points, inside_tests;
+};
+
+TEST(Exchange, WhatComesFromInsideARequestTakesEffectAtOnce) {
+    const struct {
+        const char* name;
+        void (*act)(Asked&);
+        Outcome of_births, of_walk;  // inside a request for a point, or about one
+    } rows[] = {
+        {"nothing", [](Asked&) {}, {9, 10, 9}, {9, 10, 9}},
+        {"attaching", [](Asked& a) { a.send(TOVU_REQUEST_ATTACH); }, {10, 10, 0}, {9, 10, 3}},
+        {"detaching", [](Asked& a) { a.send(TOVU_REQUEST_DETACH); }, {0, 3, 0}, {0, 10, 3}},
+        {"a reset", [](Asked& a) { a.host.press(a.smoke, "reset"); }, {0, 3, 0}, {0, 10, 3}},
+        {"another button", [](Asked& a) { a.host.press(a.smoke, "build_alpha"); }, {9, 10, 9}, {9, 10, 9}},
+        {"a pass", [](Asked& a) { a.expect_sound(); }, {9, 10, 9}, {9, 10, 9}},
+        {"a frame of every smoke", [](Asked& a) { a.host.run_frames(2); }, {9, 10, 9}, {9, 10, 9}},
+        {"no source", [](Asked& a) { a.host.set(a.smoke, "spawn_cont_name", ""); }, {3, 3, 0}, {9, 10, 3}},
+        {"a smaller pool", [](Asked& a) { a.host.set(a.smoke, "number_of_particles", 4); }, {9, 10, 9}, {9, 10, 9}},
+    };
+    for (const auto& row : rows)
+        for (const int32_t code : {TOVU_REQUEST_NEW_SPAWN_POINT, TOVU_REQUEST_IS_INSIDE})
+            for (const bool has_speed_ups : {true, false}) {
+                const bool births = code == TOVU_REQUEST_NEW_SPAWN_POINT;
+                SCOPED_TRACE(testing::Message() << row.name << (births ? ", births" : ", walk") << has_speed_ups);
+                Asked asked(code, row.act);
+                SpeedUps*& speed_ups = asked.host.block(asked.smoke).speed_ups;
+                SpeedUps* const kept = speed_ups;
+                if (!has_speed_ups) speed_ups = nullptr;
+                asked.host.run_frames(1);
+                const Outcome& expected = births ? row.of_births : row.of_walk;
+                EXPECT_EQ(expected.live, asked.host.active_count(asked.smoke));
+                EXPECT_EQ(expected.points, asked.points);
+                EXPECT_EQ(expected.inside_tests, asked.inside_tests);
+                for (int frame = 0; frame < 3; ++frame) {
+                    asked.expect_sound();
+                    asked.host.run_frames(1);
+                }
+                EXPECT_THAT(asked.host.complaints(), testing::IsEmpty());
+                speed_ups = kept;
+            }
 }
 
 // One shrinks and grows while its particles are held, the other is cleaned up so. What a consumer keeps stays good: the

@@ -122,7 +122,10 @@ void clean_up_instance(SmokeInstance& instance) {
 }
 
 void rebuild_frame(SmokeInstance& instance) {
+    if (instance.step_under_way != 0) return;
+    instance.step_under_way = 1;
     simulation_step(instance);
+    instance.step_under_way = 0;
     pick_up_changed_names(instance);
     place_images(instance);  // after the step: a changed range takes effect in the next one
     _api__set_geom_changed(instance.geom_handle);

@@ -31,6 +31,7 @@ struct SmokeInstance {
     Particle* deleted_head = nullptr;   // records that left the pool while a consumer may hold them
     uint8_t consumer_attached = 0;
     uint8_t consumer_owns_colour = 0;
+    uint8_t step_under_way = 0;        // this plug-in's own, in what alignment leaves free: rebuild_frame is running
     int32_t consumer_birth_limit = 0;  // read only while a consumer is attached
     ParticleExchangeBlock exchange_block{};
 
@@ -79,6 +80,7 @@ constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same 
 static_assert(sizeof(SmokeInstance) <= kInstanceBytes);
 static_assert(alignof(SmokeInstance) <= 8);
 static_assert(offsetof(SmokeInstance, array_warmup_frames) == 240);
+static_assert(offsetof(SmokeInstance, consumer_birth_limit) == offsetof(SmokeInstance, consumer_attached) + 4);
 static_assert(sizeof(void*) != 8 ||
               (offsetof(SmokeInstance, active_head) == 248 && offsetof(SmokeInstance, exchange_block) == 280 &&
                offsetof(SmokeInstance, geom_handle) == 312 && offsetof(SmokeInstance, time_step) == 328 &&
@@ -106,6 +108,7 @@ void initialise_instance(void* block);
 void clean_up_instance(SmokeInstance& instance);
 
 /// One frame: the simulation step, then changed source names, the images' rectangles and the host's notice.
+/// Does nothing when it is called from inside the instance's own step, while that asks the host or a plug-in.
 void rebuild_frame(SmokeInstance& instance);
 
 /// Rebuilds what depends on the parameter with this index; other indices do nothing.

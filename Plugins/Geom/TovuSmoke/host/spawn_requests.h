@@ -9,6 +9,9 @@
  * `_api__geom_dispatcher`, inside the smoke's PLUGIN_NEW_GEOM. The reply is the address of an `int32_t` that holds 0; a
  * request is taken as answered with yes when the dispatcher's result and that slot are both nonzero. Leave the slot
  * alone for no. The points are the smoke's and valid during the call only.
+ *
+ * Requests and buttons that reach the smoke before the answer does take effect at once: after a detach or a reset it
+ * asks no more in this frame. Its PLUGIN_NEW_GEOM returns at once.
  */
 
 /**

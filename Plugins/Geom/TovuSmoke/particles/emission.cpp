@@ -195,14 +195,18 @@ void fill_record(Particle& particle, const EmissionSetup& setup, const SmokeInst
     if (setup.world) place_in_world(particle, setup);
 }
 
-// Returns whether a spawn point was found. Without one the record is pooled again but filled all the same, since the
-// draws that fill it are part of the sequence.
-bool bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch& search, Particle& particle) {
+enum class Birth { kMade, kRefused, kCutShort };
+
+// Without a spawn point the record is pooled again but filled all the same, since the draws that fill it are part of
+// the sequence. While a spawn plug-in is asked, a reset or a detach may send every live particle back to the pool, this
+// one included: that ends the call.
+Birth bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch& search, Particle& particle) {
     move_to_active(instance, particle);
     particle.accelerated = 0;
     particle.claimed = 0;
     particle.released = 0;
     const bool found = spawn_position(instance, setup, search, particle.position);
+    if (instance.active_head == nullptr) return Birth::kCutShort;
     if (found) {
         enter_youngest(instance, particle);
     } else {
@@ -210,7 +214,7 @@ bool bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSea
         particle.position = {0, 0, 0};
     }
     fill_record(particle, setup, instance);
-    return found;
+    return found ? Birth::kMade : Birth::kRefused;
 }
 
 bool emit_with(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch& search, int32_t count) {
@@ -218,8 +222,9 @@ bool emit_with(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch&
     for (int32_t made = 0; made < count; ++made) {
         Particle* particle = instance.inactive_head;
         if (particle == nullptr) return false;
-        const bool found = bring_to_life(instance, setup, search, *particle);
-        refused_in_a_row = found ? 0 : refused_in_a_row + 1;
+        const Birth birth = bring_to_life(instance, setup, search, *particle);
+        if (birth == Birth::kCutShort) return false;
+        refused_in_a_row = birth == Birth::kMade ? 0 : refused_in_a_row + 1;
         if (refused_in_a_row == kMostRefusedInARow) return false;
     }
     return true;

@@ -10,7 +10,8 @@ namespace tovu {
 /// container's placement is read from the host and positions are fixed in the world.
 /// Returns false when count is below 1, the spawn source is not usable, the pool ran dry, or 25000 births in a row
 /// found no spawn point; those made stay alive. The record of a birth without a spawn point goes back to the pool, and
-/// the birth counts as made. Draws from the process-wide generator; the order of draws is part of the result.
+/// the birth counts as made. Returns false too when the particles were sent back to the pool while a spawn plug-in was
+/// asked. Draws from the process-wide generator; the order of draws is part of the result.
 bool emit_particles(SmokeInstance& instance, int32_t count);
 
 /// A direction of length 1 within the opening angles, in radians: the x component uniform in ±`across` / pi, swung

@@ -263,12 +263,14 @@ void step_block(Block& block, const StepValues& values, const SmokeInstance& ins
         step_block<false, false>(block, values, instance, box, fetch);
 }
 
-// A plug-in that is asked whether a particle is inside may draw random numbers itself: between those of the particle
-// before and its own.
+// Asking a spawn plug-in lets others in: they may draw random numbers, between those of the particle before and its
+// own, load images anew, attach a consumer, or empty the list of the live.
+bool asks_plugin(const StepValues& values) {
+    return values.inside.way == InsideTest::kAskPlugin;
+}
+
 int32_t block_size(const StepValues& values) {
-    const bool asks_plugin =
-        values.accelerate && values.spawn_type == kSpawnContainer && values.inside.way == InsideTest::kAskPlugin;
-    return asks_plugin ? 1 : kRecordsPerBlock;
+    return asks_plugin(values) ? 1 : kRecordsPerBlock;
 }
 
 /// Where nothing is drawn or asked for a particle and no consumer looks on, each goes all its way at once. Its colour
@@ -323,9 +325,10 @@ bool goes_straight(const StepValues& values) {
 
 /// Ages the particles of records[begin … end) from the end, and fills the block with those that go on. Who lives is
 /// kept in front of `survivors`, which moves along.
+/// Returns false when a request emptied the list of the live: the walk is over.
 template <bool plain>
-void gather_block(SmokeInstance& instance, const StepValues& values, Particle** begin, Particle** end,
-                  Particle**& survivors, Block& block) {
+bool gather_block(SmokeInstance& instance, StepValues& values, Particle** begin, Particle** end, Particle**& survivors,
+                  Block& block) {
     const float time_step = values.time_step;
     Particle** kept = survivors;
     int32_t count = 0;
@@ -336,7 +339,13 @@ void gather_block(SmokeInstance& instance, const StepValues& values, Particle** 
                 move_to_inactive(instance, *p);
                 continue;
             }
-            if (!plain && values.accelerate && !p->accelerated) accelerate_death(*p, values);
+            if (!plain && values.accelerate && !p->accelerated) {
+                accelerate_death(*p, values);
+                if (asks_plugin(values)) {
+                    if (instance.active_head == nullptr) return false;
+                    update_after_request(values, instance);
+                }
+            }
             block.age[count] = p->age;
             block.life[count] = p->life;
             block.records[count++] = p;
@@ -346,9 +355,10 @@ void gather_block(SmokeInstance& instance, const StepValues& values, Particle** 
     block.count = count;
     for (; count % 4 != 0; ++count) block.age[count] = block.life[count] = 0.0f;  // fours are worked on as one
     survivors = kept;
+    return true;
 }
 
-void walk_links(SmokeInstance& instance, const StepValues& values, Box& box) {
+void walk_links(SmokeInstance& instance, StepValues& values, Box& box) {
     const int32_t most = block_size(values);
     Particle* listed[kRecordsPerBlock];
     Particle** const end = listed + most;
@@ -358,13 +368,14 @@ void walk_links(SmokeInstance& instance, const StepValues& values, Box& box) {
         Particle** begin = end;  // filled before anybody dies, who would be linked elsewhere
         for (; p != nullptr && begin != listed; p = p->next) *--begin = p;
         Particle** survivors = end;
-        gather_block<false>(instance, values, begin, end, survivors, block);
+        if (!gather_block<false>(instance, values, begin, end, survivors, block)) return;
         step_block(block, values, instance, box, nothing);
     }
 }
 
-// The same walk through the side array, which is closed up toward its end as particles die.
-void walk_array(SmokeInstance& instance, ActiveArray& active, const StepValues& values, Box& box) {
+// The same walk through the side array, which is closed up toward its end as particles die: until that is done, whoever
+// comes in through a request has to go by the links.
+void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values, Box& box) {
     const int32_t most = block_size(values);
     const bool plain = !values.consumer && !values.accelerate;
     Particle** const first = active.records + active.begin;
@@ -373,17 +384,19 @@ void walk_array(SmokeInstance& instance, ActiveArray& active, const StepValues& 
     Fetch fetch{at, first};
     for (int32_t i = 0; i < most; ++i) fetch.next();
     Block block;
+    active.follows_links = false;
     while (at != first) {
         Particle** const begin = at - first > most ? at - most : first;
         if (plain)
             gather_block<true>(instance, values, begin, at, survivors, block);
-        else
-            gather_block<false>(instance, values, begin, at, survivors, block);
+        else if (!gather_block<false>(instance, values, begin, at, survivors, block))
+            return;  // the array was emptied with the list
         for (int32_t died = static_cast<int32_t>(at - begin) - block.count; died > 0; --died) fetch.next();
         step_block(block, values, instance, box, fetch);
         at = begin;
     }
     active.begin = static_cast<int32_t>(survivors - active.records);
+    active.follows_links = true;
 }
 
 }  // namespace

@@ -34,17 +34,22 @@ void set_forces(StepValues& values, const SmokeInstance& instance) {
     values.half_turbulence = values.turbulence * 0.5f;
 }
 
-void set_life_rules(StepValues& values, const SmokeInstance& instance) {
-    const ParameterSlots& p = instance.parameters;
+// All that an attach request changes.
+void set_attachment(StepValues& values, const SmokeInstance& instance) {
     values.consumer = instance.consumer_attached != 0;
-    values.store_alpha = !param::use_array(p);
     values.store_color = values.store_alpha && !(values.consumer && instance.consumer_owns_colour);
-    values.follow_path = param::rot_follow_path(p);
-    values.path_in_world = instance.draw_mode == 1;
-    const float life_time_scale = param::life_time_scale(p);
+    const float life_time_scale = param::life_time_scale(instance.parameters);
     values.accelerate = life_time_scale < 100.0f;
     values.life_factor = life_time_scale / 100.0f;
+}
+
+void set_life_rules(StepValues& values, const SmokeInstance& instance) {
+    const ParameterSlots& p = instance.parameters;
+    values.store_alpha = !param::use_array(p);
+    values.follow_path = param::rot_follow_path(p);
+    values.path_in_world = instance.draw_mode == 1;
     values.spawn_type = param::spawn_type(p);
+    set_attachment(values, instance);
 }
 
 // Worked out once per instance; into `spare` at every step where memory ran out.
@@ -77,6 +82,10 @@ void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare
 }
 
 }  // namespace
+
+void update_after_request(StepValues& values, const SmokeInstance& instance) {
+    set_attachment(values, instance);
+}
 
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles) {
     values = StepValues{};

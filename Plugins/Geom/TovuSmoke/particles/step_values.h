@@ -32,6 +32,9 @@ struct StepValues {
     ImageReader mask;
 };
 
+/// Brings up to date what a request to a spawn plug-in may have changed under the walk: the attachment of a consumer.
+void update_after_request(StepValues& values, const SmokeInstance& instance);
+
 /// Fills `values` for the instance's time step and opens the sources that a particle can need. `spare_angles` must live
 /// as long: it is used where the instance has no place for the table.
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles);
