@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "host/spawn_requests.h"
 #include "render_host.h"
 
 namespace tovu {
@@ -153,6 +154,33 @@ TEST(ImageSource, NeverReadsPastTheDataOfTheMoment) {
             EXPECT_EQ(r < row.lit_rows, (std::fabs(wind) > 1)) << "row " << r;
         }
         EXPECT_EQ(bytes > 0 && row.answers ? 200 : 1, weather.born_on_it(200)) << "one pixel is enough to be born on";
+    }
+}
+
+TEST(ImageSource, IsAskedForAnewAfterEachRequest) {
+    using Pixels = std::vector<uint8_t>;
+    const struct {
+        const char* name;
+        void (*act)(stage::Stage&, int32_t image);  // by the host, while the smoke asks a spawn plug-in
+        float wind;                                 // of the last pixel's first byte then, 200 before
+    } rows[] = {
+        {"other pixels", [](auto& s, int32_t i) { stage::replace_image(s, i, 1, 2, GL_RGB, Pixels(6, 100)); }, 100},
+        {"too few", [](auto& s, int32_t i) { stage::replace_image(s, i, 1, 1, GL_RGB, Pixels(3, 100)); }, 0},
+        {"none", [](auto& s, int32_t i) { stage::unload_image(s, i); }, 0},
+        {"no image", [](auto& s, int32_t i) { stage::remove_image(s, i); }, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Weather weather(1, 2, GL_RGB, {0, 0, 0, 200, 0, 0});
+        weather.host.add_outlines("shape", {});
+        weather.host.set(weather.smoke, "spawn_cont_name", "shape");
+        weather.host.set(weather.smoke, "spawn_type", 2);
+        weather.host.set(weather.smoke, "life_time_scale", 50.0);
+        weather.host.stage().overrides.geom_dispatcher = [&](int32_t, int32_t code, void*, void* reply) {
+            if (code == TOVU_REQUEST_IS_INSIDE) row.act(weather.host.stage(), weather.image);
+            return *static_cast<int32_t*>(reply) = 1;
+        };
+        const Vector3 wind = weather.wind_at(0, 40);
+        EXPECT_NEAR(row.wind, std::sqrt(dot(wind, wind)), 1e-2f);
     }
 }
 

@@ -151,7 +151,7 @@ void _api__get_image_format(int32_t image, int32_t* format);
 /**
  * The pixels: one byte per channel, rows without padding, the first row first; which edge of the picture that is, is
  * the host's choice. Null where the host holds none. The memory is the host's and stays only until the entry point that
- * asked for it returns.
+ * asked for it returns, or sends a request to another plug-in: ask anew after `_api__geom_dispatcher`.
  */
 void _api__get_image_data(int32_t image, uint8_t** pixels);
 

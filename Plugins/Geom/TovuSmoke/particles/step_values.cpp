@@ -85,6 +85,7 @@ void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare
 
 void update_after_request(StepValues& values, const SmokeInstance& instance) {
     set_attachment(values, instance);
+    if (values.wind_from_image) values.wind_image.reader = open_image(instance.wind_source);
 }
 
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles) {

@@ -32,7 +32,8 @@ struct StepValues {
     ImageReader mask;
 };
 
-/// Brings up to date what a request to a spawn plug-in may have changed under the walk: the attachment of a consumer.
+/// Brings up to date what a request to a spawn plug-in may have changed under the walk: the image's pixels, since the
+/// host may have loaded it anew, and the attachment of a consumer.
 void update_after_request(StepValues& values, const SmokeInstance& instance);
 
 /// Fills `values` for the instance's time step and opens the sources that a particle can need. `spare_angles` must live

@@ -34,7 +34,8 @@ bool is_valid(const ImageSource& source);
 /// Whether the rectangle is at least kLeastExtent wide and high; an extent that is not a number passes.
 bool is_usable(const ImageSource& source);
 
-/// The pixels that the host gives at this moment, for one pass over particles: asked for once, never kept beyond it.
+/// The pixels that the host gives at this moment, for particles one after the other: never kept beyond a request to
+/// another plug-in, which may make the host load the image anew, nor beyond the step.
 /// The size and the format of the moment only bound the reads, so that an image that shrank since it was loaded reads
 /// as 0 where it ends.
 struct ImageReader {
