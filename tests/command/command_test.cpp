@@ -43,8 +43,8 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 
     // Under a caller that ignores the ends of its children.
     Outcome run(const std::string& arguments) const {
-        const std::string command = "trap '' CHLD; cd '" + (folder_ / "work").string() + "' && exec " + TOVU_PROGRAM +
-                                    " " + arguments + " >../output 2>../errors </dev/null";
+        const std::string command = "cd '" + (folder_ / "work").string() + "' && env --ignore-signal=CHLD " +
+                                    TOVU_PROGRAM + " " + arguments + " >../output 2>../errors </dev/null";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder_ / "output"),
                 file_bytes(folder_ / "errors")};

@@ -115,17 +115,18 @@ TEST_F(SceneRun, ShapesDeformAndSmokeFollows) {
     EXPECT_TRUE(scene.complaints.list.empty());
 }
 
-// Patches of blue, red, half clear white, green and white in a clear picture. Brightness × opacity, with 77, 150 and 29
-// of 256 parts for red, green and blue, is 28, 76, 128, 149 and 255.
+// One patch of blue, two of red, three of green, one of half clear white and one of white in a clear picture.
+// Brightness × opacity, with 77, 150 and 29 of 256 parts for red, green and blue, is 28, 76, 149, 128 and 255.
 TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
-    const std::pair<int, size_t> rows[] = {{28, 5},  {29, 4},  {76, 4},  {77, 3}, {128, 3},
-                                           {129, 2}, {149, 2}, {150, 1}, {255, 1}};  // threshold in 255ths, patches
-    const uint8_t patches[5][4] = {
-        {0, 0, 255, 255}, {255, 0, 0, 255}, {255, 255, 255, 128}, {0, 255, 0, 255}, {255, 255, 255, 255}};
-    stage::Picture picture{40, 4, stage::kPictureRgba, std::vector<uint8_t>(40 * 4 * 4)};
-    for (size_t i = 0; i < 160; ++i)
+    const std::pair<int, size_t> rows[] = {{28, 8},  {29, 7},  {76, 7},  {77, 5}, {128, 5},
+                                           {129, 4}, {149, 4}, {150, 1}, {255, 1}};  // threshold in 255ths, patches
+    const std::array<uint8_t, 4> blue{0, 0, 255, 255}, red{255, 0, 0, 255}, green{0, 255, 0, 255},
+        half{255, 255, 255, 128}, white{255, 255, 255, 255};
+    const std::array<uint8_t, 4> patches[] = {blue, red, red, green, green, green, half, white};
+    stage::Picture picture{64, 4, stage::kPictureRgba, std::vector<uint8_t>(64 * 4 * 4)};
+    for (size_t i = 0; i < 256; ++i)
         if (i % 8 < 5)
-            std::ranges::copy(patches[i % 40 / 8], picture.bytes.begin() + static_cast<std::ptrdiff_t>(4 * i));
+            std::ranges::copy(patches[i % 64 / 8], picture.bytes.begin() + static_cast<std::ptrdiff_t>(4 * i));
     ASSERT_TRUE(stage::write_png(folder_ / "patches.png", picture));
     for (const auto& [threshold, count] : rows) {
         stage::SceneRun run = start("container = [{ name = 'a', geometry = { kind = 'picture', file = 'patches.png', " +
