@@ -8,12 +8,18 @@
 #include "stage/call_log.h"
 #include "stage/opengl/dispatch.h"
 #include "stage/opengl/errors.h"
+#include "stage/plugins/random_stream.h"
 
 namespace stage {
 namespace {
 
+// The random numbers that a driver draws are not the calling instance's.
 constinit const OpenGlDispatch kRealOpenGl = {
-#define OPENGL_FUNCTION(name, parameters, arguments, recorded) .name = [] parameters { gl##name arguments; },
+#define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
+    .name = [] parameters {                                    \
+        const DrawFrom outside(nullptr);                       \
+        gl##name arguments;                                    \
+    },
 #include "stage/opengl/opengl_functions.def"
 };
 
@@ -58,6 +64,7 @@ void note_begin_and_end(Function OpenGlDispatch::*called) {
 constinit const OpenGlDispatch kCheckingOpenGl = {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
     .name = [] parameters {                                    \
+        const DrawFrom outside(nullptr);                       \
         gl##name arguments;                                    \
         note_begin_and_end(&OpenGlDispatch::name);             \
         check_call([&] { return call_text recorded; });        \

@@ -26,16 +26,16 @@ void close_sections(Stage& stage, size_t count, const char* entry_point) {
 }  // namespace
 
 EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* entry_point)
-    : stage_(stage), previous_stage_(current_stage()) {
+    : stage_(stage),
+      previous_stage_(current_stage()),
+      random_(stage.options.shared_random ? stream_in_force : &instance.random) {
     make_current(&stage);
     stage.running.push_back({entry_point, &instance, stage.profile.open.size()});
     if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
-    if (!stage.options.shared_random) previous_random_ = enter_stream(instance.random);
 }
 
 EntryPointCall::~EntryPointCall() {
     const RunningCall call = stage_.running.back();
-    if (previous_random_) leave_stream(previous_random_);
     close_sections(stage_, call.open_sections, call.entry_point);
     for (const std::string& damage : repair_guards(*call.instance)) complain(stage_, call.entry_point, damage);
     if (stage_.profile.sink) {

@@ -20,7 +20,7 @@ class EntryPointCall {
   private:
     Stage& stage_;
     Stage* previous_stage_;
-    char* previous_random_ = nullptr;
+    DrawFrom random_;
     double start_seconds_ = 0;
 };
 

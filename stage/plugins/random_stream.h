@@ -1,4 +1,5 @@
-// A stream of random numbers for each instance, behind the C library's `rand`.
+// Streams of random numbers behind `rand`. The Stage exports `rand` and `srand`; wherever the process binds them to
+// another library, the streams are states of the C library's generator.
 #pragma once
 
 #include <cstdint>
@@ -6,17 +7,44 @@
 
 namespace stage {
 
-/// State of the C library's generator; 128 bytes are its default degree. Must stay where it is while it is in use.
+/// A place in a sequence of the additive feedback generator r[i] = r[i - 3] + r[i - 31] mod 2^32 (Knuth, The Art of
+/// Computer Programming, volume 2, 3.2.2), which is also glibc's default. Its 128 bytes hold a state of the C library's
+/// generator instead where `rand` is the C library's. Must stay where it is while it is in force.
 struct RandomStream {
-    alignas(8) char state[128];
+    static constexpr uint32_t kLength = 31;
+    uint32_t values[kLength] = {};  // the last 31, oldest first
+    uint32_t drawn = kLength;       // of `values`; at 31 the next 31 are computed in their place
 };
 
 /// Seeds a stream with FNV-1a (Fowler, Noll, Vo) over the four bytes of the scene's seed, lowest first, and the name:
-/// another smoke in the scene changes nothing for this one. `rand` goes on where it was.
+/// another smoke in the scene changes nothing for this one. The stream in force goes on where it was.
 void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view container_name);
 
-/// Makes `rand` draw from the stream; returns the state it drew from before, for leave_stream.
-char* enter_stream(RandomStream& stream);
-void leave_stream(char* previous);
+/// The stream that `rand` draws from in this thread; null: the thread's own numbers, outside all instances.
+/// initial-exec: the address is an offset from the thread pointer, without a call.
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local RandomStream* stream_in_force;
+
+/// False where the process binds `rand` to another library.
+extern const bool rand_is_ours;
+
+/// Makes the C library's generator draw from `next` instead of `previous`; null: from the process's own state.
+void switch_library_state(RandomStream* previous, RandomStream* next);
+
+inline void put_in_force(RandomStream* stream) {
+    if (!rand_is_ours) switch_library_state(stream_in_force, stream);
+    stream_in_force = stream;
+}
+
+/// While it lives, `rand` draws from `stream` in this thread, from the thread's own numbers where that is null. Nests.
+class DrawFrom {
+  public:
+    explicit DrawFrom(RandomStream* stream) : previous_(stream_in_force) { put_in_force(stream); }
+    ~DrawFrom() { put_in_force(previous_); }
+    DrawFrom(const DrawFrom&) = delete;
+    DrawFrom& operator=(const DrawFrom&) = delete;
+
+  private:
+    RandomStream* previous_;
+};
 
 }  // namespace stage

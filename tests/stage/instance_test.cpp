@@ -1,10 +1,14 @@
 // Instances: slots and texts, notices, random streams, the order of calls, and plug-ins that break the contract.
+#include <epoxy/gl.h>
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <utility>
 
+#include "expect.h"
 #include "host_services.h"
 #include "probe_plugin.h"
+#include "stage/opengl/dispatch.h"
 #include "stage/plugins/frames.h"
 #include "stage/scene/stage.h"
 
@@ -175,13 +179,24 @@ TEST_F(Instances, HaveRandomNumbersOfTheirOwn) {
     EXPECT_NE(draw(add_probe("first")), first_numbers);
 }
 
-TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedCalls) {
+TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedAndOpenGlCalls) {
     const auto asked_alone = draw(add_probe("asked"));
     const auto asking_alone = draw(add_probe("asking"));
 
     stage_ = make_stage();
     const int32_t asked = add_probe("asked"), asking = add_probe("asking", {{"target", "asked"}});
+    stage_->overrides.container_get_geometry = [](int32_t container, int32_t* geometry) {
+        real_opengl().Hint(0, 0);
+        checking_opengl().Hint(0, 0);
+        _api__container_get_geometry(container, geometry);
+    };
+    std::srand(3);
+    const auto hint = std::exchange(epoxy_glHint, [](GLenum, GLenum) { (void)std::rand(); });
+    const auto get_error = std::exchange(epoxy_glGetError, [] { return static_cast<GLenum>(std::rand() & 0); });
     EXPECT_TRUE(press_button(*stage_, asking, "ask"));
+    epoxy_glHint = hint;
+    epoxy_glGetError = get_error;
+    EXPECT_EQ(tovu::draws_since(3), 3) << "an OpenGL driver draws from the process's numbers";
     EXPECT_EQ(block(asking).last_request, 3) << "dispatcher and reply both 1";
     EXPECT_EQ(drawn(asked), asked_alone);
     EXPECT_EQ(drawn(asking), asking_alone) << "four numbers before the request and four after it";
