@@ -5,6 +5,7 @@
 
 #include "cases.h"
 #include "host/opengl.h"
+#include "rand_choice.h"
 
 namespace bench {
 namespace {
@@ -102,6 +103,7 @@ void add_floor_cases(std::vector<Case>& cases, Scene& scene) {
     cases.push_back(walk_along_links(scene, "floor/walk_along_links_cold", kFull, true));
     cases.push_back(nine_calls_case(kFull));
     cases.push_back(three_rands_case(kFull));
+    cases.push_back(with_stage_rand(case_name("floor/three_stage_rands", kFull), three_rands_case(kFull)));
 }
 
 }  // namespace bench

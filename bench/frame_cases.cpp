@@ -1,5 +1,6 @@
 #include "cases.h"
 #include "plain_frame.h"
+#include "rand_choice.h"
 
 namespace bench {
 namespace {
@@ -9,6 +10,17 @@ constexpr Look kWhole{.turbulence = true, .sort = true, .arrays = true, .rotated
 void frame(Scene& scene, const Smoke& smoke) {
     scene.step(smoke);
     scene.pass(smoke);
+}
+
+Case frame_case(Scene& scene, int32_t count) {
+    return {case_name("frame/smoke", count), static_cast<double>(count), [&scene, count](Stopwatch& watch) {
+                Smoke& smoke = scene.long_run(count);
+                set_look(smoke, kWhole);
+                scene.next_frame();
+                watch.start();
+                frame(scene, smoke);
+                watch.stop();
+            }};
 }
 
 Case crowd_case(Scene& scene, const char* name, int32_t instances, int32_t count) {
@@ -52,17 +64,8 @@ Case growth_case(Scene& scene) {
 }  // namespace
 
 void add_frame_cases(std::vector<Case>& cases, Scene& scene) {
-    for (const int32_t count : kCounts) {
-        cases.push_back(
-            {case_name("frame/smoke", count), static_cast<double>(count), [&scene, count](Stopwatch& watch) {
-                 Smoke& smoke = scene.long_run(count);
-                 set_look(smoke, kWhole);
-                 scene.next_frame();
-                 watch.start();
-                 frame(scene, smoke);
-                 watch.stop();
-             }});
-    }
+    for (const int32_t count : kCounts) cases.push_back(frame_case(scene, count));
+    cases.push_back(with_stage_rand(case_name("frame/smoke_stage_rand", kFull), frame_case(scene, kFull)));
     cases.push_back({case_name("frame/plain", kFull), kFull, [&scene](Stopwatch& watch) {
                          Smoke& smoke = scene.long_run(kFull);
                          set_look(smoke, kWhole);

@@ -33,6 +33,8 @@ void add_step_goals(std::vector<Goal>& list) {
                         {{step}, {"floor/three_rands/25000"}}, 1.15));
     list.push_back(against("3b", "step with turbulence / OGRE's update with randomiser", turbulent,
                            "ogre/update_turbulent/25000", 0.5));
+    list.push_back(against("3c", "step with turbulence, rand() of the Stage / of the C library",
+                           "step/smoke_turbulent_stage_rand/25000", turbulent, 0.45));
 }
 
 void add_array_goals(std::vector<Goal>& list) {

@@ -1,5 +1,6 @@
 #include "cases.h"
 #include "plain_frame.h"
+#include "rand_choice.h"
 
 namespace bench {
 namespace {
@@ -56,6 +57,8 @@ void add_step_cases(std::vector<Case>& cases, Scene& scene) {
         cases.push_back(plain_step_along_links(scene, "step/plain", count, kStep));
         cases.push_back(plain_step_along_links(scene, "step/plain_turbulent", count, kTurbulentStep));
     }
+    cases.push_back(with_stage_rand(case_name("step/smoke_turbulent_stage_rand", kFull),
+                                    fast_step(scene, "", kFull, kTurbulentStep)));
     cases.push_back(fast_step(scene, "step/smoke_cold", kFull, kStep, true));
     cases.push_back(plain_step_along_links(scene, "step/plain_cold", kFull, kStep, true));
 }
