@@ -70,7 +70,7 @@ inline float path_angle(const SmokeInstance& instance, Vector3 d) {
     if (d.x < -1) d.x = -1;
     if (d.x > 1) d.x = 1;
     const bool upright = -1.1920928955078125e-07f < d.x && d.x < 1.1920928955078125e-07f;
-    const float a = upright ? 0 : std::asin(d.x);
+    const float a = upright ? 0 : static_cast<float>(std::asin(static_cast<double>(d.x)));
     return static_cast<float>(-static_cast<double>(d.y < 0 ? 3.1415927f - a : a) * 180 / 3.141592653589793);
 }
 

@@ -1,5 +1,7 @@
 #include "matrix.h"
 
+#include "trigonometry.h"
+
 namespace tovu {
 namespace {
 
@@ -22,8 +24,7 @@ void scale_column(float* column, float factor) {
 
 Turn turn_of(float degrees) {
     const auto radians = static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
-    const auto angle = static_cast<double>(radians);
-    return {static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle))};
+    return {cosine_of(radians), sine_of(radians)};
 }
 
 void translate(Matrix4& matrix, Vector3 by) {

@@ -1,11 +1,16 @@
 // Operations on three floats. Components are float32; a sum of products is formed in float32, left to right.
 #pragma once
 
+#include <cfloat>
 #include <cmath>
 
 #include "../host/vector3.h"
 
 namespace tovu {
+
+// The x87 unit of 32-bit x86 would keep more digits between operations than a float has.
+static_assert(FLT_EVAL_METHOD == 0,
+              "float arithmetic must round to float: on 32-bit x86 build with -msse2 -mfpmath=sse");
 
 inline Vector3 operator+(Vector3 a, Vector3 b) {
     return {a.x + b.x, a.y + b.y, a.z + b.z};

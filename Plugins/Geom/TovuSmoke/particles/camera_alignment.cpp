@@ -1,15 +1,10 @@
 #include "camera_alignment.h"
 
 #include "../host/host_queries.h"
+#include "../math/trigonometry.h"
 
 namespace tovu {
 namespace {
-
-constexpr double kDegreesPerRadian = 57.29577951308232;
-
-float degrees_of(double y, double x) {
-    return static_cast<float>(std::atan2(y, x) * kDegreesPerRadian);
-}
 
 Vector3 viewing_direction(int32_t camera_handle) {
     Matrix4 turned;
@@ -27,7 +22,7 @@ void align_to_camera(SmokeInstance& instance) {
     instance.billboard_axis = {-view.y, view.x, 0.0f};
     Vector3 unit_axis = instance.billboard_axis;
     const float axis_length = normalize(unit_axis);
-    instance.billboard_tilt = -degrees_of(static_cast<double>(axis_length), -static_cast<double>(view.z));
+    instance.billboard_tilt = -arc_tangent_degrees(axis_length, -view.z);
 
     // The turned quad's up, seen by the camera, is what the roll has to undo.
     Matrix4 turned;
@@ -37,7 +32,7 @@ void align_to_camera(SmokeInstance& instance) {
     const float* v = view_matrix.m;
     const float a = v[0] * r[4] + v[4] * r[5] + v[8] * r[6] + v[12] * r[7];
     const float b = v[1] * r[4] + v[5] * r[5] + v[9] * r[6] + v[13] * r[7];
-    const float roll = degrees_of(std::fabs(static_cast<double>(a)), static_cast<double>(b));
+    const float roll = arc_tangent_degrees(std::fabs(a), b);
     instance.billboard_roll = a > 0.0f ? roll : -roll;
 }
 

@@ -2,6 +2,7 @@
 
 #include "../host/host_queries.h"
 #include "../math/random.h"
+#include "../math/trigonometry.h"
 #include "../sources/spawn_search.h"
 #include "active_array.h"
 #include "pool.h"
@@ -250,11 +251,11 @@ Vector3 cone_direction(float across, float swing) {
     if (across != 0.0f) {
         const float half_width = across / kPi;
         const float cosine = random_up_to(2.0f * half_width) - half_width;
-        theta = std::acos(cosine > 1.0f ? 1.0f : cosine > -1.0f ? cosine : -1.0f);  // also where it is not a number
+        theta = arc_cosine(cosine > 1.0f ? 1.0f : cosine > -1.0f ? cosine : -1.0f);  // also where it is not a number
     }
     const float phi = swing == 0.0f ? 0.0f : random_up_to(swing) - swing / 2.0f;
-    const float sine = std::sin(theta);
-    return {-std::cos(theta), sine * std::cos(phi), sine * std::sin(phi)};
+    const float sine = sine_of(theta);
+    return {-cosine_of(theta), sine * cosine_of(phi), sine * sine_of(phi)};
 }
 
 }  // namespace tovu

@@ -5,6 +5,7 @@
 
 #include "../math/four.h"
 #include "../math/random.h"
+#include "../math/trigonometry.h"
 #include "active_array.h"
 #include "fetch_ahead.h"
 #include "pool.h"
@@ -212,7 +213,7 @@ float direction_angle(Vector3 d) {
     constexpr float kHalfTurn = 3.1415927f;
     const float across = d.x < -1.0f ? -1.0f : d.x > 1.0f ? 1.0f : d.x;
     if (-kTiny < across && across < kTiny) return d.y < 0.0f ? kHalfTurn : 0.0f;
-    const float angle = std::asin(across);
+    const float angle = arc_sine(across);
     return d.y < 0.0f ? kHalfTurn - angle : angle;
 }
 
