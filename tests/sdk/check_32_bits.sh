@@ -9,8 +9,7 @@ mkdir -p "$work"
 
 quietly() { "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; echo "failed: $*" >&2; exit 1; }; }
 
-quietly cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTOVU_BUILD_STAGE=OFF \
-    -DCMAKE_C_FLAGS=-m32 -DCMAKE_CXX_FLAGS=-m32
+quietly cmake --preset i686 -S "$source" -B "$work"
 quietly cmake --build "$work" --target TovuSmoke tovu_sample_host
 
 for library in "$work/plugins/TovuSmoke.so" "$work/bin/tovu_sample_host"; do

@@ -31,8 +31,8 @@ awk -F'|' '
     }' "$contract" >"$work/tables"
 cat "$work/tables" >>"$work/contract.c"
 
-for bits in 64 32; do
-    gcc -m$bits -std=c11 -Wall -Wextra -Werror -I "$include_dir" -fsyntax-only "$work/contract.c" || failures=$((failures + 1))
+for compiler in gcc i686-linux-gnu-gcc; do
+    $compiler -std=c11 -Wall -Wextra -Werror -I "$include_dir" -fsyntax-only "$work/contract.c" || failures=$((failures + 1))
 done
 
 nm -D --defined-only "$sample_host" | awk '{ print $3 }' >"$work/exported"

@@ -24,11 +24,11 @@ expect_entry_points() {
     [ "$exported" = "PLUGIN_CHANGED_CALLBACK PLUGIN_CLEANUP_FUNCTION PLUGIN_DISPATCHER_CALLBACK PLUGIN_EXEC_ACTION \
 PLUGIN_INIT PLUGIN_INIT_FUNCTION PLUGIN_NEW_GEOM PLUGIN_RENDER_OPENGL " ] || fail "$1 exports: $exported"
 }
-# Builds against the installed tree. build_against_prefix SOURCE NAME FLAGS
+# Builds against the installed tree. build_against_prefix SOURCE NAME FLAGS [CMAKE_OPTION]
 build_against_prefix() {
     quietly cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Debug \
         "-DCMAKE_C_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3" \
-        "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3"
+        "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror $3" ${4:+"$4"}
     quietly cmake --build "$work/$2"
 }
 
@@ -82,10 +82,12 @@ for n in 1 2; do
 done
 
 for bits in 64 32; do
-    build_against_prefix "$HOME/swirl" swirl$bits "-m$bits"
+    toolchain=
+    [ $bits = 64 ] || toolchain=-DCMAKE_TOOLCHAIN_FILE=$source/cmake/i686-linux-gnu.cmake
+    build_against_prefix "$HOME/swirl" swirl$bits "" "$toolchain"
     expect_entry_points "$work/swirl$bits/Swirl.so"
     for sample in gather spiral; do
-        build_against_prefix "$prefix/share/tovu/samples/$sample" $sample$bits "-m$bits"
+        build_against_prefix "$prefix/share/tovu/samples/$sample" $sample$bits "" "$toolchain"
         for library in "$work/$sample$bits"/*.so; do expect_entry_points "$library"; done
     done
 done
