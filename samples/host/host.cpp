@@ -1,5 +1,5 @@
 // A host in one file: loads a plug-in, gives it a container and a camera, runs a hundred frames and prints what the
-// plug-in registered, its bounding box and the number of its quads.
+// plug-in registered, its bounding box, the number of its quads and a digest of all that it sent.
 //   tovu_sample_host PLUGIN.so [parameter=value ...]
 // This file defines every function that a plug-in imports, and the process exports them (link with -rdynamic), so that
 // the plug-in's undefined symbols resolve to them. A real host answers the same calls from its scene.
@@ -35,9 +35,23 @@ int32_t event_count = 0;
 constexpr double kSecondsPerFrame = 0.02;
 constexpr float kCameraZ = 300;
 int32_t retrace_counter = 0;
-float box[6];               // minimum and maximum of x, y, z, as sent last
-int corners = 0;            // of quads, in the current frame
-bool inside_quads = false;  // between glBegin(GL_QUADS) and glEnd
+float box[6];                        // minimum and maximum of x, y, z, as sent last
+int corners = 0;                     // of quads, in the current frame
+bool inside_quads = false;           // between glBegin(GL_QUADS) and glEnd
+const void* vertex_array = nullptr;  // three floats a corner
+const void* color_array = nullptr;   // four bytes a corner
+
+// FNV-1a (Fowler, Noll and Vo) over the bits of all boxes, corners and colours: a plug-in that draws the same random
+// numbers has the same digest on every platform.
+uint64_t digest = 14695981039346656037u;
+void take_in(const void* bytes, size_t count) {
+    for (size_t i = 0; i < count; ++i) digest = (digest ^ static_cast<const uint8_t*>(bytes)[i]) * 1099511628211u;
+}
+void take_in_array(const void* array, size_t corner_bytes, int first, int count) {
+    if (array == nullptr) return;
+    take_in(static_cast<const uint8_t*>(array) + corner_bytes * static_cast<size_t>(first),
+            corner_bytes * static_cast<size_t>(count));
+}
 
 void add(const char* type, Parameter parameter, const char* label) {
     std::printf("%2zu %-9s %-30s %-32s ", parameters.size(), type, parameter.name.c_str(), label);
@@ -154,6 +168,7 @@ void _api__container_get_inverse_matrix(int32_t object, float* matrix) {
 void _api__container_set_bounding_box(int32_t, float x0, float y0, float z0, float x1, float y1, float z1) {
     put(&box[0], &box[1], &box[2], x0, y0, z0);
     put(&box[3], &box[4], &box[5], x1, y1, z1);
+    take_in(box, sizeof box);
 }
 void _api__container_get_geometry(int32_t object, int32_t* geometry) {
     if (object == kContainer) *geometry = kGeometry;
@@ -224,27 +239,41 @@ void _api__pellor_get_refreshrate(double* seconds_per_frame) {
     *seconds_per_frame = kSecondsPerFrame;
 }
 
-// OpenGL: a real host passes each call on to its own context; this one counts.
+// OpenGL: a real host passes each call on to its own context; this one counts corners and takes in what it is sent.
 void ormixGL_glBegin(unsigned mode) {
     inside_quads = mode == GL_QUADS;
 }
 void ormixGL_glEnd(void) {
     inside_quads = false;
 }
-void ormixGL_glVertex3f(float, float, float) {
+void ormixGL_glVertex3fv(const float* xyz) {
     corners += inside_quads;
+    take_in(xyz, 3 * sizeof *xyz);
 }
-void ormixGL_glVertex3fv(const float*) {
-    corners += inside_quads;
+void ormixGL_glVertex3f(float x, float y, float z) {
+    const float xyz[3] = {x, y, z};
+    ormixGL_glVertex3fv(xyz);
 }
-void ormixGL_glDrawArrays(unsigned mode, int, int count) {
+void ormixGL_glDrawArrays(unsigned mode, int first, int count) {
     corners += mode == GL_QUADS ? count : 0;
+    take_in_array(vertex_array, 12, first, count);
+    take_in_array(color_array, 4, first, count);
 }
-void ormixGL_glColor4f(float, float, float, float) {}
-void ormixGL_glColor4ub(unsigned char, unsigned char, unsigned char, unsigned char) {}
+void ormixGL_glColor4f(float r, float g, float b, float a) {
+    const float rgba[4] = {r, g, b, a};
+    take_in(rgba, sizeof rgba);
+}
+void ormixGL_glColor4ub(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
+    const unsigned char rgba[4] = {r, g, b, a};
+    take_in(rgba, sizeof rgba);
+}
 void ormixGL_glTexCoord2s(short, short) {}
-void ormixGL_glVertexPointer(int, unsigned, int, const void*) {}
-void ormixGL_glColorPointer(int, unsigned, int, const void*) {}
+void ormixGL_glVertexPointer(int, unsigned, int, const void* array) {
+    vertex_array = array;
+}
+void ormixGL_glColorPointer(int, unsigned, int, const void* array) {
+    color_array = array;
+}
 void ormixGL_glTexCoordPointer(int, unsigned, int, const void*) {}
 void ormixGL_glEnableClientState(unsigned) {}
 void ormixGL_glDisableClientState(unsigned) {}
@@ -282,17 +311,22 @@ void set_parameter(const std::string& assignment) {
     fail("'" + assignment + "' is not parameter=value with a parameter listed above");
 }
 
-// A slot has 32 bits for the address of a text on every platform, so the text must lie below 4 GiB.
+// A slot has 32 bits for the address of a text on every platform, so the text must lie below 4 GiB. The system grants
+// an address that is asked for where it is free, and another one where it is not.
 uint32_t low_copy(const Parameter& parameter) {
-#ifndef MAP_32BIT
-    constexpr int MAP_32BIT = 0;  // not defined where pointers have 32 bits: any address fits there
-#endif
-    constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT;
-    void* memory = mmap(nullptr, parameter.longest + 1, PROT_READ | PROT_WRITE, kFlags, -1, 0);
-    const auto address = reinterpret_cast<uintptr_t>(memory);
-    if (memory == MAP_FAILED || address != static_cast<uint32_t>(address)) fail("no memory below 4 GiB for a text");
-    std::memcpy(memory, parameter.text.c_str(), parameter.text.size() + 1);
-    return static_cast<uint32_t>(address);
+    const size_t bytes = parameter.longest + 1;
+    for (uintptr_t wanted = 0x10000000; wanted < 0xF0000000; wanted += 0x100000) {
+        void* memory =
+            mmap(reinterpret_cast<void*>(wanted), bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) break;
+        const auto address = reinterpret_cast<uintptr_t>(memory);
+        if (address == static_cast<uint32_t>(address)) {
+            std::memcpy(memory, parameter.text.c_str(), parameter.text.size() + 1);
+            return static_cast<uint32_t>(address);
+        }
+        munmap(memory, bytes);
+    }
+    fail("no memory below 4 GiB for a text");
 }
 
 void* find_symbol(void* library, const char* name) {
@@ -340,6 +374,7 @@ int main(int argc, char** argv) {
     std::printf("after 100 frames: bounding box %.3f %.3f %.3f to %.3f %.3f %.3f, %d quads\n",
                 static_cast<double>(box[0]), static_cast<double>(box[1]), static_cast<double>(box[2]),
                 static_cast<double>(box[3]), static_cast<double>(box[4]), static_cast<double>(box[5]), corners / 4);
+    std::printf("digest %016llx\n", static_cast<unsigned long long>(digest));
     cleanup_function(block.data());
     dlclose(library);  // every instance is cleaned up
     return 0;
