@@ -88,7 +88,14 @@ static_assert(sizeof(void*) != 8 ||
                offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
                offsetof(SmokeInstance, wind_source) == 7016 && offsetof(SmokeInstance, spawn_image_source) == 8052 &&
                offsetof(SmokeInstance, speed_ups) == 9088));
-static_assert(sizeof(void*) != 4 || offsetof(SmokeInstance, speed_ups) == 9032);
+// With 4-byte pointers time_step is the one field whose place depends on how the platform aligns a double: to 4 on
+// 32-bit x86 Linux, to 8 elsewhere.
+constexpr size_t kDoublePadding = alignof(SmokeInstance) == 8 ? 4 : 0;
+static_assert(sizeof(void*) != 4 ||
+              (offsetof(SmokeInstance, active_head) == 244 && offsetof(SmokeInstance, exchange_block) == 264 &&
+               offsetof(SmokeInstance, geom_handle) == 284 && offsetof(SmokeInstance, birth_accumulator) == 296 &&
+               offsetof(SmokeInstance, time_step) == 300 + kDoublePadding &&
+               offsetof(SmokeInstance, speed_ups) == 9032 + kDoublePadding));
 
 /// Red, green and blue of an entry of the ColorTable, low byte first, and whatever follows them: behind the last entry
 /// that is the next field of the block.

@@ -1,8 +1,9 @@
 // Sine and cosine of an angle in degrees, without a branch, so that a loop over an array of angles becomes vectors.
 #pragma once
 
-#include <bit>
 #include <cstdint>
+
+#include "../math/bits.h"
 
 namespace tovu {
 
@@ -20,8 +21,8 @@ inline SineCosine sine_cosine(float degrees) {
     // Adding 1.5 · 2^23 rounds to a whole number, whose last bits are then those of the float. They are read as bits,
     // since converting a value that is not a number to an integer is undefined.
     constexpr float kRounder = 12582912.0f;
-    const uint32_t quarters = std::bit_cast<uint32_t>(degrees * (1.0f / 90.0f) + kRounder);
-    const float r = degrees - (std::bit_cast<float>(quarters) - kRounder) * 90.0f;
+    const uint32_t quarters = bit_cast<uint32_t>(degrees * (1.0f / 90.0f) + kRounder);
+    const float r = degrees - (bit_cast<float>(quarters) - kRounder) * 90.0f;
     const float u = r * r;
     const float s =
         r * 1.745329238e-02f + r * (u * (-8.860960490e-07f + u * (1.349506787e-11f + u * -9.663329042e-17f)));
@@ -29,12 +30,12 @@ inline SineCosine sine_cosine(float degrees) {
         1.0f + u * (-1.523087098e-04f + u * (3.866322363e-09f + u * (-3.925464278e-14f + u * 2.106395906e-19f)));
 
     // Odd quarters exchange the two; the sine is negative in quarters 2 and 3, the cosine in 1 and 2.
-    const uint32_t s_bits = std::bit_cast<uint32_t>(s);
-    const uint32_t c_bits = std::bit_cast<uint32_t>(c);
+    const uint32_t s_bits = bit_cast<uint32_t>(s);
+    const uint32_t c_bits = bit_cast<uint32_t>(c);
     const uint32_t exchange = (s_bits ^ c_bits) & (0u - (quarters & 1u));
     const uint32_t sine_sign = (quarters & 2u) << 30;
     const uint32_t cosine_sign = ((quarters + 1u) & 2u) << 30;
-    return {std::bit_cast<float>(s_bits ^ exchange ^ sine_sign), std::bit_cast<float>(c_bits ^ exchange ^ cosine_sign)};
+    return {bit_cast<float>(s_bits ^ exchange ^ sine_sign), bit_cast<float>(c_bits ^ exchange ^ cosine_sign)};
 }
 
 }  // namespace tovu
