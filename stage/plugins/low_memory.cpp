@@ -2,21 +2,44 @@
 
 #include <sys/mman.h>
 
+#include <atomic>
 #include <utility>
 
 namespace stage {
+namespace {
+
+constexpr uint64_t kEnd = uint64_t{1} << 32;
+constexpr uint64_t kFirstWanted = 0x10000000;  // behind the heap of a program that is loaded at a fixed low address
+constexpr uint64_t kStep = 0x10000;            // the largest page size of any processor
+constexpr uint64_t kMostTries = (kEnd - kFirstWanted) / kStep;
+
+// Where the next search begins, behind what the one before it found.
+std::atomic<uint64_t> next_wanted = kFirstWanted;
+
+// MAP_32BIT, which does this in one call, exists on x86-64 alone. The kernel grants an address that is asked for where
+// its range is free, and another one where it is not.
+void* map_low(size_t bytes) {
+    if (bytes > kEnd - kFirstWanted) return nullptr;
+    uint64_t wanted = next_wanted;
+    for (uint64_t tries = 0; tries < kMostTries; ++tries, wanted += kStep) {
+        if (wanted + bytes > kEnd) wanted = kFirstWanted;
+        void* pages = mmap(reinterpret_cast<void*>(static_cast<uintptr_t>(wanted)), bytes, PROT_READ | PROT_WRITE,
+                           MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (pages == MAP_FAILED) return nullptr;
+        if (reinterpret_cast<uintptr_t>(pages) + uint64_t{bytes} <= kEnd) {
+            next_wanted = wanted + (bytes + kStep - 1) / kStep * kStep;
+            return pages;
+        }
+        munmap(pages, bytes);
+    }
+    return nullptr;
+}
+
+}  // namespace
 
 LowMemory::LowMemory(size_t bytes) {
-    int flags = MAP_PRIVATE | MAP_ANONYMOUS;
-#ifdef MAP_32BIT
-    flags |= MAP_32BIT;  // the first 2 GiB; where it is missing, pointers have 32 bits or the check below decides
-#endif
-    void* pages = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, -1, 0);
-    if (pages == MAP_FAILED) return;
-    if (static_cast<uint64_t>(reinterpret_cast<uintptr_t>(pages)) + bytes > uint64_t{1} << 32) {
-        munmap(pages, bytes);
-        return;
-    }
+    void* pages = map_low(bytes);
+    if (pages == nullptr) return;
     data_ = static_cast<char*>(pages);
     bytes_ = bytes;
 }

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "stage/stage_export.h"
+
 namespace stage {
 
 /// Pages below 4 GiB, zeroed, freed with the object. Moves, does not copy.
-class LowMemory {
+class STAGE_EXPORT LowMemory {
   public:
     LowMemory() = default;
     /// data() is null when the system has no such pages left.

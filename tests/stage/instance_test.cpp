@@ -1,6 +1,7 @@
 // Instances: slots and texts, notices, random streams, the order of calls, and plug-ins that break the contract.
 #include <epoxy/gl.h>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
 
 #include <cstdlib>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "probe_plugin.h"
 #include "stage/opengl/dispatch.h"
 #include "stage/plugins/frames.h"
+#include "stage/plugins/low_memory.h"
 #include "stage/scene/stage.h"
 
 namespace stage {
@@ -297,6 +299,31 @@ TEST_F(Instances, SectionsAreTimed) {
     EXPECT_EQ(totals.name, "Work");
     EXPECT_EQ(totals.count, 2);
     EXPECT_THAT(stage_->complaints.list, IsEmpty());
+}
+
+// On every processor: the search asks for one address after the other.
+TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
+    constexpr size_t kBytes = 100000;
+    const auto is_low = [](const LowMemory& memory) {
+        return memory.data() != nullptr && reinterpret_cast<uintptr_t>(memory.data()) + memory.size() <= 0x100000000u;
+    };
+    const LowMemory first(kBytes);
+    ASSERT_TRUE(is_low(first));
+    // Somebody else's page where the next search begins.
+    char* behind = first.data() + 0x20000;
+    void* taken = mmap(behind, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_EQ(behind, taken);
+    *behind = 'x';
+    const LowMemory second(kBytes);
+    ASSERT_TRUE(is_low(second));
+    second.data()[0] = second.data()[kBytes - 1] = 'y';
+    EXPECT_EQ('x', *behind);
+    EXPECT_EQ(0, first.data()[kBytes - 1]);
+    munmap(taken, 1);
+
+    // More, one after the other, than there is at a time: what was freed is found again.
+    for (int round = 0; round < 12; ++round) EXPECT_TRUE(is_low(LowMemory(size_t{1} << 29))) << "round " << round;
+    EXPECT_EQ(nullptr, LowMemory(0xFFFF0000u).data()) << "more than is left";
 }
 
 }  // namespace
