@@ -1,5 +1,5 @@
-// The command line. Only here is anything printed, and the exit status chosen: 0 when all is well, 2 for a mistake, 128
-// and the signal's number when one ended a render.
+// The command line. Only here is anything printed and the exit status chosen: 0 when all is well, 2 for a mistake.
+// fault_guard.h is the exception, for faults of plug-ins and for signals.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 
+#include "fault_guard.h"
 #include "params_command.h"
 #include "plugin_location.h"
 #include "render_command.h"
@@ -35,37 +36,15 @@ int run_params(const tovu::ParamsOptions& options) {
     return 0;
 }
 
-volatile std::sig_atomic_t ending_signal = 0;
-
-// A render that is told to end gives up by itself, so that it takes its unfinished file along. A second signal ends the
-// program at once.
-void end_renders_on_signals() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction before {};
-        sigaction(signal, nullptr, &before);
-        if (before.sa_handler == SIG_IGN) continue;  // whoever started it in the background wants it so
-        struct sigaction action {};
-        action.sa_handler = [](int received) { ending_signal = received; };
-        action.sa_flags = static_cast<int>(SA_RESETHAND);
-        sigaction(signal, &action, nullptr);
-    }
-}
-
 int run_render(const tovu::RenderOptions& options) {
-    end_renders_on_signals();
     std::signal(SIGCHLD, SIG_DFL);  // where the caller ignores it, the encoder's exit status would be lost
     std::unique_ptr<stage::ProgressLine> line;
     const auto progress = [&line](int done, int total) {
         if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
         line->show(done);
     };
-    const stage::Result<tovu::RenderReport> report =
-        tovu::render_scene(options, progress, [] { return ending_signal != 0; });
+    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress);
     line.reset();
-    if (!report && ending_signal != 0) {
-        fail("the render was ended from outside");
-        return 128 + ending_signal;
-    }
     if (!report) return fail(report.error().message);
     for (const std::string& complaint : report->complaints) std::fprintf(stderr, "warning: %s\n", complaint.c_str());
     std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");
@@ -89,6 +68,8 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
     command->add_option("--plugin", options.plugin, "Library to take for the smoke");
+    command->add_option("--plugin-timeout", options.plugin_timeout,
+                        "Seconds that one call into a plug-in may take; 60 when left out, 0 for any time");
     command->add_option("--trace", options.trace, "JSON file for how long plug-ins took; Chrome and Perfetto show it");
 }
 
@@ -111,6 +92,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return fail(std::string(error.what()) + "\nrun with --help for what there is");
     }
+    tovu::install_fault_guard();
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);
     std::fputs(app.help().c_str(), stdout);

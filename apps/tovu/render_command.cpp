@@ -55,22 +55,14 @@ Result<Done> write_frame(Output& output, int frame, const stage::Picture& pictur
     return file ? stage::write_png(*file, picture) : Result<Done>(file.error());
 }
 
-// One frame at a time, so that giving up does not wait for all that come before a picture.
-Result<Done> run_to_picture(stage::SceneRun& run, int frame, const RenderGivenUp& given_up) {
-    while (run.next_frame <= frame) {
-        if (given_up()) return Error{"given up"};
-        if (const Result<Done> done = stage::run_until(run, run.next_frame); !done) return done;
-    }
-    return Done{};
-}
-
 Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Output& output,
-                           const RenderProgress& progress, const RenderGivenUp& given_up) {
+                           const RenderProgress& progress) {
     progress(0, plan.last - plan.first + 1);
     for (int frame = plan.first; frame <= plan.last; ++frame) {
-        if (const Result<Done> done = run_to_picture(run, frame, given_up); !done) return done;
+        if (const Result<Done> done = stage::run_until(run, frame); !done) return done;
         const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
         if (!picture) return picture.error();
+        if (frame == plan.last) stage::remove_instances(*run.built.stage);  // no file is whole after a fault in that
         if (const Result<Done> done = write_frame(output, frame, *picture); !done) return done;
         progress(frame - plan.first + 1, plan.last - plan.first + 1);
     }
@@ -79,13 +71,13 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
 
 }  // namespace
 
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
-                                         const RenderGivenUp& given_up) {
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress) {
     const Result<RenderPlan> plan = plan_render(options);
     if (!plan) return plan.error();
+    set_plugin_timeout(plan->plugin_timeout_seconds);
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
-    std::vector<stage::TraceSection> sections;  // outlives the run, whose end is work too
+    std::vector<stage::TraceSection> sections;  // outlives the run, which may end in an error
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
         run.built.stage->profile.sink = [&sections](const stage::TraceSpan& span) {
@@ -96,7 +88,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!canvas) return canvas.error();
     Result<Output> output = open_output(*plan, options.output);
     if (!output) return output.error();
-    const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress, given_up);
+    const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress);
     if (!done) return done.error();
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();

@@ -20,6 +20,7 @@ struct RenderOptions {
     std::vector<std::string> settings;  // "container.parameter=value"
     std::string plugin;                 // library that "smoke" stands for
     std::string trace;                  // file for what the plug-ins' work took
+    std::string plugin_timeout;         // seconds, 0 for none
 };
 
 struct RenderReport {
@@ -30,12 +31,8 @@ struct RenderReport {
 /// Called before the first and after each picture, from the thread that renders.
 using RenderProgress = std::function<void(int frames_done, int frames_total)>;
 
-/// Asked before every frame that is simulated: true gives the render up.
-using RenderGivenUp = std::function<bool()>;
-
 /// The error has a line for each mistake, and says what would be right. Nothing is written then, except for the whole
-/// pictures of a numbered row that came before a fault. Giving up is an error too.
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
-                                         const RenderGivenUp& given_up);
+/// pictures of a numbered row that came before a fault.
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress);
 
 }  // namespace tovu

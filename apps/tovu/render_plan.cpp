@@ -45,6 +45,14 @@ Result<Done> apply_seed(const std::string& text, stage::SceneDescription& scene)
     return Error{fmt::format("--seed {}: must be a whole number from 0 to 4294967295", text)};
 }
 
+Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
+    double& seconds = plan.plugin_timeout_seconds;
+    if (text.empty() || (parse_number(text, seconds) && seconds >= 0 && seconds <= kLongestPluginTimeoutSeconds))
+        return Done{};
+    return Error{fmt::format("--plugin-timeout {}: must be a time in seconds from 0, for no limit, to {}", text,
+                             kLongestPluginTimeoutSeconds)};
+}
+
 Result<Done> take_frames(const std::string& text, RenderPlan& plan) {
     const int count = static_cast<int>(stage::frame_count(plan.scene));
     plan.first = 0;
@@ -133,9 +141,10 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
 stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     Result<stage::SceneDescription> scene = stage::load_scene_file(options.scene);
     if (!scene) return scene.error();
-    RenderPlan plan{std::move(*scene), OutputKind::kStill, 0, 0};
+    RenderPlan plan{.scene = std::move(*scene)};
     if (const Result<Done> done = apply_size(options.size, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_seed(options.seed, plan.scene); !done) return done.error();
+    if (const Result<Done> done = apply_timeout(options.plugin_timeout, plan); !done) return done.error();
     for (const std::string& setting : options.settings) {
         if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();
     }

@@ -1,6 +1,7 @@
 // What a render is to write, worked out and checked before anything is simulated.
 #pragma once
 
+#include "fault_guard.h"
 #include "render_command.h"
 #include "stage/scenefile/scene_description.h"
 
@@ -13,6 +14,7 @@ struct RenderPlan {
     OutputKind kind = OutputKind::kStill;
     int first = 0;  // frames, both included
     int last = 0;
+    double plugin_timeout_seconds = kPluginTimeoutSeconds;  // 0: none
 };
 
 /// Reads the scene and applies the options. Checks everything that can be known without running the scene: the numbers,

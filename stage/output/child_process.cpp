@@ -13,6 +13,8 @@
 #include <cstring>
 #include <utility>
 
+#include "stage/output/unfinished.h"
+
 extern char** environ;
 
 namespace stage {
@@ -28,7 +30,19 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, pi
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
-    const int failure = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    // A signal that ends this process must not come between the start of the command and its note.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigmask(&attributes, &before);
+    const int failure = posix_spawnp(&pid, argv[0], &actions, &attributes, argv.data(), environ);
+    if (failure == 0) note_unfinished_command(pid);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return failure;
 }
@@ -65,10 +79,12 @@ bool ChildProcess::feed(std::span<const unsigned char> bytes) {
 
 std::string ChildProcess::wait() {
     if (input_ >= 0) close(std::exchange(input_, -1));
+    siginfo_t child;
+    while (waitid(P_PID, static_cast<id_t>(pid_), &child, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
+    }
+    forget_unfinished_command(pid_);  // before it is reaped: its number may be another process's then
     int status = 0;
-    pid_t ended = -1;
-    do ended = waitpid(pid_, &status, 0);
-    while (ended < 0 && errno == EINTR);
+    const pid_t ended = waitpid(pid_, &status, 0);
     pid_ = -1;
     if (ended < 0) return fmt::format("failed: its exit status is lost ({})", std::strerror(errno));
     if (WIFSIGNALED(status))

@@ -13,7 +13,7 @@
 namespace stage {
 
 /// A started command. Its output goes nowhere; what it says on standard error is kept. Destroyed while it runs, it is
-/// killed and waited for. Move only.
+/// killed and waited for; so it is when a fault or a signal ends this process (stage/output/unfinished.h). Move only.
 class ChildProcess {
   public:
     /// arguments[0] is the command, looked up in PATH.

@@ -118,7 +118,7 @@ Result<Done> write_png(const std::filesystem::path& path, const Picture& picture
         discard_partial(path);
         return Error{fmt::format("{}: can't be written: {}", path.string(), reason)};
     };
-    File file(std::fopen(partial_name(path).c_str(), "wb"));
+    File file(std::fopen(begin_partial(path).c_str(), "wb"));
     if (file == nullptr) return failed(std::strerror(errno));
     {
         PngWriter writer;

@@ -93,8 +93,11 @@ Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const Vid
     const VideoFormat* format = find_video_format(path);
     if (const std::string problem = settings_problem(path, format, settings); !problem.empty())
         return Error{path.string() + ": " + problem};
-    auto ffmpeg = ChildProcess::start(ffmpeg_arguments(*format, settings, partial_name(path)));
-    if (!ffmpeg) return Error{path.string() + ": " + ffmpeg.error().message};
+    auto ffmpeg = ChildProcess::start(ffmpeg_arguments(*format, settings, begin_partial(path)));
+    if (!ffmpeg) {
+        discard_partial(path);
+        return Error{path.string() + ": " + ffmpeg.error().message};
+    }
     return VideoFile(std::make_unique<Encoder>(path, settings, format, std::move(*ffmpeg)));
 }
 

@@ -12,6 +12,10 @@ namespace stage {
 /// The name to write to until the file is whole: beside the target, hidden, and another for each process.
 STAGE_EXPORT std::filesystem::path partial_name(const std::filesystem::path& target);
 
+/// Call before the file is created: returns partial_name(target), which is removed, too, when the process is ended by
+/// a fault or a signal (stage/output/unfinished.h) until publish_partial or discard_partial is called.
+STAGE_EXPORT std::filesystem::path begin_partial(const std::filesystem::path& target);
+
 /// Renames partial_name(target) to target, over an older one.
 STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);
 

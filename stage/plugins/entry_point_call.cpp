@@ -14,6 +14,11 @@ double seconds_since_start(const Profile& profile) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - profile.origin).count();
 }
 
+const char* container_name(const Stage& stage, const Instance& instance) {
+    const Container* container = find_container(stage, instance.container_handle);
+    return container ? container->name.c_str() : "";
+}
+
 void close_sections(Stage& stage, size_t count, const char* entry_point) {
     Profile& profile = stage.profile;
     while (profile.open.size() > count) {
@@ -28,7 +33,8 @@ void close_sections(Stage& stage, size_t count, const char* entry_point) {
 EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* entry_point)
     : stage_(stage),
       previous_stage_(current_stage()),
-      random_(stage.options.shared_random ? stream_in_force : &instance.random) {
+      random_(stage.options.shared_random ? stream_in_force : &instance.random),
+      code_(entry_point, plugin(instance.plugin).name.c_str(), container_name(stage, instance), stage.clock.frame) {
     make_current(&stage);
     stage.running.push_back({entry_point, &instance, stage.profile.open.size()});
     if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
@@ -39,9 +45,8 @@ EntryPointCall::~EntryPointCall() {
     close_sections(stage_, call.open_sections, call.entry_point);
     for (const std::string& damage : repair_guards(*call.instance)) complain(stage_, call.entry_point, damage);
     if (stage_.profile.sink) {
-        const Container* container = find_container(stage_, call.instance->container_handle);
-        stage_.profile.sink({call.entry_point, container ? std::string_view(container->name) : std::string_view(),
-                             start_seconds_, seconds_since_start(stage_.profile) - start_seconds_});
+        stage_.profile.sink(
+            {call.entry_point, code_.container, start_seconds_, seconds_since_start(stage_.profile) - start_seconds_});
     }
     stage_.running.pop_back();
     make_current(previous_stage_);

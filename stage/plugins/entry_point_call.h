@@ -2,6 +2,7 @@
 #pragma once
 
 #include "instance.h"
+#include "plugin_code.h"
 
 namespace stage {
 
@@ -22,6 +23,7 @@ class EntryPointCall {
     Stage* previous_stage_;
     DrawFrom random_;
     double start_seconds_ = 0;
+    PluginCode code_;
 };
 
 /// One of the entry points is running, or waits for a dispatcher call.
@@ -31,7 +33,8 @@ template <class EntryPoint, class... Arguments>
 auto call_entry_point(Stage& stage, Instance& instance, const char* name, EntryPoint EntryPoints::*entry_point,
                       Arguments... arguments) {
     const EntryPointCall call(stage, instance, name);
-    return (plugin(instance.plugin).entry_points.*entry_point)(instance.block, arguments...);
+    const EntryPoint function = plugin(instance.plugin).entry_points.*entry_point;
+    return call_plugin([&] { return function(instance.block, arguments...); });
 }
 
 }  // namespace stage

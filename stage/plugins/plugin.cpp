@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "entry_points.h"
+#include "plugin_code.h"
 #include "registration.h"
 #include "stage/scene/stage.h"
 
@@ -55,7 +56,11 @@ std::vector<std::string> register_plugin(Stage& stage, Registration& registratio
     Stage* previous = current_stage();
     make_current(&stage);
     set_running_registration(&registration);
-    const int32_t returned = registration.plugin.entry_points.init();
+    int32_t returned = 0;
+    {
+        const PluginCode code("PLUGIN_INIT", registration.plugin.path.c_str(), nullptr, 0);
+        returned = call_plugin(registration.plugin.entry_points.init);
+    }
     set_running_registration(nullptr);
     make_current(previous);
     std::vector<std::string> problems = find_problems(registration);
@@ -89,8 +94,10 @@ const char* to_string(ParameterKind kind) {
 }
 
 Result<PluginId> load_plugin(Stage& stage, const std::string& path) {
+    const PluginCode loading("loading", path.c_str(), nullptr, 0);  // a refused library is closed while it lives
     // A bare name would be searched for among the system's libraries.
-    LibraryPtr library(dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL));
+    const std::string file = std::filesystem::absolute(path);
+    LibraryPtr library(call_plugin([&] { return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }));
     if (!library) return Error{fmt::format("{}: not a plug-in library: {}", path, dlerror())};
     for (size_t i = 0; i < the_plugins.size(); ++i)
         if (the_plugins[i]->library == library.get()) return static_cast<PluginId>(i);

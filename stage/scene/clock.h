@@ -7,7 +7,7 @@ namespace stage {
 
 struct Clock {
     double frame_period_seconds = 0.02;
-    int64_t frame = 0;           // counts from 0
+    int64_t frame = 0;           // counts from 0; below 0 while a scene is pre-warmed
     bool frame_has_run = false;  // the plug-ins have simulated this frame
     int32_t retrace_counter = 1;
     bool on_air = false;

@@ -21,7 +21,7 @@ struct Geometry {
 
     // Mesh access.
     std::vector<int32_t> first_cursors;  // the vertex cursor of each mesh's first vertex
-    int64_t access_frame = -1;           // the frame in which access to the meshes was given last
+    int64_t access_frame = INT64_MIN;    // the frame in which access to the meshes was given last
     bool access_begun = false;           // and whether the access was begun since
 };
 

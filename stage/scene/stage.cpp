@@ -19,10 +19,14 @@ StagePtr make_stage(const StageOptions& options) {
     return stage;
 }
 
-void DestroyStage::operator()(Stage* stage) const {
-    while (!stage->instance_handles.empty() &&
-           remove_geometry(*stage, find_geometry(*stage, stage->instance_handles.back())->container_handle)) {
+void remove_instances(Stage& stage) {
+    while (!stage.instance_handles.empty() &&
+           remove_geometry(stage, find_geometry(stage, stage.instance_handles.back())->container_handle)) {
     }
+}
+
+void DestroyStage::operator()(Stage* stage) const {
+    remove_instances(*stage);
     if (the_current_stage == stage) the_current_stage = nullptr;
     delete stage;
 }

@@ -59,6 +59,10 @@ struct DestroyStage {
 /// Destroying it cleans up its instances, the newest first. Not while one of their entry points is running.
 using StagePtr = std::unique_ptr<Stage, DestroyStage>;
 
+/// Cleans up all instances, the newest first, as the Stage's end would; what they do wrong is among the complaints
+/// then. Their containers carry no geometry afterwards.
+STAGE_EXPORT void remove_instances(Stage& stage);
+
 /// Makes an empty Stage with a camera, and makes it current.
 STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
 

@@ -174,6 +174,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
     Builder builder{description, smoke_plugin, {description, make_stage(options), {}, {}, {}}, {}, {}};
+    builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
     add_containers(builder);

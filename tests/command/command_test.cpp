@@ -96,6 +96,8 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.png --at 0 --set smoke.spawn_image=puf", "unknown image 'puf': did you mean 'puff'?"},
     {"render tiny.toml -o x.png --at 0 --plugin none.so", "none.so"},
     {"render tiny.toml -o x.png --at 0 --trace no/t.json", "--trace no/t.json: there is no folder 'no'"},
+    {"render tiny.toml -o x.png --at 0 --plugin-timeout -1",
+     "--plugin-timeout -1: must be a time in seconds from 0, for no limit, to 86400"},
     {"params tiny.toml", "tiny.toml"},
 };
 
@@ -186,13 +188,61 @@ TEST_F(Command, PartsOfASceneLookAsInTheWhole) {
     for (const char* none : {"all/10.png", "part_5.png", "part_8.png"}) EXPECT_EQ(bytes(none), "") << none;
 }
 
-// Runs `render` in a process of its own until it has begun to write, then sends it the signal. Its exit status.
-int status_after_signal(const fs::path& folder, int signal) {
+const std::string kFaulty = TOVU_BINARY_DIR "/plugins/tests/faulty_at_work.so";
+const std::string kNewGeom = "PLUGIN_NEW_GEOM of Faulty in 'faulty', frame 1 ";
+const std::string kRender = "PLUGIN_RENDER_OPENGL of Faulty in 'faulty', frame 1 ";
+
+// What the faulty plug-in is told to do, and what the command says.
+struct Fault {
+    const char* deed;
+    std::string message;
+    const char* options = "";
+};
+
+const Fault kFaults[] = {
+    {"loading:crash", "loading of " + kFaulty + " crashed: SIGSEGV (bad memory access)"},
+    {"loading:throw", "loading of " + kFaulty + " threw a C++ exception: no more smoke"},
+    {"PLUGIN_INIT:exit", "PLUGIN_INIT of " + kFaulty + " called exit"},
+    {"PLUGIN_INIT_FUNCTION:abort", "PLUGIN_INIT_FUNCTION of Faulty in 'faulty', frame -1 crashed: SIGABRT (abort)"},
+    {"PLUGIN_NEW_GEOM:overflow", kNewGeom + "crashed: SIGSEGV"},
+    {"PLUGIN_NEW_GEOM:trap", kNewGeom + "crashed: SIGILL"},
+    {"PLUGIN_NEW_GEOM:loop", kNewGeom + "did not return within 0.2 seconds (--plugin-timeout)", "--plugin-timeout 0.2"},
+    {"PLUGIN_RENDER_OPENGL:throw a number", kRender + "threw a C++ exception\n"},
+    {"PLUGIN_RENDER_OPENGL:quick_exit", kRender + "called exit"},
+    {"PLUGIN_DISPATCHER_CALLBACK:crash", "PLUGIN_DISPATCHER_CALLBACK of Faulty in 'asked', frame -1 crashed: SIGSEGV"},
+    {"PLUGIN_CLEANUP_FUNCTION:exit", "PLUGIN_CLEANUP_FUNCTION of Faulty in 'asked', frame 9 called exit"},
+};
+
+// Two containers carry the faulty plug-in: "faulty", which sends "asked" a request in each frame.
+class FaultyPlugin : public Command {
+  protected:
+    void SetUp() override {
+        Command::SetUp();
+        std::string scene = "size = [32, 24]\nframe_rate = 25\nlength = 0.4\nprewarm = 0.04\n";
+        for (const char* name : {"faulty", "asked"})
+            scene += std::string("[[container]]\nname = '") + name + "'\nplugin = '" + kFaulty + "'\n";
+        write("faulty.toml", scene);
+    }
+    void TearDown() override { unsetenv("FAULTY"); }
+
+    static void tell(const char* deed) { setenv("FAULTY", deed, 1); }
+};
+
+TEST_F(FaultyPlugin, IsNamedAndEndsTheRenderWithStatus2) {
+    for (const auto& [deed, message, options] : kFaults) {
+        SCOPED_TRACE(deed);
+        tell(deed);
+        expect_mistake(std::string("render faulty.toml -o x.mp4 ") + options, message);
+    }
+}
+
+// Runs `render` in a process of its own until it has begun to write, then sends it the signal twice. Its exit status.
+int status_after_signal(const fs::path& folder, const char* scene, int signal) {
     const pid_t child = fork();
     if (child == 0) {
         std::signal(signal, SIG_DFL);  // it is ignored in what runs in the background
         if (chdir(folder.c_str()) != 0 || !std::freopen("/dev/null", "w", stderr)) _exit(99);
-        execl(TOVU_PROGRAM, "tovu", "render", "long.toml", "-o", "x.mp4", nullptr);
+        execl(TOVU_PROGRAM, "tovu", "render", scene, "-o", "x.mp4", nullptr);
         _exit(99);
     }
     const auto begun = [&folder] {
@@ -201,16 +251,20 @@ int status_after_signal(const fs::path& folder, int signal) {
     };
     int status = 0;
     while (!begun() && waitpid(child, &status, WNOHANG) == 0) usleep(1000);
-    kill(child, signal);
+    for (int i = 0; i < 2; ++i) kill(child, signal);
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST_F(Command, AnEndedRenderTakesItsUnfinishedFileAlong) {
+TEST_F(FaultyPlugin, DoesNotKeepASignalFromEndingTheRender) {
     write("long.toml", "size = [32, 24]\nlength = 3600\ncontainer = [{ name = 'a', plugin = 'smoke' }]\n");
-    for (const int signal : {SIGINT, SIGTERM}) {
-        EXPECT_EQ(128 + signal, status_after_signal(folder_ / "work", signal));
-        EXPECT_EQ(2, file_count());
+    const auto files = file_count();
+    tell("PLUGIN_NEW_GEOM:loop");
+    for (const char* scene : {"long.toml", "faulty.toml"}) {
+        for (const int signal : {SIGINT, SIGTERM}) {
+            EXPECT_EQ(128 + signal, status_after_signal(folder_ / "work", scene, signal));
+            EXPECT_EQ(files, file_count());
+        }
     }
 }
 

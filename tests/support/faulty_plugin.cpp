@@ -1,4 +1,10 @@
-// A plug-in that breaks one rule: the one that FAULT names.
+// A plug-in that breaks one rule: the one that FAULT names. With AT_WORK it registers as it should, and the environment
+// variable FAULTY names an entry point (or "loading") and a deed, as in "PLUGIN_NEW_GEOM:crash".
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
 #include "entry_points.h"
 #include "host_services.h"
 
@@ -14,14 +20,57 @@ enum class Fault {
     ENTRY_POINT_MISSING,
     PARAMETER_TWICE,
     DEFAULT_OUTSIDE,
-    SCENE_TOO_EARLY
+    SCENE_TOO_EARLY,
+    AT_WORK
 };
 
 static bool breaks(Fault rule) {
     return rule == Fault::FAULT;
 }
 
+namespace {
+
+// Volatile, so that the compiler cannot know their values.
+volatile int zero;
+volatile int* volatile nowhere = reinterpret_cast<volatile int*>(uintptr_t{64});
+
+int frames;  // calls of PLUGIN_NEW_GEOM so far, of all instances; faults of a frame wait for the fifth
+
+void overflow_stack() {
+    volatile char room[4096];
+    room[0] = static_cast<char>(zero);
+    if (zero == 0) overflow_stack();
+    zero = room[0];
+}
+
+void do_deed(const char* deed) {
+    const auto is = [deed](const char* name) { return std::strcmp(deed, name) == 0; };
+    if (is("crash")) *nowhere = 1;
+    if (is("overflow")) overflow_stack();
+    if (is("trap")) __builtin_trap();
+    if (is("abort")) std::abort();
+    if (is("throw")) throw std::runtime_error("no more smoke");
+    if (is("throw a number")) throw 5;
+    if (is("exit")) std::exit(0);
+    if (is("quick_exit")) std::quick_exit(0);
+    while (is("loop")) zero = 0;
+}
+
+void work(const char* entry_point) {
+    if (!breaks(Fault::AT_WORK)) return;
+    const char* fault = std::getenv("FAULTY");
+    const size_t length = std::strlen(entry_point);
+    if (fault && std::strncmp(fault, entry_point, length) == 0 && fault[length] == ':') do_deed(fault + length + 1);
+}
+
+__attribute__((constructor)) void load() {
+    work("loading");
+}
+
+}  // namespace
+
 int32_t PLUGIN_INIT() noexcept {
+    work("PLUGIN_INIT");
     if (!breaks(Fault::NAME_MISSING)) pelRegisterPlugin(breaks(Fault::NAME_OF_ANOTHER) ? "Probe" : "Faulty");
     if (breaks(Fault::NAME_TWICE)) pelRegisterPlugin("Faulty again");
     if (!breaks(Fault::TYPE_MISSING)) pelRegisterPluginType(breaks(Fault::TYPE_WRONG) ? 7 : 1);
@@ -33,16 +82,28 @@ int32_t PLUGIN_INIT() noexcept {
     return breaks(Fault::INIT_NOT_ZERO) ? 5 : 0;
 }
 
-void PLUGIN_INIT_FUNCTION(void*) noexcept {}
-void PLUGIN_CLEANUP_FUNCTION(void*) noexcept {}
+void PLUGIN_INIT_FUNCTION(void*) noexcept {
+    work("PLUGIN_INIT_FUNCTION");
+}
+void PLUGIN_CLEANUP_FUNCTION(void*) noexcept {
+    work("PLUGIN_CLEANUP_FUNCTION");
+}
 void PLUGIN_CHANGED_CALLBACK(void*, int32_t) noexcept {}
 void PLUGIN_EXEC_ACTION(void*, int32_t) noexcept {}
 uint8_t PLUGIN_NEW_GEOM(void*, int32_t) noexcept {
+    if (++frames > 4) work("PLUGIN_NEW_GEOM");
+    if (!breaks(Fault::AT_WORK)) return 1;
+    int32_t geometry = -1;
+    _api__container_get_geometry(_api__get_objectid("asked", "", TOVU_OBJECT_CONTAINER), &geometry);
+    _api__geom_dispatcher(geometry, 1, nullptr, nullptr);
     return 1;
 }
 #ifndef FAULT_ENTRY_POINT_MISSING
 uint8_t PLUGIN_RENDER_OPENGL(void*, int32_t, float) noexcept {
+    if (frames > 4) work("PLUGIN_RENDER_OPENGL");
     return 1;
 }
 #endif
-void PLUGIN_DISPATCHER_CALLBACK(void*, int32_t, void*, void*) noexcept {}
+void PLUGIN_DISPATCHER_CALLBACK(void*, int32_t, void*, void*) noexcept {
+    work("PLUGIN_DISPATCHER_CALLBACK");
+}

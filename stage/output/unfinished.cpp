@@ -1,0 +1,63 @@
+#include "stage/output/unfinished.h"
+
+#include <limits.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+
+namespace stage {
+namespace {
+
+struct UnfinishedFile {
+    std::atomic<bool> noted;  // set after the name is written: a signal handler may read it at any moment
+    char name[PATH_MAX];
+};
+
+// A signal handler has no argument that could carry them.
+UnfinishedFile the_files[kMostUnfinished];
+std::atomic<pid_t> the_commands[kMostUnfinished];  // 0: free
+
+}  // namespace
+
+void note_unfinished_file(const char* file) noexcept {
+    if (std::strlen(file) >= PATH_MAX) return;
+    for (UnfinishedFile& slot : the_files) {
+        if (slot.noted) continue;
+        std::strcpy(slot.name, file);
+        slot.noted = true;
+        return;
+    }
+}
+
+void forget_unfinished_file(const char* file) noexcept {
+    for (UnfinishedFile& slot : the_files)
+        if (slot.noted && std::strcmp(slot.name, file) == 0) slot.noted = false;
+}
+
+void note_unfinished_command(pid_t pid) noexcept {
+    for (std::atomic<pid_t>& slot : the_commands) {
+        if (slot != 0) continue;
+        slot = pid;
+        return;
+    }
+}
+
+void forget_unfinished_command(pid_t pid) noexcept {
+    for (std::atomic<pid_t>& slot : the_commands)
+        if (slot == pid) slot = 0;
+}
+
+void discard_unfinished() noexcept {
+    for (const std::atomic<pid_t>& command : the_commands) {  // first: one may be about to create its file
+        if (command == 0) continue;
+        kill(command, SIGKILL);
+        waitpid(command, nullptr, 0);
+    }
+    for (const UnfinishedFile& file : the_files)
+        if (file.noted) unlink(file.name);
+}
+
+}  // namespace stage
