@@ -5,31 +5,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-// The C library's allocator under its inner names, so that every allocation of the process passes by the counter.
-extern "C" {
-void* __libc_malloc(size_t bytes);
-void* __libc_calloc(size_t count, size_t bytes);
-void* __libc_realloc(void* block, size_t bytes);
-}
-
-namespace {
-long allocation_count = 0;
-}
-
-extern "C" {
-__attribute__((visibility("default"))) void* malloc(size_t bytes) {
-    ++allocation_count;
-    return __libc_malloc(bytes);
-}
-__attribute__((visibility("default"))) void* calloc(size_t count, size_t bytes) {
-    ++allocation_count;
-    return __libc_calloc(count, bytes);
-}
-__attribute__((visibility("default"))) void* realloc(void* block, size_t bytes) {
-    ++allocation_count;
-    return __libc_realloc(block, bytes);
-}
-}
+#include "support/allocation_count.h"
 
 namespace bench {
 namespace {
@@ -43,10 +19,10 @@ constexpr Look kLooks[] = {{.turbulence = true, .sort = true, .arrays = true, .r
                            {}};
 
 void expect_that_the_counter_counts() {
-    const long before = allocation_count;
+    const long before = allocation_count();
     void* volatile block = std::malloc(1);
     int* volatile array = new int[2];
-    if (allocation_count != before + 2) throw std::runtime_error("allocations pass by the counter");
+    if (allocation_count() != before + 2) throw std::runtime_error("allocations pass by the counter");
     delete[] array;
     std::free(block);
 }
@@ -70,9 +46,9 @@ void add_allocation_cases(std::vector<Case>& cases, Scene& scene) {
                          expect_that_the_counter_counts();
                          Smoke& smoke = scene.long_run(1000);
                          run_frames(scene, smoke, 1);
-                         const long before = allocation_count;
+                         const long before = allocation_count();
                          run_frames(scene, smoke, kFrames / 4);
-                         watch.count(static_cast<double>(allocation_count - before));
+                         watch.count(static_cast<double>(allocation_count() - before));
                      },
                      true});
 }

@@ -2,6 +2,7 @@
 // for themselves.
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <cstring>
 
 #include "host/spawn_requests.h"
@@ -112,14 +113,39 @@ TEST(ContainerSource, NeedsAHundredthAlongBothAxes) {
     }
 }
 
-TEST(ContainerSource, SliversDoNotStallAFrame) {
-    const stage::Mesh sliver{{{0, 0, 7}, {1000, 1000, 7}, {1000, 1000.25f, 7}}};
-    Source s({sliver}, {{"spawn_range_z", 2.0}});
-    s.host.run_frames(1);
-    ASSERT_EQ(kBirths, s.host.active_count(s.smoke)) << "in the first frame that knows the shape";
-    for (const Particle* p : s.host.active(s.smoke)) {
-        EXPECT_TRUE(point_in_polygon_xy(3, sliver.vertices.data(), p->position));
-        EXPECT_TRUE(p->position.z >= 7 && p->position.z <= 11);
+// A line of corners there and, a little beside it, back.
+stage::Mesh stroke(int corners, Vector3 beside, Vector3 (*corner)(int)) {
+    stage::Mesh mesh;
+    for (int i = 0; i < corners; ++i) mesh.vertices.push_back(corner(i));
+    for (int i = corners; i-- > 0;) mesh.vertices.push_back(corner(i) + beside);
+    return mesh;
+}
+
+TEST(ContainerSource, GivesEveryBirthAPointInTheThinnestShapes) {
+    const struct {
+        const char* name;
+        stage::Mesh mesh;
+    } rows[] = {{"a sliver", {{{0, 0, 7}, {1000, 1000, 7}, {1000, 1000.25f, 7}}}},
+                {"a spiral", stroke(720, {0.01f, 0, 0},
+                                    [](int i) {
+                                        const float angle = 0.35f * static_cast<float>(i);
+                                        const float radius = 10 + 0.5f * static_cast<float>(i);
+                                        return Vector3{radius * std::cos(angle), radius * std::sin(angle), 7};
+                                    })},
+                {"a zigzag", stroke(2400, {0.002f, 0, 0}, [](int i) {
+                     const float height = 50.0f + static_cast<float>(i * 7919 % 1000) * 0.05f;
+                     return Vector3{static_cast<float>(i), i % 2 == 0 ? height : -height, 7};
+                 })}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Source s({row.mesh}, {{"spawn_range_z", 2.0}, {"birth_rate", 50.05 * kBirths}});
+        s.host.run_frames(1);
+        ASSERT_EQ(kBirths, s.host.active_count(s.smoke)) << "in the first frame that knows the shape";
+        const auto corners = static_cast<int32_t>(row.mesh.vertices.size());
+        for (const Particle* p : s.host.active(s.smoke)) {
+            EXPECT_TRUE(point_in_polygon_xy(corners, row.mesh.vertices.data(), p->position));
+            EXPECT_TRUE(p->position.z >= 7 && p->position.z <= 11);
+        }
     }
 }
 

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "allocation_count.h"
+#include "math/polygon.h"
 #include "random_seed.h"
 #include "render_host.h"
 
@@ -47,10 +49,22 @@ Vector3 single(Vec v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
 }
 
-/// The parameters, and where the container stands.
+/// A mask of the test: pixels from the first row on, of which those that are not 0 are lit.
+struct Mask {
+    int columns, rows;
+    std::vector<uint8_t> pixels;
+    bool lit_at(double column, double row) const {
+        const int c = std::clamp(static_cast<int>(column), 0, columns - 1);
+        return pixels[static_cast<size_t>(std::clamp(static_cast<int>(row), 0, rows - 1) * columns + c)] != 0;
+    }
+};
+
+/// The parameters, where the container stands, and what its particles are born from.
 struct Rules {
     const ParameterSlots& p;
     stage::Placement at;
+    const Mask& mask;
+    const std::vector<Vector3>& outline;  // across and along in x and y, from (10, 20) to (110, 70)
 
     double spread(double base, double percent) const {
         const double half = base * percent / 100;
@@ -80,22 +94,24 @@ struct Rules {
         u = unit(u);
         return {u.x * reach * p.spawn_range_x, u.y * reach * p.spawn_range_y, u.z * reach * p.spawn_range_z};
     }
-    // The outline of the test is a triangle in x-y or x-z.
+    // In float32, since some candidates fall on an edge.
     Vec container() const {
         for (;;) {
-            const double x = 10 + draw(2 * 100);
-            const double along = 20 + draw(2 * 50);
-            if (along >= 20 + (x - 10) / 2 || x >= 110) continue;
+            const float x = 10 + static_cast<float>(draw(2 * 100));
+            const float along = 20 + static_cast<float>(draw(2 * 50));
+            const auto corners = static_cast<int32_t>(outline.size());
+            if (!point_in_polygon_xy(corners, outline.data(), {x, along, 0})) continue;
             const double third = -3 + (p.spawn_range_z > 0 ? draw(2 * p.spawn_range_z) : 0);
             return p.spawn_cont_ref_plane != 0 ? Vec{x, third, along} : Vec{x, along, third};
         }
     }
-    // The mask of the test is 2 × 2 with only the first row's last pixel dark.
     Vec image() const {
         for (;;) {
-            const double x = draw(2 * p.spawn_range_x) - p.spawn_range_x / 2;
-            const double y = draw(2 * p.spawn_range_y) - p.spawn_range_y / 2;
-            if (x < 0 || y >= 0) return {x, y, p.spawn_range_z > 0 ? draw(2 * p.spawn_range_z) : 0};
+            const double x = draw(2 * p.spawn_range_x);
+            const double y = draw(2 * p.spawn_range_y);
+            if (!mask.lit_at(x * mask.columns / p.spawn_range_x, y * mask.rows / p.spawn_range_y)) continue;
+            const double z = p.spawn_range_z > 0 ? draw(2 * p.spawn_range_z) : 0;
+            return {x - p.spawn_range_x / 2, y - p.spawn_range_y / 2, z};
         }
     }
     Vec position() const {
@@ -167,9 +183,20 @@ const stage::ParameterValues kSpreads = {{"life_time_spread", 50.0},    {"initia
                                          {"size_death_spread_x", 70.0}, {"size_death_spread_y", 100.0},
                                          {"size_birth_y", 8.0},         {"size_death_y", 1.0}};
 
+const Mask kMask{2, 2, {1, 0, 255, 2}};
+Mask with_one_lit(int columns, int rows) {
+    Mask mask{columns, rows, std::vector<uint8_t>(static_cast<size_t>(columns * rows))};
+    mask.pixels[static_cast<size_t>(columns * (rows / 2) + columns / 3)] = 1;
+    return mask;
+}
+const Mask kOneOf96 = with_one_lit(12, 8);
+const Mask kOneOf512 = with_one_lit(32, 16);
+
 const struct {
     const char* name;
     stage::ParameterValues values;
+    const Mask* mask = &kMask;
+    float lower = 20;  // end of the triangle's upright side
 } kEmissions[] = {
     {"as registered", {}},
     {"box", kBox},
@@ -184,6 +211,8 @@ const struct {
      {{"spawn_type", 2}, {"spawn_range_z", 10.0}, {"spawn_cont_ref_plane", 1}, {"spawn_cont_name", "standing"}}},
     {"mask", {{"spawn_type", 3}, {"spawn_range_x", 40.0}, {"spawn_range_y", 60.0}}},
     {"mask with depth", with(kBox, {{"spawn_type", 3}})},
+    {"mask of which a 96th is lit", with(kBox, {{"spawn_type", 3}}), &kOneOf96},
+    {"triangle of a 384th of the candidates", {{"spawn_type", 2}}, &kMask, 70 - 100.0f / 96},
     {"no opening", {{"opening_angle_x", 0.0}, {"opening_angle_z", 0.0}}},
     {"opening in x alone", {{"opening_angle_x", 180.0}, {"opening_angle_z", 0.0}}},
     {"wider than a half-turn", {{"opening_angle_x", 360.0}}},
@@ -200,8 +229,9 @@ TEST(Emission, EveryFieldFromTheSameDraws) {
     for (const auto& row : kEmissions) {
         SCOPED_TRACE(row.name);
         TestHost host(1, kPeriod);
-        stage::add_image(host.stage(), "mask", 2, 2, GL_LUMINANCE, {1, 0, 255, 2});
-        host.add_outlines("triangle", {{{{10, 20, -3}, {110, 20, -3}, {110, 70, -3}}}});
+        stage::add_image(host.stage(), "mask", row.mask->columns, row.mask->rows, GL_LUMINANCE, row.mask->pixels);
+        const std::vector<Vector3> triangle = {{10, 20, -3}, {110, row.lower, -3}, {110, 70, -3}};
+        host.add_outlines("triangle", {{triangle}});
         host.add_outlines("standing", {{{{10, -3, 20}, {110, -3, 20}, {110, -3, 70}}}});
         const SmokeHandle smoke = host.add_smoke(with({{"number_of_particles", kBirths},
                                                        {"birth_rate", 0.0},
@@ -217,7 +247,7 @@ TEST(Emission, EveryFieldFromTheSameDraws) {
         const std::vector<Particle*> born = host.active(smoke);
         ASSERT_EQ(static_cast<size_t>(kBirths), born.size());
         std::srand(seed.value);
-        const Rules rules{host.block(smoke).parameters, host.container(smoke).placement};
+        const Rules rules{host.block(smoke).parameters, host.container(smoke).placement, *row.mask, triangle};
         for (size_t i = born.size(); i-- > 0 && !testing::Test::HasFailure();)
             rules.expect_newborn(*born[i]);  // oldest first
         EXPECT_EQ(behind, std::rand()) << "as many draws, no more";
@@ -228,6 +258,9 @@ TEST(Emission, EveryFieldFromTheSameDraws) {
     }
 }
 
+constexpr int kMostRejected = 16384 + 5 * kBirths;
+constexpr double kRate = (kBirths + 0.2) / (3 * kPeriod);  // the time of two frames before is due as well
+
 // A birth that finds no point still draws its direction's two values and its size: the sequence goes on as if it lived.
 TEST(Emission, WithoutAPointTheRecordGoesBack) {
     const RandomSeed seed;
@@ -236,8 +269,8 @@ TEST(Emission, WithoutAPointTheRecordGoesBack) {
         stage::ParameterValues values;
         int draws;
     } rows[] = {
-        {"a shape without area", {{"spawn_type", 2}, {"spawn_cont_name", "line"}}, 256 * 2 + kBirths * 3},
-        {"a dark mask", with(kBox, {{"spawn_type", 3}, {"spawn_image", "dark"}}), 256 * 2 + kBirths * 3},
+        {"a shape without area", {{"spawn_type", 2}, {"spawn_cont_name", "hook"}}, 2 * kMostRejected + kBirths * 3},
+        {"a dark mask", with(kBox, {{"spawn_type", 3}, {"spawn_image", "dark"}}), 2 * kMostRejected + kBirths * 3},
         {"a mask that is too narrow",
          with(kBox, {{"spawn_type", 3}, {"spawn_image", "dark"}, {"spawn_range_y", 0.0099}}), 0},
         {"no mask", with(kBox, {{"spawn_type", 3}}), 0},
@@ -248,18 +281,79 @@ TEST(Emission, WithoutAPointTheRecordGoesBack) {
         SCOPED_TRACE(row.name);
         TestHost host(1, kPeriod);
         stage::add_image(host.stage(), "dark", 2, 2, GL_RGB, {0, 9, 9, 0, 9, 9, 0, 9, 9, 0, 9, 9});
-        host.add_outlines("line", {{{{0, 0, 0}, {50, 50, 0}, {100, 100, 0}}}});
+        host.add_outlines("hook", {{{{0, 0, 0}, {100, 0, 0}, {100, 50, 0}, {100, 0, 0}}}});
         const SmokeHandle smoke =
             host.add_smoke(with(row.values, {{"number_of_particles", kBirths}, {"birth_rate", 0.0}}));
         host.run_frames(2);
-        host.set(smoke, "birth_rate", 25.2 / (3 * kPeriod));  // the time of the frames without births is due as well
+        host.set(smoke, "birth_rate", kRate);
         std::srand(seed.value);
         host.run_frames(1);
         EXPECT_EQ(row.draws, draws_since(seed.value));
         EXPECT_EQ(0, host.active_count(smoke));
         EXPECT_EQ(static_cast<size_t>(kBirths), host.inactive(smoke).size());
-        EXPECT_NEAR(0.2 / 25.2 * 3 * kPeriod, host.block(smoke).birth_accumulator, 1e-5) << "25 were made or lost";
+        EXPECT_NEAR(0.2 / kRate, host.block(smoke).birth_accumulator, 1e-5) << "25 were made or lost";
     }
+}
+
+// Six values for each point that is drawn directly, three for its direction and size.
+TEST(Emission, RejectionsAreCountedOverTheWholeCall) {
+    const RandomSeed seed;
+    TestHost host(1, kPeriod);
+    const Mask& mask = kOneOf512;
+    stage::add_image(host.stage(), "mask", mask.columns, mask.rows, GL_LUMINANCE, mask.pixels);
+    const SmokeHandle smoke = host.add_smoke(with(kBox, {{"number_of_particles", kBirths},
+                                                         {"birth_rate", 0.0},
+                                                         {"initial_speed", 0.0},
+                                                         {"spawn_type", 3},
+                                                         {"spawn_range_z", 0.0},
+                                                         {"spawn_image", "mask"}}));
+    host.run_frames(2);
+    host.set(smoke, "birth_rate", kRate);
+    std::srand(seed.value);
+    host.run_frames(1);
+    const int behind = std::rand();
+    const std::vector<Particle*> born = host.active(smoke);
+    ASSERT_EQ(static_cast<size_t>(kBirths), born.size());
+    std::srand(seed.value);
+    int found = 0;
+    for (int rejected = 0; rejected < kMostRejected;) {
+        const double x = draw(80), y = draw(120);
+        if (!mask.lit_at(x * 32 / 40, y * 16 / 60)) {
+            ++rejected;
+            continue;
+        }
+        const Particle& p = *born[born.size() - 1 - static_cast<size_t>(found++)];
+        EXPECT_NEAR(x - 20, p.position.x, 1e-5);
+        EXPECT_NEAR(y - 30, p.position.y, 1e-5);
+        for (int i = 0; i < 3; ++i) std::rand();
+    }
+    EXPECT_GT(found, 0);
+    ASSERT_LT(found, kBirths);
+    for (int i = 0; i < (kBirths - found) * 9; ++i) std::rand();
+    EXPECT_EQ(behind, std::rand());
+    for (const Particle* p : born)
+        EXPECT_TRUE(mask.lit_at((p->position.x + 20) * 32 / 40, (p->position.y + 30) * 16 / 60));
+}
+
+// In ten frames of a smoke born from either kind of area, and of one of which nothing is born.
+TEST(Emission, SteadyFramesAllocateNothing) {
+    if (allocation_count() == 0) GTEST_SKIP() << "nothing is counted here";
+    const auto allocations = [](const stage::ParameterValues& values) {
+        TestHost host(1, kPeriod);
+        stage::add_image(host.stage(), "sparse", 32, 16, GL_LUMINANCE, kOneOf512.pixels);
+        host.add_outlines("thin", {{{{0, 0, 0}, {100, 100, 0}, {100, 100.01f, 0}}}});
+        const SmokeHandle smoke = host.add_smoke(with(
+            kBox, with({{"number_of_particles", 3 * kBirths}, {"birth_rate", 1250.0}, {"life_time", 0.05}}, values)));
+        host.run_frames(10);
+        const long before = allocation_count();
+        host.run_frames(10);
+        const long after = allocation_count();
+        EXPECT_EQ(values.size() == 1, host.active_count(smoke) == 0);
+        return after - before;
+    };
+    const long without_births = allocations({{"birth_rate", 0.0}});
+    EXPECT_EQ(without_births, allocations({{"spawn_type", 3}, {"spawn_image", "sparse"}}));
+    EXPECT_EQ(without_births, allocations({{"spawn_type", 2}, {"spawn_cont_name", "thin"}}));
 }
 
 }  // namespace

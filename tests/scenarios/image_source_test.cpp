@@ -40,6 +40,7 @@ struct Weather {
         host.set(smoke, "spawn_range_y", 100.0);
         host.set(smoke, "spawn_type", 3);
         host.set(smoke, "number_of_particles", count);
+        host.set(smoke, "birth_rate", 4.4 * count);  // a frame and a bit to fill it: a dark image is searched for long
         host.run_frames(1);
         EXPECT_GE(1, host.active_count(smoke)) << "the mask has its rectangle from the next frame on";
         host.run_frames(2);

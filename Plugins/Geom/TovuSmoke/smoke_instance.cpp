@@ -89,15 +89,22 @@ void place_images(SmokeInstance& instance) {
 }
 
 SpeedUps* make_speed_ups() {
-    void* memory = std::malloc(sizeof(SpeedUps));
-    return memory == nullptr ? nullptr : new (memory) SpeedUps;
+    // SIMD types need more alignment than malloc guarantees on some 32-bit platforms.
+    constexpr size_t kSlack = alignof(SpeedUps) - 1;
+    void* const memory = std::malloc(sizeof(SpeedUps) + kSlack);
+    if (memory == nullptr) return nullptr;
+    const uintptr_t aligned = (reinterpret_cast<uintptr_t>(memory) + kSlack) & ~kSlack;
+    auto* const speed_ups = new (reinterpret_cast<void*>(aligned)) SpeedUps;
+    speed_ups->memory = memory;
+    return speed_ups;
 }
 
 void free_speed_ups(SmokeInstance& instance) {
     if (instance.speed_ups == nullptr) return;
     std::free(instance.speed_ups->active.records);
     release(instance.speed_ups->outline_index);
-    std::free(instance.speed_ups);
+    release(instance.speed_ups->spawn_areas);
+    std::free(instance.speed_ups->memory);
     instance.speed_ups = nullptr;
 }
 

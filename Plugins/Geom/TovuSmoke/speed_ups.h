@@ -5,6 +5,7 @@
 
 #include "host/particle_record.h"
 #include "sources/outline_index.h"
+#include "sources/spawn_areas.h"
 #include "sources/wind_angles.h"
 
 namespace tovu {
@@ -19,8 +20,10 @@ struct ActiveArray {
 };
 
 struct SpeedUps {
+    void* memory = nullptr;  // the allocation that holds it
     ActiveArray active;
     OutlineIndex outline_index;
+    SpawnAreas spawn_areas;
     WindAngles wind_angles;
     bool wind_angles_filled = false;
 };

@@ -236,7 +236,7 @@ bool emit_with(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch&
 bool emit_particles(SmokeInstance& instance, int32_t count) {
     if (count < 1) return false;
     SpawnSearch search;
-    if (!begin_search(instance, search)) return false;
+    if (!begin_search(instance, search, count)) return false;
     EmissionSetup setup;
     set_up_frames(setup, instance);
     set_up_draws(setup, instance);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "../math/random.h"
+#include "growing_array.h"
 
 namespace tovu {
 namespace {
@@ -20,7 +21,6 @@ MaskRow row_at(const ImageReader& mask, int32_t row) {
     const auto bytes = static_cast<uint64_t>(mask.source.bytes_per_pixel);
     const auto width = static_cast<uint64_t>(mask.source.width);
     const uint64_t start = static_cast<uint64_t>(row) * width * bytes;
-    if (start >= mask.byte_count) return {mask.pixels, 0, false};
     const uint64_t held = (mask.byte_count - start + bytes - 1) / bytes;  // pixels whose first byte is there
     const uint64_t inner = std::min(held, width - 1);
     return {mask.pixels + start, static_cast<int32_t>(inner), byte_at(mask, start + (width - 1) * bytes) != 0};
@@ -62,13 +62,22 @@ float position_at(double pixel, float rect_min, float rect_max, int32_t count) {
     return static_cast<float>(static_cast<double>(rect_min) + pixel * extent / count);
 }
 
+// Rows of which the host's data hold a pixel at least.
+int32_t rows_held(const ImageReader& mask) {
+    const ImageSource& s = mask.source;
+    if (mask.pixels == nullptr || s.height <= 0 || s.width <= 0) return 0;
+    const uint64_t row_bytes = static_cast<uint64_t>(s.width) * static_cast<uint64_t>(s.bytes_per_pixel);
+    const uint64_t begun = (mask.byte_count + row_bytes - 1) / row_bytes;
+    return static_cast<int32_t>(std::min(begun, static_cast<uint64_t>(s.height)));
+}
+
 }  // namespace
 
 bool build_area(MaskArea& area, const ImageReader& mask) {
-    const int32_t rows = mask.source.height;
-    if (mask.pixels == nullptr || rows <= 0 || mask.source.width <= 0) return false;
-    area.area_through = static_cast<double*>(std::malloc(static_cast<size_t>(rows) * sizeof(double)));
-    if (area.area_through == nullptr) return false;
+    area.row_count = 0;
+    area.total = 0;
+    const int32_t rows = rows_held(mask);
+    if (rows == 0 || !reserve(area.area_through, area.row_capacity, rows)) return false;
     area.row_count = rows;
     for (int32_t row = 0; row < rows; ++row) {
         area.total += width_of(row_at(mask, row), mask) * height_of(row, mask);
@@ -77,7 +86,7 @@ bool build_area(MaskArea& area, const ImageReader& mask) {
     return area.total > 0.0;
 }
 
-MaskPoint draw_from_area(const MaskArea& area, const ImageReader& mask) {
+PlanePoint draw_from_area(const MaskArea& area, const ImageReader& mask) {
     const ImageSource& s = mask.source;
     const double chosen = random_fraction() * area.total;
     const double* const first = area.area_through;

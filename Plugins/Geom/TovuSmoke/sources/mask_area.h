@@ -3,14 +3,16 @@
 #pragma once
 
 #include "image_source.h"
+#include "plane_point.h"
 
 namespace tovu {
 
 /// How much of the mask lies in each row, in pixels, the bands beyond the maximum edges included: there the last column
-/// and the last row go on for another width and height of the rectangle. Owns the array.
+/// and the last row go on for another width and height of the rectangle. Owns the array, which never shrinks.
 struct MaskArea {
     double* area_through = nullptr;  // of rows 0 to r
-    int32_t row_count = 0;
+    int32_t row_count = 0;           // that the host's data reach
+    int32_t row_capacity = 0;        // entries allocated in area_through
     double total = 0;
 };
 
@@ -18,11 +20,7 @@ struct MaskArea {
 bool build_area(MaskArea& area, const ImageReader& mask);
 
 /// A position whose pixel is lit, uniform over all such positions. Draws six random values.
-struct MaskPoint {
-    float x;
-    float y;
-};
-MaskPoint draw_from_area(const MaskArea& area, const ImageReader& mask);
+PlanePoint draw_from_area(const MaskArea& area, const ImageReader& mask);
 
 void release(MaskArea& area);
 

@@ -3,218 +3,332 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include "../math/random.h"
+#include "growing_array.h"
 #include "outline_index.h"
 
 namespace tovu {
-namespace {
 
-// Spans of all slices together, per edge: beyond it the outlines are so ragged that their box serves as well.
-constexpr int64_t kMostSpansPerEdge = 32;
-constexpr int64_t kSpansAnyway = 4096;
-
-// Share of the box's width by which edges may stand in the wrong order at a slice's end without counting as crossed:
-// neighbours that meet in a vertex do so by rounding.
-constexpr float kCrossingTolerance = 1e-6f;
-
-struct SliceEdge {
+/// An edge that is not level, and the gap between it and its right neighbour while the sweep passes both.
+struct SweepEdge {
     float low;  // second coordinate of the lower end
     float high;
     float across_at_low;
     float across_at_high;
+    double slope;  // first coordinate by second
+    double since;  // second coordinate from which the gap is as it is now
     int32_t outline;
+    int32_t cover;  // outlines that enclose the gap
+    bool inside;    // whether its own outline does
+    bool active;    // whether the sweep passes it
 };
 
-/// An edge where it passes through the slice at hand.
-struct Crossing {
-    float at_low;
-    float at_high;
-    int32_t outline;
+/// Where the sweep will find two neighbours in the other order.
+struct SweepCrossing {
+    double along;
+    int32_t left;  // edges, as they stand before
+    int32_t right;
 };
 
-/// One allocation with all that the cutting needs, freed when it is done.
-struct Workspace {
-    void* memory = nullptr;
-    SliceEdge* edges = nullptr;   // by their lower end
-    float* levels = nullptr;      // the distinct ends, rising: slices lie between neighbours
-    float* upper_ends = nullptr;  // of the edges, rising
-    int32_t* active = nullptr;    // edges that pass through the slice at hand
-    Crossing* crossings = nullptr;
-    uint8_t* inside = nullptr;  // by outline: whether the sweep across the slice is inside it
+/// Whether an outline encloses the gap at hand; known only in the update with this number.
+struct SweepOutline {
+    int32_t update;
+    bool inside;
+};
+
+namespace {
+
+// Edges that cross more often than this enclose so many pieces that boxes serve better.
+constexpr int64_t kMostCrossingsPerEdge = 4;
+constexpr int64_t kCrossingsAnyway = 16384;
+constexpr int32_t kBoxes = 64;
+
+/// The plane sweep: a line moves up along the second coordinate and keeps the edges that it passes in their order.
+/// Positions count from the left.
+struct Sweep {
+    OutlineArea& area;
     int32_t edge_count = 0;
-    int32_t level_count = 0;
+    int32_t* by_high = nullptr;  // edges by their upper end; the array of edges itself is by their lower end
+    int32_t* order = nullptr;    // active edges, left to right
+    int32_t active_count = 0;
+    int32_t begun = 0;  // edges that became active so far
+    int32_t ended = 0;  // of by_high
+    int32_t crossing_count = 0;
+    int64_t swaps_left = 0;
+    double reached = 0;  // second coordinate of the last crossing
+    int32_t update = 0;
+    bool no_memory = false;
+
+    // What the level at hand changed: positions from first_changed on, but for the last `unchanged_behind` ones.
+    int32_t first_changed = 0;
+    int32_t unchanged_behind = 0;
+
+    SweepEdge& at(int32_t position) { return area.edges[order[position]]; }
 };
 
-template <class T>
-T* take(char*& cursor, size_t count) {
-    T* block = reinterpret_cast<T*>(cursor);
-    cursor += (count * sizeof(T) + 15) / 16 * 16;
-    return block;
+double across_at(const SweepEdge& edge, double along) {
+    if (along >= static_cast<double>(edge.high)) return static_cast<double>(edge.across_at_high);
+    return static_cast<double>(edge.across_at_low) + edge.slope * (along - static_cast<double>(edge.low));
 }
 
-bool allocate(Workspace& work, const ContainerSpawnSource& source) {
-    size_t edges = 0;
-    for_each_edge(source, [&edges](const OutlineEdge&) { ++edges; });
-    const auto outlines = static_cast<size_t>(source.outline_count);
-    const size_t bytes =
-        edges * (sizeof(SliceEdge) + 3 * sizeof(float) + sizeof(int32_t) + sizeof(Crossing)) + outlines;
-    work.memory = std::calloc(bytes + 6 * 16, 1);
-    if (work.memory == nullptr) return false;
-    auto cursor = static_cast<char*>(work.memory);
-    work.edges = take<SliceEdge>(cursor, edges);
-    work.levels = take<float>(cursor, 2 * edges);
-    work.upper_ends = take<float>(cursor, edges);
-    work.active = take<int32_t>(cursor, edges);
-    work.crossings = take<Crossing>(cursor, edges);
-    work.inside = take<uint8_t>(cursor, outlines);
-    return true;
-}
-
-void gather_edges(Workspace& work, const ContainerSpawnSource& source) {
-    for_each_edge(source, [&work](const OutlineEdge& e) {
+void gather_edges(Sweep& sweep, const ContainerSpawnSource& source) {
+    SweepEdge* const edges = sweep.area.edges;
+    for_each_edge(source, [&](const OutlineEdge& e) {
         const float sum = e.a_across + e.a_along + e.b_across + e.b_along;
         if (e.a_along == e.b_along || sum - sum != 0.0f) return;  // encloses nothing by itself
         const bool rising = e.a_along < e.b_along;
-        work.edges[work.edge_count++] = rising ? SliceEdge{e.a_along, e.b_along, e.a_across, e.b_across, e.outline}
-                                               : SliceEdge{e.b_along, e.a_along, e.b_across, e.a_across, e.outline};
+        const float low = rising ? e.a_along : e.b_along;
+        const float high = rising ? e.b_along : e.a_along;
+        const float across_at_low = rising ? e.a_across : e.b_across;
+        const float across_at_high = rising ? e.b_across : e.a_across;
+        const double slope = (static_cast<double>(across_at_high) - static_cast<double>(across_at_low)) /
+                             (static_cast<double>(high) - static_cast<double>(low));
+        edges[sweep.edge_count++] = {low, high, across_at_low, across_at_high, slope, 0, e.outline, 0, false, false};
     });
-    SliceEdge* const end = work.edges + work.edge_count;
-    std::sort(work.edges, end, [](const SliceEdge& a, const SliceEdge& b) { return a.low < b.low; });
-    int32_t levels = 0;
-    for (const SliceEdge* e = work.edges; e != end; ++e) {
-        work.upper_ends[e - work.edges] = e->high;
-        work.levels[levels++] = e->low;
-        work.levels[levels++] = e->high;
-    }
-    std::sort(work.upper_ends, work.upper_ends + work.edge_count);
-    std::sort(work.levels, work.levels + levels);
-    work.level_count = static_cast<int32_t>(std::unique(work.levels, work.levels + levels) - work.levels);
+    std::sort(edges, edges + sweep.edge_count, [](const SweepEdge& a, const SweepEdge& b) { return a.low < b.low; });
+    for (int32_t i = 0; i < sweep.edge_count; ++i) sweep.by_high[i] = i;
+    std::sort(sweep.by_high, sweep.by_high + sweep.edge_count,
+              [edges](int32_t a, int32_t b) { return edges[a].high < edges[b].high; });
 }
 
-// How many edges pass through all slices together, without cutting them.
-int64_t count_passages(const Workspace& work) {
-    int64_t passages = 0;
-    int32_t begun = 0;
-    int32_t ended = 0;
-    for (int32_t k = 0; k + 1 < work.level_count; ++k) {
-        while (begun < work.edge_count && work.edges[begun].low <= work.levels[k]) ++begun;
-        while (ended < work.edge_count && work.upper_ends[ended] <= work.levels[k]) ++ended;
-        passages += begun - ended;
-    }
-    return passages;
+bool begin_sweep(Sweep& sweep, const ContainerSpawnSource& source) {
+    OutlineArea& area = sweep.area;
+    int64_t edges = 0;
+    for_each_edge(source, [&edges](const OutlineEdge&) { ++edges; });
+    if (!reserve(area.edges, area.edge_capacity, edges) ||
+        !reserve(area.edge_lists, area.edge_list_capacity, 2 * edges) ||
+        !reserve(area.outlines, area.outline_capacity, source.outline_count))
+        return false;
+    sweep.by_high = area.edge_lists;
+    sweep.order = area.edge_lists + edges;
+    sweep.swaps_left = kMostCrossingsPerEdge * edges + kCrossingsAnyway;
+    for (int32_t i = 0; i < source.outline_count; ++i) area.outlines[i] = {0, false};
+    gather_edges(sweep, source);
+    return true;
 }
 
-float across_at(const SliceEdge& edge, float along) {
-    if (along <= edge.low) return edge.across_at_low;
-    if (along >= edge.high) return edge.across_at_high;
-    const float share = (along - edge.low) / (edge.high - edge.low);
-    return edge.across_at_low + share * (edge.across_at_high - edge.across_at_low);
+// Room for one entry more; the size doubles, so that a shape that grows slowly rarely allocates.
+template <class Entry>
+bool reserve_one(Sweep& sweep, Entry*& entries, int32_t& capacity, int32_t count) {
+    const bool there = count < capacity || reserve(entries, capacity, 2 * static_cast<int64_t>(count) + 64);
+    sweep.no_memory = sweep.no_memory || !there;
+    return there;
 }
 
-void add_piece(OutlineArea& area, AreaPiece piece) {
-    const double mean_width =
-        0.5 * (static_cast<double>(piece.right_at_low) - static_cast<double>(piece.left_at_low) +
-               static_cast<double>(piece.right_at_high) - static_cast<double>(piece.left_at_high));
-    const double size = mean_width * (static_cast<double>(piece.high) - static_cast<double>(piece.low));
-    if (!(size > 0.0)) return;
+void add_piece(Sweep& sweep, AreaPiece piece) {
+    OutlineArea& area = sweep.area;
+    piece.right_at_low = std::max(piece.right_at_low, piece.left_at_low);  // rounding may have them cross
+    piece.right_at_high = std::max(piece.right_at_high, piece.left_at_high);
+    const double widths = static_cast<double>(piece.right_at_low) - static_cast<double>(piece.left_at_low) +
+                          static_cast<double>(piece.right_at_high) - static_cast<double>(piece.left_at_high);
+    const double size = 0.5 * widths * (static_cast<double>(piece.high) - static_cast<double>(piece.low));
+    if (!(size > 0.0) || !reserve_one(sweep, area.pieces, area.capacity, area.count)) return;
     piece.area_before = area.total;
     area.total += size;
     area.pieces[area.count++] = piece;
 }
 
-// Edges in order across the slice; false where they cross inside it.
-bool order_crossings(Crossing* crossings, int32_t count, float tolerance) {
-    std::sort(crossings, crossings + count,
-              [](const Crossing& a, const Crossing& b) { return a.at_low + a.at_high < b.at_low + b.at_high; });
-    for (int32_t i = 0; i + 1 < count; ++i)
-        if (crossings[i].at_low > crossings[i + 1].at_low + tolerance ||
-            crossings[i].at_high > crossings[i + 1].at_high + tolerance)
-            return false;
-    return true;
-}
-
-void add_box_of(OutlineArea& area, const Crossing* crossings, int32_t count, float low, float high) {
-    float left = crossings[0].at_low;
-    float right = left;
-    for (int32_t i = 0; i < count; ++i) {
-        left = std::min({left, crossings[i].at_low, crossings[i].at_high});
-        right = std::max({right, crossings[i].at_low, crossings[i].at_high});
+// The gap behind a position is about to change: what was enclosed of it so far becomes a piece.
+void end_gap(Sweep& sweep, int32_t position, double along) {
+    if (position < 0 || position >= sweep.active_count) return;
+    SweepEdge& left = sweep.at(position);
+    if (left.cover > 0 && left.since < along && position + 1 < sweep.active_count) {
+        const SweepEdge& right = sweep.at(position + 1);
+        add_piece(sweep,
+                  {static_cast<float>(left.since), static_cast<float>(along),
+                   static_cast<float>(across_at(left, left.since)), static_cast<float>(across_at(right, left.since)),
+                   static_cast<float>(across_at(left, along)), static_cast<float>(across_at(right, along)), 0});
     }
-    add_piece(area, {low, high, left, right, left, right, 0});
+    left.since = along;
 }
 
-// From where the sweep enters the first outline to where it leaves the last: what lies in several counts once.
-void add_spans(OutlineArea& area, Workspace& work, int32_t count, float low, float high) {
-    const Crossing* from = nullptr;
-    int32_t inside_count = 0;
-    for (int32_t i = 0; i < count; ++i) {
-        const Crossing& crossing = work.crossings[i];
-        uint8_t& inside = work.inside[crossing.outline];
-        inside ^= 1;
-        if (inside && inside_count++ == 0) from = &crossing;
-        if (!inside && --inside_count == 0)
-            add_piece(area, {low, high, from->at_low, crossing.at_low, from->at_high, crossing.at_high, 0});
+bool comes_sooner(const SweepCrossing& a, const SweepCrossing& b) {
+    return a.along > b.along;  // for a heap, whose front is the greatest
+}
+
+// Neighbours that stand in the other order where the first of them ends will cross, or do so here by rounding. No pair
+// changes places twice, since the order at that end decides.
+void foresee_crossing(Sweep& sweep, int32_t position, double along) {
+    if (position < 0 || position + 1 >= sweep.active_count) return;
+    const SweepEdge& left = sweep.at(position);
+    const SweepEdge& right = sweep.at(position + 1);
+    const auto end = static_cast<double>(std::min(left.high, right.high));
+    const double overlap_at_end = across_at(left, end) - across_at(right, end);
+    if (!(overlap_at_end > 0.0)) return;
+    const double room = across_at(right, along) - across_at(left, along);
+    const double crossing = room > 0.0 ? along + (end - along) * (room / (room + overlap_at_end)) : along;
+    OutlineArea& area = sweep.area;
+    if (!reserve_one(sweep, area.crossings, area.crossing_capacity, sweep.crossing_count)) return;
+    area.crossings[sweep.crossing_count++] = {std::min(crossing, end), sweep.order[position],
+                                              sweep.order[position + 1]};
+    std::push_heap(area.crossings, area.crossings + sweep.crossing_count, comes_sooner);
+}
+
+// Edges that touch here stand in any order among themselves, so the search goes on from where it should be.
+int32_t position_of(Sweep& sweep, int32_t edge, double along) {
+    const double across = across_at(sweep.area.edges[edge], along);
+    const int32_t* const first = sweep.order;
+    const int32_t* const found = std::lower_bound(first, first + sweep.active_count, across, [&](int32_t e, double at) {
+        return across_at(sweep.area.edges[e], along) < at;
+    });
+    auto behind = static_cast<int32_t>(found - first);
+    for (int32_t before = behind - 1;; --before, ++behind) {
+        if (behind < sweep.active_count && sweep.order[behind] == edge) return behind;
+        if (before >= 0 && sweep.order[before] == edge) return before;
     }
-    for (int32_t i = 0; i < count; ++i) work.inside[work.crossings[i].outline] = 0;
 }
 
-void cut_slices(OutlineArea& area, Workspace& work, float tolerance) {
-    int32_t begun = 0;
-    int32_t active_count = 0;
-    for (int32_t k = 0; k + 1 < work.level_count; ++k) {
-        const float low = work.levels[k];
-        const float high = work.levels[k + 1];
-        int32_t kept = 0;
-        for (int32_t i = 0; i < active_count; ++i)
-            if (work.edges[work.active[i]].high > low) work.active[kept++] = work.active[i];
-        for (; begun < work.edge_count && work.edges[begun].low <= low; ++begun) work.active[kept++] = begun;
-        active_count = kept;
-        for (int32_t i = 0; i < active_count; ++i) {
-            const SliceEdge& edge = work.edges[work.active[i]];
-            work.crossings[i] = {across_at(edge, low), across_at(edge, high), edge.outline};
+void swap_neighbours(Sweep& sweep, const SweepCrossing& crossing) {
+    SweepEdge& left = sweep.area.edges[crossing.left];
+    SweepEdge& right = sweep.area.edges[crossing.right];
+    if (!left.active || !right.active) return;
+    const int32_t position = position_of(sweep, crossing.left, crossing.along);
+    if (position + 1 >= sweep.active_count || sweep.order[position + 1] != crossing.right) return;
+    for (int32_t p = position - 1; p <= position + 1; ++p) end_gap(sweep, p, crossing.along);
+    std::swap(sweep.order[position], sweep.order[position + 1]);
+    if (left.outline == right.outline) std::swap(left.inside, right.inside);
+    const int32_t cover_before = position > 0 ? sweep.at(position - 1).cover : 0;
+    left.cover = right.cover;
+    right.cover = cover_before + (right.inside ? 1 : -1);
+    foresee_crossing(sweep, position - 1, crossing.along);
+    foresee_crossing(sweep, position + 1, crossing.along);
+    --sweep.swaps_left;
+}
+
+void handle_crossings(Sweep& sweep, double level) {
+    SweepCrossing* const& crossings = sweep.area.crossings;
+    while (sweep.crossing_count > 0 && crossings[0].along <= level && sweep.swaps_left > 0) {
+        std::pop_heap(crossings, crossings + sweep.crossing_count, comes_sooner);
+        const SweepCrossing crossing = crossings[--sweep.crossing_count];
+        sweep.reached = crossing.along;
+        swap_neighbours(sweep, crossing);
+    }
+}
+
+void note_change(Sweep& sweep, int32_t position, int32_t unchanged_behind) {
+    sweep.first_changed = std::min(sweep.first_changed, position);
+    sweep.unchanged_behind = std::min(sweep.unchanged_behind, unchanged_behind);
+}
+
+void remove_edge(Sweep& sweep, int32_t edge, double level) {
+    const int32_t position = position_of(sweep, edge, level);
+    end_gap(sweep, position - 1, level);
+    end_gap(sweep, position, level);
+    int32_t* const place = sweep.order + position;
+    const int32_t behind = --sweep.active_count - position;
+    std::memmove(place, place + 1, static_cast<size_t>(behind) * sizeof *place);
+    sweep.area.edges[edge].active = false;
+    note_change(sweep, position, behind);
+}
+
+void insert_edge(Sweep& sweep, int32_t edge, double level) {
+    SweepEdge& inserted = sweep.area.edges[edge];
+    const auto across = static_cast<double>(inserted.across_at_low);
+    int32_t* const place = std::partition_point(sweep.order, sweep.order + sweep.active_count, [&](int32_t e) {
+        const double other = across_at(sweep.area.edges[e], level);
+        return other < across || (other == across && sweep.area.edges[e].slope < inserted.slope);
+    });
+    const auto position = static_cast<int32_t>(place - sweep.order);
+    end_gap(sweep, position - 1, level);
+    const int32_t behind = sweep.active_count++ - position;
+    std::memmove(place + 1, place, static_cast<size_t>(behind) * sizeof *place);
+    *place = edge;
+    inserted.since = level;
+    inserted.active = true;
+    note_change(sweep, position, behind);
+}
+
+bool& inside_at_first_change(Sweep& sweep, int32_t outline) {
+    SweepOutline& known = sweep.area.outlines[outline];
+    if (known.update == sweep.update) return known.inside;
+    known = {sweep.update, false};
+    for (int32_t p = sweep.first_changed - 1; p >= 0; --p)
+        if (sweep.at(p).outline == outline) {
+            known.inside = sweep.at(p).inside;
+            break;
         }
-        if (active_count == 0) continue;
-        if (order_crossings(work.crossings, active_count, tolerance))
-            add_spans(area, work, active_count, low, high);
-        else
-            add_box_of(area, work.crossings, active_count, low, high);
+    return known.inside;
+}
+
+// Works out anew what the gaps lie in, from the first to the last change at this level.
+void update_gaps(Sweep& sweep, double level) {
+    ++sweep.update;
+    const int32_t end = sweep.active_count - sweep.unchanged_behind;
+    int32_t cover = sweep.first_changed > 0 ? sweep.at(sweep.first_changed - 1).cover : 0;
+    for (int32_t p = sweep.first_changed; p < end; ++p) {
+        SweepEdge& edge = sweep.at(p);
+        bool& inside = inside_at_first_change(sweep, edge.outline);
+        inside = !inside;
+        cover += inside ? 1 : -1;
+        if ((cover > 0) != (edge.cover > 0)) end_gap(sweep, p, level);
+        edge.cover = cover;
+        edge.inside = inside;
     }
+    for (int32_t p = std::max(sweep.first_changed - 1, 0); p < end; ++p)
+        if (sweep.at(p).since == level) foresee_crossing(sweep, p, level);
 }
 
-bool allocate_pieces(OutlineArea& area, int64_t count) {
-    area.pieces = static_cast<AreaPiece*>(std::malloc(static_cast<size_t>(count) * sizeof(AreaPiece)));
-    return area.pieces != nullptr;
+float next_level(const Sweep& sweep) {
+    const SweepEdge* const edges = sweep.area.edges;
+    const float high = edges[sweep.by_high[sweep.ended]].high;
+    return sweep.begun < sweep.edge_count ? std::min(high, edges[sweep.begun].low) : high;
 }
 
-void add_whole_box(OutlineArea& area, const ContainerSpawnSource& source) {
-    const bool xz = source.ref_plane == 1;
-    const float low = xz ? source.bbox_min.z : source.bbox_min.y;
-    const float high = xz ? source.bbox_max.z : source.bbox_max.y;
-    const float left = source.bbox_min.x;
-    const float right = source.bbox_max.x;
-    add_piece(area, {low, high, left, right, left, right, 0});
+void pass_level(Sweep& sweep, float level) {
+    const SweepEdge* const edges = sweep.area.edges;
+    const auto along = static_cast<double>(level);
+    sweep.first_changed = sweep.unchanged_behind = sweep.active_count;
+    for (; sweep.ended < sweep.edge_count && edges[sweep.by_high[sweep.ended]].high <= level; ++sweep.ended)
+        remove_edge(sweep, sweep.by_high[sweep.ended], along);
+    for (; sweep.begun < sweep.edge_count && edges[sweep.begun].low <= level; ++sweep.begun)
+        insert_edge(sweep, sweep.begun, along);
+    update_gaps(sweep, along);
 }
 
-void cut(OutlineArea& area, Workspace& work, const ContainerSpawnSource& source) {
-    gather_edges(work, source);
-    const int64_t passages = count_passages(work);
-    const bool ragged = passages > kMostSpansPerEdge * work.edge_count + kSpansAnyway;
-    if (!allocate_pieces(area, ragged ? 1 : passages + 1)) return;
-    if (ragged)
-        add_whole_box(area, source);
-    else
-        cut_slices(area, work, kCrossingTolerance * (source.bbox_max.x - source.bbox_min.x));
+void add_box(Sweep& sweep, float low, float high) {
+    float left = 0;
+    float right = 0;
+    bool any = false;
+    for (int32_t i = sweep.ended; i < sweep.edge_count; ++i) {
+        const SweepEdge& edge = sweep.area.edges[sweep.by_high[i]];
+        if (edge.low >= high || edge.high <= low) continue;
+        const auto at_low = static_cast<float>(across_at(edge, static_cast<double>(std::max(low, edge.low))));
+        const auto at_high = static_cast<float>(across_at(edge, static_cast<double>(high)));
+        left = any ? std::min({left, at_low, at_high}) : std::min(at_low, at_high);
+        right = any ? std::max({right, at_low, at_high}) : std::max(at_low, at_high);
+        any = true;
+    }
+    if (any) add_piece(sweep, {low, high, left, right, left, right, 0});
+}
+
+// Covers what the sweep has not passed yet.
+void cover_with_boxes(Sweep& sweep, double along) {
+    for (int32_t p = 0; p < sweep.active_count; ++p) end_gap(sweep, p, along);
+    const auto top = static_cast<double>(sweep.area.edges[sweep.by_high[sweep.edge_count - 1]].high);
+    const auto level = [&](int32_t box) { return static_cast<float>(along + (top - along) * box / kBoxes); };
+    for (int32_t box = 0; box < kBoxes; ++box) add_box(sweep, level(box), level(box + 1));
+}
+
+void cut(Sweep& sweep) {
+    while (sweep.ended < sweep.edge_count && !sweep.no_memory) {
+        const float level = next_level(sweep);
+        handle_crossings(sweep, static_cast<double>(level));
+        if (sweep.swaps_left == 0) return cover_with_boxes(sweep, sweep.reached);
+        pass_level(sweep, level);
+    }
 }
 
 }  // namespace
 
 bool build_area(OutlineArea& area, const ContainerSpawnSource& source) {
-    Workspace work;
-    if (!allocate(work, source)) return false;
-    cut(area, work, source);
-    std::free(work.memory);
-    return area.count > 0;
+    area.count = 0;
+    area.total = 0;
+    Sweep sweep{area};
+    if (!begin_sweep(sweep, source)) return false;
+    cut(sweep);
+    return area.total > 0.0 && !sweep.no_memory;
 }
 
 PlanePoint draw_from_area(const OutlineArea& area) {
@@ -241,6 +355,10 @@ PlanePoint draw_from_area(const OutlineArea& area) {
 
 void release(OutlineArea& area) {
     std::free(area.pieces);
+    std::free(area.edges);
+    std::free(area.edge_lists);
+    std::free(area.crossings);
+    std::free(area.outlines);
     area = OutlineArea{};
 }
 

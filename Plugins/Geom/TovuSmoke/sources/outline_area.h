@@ -1,10 +1,11 @@
-// The area that outlines enclose, cut into slices from which points can be drawn directly: for shapes so thin that
+// The area that outlines enclose, cut into pieces from which points can be drawn directly: for shapes so thin that
 // candidates from their box would rarely be accepted.
 #pragma once
 
 #include <cstdint>
 
 #include "container_source.h"
+#include "plane_point.h"
 
 namespace tovu {
 
@@ -19,23 +20,34 @@ struct AreaPiece {
     double area_before;  // of all pieces in front of this one
 };
 
-/// Pieces that hardly overlap and cover every enclosed point. Where edges cross inside a slice the piece is the slice's
-/// box, so a drawn point still has to be tested. Owns the array.
+struct SweepEdge;
+struct SweepCrossing;
+struct SweepOutline;
+
+/// The pieces, and the memory that cutting them takes. Owns all arrays, which never shrink.
 struct OutlineArea {
     AreaPiece* pieces = nullptr;
     int32_t count = 0;
+    int32_t capacity = 0;  // entries allocated in pieces
     double total = 0;
+
+    SweepEdge* edges = nullptr;
+    int32_t edge_capacity = 0;
+    int32_t* edge_lists = nullptr;
+    int32_t edge_list_capacity = 0;
+    SweepCrossing* crossings = nullptr;
+    int32_t crossing_capacity = 0;
+    SweepOutline* outlines = nullptr;
+    int32_t outline_capacity = 0;
 };
 
-/// Works the area out: between one vertex's second coordinate and the next, the spans between edges. Outlines with very
-/// many edges side by side become one piece, their box. Returns false where there is no area or no memory.
+/// Cuts the area into trapezoids between neighbouring edges by a plane sweep that reports crossings (Bentley and
+/// Ottmann, "Algorithms for Reporting and Counting Geometric Intersections", IEEE Transactions on Computers 1979). The
+/// pieces are the enclosed area up to rounding. Where edges cross very often the rest is covered by a few boxes, so a
+/// drawn point still has to be tested. Returns false where there is no area or no memory.
 bool build_area(OutlineArea& area, const ContainerSpawnSource& source);
 
 /// A point of the reference plane, uniform over the pieces. Draws six random values.
-struct PlanePoint {
-    float across;
-    float along;
-};
 PlanePoint draw_from_area(const OutlineArea& area);
 
 void release(OutlineArea& area);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "../math/polygon.h"
+#include "growing_array.h"
 
 namespace tovu {
 namespace {
@@ -68,17 +69,6 @@ int64_t count_entries(const OutlineIndex& index, const ContainerSpawnSource& sou
         entries += bands.last - bands.first + 1;
     });
     return entries;
-}
-
-template <class Entry>
-bool reserve(Entry*& entries, int32_t& capacity, int64_t needed) {
-    if (needed <= capacity) return true;
-    if (needed > INT32_MAX) return false;
-    void* grown = std::realloc(entries, static_cast<size_t>(needed) * sizeof(Entry));
-    if (grown == nullptr) return false;
-    entries = static_cast<Entry*>(grown);
-    capacity = static_cast<int32_t>(needed);
-    return true;
 }
 
 // A counting sort by band, which keeps the edges of each band in their order. Edges along the band cross no ray, but

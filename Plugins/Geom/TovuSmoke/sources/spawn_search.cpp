@@ -6,14 +6,15 @@
 namespace tovu {
 namespace {
 
-// Points drawn directly are accepted but for rounding, or where edges cross inside a slice; the limit is for shapes
-// that are nearly all crossings.
-constexpr int32_t kMostDirectTries = 20000;
+constexpr int64_t kRejectionsAnyway = 16384;
+constexpr int64_t kRejectionsPerBirth = 5;
 
-// Counts a rejected candidate; true once the search has to go on directly.
-bool has_run_out(SpawnSearch& search) {
-    return ++search.rejected_in_a_row >= kMostRejected;
-}
+// The highest registered rate at 20 frames a second. Rates beyond it make no dark mask stall a frame for longer.
+constexpr int32_t kMostBirthsCounted = 500000;
+
+// Points drawn directly are accepted but for rounding and in boxes over tangled edges. A shape that rejects so many in
+// a row is too thin for float32 to have a point in.
+constexpr int32_t kMostDirectTries = 200000;
 
 float third_coordinate(float depth) {
     return depth > 0.0f ? random_up_to(2.0f * depth) : 0.0f;
@@ -29,76 +30,88 @@ Plane plane_of(const ContainerSpawnSource& source) {
     return source.ref_plane == 1 ? Plane{&Vector3::z, &Vector3::y} : Plane{&Vector3::y, &Vector3::z};
 }
 
-bool find_candidate(SpawnSearch& search, Plane plane, Vector3& point) {
-    const ContainerSpawnSource& source = *search.inside.source;
-    const Vector3 extent = source.bbox_max - source.bbox_min;
-    while (!search.direct) {
-        point.x = source.bbox_min.x + random_up_to(2.0f * extent.x);
-        point.*plane.along = source.bbox_min.*plane.along + random_up_to(2.0f * extent.*plane.along);
-        if (contains(search.inside, point)) {
-            search.rejected_in_a_row = 0;
-            return true;
-        }
-        if (!has_run_out(search)) continue;
-        search.direct = true;
-        search.direct_tries_left = build_area(search.outline_area, source) ? kMostDirectTries : 0;
+void set_candidates(SpawnSearch& search, PlanePoint low, PlanePoint high) {
+    search.low_across = low.across;
+    search.low_along = low.along;
+    search.twice_across = 2.0f * (high.across - low.across);
+    search.twice_along = 2.0f * (high.along - low.along);
+}
+
+PlanePoint draw_candidate(const SpawnSearch& search) {
+    const float across = search.low_across + random_up_to(search.twice_across);
+    const float along = search.low_along + random_up_to(search.twice_along);
+    return {across, along};
+}
+
+bool is_accepted(const SpawnSearch& search, PlanePoint point) {
+    if (search.on_mask) return sample1(search.mask, point.across, point.along) > 0.0f;
+    Vector3 tested{point.across, 0, 0};
+    tested.*plane_of(*search.inside.source).along = point.along;
+    return contains(search.inside, tested);
+}
+
+bool build_area(SpawnSearch& search) {
+    search.area_built = true;
+    return search.on_mask ? build_area(search.areas->mask, search.mask)
+                          : build_area(search.areas->outline, *search.inside.source);
+}
+
+PlanePoint draw_from_area(const SpawnSearch& search) {
+    return search.on_mask ? draw_from_area(search.areas->mask, search.mask) : draw_from_area(search.areas->outline);
+}
+
+bool find_directly(SpawnSearch& search, PlanePoint& point) {
+    if (!search.area_built) search.area_fails = !build_area(search);
+    for (int32_t tries = 0; tries < kMostDirectTries && !search.area_fails; ++tries) {
+        point = draw_from_area(search);
+        if (is_accepted(search, point)) return true;
     }
+    search.area_fails = true;
     return false;
 }
 
-bool find_directly(SpawnSearch& search, Plane plane, Vector3& point) {
-    for (; search.direct_tries_left > 0; --search.direct_tries_left) {
-        const PlanePoint drawn = draw_from_area(search.outline_area);
-        point.x = drawn.across;
-        point.*plane.along = drawn.along;
-        if (contains(search.inside, point)) return true;
+bool find_point(SpawnSearch& search, PlanePoint& point) {
+    for (; search.rejections_left > 0; --search.rejections_left) {
+        point = draw_candidate(search);
+        if (is_accepted(search, point)) return true;
     }
-    return false;
+    return find_directly(search, point);
 }
 
-bool find_lit_candidate(SpawnSearch& search, Vector3& point) {
-    const ImageSource& s = search.mask.source;
-    const float extent_x = s.rect_max_x - s.rect_min_x;
-    const float extent_y = s.rect_max_y - s.rect_min_y;
-    while (!search.direct) {
-        point.x = s.rect_min_x + random_up_to(2.0f * extent_x);
-        point.y = s.rect_min_y + random_up_to(2.0f * extent_y);
-        if (sample1(search.mask, point.x, point.y) > 0.0f) {
-            search.rejected_in_a_row = 0;
-            return true;
-        }
-        if (!has_run_out(search)) continue;
-        search.direct = true;
-        search.direct_tries_left = build_area(search.mask_area, search.mask) ? kMostDirectTries : 0;
-    }
-    return false;
+bool begin_on_container(const SmokeInstance& instance, SpawnSearch& search) {
+    const ContainerSpawnSource& source = instance.container_source;
+    if (!is_valid(source) || !is_usable(source)) return false;
+    OutlineIndex* index = instance.speed_ups != nullptr ? &instance.speed_ups->outline_index : nullptr;
+    search.inside = open_inside_test(source, index);
+    const Plane plane = plane_of(source);
+    set_candidates(search, {source.bbox_min.x, source.bbox_min.*plane.along},
+                   {source.bbox_max.x, source.bbox_max.*plane.along});
+    return true;
 }
 
-bool find_lit_directly(SpawnSearch& search, Vector3& point) {
-    for (; search.direct_tries_left > 0; --search.direct_tries_left) {
-        const MaskPoint drawn = draw_from_area(search.mask_area, search.mask);
-        point.x = drawn.x;
-        point.y = drawn.y;
-        if (sample1(search.mask, point.x, point.y) > 0.0f) return true;
-    }
-    return false;
+bool begin_on_mask(const SmokeInstance& instance, SpawnSearch& search) {
+    const ImageSource& source = instance.spawn_image_source;
+    if (!is_valid(source) || !is_usable(source)) return false;
+    search.on_mask = true;
+    search.mask = open_image(source);
+    set_candidates(search, {source.rect_min_x, source.rect_min_y}, {source.rect_max_x, source.rect_max_y});
+    return true;
 }
 
 }  // namespace
 
-bool begin_search(const SmokeInstance& instance, SpawnSearch& search) {
-    const SpawnType type = param::spawn_type(instance.parameters);
-    if (type == kSpawnContainer) {
-        const ContainerSpawnSource& source = instance.container_source;
-        if (!is_valid(source) || !is_usable(source)) return false;
-        OutlineIndex* index = instance.speed_ups != nullptr ? &instance.speed_ups->outline_index : nullptr;
-        search.inside = open_inside_test(source, index);
-    } else if (type == kSpawnImage) {
-        const ImageSource& source = instance.spawn_image_source;
-        if (!is_valid(source) || !is_usable(source)) return false;
-        search.mask = open_image(source);
+bool begin_search(const SmokeInstance& instance, SpawnSearch& search, int32_t due) {
+    const int64_t counted = due < kMostBirthsCounted ? due : kMostBirthsCounted;
+    search.rejections_left = kRejectionsAnyway + kRejectionsPerBirth * counted;
+    search.areas = instance.speed_ups != nullptr ? &instance.speed_ups->spawn_areas : &search.own_areas;
+    switch (param::spawn_type(instance.parameters)) {
+        case kSpawnContainer:
+            return begin_on_container(instance, search);
+        case kSpawnImage:
+            return begin_on_mask(instance, search);
+        default:
+            return true;
     }
-    return true;
 }
 
 bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& point) {
@@ -108,21 +121,24 @@ bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& poi
         return ask_spawn_point(source, point);
     }
     if (search.inside.way == InsideTest::kContainerGone) return false;
+    PlanePoint found{};
+    if (!find_point(search, found)) return false;
     const Plane plane = plane_of(source);
-    if (!find_candidate(search, plane, point) && !find_directly(search, plane, point)) return false;
+    point.x = found.across;
+    point.*plane.along = found.along;
     point.*plane.off_plane = source.bbox_min.*plane.off_plane + third_coordinate(source.depth);
     return true;
 }
 
 bool pick_lit_point(SpawnSearch& search, float range_z, Vector3& point) {
-    if (!find_lit_candidate(search, point) && !find_lit_directly(search, point)) return false;
-    point.z = third_coordinate(range_z);
+    PlanePoint found{};
+    if (!find_point(search, found)) return false;
+    point = {found.across, found.along, third_coordinate(range_z)};
     return true;
 }
 
 void end_search(SpawnSearch& search) {
-    release(search.outline_area);
-    release(search.mask_area);
+    release(search.own_areas);
 }
 
 }  // namespace tovu

@@ -2,29 +2,32 @@
 #pragma once
 
 #include "../smoke_instance.h"
-#include "mask_area.h"
-#include "outline_area.h"
+#include "spawn_areas.h"
 
 namespace tovu {
 
-/// Candidates are drawn from twice the box or rectangle until one is accepted. Once kMostRejected in a row were not,
-/// the rest of the call's points come directly from the accepted area, which is worked out then, at most once: a frame
-/// never waits for luck. The distribution is the same either way.
+/// Candidates are drawn from twice the box or rectangle until one is accepted. Once 16384 + 5 for each birth due were
+/// rejected, counted over the call, the rest of its points come directly from the accepted area, which is worked out
+/// then: a frame never waits for luck. The distribution is the same either way.
 struct SpawnSearch {
     InsideTest inside{};
     ImageReader mask{};
-    int32_t rejected_in_a_row = 0;
-    bool direct = false;
-    int32_t direct_tries_left = 0;
-    OutlineArea outline_area;
-    MaskArea mask_area;
+    bool on_mask = false;
+    float low_across = 0;  // where candidates begin, and twice the extent from there
+    float low_along = 0;
+    float twice_across = 0;
+    float twice_along = 0;
+    int64_t rejections_left = 0;
+    bool area_built = false;
+    bool area_fails = false;  // there is none, or none of its points is accepted
+    SpawnAreas own_areas;     // of an instance that has no speed-ups
+    SpawnAreas* areas = nullptr;
 };
 
-constexpr int32_t kMostRejected = 256;
-
-/// Prepares the source of the spawn type. Returns false when it can give no points: its object is gone or its extent is
-/// below kLeastExtent. Cubes and spheres need no search.
-bool begin_search(const SmokeInstance& instance, SpawnSearch& search);
+/// Prepares the source of the spawn type. due: births of the call. Returns false when the source can give no points:
+/// its object is gone or its extent is below kLeastExtent. Cubes and spheres need no search. The search refers to
+/// itself: not to be copied or moved.
+bool begin_search(const SmokeInstance& instance, SpawnSearch& search, int32_t due);
 
 /// A point in the shape of the spawn container; the third coordinate is uniform over twice the depth above the box's
 /// minimum. Returns false, leaving `point` to be ignored, when the container is gone, its geometry refused, or the
@@ -35,7 +38,7 @@ bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& poi
 /// Returns false when no pixel is lit.
 bool pick_lit_point(SpawnSearch& search, float range_z, Vector3& point);
 
-/// Frees what the search worked out.
+/// Frees what the search holds of its own.
 void end_search(SpawnSearch& search);
 
 }  // namespace tovu
