@@ -51,8 +51,8 @@ std::string goal_table(const std::vector<Outcome>& outcomes) {
         const bool known = outcome.verdict != Verdict::NotMeasured;
         const std::string where = outcome.worst.empty() ? "" : fmt::format(" ({})", outcome.worst);
         table += fmt::format("| {} | {}{} | {:g} | {} | {} | {} |\n", goal.id, goal.what, where, goal.bound,
-                             known ? fmt::format("{:.2f}", outcome.measured) : "",
-                             known ? fmt::format("{:.2f}", outcome.of_minima) : "", text_of(outcome.verdict));
+                             known ? fmt::format("{:.3g}", outcome.measured) : "",
+                             known ? fmt::format("{:.3g}", outcome.of_minima) : "", text_of(outcome.verdict));
     }
     return table;
 }
