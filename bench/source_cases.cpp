@@ -227,8 +227,8 @@ Case sampling_case(Scene& scene) {
                     tovu::fill_wind_angles(angles);
                     ready = true;
                 }
-                const tovu::WindImage wind{tovu::open_image(source), &angles, 10.0f, tovu::all_four(1)};
-                tovu::Four sum{};
+                const tovu::WindImage wind{tovu::open_image(source), &angles, 10.0f, tovu::broadcast(1)};
+                tovu::Float4 sum{};
                 watch.start();
                 for (int32_t i = 0; i < kFull; i += 2) {
                     const auto x = static_cast<float>(i * 37 % 400 - 200);

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "../math/four.h"
+#include "../math/float4.h"
 
 namespace tovu {
 
@@ -24,18 +24,18 @@ struct AlphaTable {
 
 /// trunc(age × 1024 / life) of four particles, the entries of the ColorTable: 0…1024 whatever the numbers are; 1024
 /// where the fraction is not a number (age and life both 0). In two parts, since the first takes its time.
-inline Four color_phases(Four age, Four life) {
-    return age * all_four(1024.0f) / life;
+inline Float4 color_phases(Float4 age, Float4 life) {
+    return age * broadcast(1024.0f) / life;
 }
-inline FourWhole color_indices(Four phases) {
-    const Four below = phases < all_four(1024.0f) ? phases : all_four(1024.0f);  // also where it is not a number
-    const Four held = below > all_four(0.0f) ? below : all_four(0.0f);
-    return __builtin_convertvector(held, FourWhole);
+inline Int4 color_indices(Float4 phases) {
+    const Float4 below = phases < broadcast(1024.0f) ? phases : broadcast(1024.0f);  // also where it is not a number
+    const Float4 held = below > broadcast(0.0f) ? below : broadcast(0.0f);
+    return __builtin_convertvector(held, Int4);
 }
 
 /// The same of one particle.
 inline uint32_t color_index(float age, float life) {
-    return static_cast<uint32_t>(color_indices(color_phases(all_four(age), all_four(life)))[0]);
+    return static_cast<uint32_t>(color_indices(color_phases(broadcast(age), broadcast(life)))[0]);
 }
 
 /// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "../math/four.h"
+#include "../math/float4.h"
 #include "../math/random.h"
 #include "../math/trigonometry.h"
 #include "active_array.h"
@@ -26,7 +26,7 @@ struct Block {
     alignas(16) uint32_t color_index[kRecordsPerBlock];
     alignas(16) float turbulence[3][kRecordsPerBlock];  // displacement along x, y, z
     uint64_t pixels[kRecordsPerBlock];                  // of an image's wind: where they begin in its data
-    Four wind_step[kRecordsPerBlock];                   // of an image; x, y, z
+    Float4 wind_step[kRecordsPerBlock];                 // of an image; x, y, z
 };
 
 /// Asks for the records of an array, from its end to its beginning.
@@ -76,8 +76,8 @@ void draw_turbulence(Block& block, const StepValues& values) {
         if (values.turbulent_z) drawn[2][i] = random_15_bits();
     }
     const auto lengths = [&block](float* length, const int32_t* r, bool turbulent, float range, float half) {
-        // Adding -0 changes no number, not even 0.
-        for (int32_t i = 0; i < block.count; ++i) length[i] = turbulent ? random_share(r[i], range) - half : -0.0f;
+        for (int32_t i = 0; i < block.count; ++i)
+            length[i] = turbulent ? random_share(r[i], range) - half : kNegativeZero;
     };
     lengths(block.turbulence[0], drawn[0], values.turbulent_x, values.turbulence.x, values.half_turbulence.x);
     lengths(block.turbulence[1], drawn[1], values.turbulent_y, values.turbulence.y, values.half_turbulence.y);
@@ -91,39 +91,39 @@ constexpr size_t kSizes = offsetof(Particle, size_x);
 static_assert(offsetof(Particle, position) == 0 && kVelocity == 12 && kColor == 24 && kSizes == 32);
 static_assert(offsetof(Particle, alpha) == kColor + 4 && offsetof(Particle, size_y) == kSizes + 8);
 
-constexpr FourWhole kFirstThree{-1, -1, -1, 0};
-constexpr float kNothing = -0.0f;  // changes no number that it is added to, not even 0 or -0
+constexpr Int4 kFirstThree{-1, -1, -1, 0};
 
-/// What moves all particles alike, along x, y, z. What does not act is kNothing, or a factor of 1.
+/// What moves all particles alike, along x, y, z. What does not act is kNegativeZero, or a factor of 1.
 struct Motion {
-    Four wind_step;
-    Four velocity_step;
-    Four drag;
+    Float4 wind_step;
+    Float4 velocity_step;
+    Float4 drag;
 };
 
 Motion motion_of(const StepValues& values) {
-    const Vector3 wind = values.wind_active ? values.wind_step : Vector3{kNothing, kNothing, kNothing};
-    const float gravity = values.gravity_active ? values.gravity_step : kNothing;
-    return {Four{wind.x, wind.y, wind.z, kNothing}, Four{kNothing, gravity, kNothing, kNothing}, all_four(values.drag)};
+    const Vector3 wind = values.wind_active ? values.wind_step : Vector3{kNegativeZero, kNegativeZero, kNegativeZero};
+    const float gravity = values.gravity_active ? values.gravity_step : kNegativeZero;
+    return {Float4{wind.x, wind.y, wind.z, kNegativeZero}, Float4{kNegativeZero, gravity, kNegativeZero, kNegativeZero},
+            broadcast(values.drag)};
 }
 
 /// Bounds as they are widened: the fourth of each means nothing.
 struct Box {
-    Four low;
-    Four high;
+    Float4 low;
+    Float4 high;
 };
 
-inline void widen(Box& box, Four at) {
+inline void widen(Box& box, Float4 at) {
     box.low = at < box.low ? at : box.low;
     box.high = at > box.high ? at : box.high;
 }
 
 /// Position with the first of the velocity, and velocity alone.
-inline Four position_of(const Particle& p) {
-    return four_at(&p);
+inline Float4 position_of(const Particle& p) {
+    return load_float4(&p);
 }
-inline Four velocity_of(const Particle& p) {
-    return masked(four_at(reinterpret_cast<const char*>(&p) + kVelocity), kFirstThree);
+inline Float4 velocity_of(const Particle& p) {
+    return masked(load_float4(reinterpret_cast<const char*>(&p) + kVelocity), kFirstThree);
 }
 
 /// The colour with the byte that follows it.
@@ -142,23 +142,23 @@ inline void put_alpha(Particle& p, const SmokeInstance& instance, uint32_t color
 
 /// Puts a particle to `at`, brings on its velocity, turn and sizes. Its colour has to be put anew afterwards, since the
 /// velocity is stored over it.
-inline void settle(Particle& p, Four at, const Motion& motion) {
+inline void settle(Particle& p, Float4 at, const Motion& motion) {
     char* const record = reinterpret_cast<char*>(&p);
-    const Four velocity = (velocity_of(p) + motion.velocity_step) * motion.drag;
-    put_four(record, at);  // its fourth is overwritten next
-    put_four(record + kVelocity, velocity);
-    const Four sizes = four_at(record + kSizes);  // size and step of x, size and step of y
-    put_four(record + kSizes, sizes + seconds_of_two(sizes));
+    const Float4 velocity = (velocity_of(p) + motion.velocity_step) * motion.drag;
+    store(record, at);  // its fourth is overwritten next
+    store(record + kVelocity, velocity);
+    const Float4 sizes = load_float4(record + kSizes);  // size and step of x, size and step of y
+    store(record + kSizes, sizes + odd_lanes_to_even(sizes));
     p.rotation += p.rotation_step;
     p.path_angle = 0.0f;
 }
 
 template <bool turbulent>
-inline Four displaced(const Block& block, int32_t i) {
+inline Float4 displaced(const Block& block, int32_t i) {
     const Particle& p = *block.records[i];
-    const Four at = position_of(p) + velocity_of(p);
+    const Float4 at = position_of(p) + velocity_of(p);
     if constexpr (!turbulent) return at;
-    return at + Four{block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i], kNothing};
+    return at + Float4{block.turbulence[0][i], block.turbulence[1][i], block.turbulence[2][i], kNegativeZero};
 }
 
 /// Finds the pixels of an image's wind at the positions of a block.
@@ -167,7 +167,7 @@ void find_wind_pixels(Block& block, const ImageReader& image) {
     const int32_t count = block.count;
     float xy[2 * kRecordsPerBlock + 2];
     for (int32_t i = 0; i < count; ++i) {
-        const Four at = displaced<turbulent>(block, i);
+        const Float4 at = displaced<turbulent>(block, i);
         std::memcpy(xy + 2 * i, &at, 2 * sizeof(float));
     }
     xy[2 * count] = xy[2 * count + 1] = 0.0f;  // where the count is odd, positions are looked up in twos
@@ -179,14 +179,14 @@ template <bool turbulent, bool wind_from_image, bool looks>
 void move_block(Block& block, const StepValues& values, const SmokeInstance& instance, Box& box, Fetch& fetch) {
     const Motion motion = motion_of(values);
     const WindImage wind = values.wind_image;
-    const Four time_step = all_four(values.time_step);
+    const Float4 time_step = broadcast(values.time_step);
     const bool store_color = values.store_color;
     Box widened = box;  // both stay in registers
     Fetch ahead = fetch;
     for (int32_t i = 0, count = block.count; i < count; ++i) {
         ahead.next();
         Particle& p = *block.records[i];
-        Four at = displaced<turbulent>(block, i);
+        Float4 at = displaced<turbulent>(block, i);
         if constexpr (wind_from_image) {
             block.wind_step[i] = pixel_wind(wind, block.pixels[i]) * time_step;
             at += block.wind_step[i];
@@ -227,7 +227,7 @@ float path_angle(Vector3 d, const StepValues& values, const SmokeInstance& insta
 void follow_paths(const Block& block, const StepValues& values, const SmokeInstance& instance) {
     for (int32_t i = 0; i < block.count; ++i) {
         Particle& p = *block.records[i];
-        const Four wind = block.wind_step[i];
+        const Float4 wind = block.wind_step[i];
         const Vector3 wind_step = values.wind_from_image ? Vector3{wind[0], wind[1], wind[2]} : values.wind_step;
         p.path_angle = path_angle(p.velocity + wind_step, values, instance);
     }
@@ -239,8 +239,8 @@ void step_block(Block& block, const StepValues& values, const SmokeInstance& ins
     if (wind_from_image) find_wind_pixels<turbulent>(block, values.wind_image.reader);
     if (values.store_alpha) {
         for (int32_t i = 0; i < block.count; i += 4)
-            put_four(block.color_index + i,
-                     color_indices(color_phases(four_at(block.age + i), four_at(block.life + i))));
+            store(block.color_index + i,
+                  color_indices(color_phases(load_float4(block.age + i), load_float4(block.life + i))));
         move_block<turbulent, wind_from_image, true>(block, values, instance, box, fetch);
     } else {
         move_block<turbulent, wind_from_image, false>(block, values, instance, box, fetch);
@@ -283,8 +283,8 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
     Box widened = box;
     Particle nobody;
     Particle* before = &nobody;
-    Four phase_before{};
-    const auto give_look = [&instance](Particle& p, Four phase) {
+    Float4 phase_before{};
+    const auto give_look = [&instance](Particle& p, Float4 phase) {
         const auto index = static_cast<uint32_t>(color_indices(phase)[0]);
         put_color(p, color_entry(instance, index));
         put_alpha(p, instance, index);
@@ -301,8 +301,8 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
             continue;
         }
         *--survivors = &p;
-        const Four phase = color_phases(all_four(p.age), all_four(p.life));
-        const Four at = position_of(p) + velocity_of(p) + motion.wind_step;
+        const Float4 phase = color_phases(broadcast(p.age), broadcast(p.life));
+        const Float4 at = position_of(p) + velocity_of(p) + motion.wind_step;
         widen(widened, at);
         const uint32_t color = color_of(p);
         settle(p, at, motion);
@@ -407,7 +407,7 @@ Bounds move_particles(SmokeInstance& instance) {
     WindAngles spare_angles;
     set_step_values(values, instance, spare_angles);
     const Bounds empty;
-    Box box{all_four(empty.low.x), all_four(empty.high.x)};
+    Box box{broadcast(empty.low.x), broadcast(empty.high.x)};
     ActiveArray* active = current_active_array(instance);
     if (active == nullptr)
         walk_links(instance, values, box);

@@ -77,7 +77,7 @@ void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare
         const bool world = param::reference(p) == kReferenceWorld;
         const Vector3 scale = world ? instance.abs_scale : Vector3{1, 1, 1};
         values.wind_image = {open_image(instance.wind_source), wind_angles(speed_ups, spare_angles),
-                             param::wind_force(p), Four{scale.x, scale.y, scale.z, 1}};
+                             param::wind_force(p), Float4{scale.x, scale.y, scale.z, 1}};
     }
 }
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "../math/four.h"
+#include "../math/float4.h"
 #include "../particles/fetch_ahead.h"
 #include "sine_cosine.h"
 
@@ -15,21 +15,24 @@ constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}
 
 /// The columns of a matrix that maps positions.
 struct Mapping {
-    Four x, y, z, origin;
+    Float4 x, y, z, origin;
 
-    explicit Mapping(const float* m) : x(four_at(m)), y(four_at(m + 4)), z(four_at(m + 8)), origin(four_at(m + 12)) {}
-    Four operator()(Four p) const { return x * spread<0>(p) + y * spread<1>(p) + z * spread<2>(p) + origin; }
+    explicit Mapping(const float* m)
+        : x(load_float4(m)), y(load_float4(m + 4)), z(load_float4(m + 8)), origin(load_float4(m + 12)) {}
+    Float4 operator()(Float4 p) const {
+        return x * broadcast_lane<0>(p) + y * broadcast_lane<1>(p) + z * broadcast_lane<2>(p) + origin;
+    }
 };
 
 /// The four corners from the position and half the quad's diagonals. Each store is four floats, the last of which the
 /// next one overwrites.
 /// rising: from the position to the top right; its opposite leads to the bottom left.
 /// falling: to the top left; its opposite leads to the bottom right.
-inline void write_corners(Four position, Four rising, Four falling, float* corners) {
-    put_four(corners, position + falling);
-    put_four(corners + 3, position - rising);
-    put_four(corners + 6, position - falling);
-    put_four(corners + 9, position + rising);
+inline void write_corners(Float4 position, Float4 rising, Float4 falling, float* corners) {
+    store(corners, position + falling);
+    store(corners + 3, position - rising);
+    store(corners + 6, position - falling);
+    store(corners + 9, position + rising);
 }
 
 // Beyond it, rounding an angle to float radians, as a matrix turns by it, shows in the corners: there the matrices'
@@ -43,10 +46,10 @@ struct Turns {
 };
 
 bool all_plain(const QuadBlock& block) {
-    constexpr FourWhole kAllButSign = {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
-    FourWhole plain = {-1, -1, -1, -1};
+    constexpr Int4 kAllButSign = {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
+    Int4 plain = {-1, -1, -1, -1};
     for (int32_t i = 0; i < block.count; i += 4)
-        plain &= masked(four_at(block.degrees + i), kAllButSign) <= all_four(kLargestPlainTurn);
+        plain &= masked(load_float4(block.degrees + i), kAllButSign) <= broadcast(kLargestPlainTurn);
     return (plain[0] & plain[1] & plain[2] & plain[3]) != 0;
 }
 
@@ -74,10 +77,10 @@ template <bool turned, bool mapped, class Paint>
 void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corners, Paint paint) {
     const Mapping map(mapped ? placement.position_matrix : kIdentity);
     // A turn acts on corners that are scaled already: each of its columns has one factor.
-    const Four x_by_width = four_at(placement.axes) * all_four(placement.scale_x);
-    const Four y_by_width = four_at(placement.axes + 4) * all_four(placement.scale_x);
-    const Four x_by_height = four_at(placement.axes) * all_four(placement.scale_y);
-    const Four y_by_height = four_at(placement.axes + 4) * all_four(placement.scale_y);
+    const Float4 x_by_width = load_float4(placement.axes) * broadcast(placement.scale_x);
+    const Float4 y_by_width = load_float4(placement.axes + 4) * broadcast(placement.scale_x);
+    const Float4 x_by_height = load_float4(placement.axes) * broadcast(placement.scale_y);
+    const Float4 y_by_height = load_float4(placement.axes + 4) * broadcast(placement.scale_y);
     Turns turns;
     if constexpr (turned) find_turns(block, turns);
     const DrawEntry* const entries = block.entries;
@@ -85,19 +88,19 @@ void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corner
     for (int32_t i = 0, count = block.count; i < count; ++i) {
         if (i < next_count) fetch_ahead(entries[kQuadsPerBlock + i].particle);
         const char* const record = reinterpret_cast<const char*>(entries[i].particle);
-        const Four stored = four_at(record);  // its fourth is the first of the velocity
-        const Four sizes = four_at(record + kSizes);
-        const Four position = mapped ? map(stored) : stored;
-        Four right = x_by_width;
-        Four up = y_by_height;
+        const Float4 stored = load_float4(record);  // its fourth is the first of the velocity
+        const Float4 sizes = load_float4(record + kSizes);
+        const Float4 position = mapped ? map(stored) : stored;
+        Float4 right = x_by_width;
+        Float4 up = y_by_height;
         if constexpr (turned) {
-            const Four cosine = all_four(turns.cosines[i]);
-            const Four sine = all_four(turns.sines[i]);
+            const Float4 cosine = broadcast(turns.cosines[i]);
+            const Float4 sine = broadcast(turns.sines[i]);
             right = x_by_width * cosine + y_by_width * sine;
             up = y_by_height * cosine - x_by_height * sine;
         }
-        right *= spread<0>(sizes);
-        up *= spread<2>(sizes);
+        right *= broadcast_lane<0>(sizes);
+        up *= broadcast_lane<2>(sizes);
         write_corners(position, up + right, up - right, corners + kFloatsPerQuad * i);
         paint(i);
     }
@@ -155,7 +158,7 @@ void build_quads(const SmokeInstance& instance, const QuadPlacement& placement, 
                  float* corners, uint8_t* colors) {
     alignas(16) uint32_t index[kQuadsPerBlock];
     for (int32_t i = 0; i < block.count; i += 4)
-        put_four(index + i, color_indices(color_phases(four_at(block.age + i), four_at(block.life + i))));
+        store(index + i, color_indices(color_phases(load_float4(block.age + i), load_float4(block.life + i))));
     write_quads(placement, block, corners, [&instance, alpha_scale, &index, colors](int32_t i) {
         const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
         const uint32_t rgb = color_entry(instance, index[i]) & 0x00FFFFFFu;

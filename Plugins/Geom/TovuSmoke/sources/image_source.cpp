@@ -2,7 +2,7 @@
 
 #include "../host/host_services.h"
 #include "../host/opengl.h"
-#include "../math/four.h"
+#include "../math/float4.h"
 
 namespace tovu {
 namespace {
@@ -38,26 +38,26 @@ ImageShape shape_of(int32_t image_handle) {
 
 /// `pixel_index` of two positions at once: column, row, column, row.
 struct PairMapping {
-    Four low;     // first column, first row
-    Four count;   // columns, rows
-    Four extent;  // of the rectangle
-    FourWhole last;
+    Float4 low;     // first column, first row
+    Float4 count;   // columns, rows
+    Float4 extent;  // of the rectangle
+    Int4 last;
 
     explicit PairMapping(const ImageSource& s)
         : low{s.rect_min_x, s.rect_min_y, s.rect_min_x, s.rect_min_y},
-          extent{Four{s.rect_max_x, s.rect_max_y, s.rect_max_x, s.rect_max_y} - low} {
+          extent{Float4{s.rect_max_x, s.rect_max_y, s.rect_max_x, s.rect_max_y} - low} {
         const auto columns = static_cast<float>(s.width);
         const auto rows = static_cast<float>(s.height);
-        count = Four{columns, rows, columns, rows};
+        count = Float4{columns, rows, columns, rows};
         const int32_t last_column = s.width > 0 ? s.width - 1 : 0;
         const int32_t last_row = s.height > 0 ? s.height - 1 : 0;
-        last = FourWhole{last_column, last_row, last_column, last_row};
+        last = Int4{last_column, last_row, last_column, last_row};
     }
-    FourWhole operator()(Four positions) const {
-        const Four index = (positions - low) * count / extent;
-        const FourWhole held = (index > all_four(0.0f)) & (index < all_four(2147483648.0f));
-        const FourWhole whole = __builtin_convertvector(masked(index, held), FourWhole);
-        const FourWhole within = whole < last;
+    Int4 operator()(Float4 positions) const {
+        const Float4 index = (positions - low) * count / extent;
+        const Int4 held = (index > broadcast(0.0f)) & (index < broadcast(2147483648.0f));
+        const Int4 whole = __builtin_convertvector(masked(index, held), Int4);
+        const Int4 within = whole < last;
         return (whole & within) | (last & ~within);
     }
 };
@@ -116,7 +116,7 @@ void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint
     const uint64_t byte_count = reader.byte_count;
     for (int32_t i = 0; i < count; i += 2) {
         uint64_t places[2];  // row above column
-        put_four(places, mapping(four_at(xy + 2 * i)));
+        store(places, mapping(load_float4(xy + 2 * i)));
         for (int32_t k = 0; k < 2; ++k) {
             const uint64_t offset = ((places[k] >> 32) * width + (places[k] & 0xFFFFFFFFu)) * bytes;
             offsets[i + k] = offset;

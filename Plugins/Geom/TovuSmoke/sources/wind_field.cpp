@@ -16,7 +16,7 @@ void fill_wind_angles(WindAngles& angles) {
     for (int32_t byte = 0; byte < 256; ++byte) {
         const auto channel = static_cast<float>(byte / 255.0);
         const Turn turn = turn_of(channel * 360.0f);
-        angles.of_byte[byte] = Four{1.0f, turn.cosine, turn.sine, channel};
+        angles.of_byte[byte] = Float4{1.0f, turn.cosine, turn.sine, channel};
     }
 }
 

@@ -15,23 +15,23 @@ Vector3 global_wind(const SmokeInstance& instance);
 struct WindImage {
     ImageReader reader;
     const WindAngles* angles;
-    float force;  // of a pixel whose first channel is full
-    Four scale;   // the container's scaling under Reference World, else 1; the fourth means nothing
+    float force;   // of a pixel whose first channel is full
+    Float4 scale;  // the container's scaling under Reference World, else 1; the fourth means nothing
 };
 
 /// The second, the third, the third again.
-inline Four cosine_sine_sine(Four turn) {
-    const FourWhole bits = reinterpret_cast<FourWhole>(turn);
-    return reinterpret_cast<Four>(__builtin_shufflevector(bits, bits, 1, 2, 2, 2));
+inline Float4 cosine_sine_sine(Float4 turn) {
+    const Int4 bits = reinterpret_cast<Int4>(turn);
+    return reinterpret_cast<Float4>(__builtin_shufflevector(bits, bits, 1, 2, 2, 2));
 }
 
 /// The wind of an image's pixel: strength from the first channel, the turns about x and z from the second and third;
 /// x, y, z, and a fourth that means nothing. No wind where the image has no such pixel.
-inline Four pixel_wind(const WindImage& wind, uint64_t pixel_offset) {
+inline Float4 pixel_wind(const WindImage& wind, uint64_t pixel_offset) {
     const PixelBytes pixel = pixel_bytes(wind.reader, pixel_offset);
-    const Four* const of_byte = wind.angles->of_byte;
-    const Four along = cosine_sine_sine(of_byte[pixel.channel[2]]) * of_byte[pixel.channel[1]];
-    return along * (spread<3>(of_byte[pixel.channel[0]]) * all_four(wind.force)) * wind.scale;
+    const Float4* const of_byte = wind.angles->of_byte;
+    const Float4 along = cosine_sine_sine(of_byte[pixel.channel[2]]) * of_byte[pixel.channel[1]];
+    return along * (broadcast_lane<3>(of_byte[pixel.channel[0]]) * broadcast(wind.force)) * wind.scale;
 }
 
 }  // namespace tovu
