@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "expect.h"
+#include "math/trigonometry.h"
 
 namespace tovu {
 namespace {
@@ -76,8 +77,8 @@ TEST(Matrix, ZeroLeavesEveryBit) {
 
 TEST(Matrix, AnglesAreRoundedBeforeTheirCosine) {
     const auto radians = static_cast<float>(90 * 0.017453292519943295);
-    EXPECT_EQ(static_cast<float>(std::cos(static_cast<double>(radians))), turn_of(90).cosine);
-    EXPECT_EQ(1.0f, turn_of(90).sine);
+    EXPECT_EQ(static_cast<float>(std::cos(static_cast<double>(radians))), sine_cosine_degrees(90).cosine);
+    EXPECT_EQ(1.0f, sine_cosine_degrees(90).sine);
 }
 
 TEST(Vector, NormalizeDividesAndReturnsTheLength) {

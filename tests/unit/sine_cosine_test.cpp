@@ -1,4 +1,4 @@
-#include "render/sine_cosine.h"
+#include "math/fast_sine_cosine.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ bool near(float value, double exact) {
 }
 
 void expect_sine_and_cosine_of(float degrees) {
-    const SineCosine turn = sine_cosine(degrees);
+    const SineCosine turn = fast_sine_cosine_degrees(degrees);
     const double radians = std::fmod(static_cast<double>(degrees), 360.0) * std::numbers::pi / 180.0;
     ASSERT_TRUE(near(turn.sine, std::sin(radians))) << degrees << " degrees: sine " << turn.sine;
     ASSERT_TRUE(near(turn.cosine, std::cos(radians))) << degrees << " degrees: cosine " << turn.cosine;
@@ -45,12 +45,12 @@ TEST(SineCosine, ExactAtQuarterTurnsAndNoNumberOfWhatHasNone) {
     const Vector3 quarters[] = {{0, 0, 1},   {-0.0f, 0, 1}, {90, 1, 0},      {180, 0, -1},     {270, -1, 0},
                                 {360, 0, 1}, {-90, -1, 0},  {3600090, 1, 0}, {-3600090, -1, 0}};
     for (const auto& [degrees, sine, cosine] : quarters) {
-        EXPECT_EQ(sine, sine_cosine(degrees).sine) << degrees;
-        EXPECT_EQ(cosine, sine_cosine(degrees).cosine) << degrees;
+        EXPECT_EQ(sine, fast_sine_cosine_degrees(degrees).sine) << degrees;
+        EXPECT_EQ(cosine, fast_sine_cosine_degrees(degrees).cosine) << degrees;
     }
     for (float degrees : {kInfinity, -kInfinity, kNan}) {
-        EXPECT_TRUE(std::isnan(sine_cosine(degrees).sine)) << degrees;
-        EXPECT_TRUE(std::isnan(sine_cosine(degrees).cosine)) << degrees;
+        EXPECT_TRUE(std::isnan(fast_sine_cosine_degrees(degrees).sine)) << degrees;
+        EXPECT_TRUE(std::isnan(fast_sine_cosine_degrees(degrees).cosine)) << degrees;
     }
 }
 

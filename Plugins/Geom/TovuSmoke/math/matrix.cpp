@@ -6,7 +6,7 @@ namespace tovu {
 namespace {
 
 // Turns the plane of two columns: a' = a·c + b·s, b' = b·c − a·s.
-void turn_columns(float* a, float* b, Turn turn) {
+void turn_columns(float* a, float* b, SineCosine turn) {
     for (int row = 0; row < 4; ++row) {
         const float old_a = a[row];
         const float old_b = b[row];
@@ -21,11 +21,6 @@ void scale_column(float* column, float factor) {
 }
 
 }  // namespace
-
-Turn turn_of(float degrees) {
-    const auto radians = static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
-    return {cosine_of(radians), sine_of(radians)};
-}
 
 void translate(Matrix4& matrix, Vector3 by) {
     float* m = matrix.m;
@@ -43,15 +38,15 @@ void scale(Matrix4& matrix, Vector3 factors) {
 }
 
 void rotate_x(Matrix4& matrix, float degrees) {
-    if (degrees != 0.0f) turn_columns(matrix.m + 4, matrix.m + 8, turn_of(degrees));
+    if (degrees != 0.0f) turn_columns(matrix.m + 4, matrix.m + 8, sine_cosine_degrees(degrees));
 }
 
 void rotate_y(Matrix4& matrix, float degrees) {
-    if (degrees != 0.0f) turn_columns(matrix.m + 8, matrix.m, turn_of(degrees));
+    if (degrees != 0.0f) turn_columns(matrix.m + 8, matrix.m, sine_cosine_degrees(degrees));
 }
 
 void rotate_z(Matrix4& matrix, float degrees) {
-    if (degrees != 0.0f) turn_columns(matrix.m, matrix.m + 4, turn_of(degrees));
+    if (degrees != 0.0f) turn_columns(matrix.m, matrix.m + 4, sine_cosine_degrees(degrees));
 }
 
 void rotate(Matrix4& matrix, Vector3 degrees) {
@@ -62,7 +57,7 @@ void rotate(Matrix4& matrix, Vector3 degrees) {
 
 void rotate(Matrix4& matrix, float degrees, Vector3 axis) {
     normalize(axis);
-    const Turn turn = turn_of(degrees);
+    const SineCosine turn = sine_cosine_degrees(degrees);
     const float c = turn.cosine;
     const float s = turn.sine;
     const float t = 1.0f - c;

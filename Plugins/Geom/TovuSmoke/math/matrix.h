@@ -10,15 +10,6 @@ struct Matrix4 {
     float m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 };
 
-/// Cosine and sine of an angle.
-struct Turn {
-    float cosine;
-    float sine;
-};
-
-/// Of an angle in degrees: the radians, the cosine and the sine are each rounded to float32.
-Turn turn_of(float degrees);
-
 /// M ← M · T. A component of exactly 0 leaves its term out, so that a zero translation changes no bit.
 void translate(Matrix4& matrix, Vector3 by);
 

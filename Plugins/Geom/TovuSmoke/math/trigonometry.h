@@ -1,6 +1,6 @@
-// Trigonometry whose results are the same bits with every C library. Libraries differ in the last place of their float
-// functions, and of their double functions too; but the last place of a double is 2^-29 of a float's, so that a double
-// result rounded once to float does not show the difference.
+// Trigonometry that gives the same bits with every C library. Libraries differ in the last place of their float and of
+// their double functions. The last place of a double is 2^-29 of a float's, so rounding a double result once to float
+// removes the difference.
 #pragma once
 
 #include <cmath>
@@ -15,7 +15,19 @@ inline float cosine_of(float radians) {
     return static_cast<float>(std::cos(static_cast<double>(radians)));
 }
 
-/// Radians, -pi/2 to pi/2 and 0 to pi; not a number where `value` is outside -1 to 1.
+/// Sine and cosine of one angle.
+struct SineCosine {
+    float sine;
+    float cosine;
+};
+
+/// Of an angle in degrees. The radians, the sine and the cosine are each rounded to float32.
+inline SineCosine sine_cosine_degrees(float degrees) {
+    const auto radians = static_cast<float>(static_cast<double>(degrees) * 0.017453292519943295);
+    return {sine_of(radians), cosine_of(radians)};
+}
+
+/// Radians, -pi/2 to pi/2 and 0 to pi; NaN where `value` is outside -1 to 1.
 inline float arc_sine(float value) {
     return static_cast<float>(std::asin(static_cast<double>(value)));
 }

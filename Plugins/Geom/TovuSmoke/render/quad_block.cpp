@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstring>
 
+#include "../math/fast_sine_cosine.h"
 #include "../math/float4.h"
 #include "../particles/fetch_ahead.h"
-#include "sine_cosine.h"
 
 namespace tovu {
 namespace {
@@ -56,14 +56,14 @@ bool all_plain(const QuadBlock& block) {
 /// Turns beyond kLargestPlainTurn are rare and made one by one.
 void find_turns(const QuadBlock& block, Turns& turns) {
     for (int32_t i = 0, count = (block.count + 3) & ~3; i < count; ++i) {
-        const SineCosine turn = sine_cosine(block.degrees[i]);
+        const SineCosine turn = fast_sine_cosine_degrees(block.degrees[i]);
         turns.sines[i] = turn.sine;
         turns.cosines[i] = turn.cosine;
     }
     if (all_plain(block)) return;
     for (int32_t i = 0; i < block.count; ++i) {
         if (std::fabs(block.degrees[i]) <= kLargestPlainTurn) continue;
-        const Turn turn = turn_of(block.degrees[i]);
+        const SineCosine turn = sine_cosine_degrees(block.degrees[i]);
         turns.sines[i] = turn.sine;
         turns.cosines[i] = turn.cosine;
     }

@@ -1,5 +1,7 @@
 #include "wind_field.h"
 
+#include "../math/trigonometry.h"
+
 namespace tovu {
 
 Vector3 global_wind(const SmokeInstance& instance) {
@@ -15,7 +17,7 @@ Vector3 global_wind(const SmokeInstance& instance) {
 void fill_wind_angles(WindAngles& angles) {
     for (int32_t byte = 0; byte < 256; ++byte) {
         const auto channel = static_cast<float>(byte / 255.0);
-        const Turn turn = turn_of(channel * 360.0f);
+        const SineCosine turn = sine_cosine_degrees(channel * 360.0f);
         angles.of_byte[byte] = Float4{1.0f, turn.cosine, turn.sine, channel};
     }
 }

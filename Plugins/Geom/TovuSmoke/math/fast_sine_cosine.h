@@ -1,25 +1,20 @@
-// Sine and cosine of an angle in degrees, without a branch, so that a loop over an array of angles becomes vectors.
+// Sine and cosine of an angle in degrees without branches, so that the compiler vectorises loops over arrays of angles.
 #pragma once
 
 #include <cstdint>
 
-#include "../math/bits.h"
+#include "bits.h"
+#include "trigonometry.h"
 
 namespace tovu {
 
-struct SineCosine {
-    float sine;
-    float cosine;
-};
-
-/// Within 1.8 units in the last place for |degrees| up to 2^22, as far as the reduction to a quadrant is exact; beyond
-/// that any number, and not a number for one.
-/// 0 gives exactly 0 and 1, and so do the other multiples of 90 their 0, 1 or -1.
-/// The angle is brought to -45…45 in degrees, where a quarter turn is a whole number and nothing is lost; polynomials
-/// through the Chebyshev nodes of that range do the rest.
-inline SineCosine sine_cosine(float degrees) {
-    // Adding 1.5 · 2^23 rounds to a whole number, whose last bits are then those of the float. They are read as bits,
-    // since converting a value that is not a number to an integer is undefined.
+/// Within 1.8 units in the last place for |degrees| up to 2^22, where the reduction to a quadrant is exact. Beyond that they
+/// are meaningless; infinity and NaN give NaN. Multiples of 90 give exactly 0, 1 or -1.
+/// The angle is reduced to -45…45 in degrees, in which a quarter turn is an integer and the reduction loses nothing.
+/// The polynomials interpolate sine and cosine at the Chebyshev nodes of that range.
+inline SineCosine fast_sine_cosine_degrees(float degrees) {
+    // Adding 1.5 · 2^23 rounds to an integer, whose last bits are then the last bits of the float. They are read as
+    // bits, since converting NaN to an integer is undefined.
     constexpr float kRounder = 12582912.0f;
     const uint32_t quarters = bit_cast<uint32_t>(degrees * (1.0f / 90.0f) + kRounder);
     const float r = degrees - (bit_cast<float>(quarters) - kRounder) * 90.0f;
