@@ -70,6 +70,7 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("--plugin", options.plugin, "Library to take for the smoke");
     command->add_option("--plugin-timeout", options.plugin_timeout,
                         "Seconds that one call into a plug-in may take; 60 when left out, 0 for any time");
+    command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
     command->add_option("--trace", options.trace, "JSON file for how long plug-ins took; Chrome and Perfetto show it");
 }
 

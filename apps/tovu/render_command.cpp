@@ -86,6 +86,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
         };
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();
+    canvas->check_opengl = options.check_opengl;
     Result<Output> output = open_output(*plan, options.output);
     if (!output) return output.error();
     const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress);
@@ -97,6 +98,9 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     report.frames = plan->last - plan->first + 1;
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)
         report.complaints.push_back(stage::to_string(complaint));
+    if (const int64_t dropped = run.built.stage->complaints.dropped; dropped > 0)
+        report.complaints.push_back(
+            fmt::format("{} more were dropped after the first {}", dropped, stage::kMostComplaints));
     return report;
 }
 

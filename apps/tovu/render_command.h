@@ -21,6 +21,7 @@ struct RenderOptions {
     std::string plugin;                 // library that "smoke" stands for
     std::string trace;                  // file for what the plug-ins' work took
     std::string plugin_timeout;         // seconds, 0 for none
+    bool check_opengl = false;          // look for an error after every OpenGL call of a plug-in
 };
 
 struct RenderReport {

@@ -26,7 +26,8 @@ STAGE_EXPORT const OpenGlDispatch& recording_opengl();
 STAGE_EXPORT const OpenGlDispatch& real_opengl();
 
 /// The real OpenGL, asked for an error after each call outside glBegin/glEnd; slow. What it found is a line for each
-/// faulty call ("glEnable(1234): invalid enumerant"), handed over and forgotten by take_opengl_complaints.
+/// faulty call ("glEnable(1234): invalid enumerant"), handed over and forgotten by take_opengl_complaints. Past 100
+/// lines only their number is kept, and told in the last line.
 STAGE_EXPORT const OpenGlDispatch& checking_opengl();
 STAGE_EXPORT std::vector<std::string> take_opengl_complaints();
 

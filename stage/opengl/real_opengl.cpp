@@ -29,6 +29,7 @@ constexpr size_t kMostComplaints = 100;
 struct Checker {
     bool between_begin_and_end = false;
     std::vector<std::string> complaints;
+    int64_t dropped = 0;
 };
 
 Checker& checker() {
@@ -51,6 +52,8 @@ void check_call(const Text& text) {
     for (const std::string& error : take_opengl_errors())
         if (checker().complaints.size() < kMostComplaints)
             checker().complaints.push_back(fmt::format("{}: {}", text(), error));
+        else
+            ++checker().dropped;
 }
 
 template <class Function>
@@ -84,6 +87,8 @@ const OpenGlDispatch& checking_opengl() {
 }
 
 std::vector<std::string> take_opengl_complaints() {
+    if (const int64_t dropped = std::exchange(checker().dropped, 0); dropped > 0)
+        checker().complaints.push_back(fmt::format("{} more faulty OpenGL calls", dropped));
     return std::exchange(checker().complaints, {});
 }
 

@@ -10,10 +10,7 @@ namespace {
 
 void expect_one(Stage& stage, const Instance& instance, const char* entry_point, uint8_t returned) {
     if (returned == 1) return;
-    const Container* container = find_container(stage, instance.container_handle);
-    complain(stage, entry_point,
-             fmt::format("{} in '{}' returned {}; 1 is right", plugin(instance.plugin).name,
-                         container ? container->name : "", returned));
+    complain(stage, describe_call(stage, entry_point, instance), fmt::format("returned {}; 1 is right", returned));
 }
 
 }  // namespace

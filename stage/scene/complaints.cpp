@@ -11,13 +11,15 @@ namespace {
 
 std::string caller_of(const Stage& stage) {
     if (stage.running.empty()) return "";
-    const RunningCall& call = stage.running.back();
-    const Container* container = find_container(stage, call.instance->container_handle);
-    return fmt::format("{} of {} in '{}'", call.entry_point, plugin(call.instance->plugin).name,
-                       container ? container->name : "");
+    return describe_call(stage, stage.running.back().entry_point, *stage.running.back().instance);
 }
 
 }  // namespace
+
+std::string describe_call(const Stage& stage, const char* entry_point, const Instance& instance) {
+    const Container* container = find_container(stage, instance.container_handle);
+    return fmt::format("{} of {} in '{}'", entry_point, plugin(instance.plugin).name, container ? container->name : "");
+}
 
 void complain(Stage& stage, std::string call, std::string message) {
     Complaint complaint{std::move(call), caller_of(stage), std::move(message), 1};

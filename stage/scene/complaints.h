@@ -11,6 +11,7 @@
 namespace stage {
 
 struct Stage;
+struct Instance;
 
 struct Complaint {
     std::string call;     // the service or entry point, "_api__get_image_size"
@@ -28,6 +29,9 @@ constexpr int kMostComplaints = 1000;
 
 /// Notes a complaint; the caller is the entry point that is running.
 STAGE_EXPORT void complain(Stage& stage, std::string call, std::string message);
+
+/// "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'".
+std::string describe_call(const Stage& stage, const char* entry_point, const Instance& instance);
 
 /// "_api__get_image_size, called by PLUGIN_NEW_GEOM of TovuSmoke in 'steam': … (3 times)".
 STAGE_EXPORT std::string to_string(const Complaint& complaint);

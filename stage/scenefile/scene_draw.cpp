@@ -57,6 +57,7 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     settings.opacity = item.opacity;
     settings.alpha_reference = look.alpha_test_reference;
     settings.depth_test = look.depth_test;
+    settings.check_every_call = canvas.check_opengl;
     if (!item.has_instance) {
         draw_shape(settings, scene, item.container);
         return Done{};
@@ -64,7 +65,8 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     const int32_t handle = item.container.handle;
     const auto wrong = draw_pass(
         settings, [&stage, handle](int32_t flags, float opacity) { call_render(stage, handle, flags, opacity); });
-    for (const std::string& complaint : wrong) complain(stage, "PLUGIN_RENDER_OPENGL", complaint);
+    for (const std::string& complaint : wrong)
+        complain(stage, describe_call(stage, "PLUGIN_RENDER_OPENGL", *instance_of(stage, handle)), complaint);
     return Done{};
 }
 
@@ -76,7 +78,7 @@ Result<SceneCanvas> make_canvas(const SceneDescription& scene) {
     Result<Framebuffer> frame =
         Framebuffer::create(scene.size[0], scene.size[1], scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16);
     if (!frame) return frame.error();
-    return SceneCanvas{std::move(*context), std::move(*frame), {}};
+    return SceneCanvas{std::move(*context), std::move(*frame), {}, false};
 }
 
 Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {

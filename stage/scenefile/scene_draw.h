@@ -23,6 +23,7 @@ struct SceneCanvas {
         Texture texture;
     };
     std::map<int32_t, CachedTexture> textures;  // by image handle
+    bool check_opengl = false;                  // name each faulty OpenGL call of plug-ins; slow
 };
 
 /// A frame of the scene's size and bits per channel.

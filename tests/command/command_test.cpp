@@ -236,6 +236,27 @@ TEST_F(FaultyPlugin, IsNamedAndEndsTheRenderWithStatus2) {
     }
 }
 
+const Fault kComplaints[] = {
+    {"PLUGIN_CLEANUP_FUNCTION:complaints",
+     "warning: _api__set_geom_changed, called by PLUGIN_CLEANUP_FUNCTION of Faulty in 'asked': 1 is no handle\n"},
+    {"PLUGIN_CLEANUP_FUNCTION:complaints", "warning: 1200 more were dropped after the first 1000\n"},
+    {"PLUGIN_RENDER_OPENGL:opengl",
+     "warning: PLUGIN_RENDER_OPENGL of Faulty in 'asked': OpenGL: invalid enumerant (9 times)\n"},
+    {"PLUGIN_RENDER_OPENGL:opengl",
+     "warning: PLUGIN_RENDER_OPENGL of Faulty in 'asked': glEnable(4660): invalid enumerant (9 times)\n",
+     "--check-opengl"},
+};
+
+TEST_F(FaultyPlugin, IsComplainedAboutByName) {
+    for (const auto& [deed, message, options] : kComplaints) {
+        SCOPED_TRACE(message);
+        tell(deed);
+        const Outcome outcome = run(std::string("render faulty.toml -o x.mp4 ") + options);
+        EXPECT_EQ(0, outcome.status);
+        EXPECT_THAT(outcome.errors, HasSubstr(message));
+    }
+}
+
 // Runs `render` in a process of its own until it has begun to write, then sends it the signal twice. Its exit status.
 int status_after_signal(const fs::path& folder, const char* scene, int signal) {
     const pid_t child = fork();

@@ -7,6 +7,7 @@
 
 #include "entry_points.h"
 #include "host_services.h"
+#include "opengl.h"
 
 enum class Fault {
     NAME_MISSING,
@@ -54,6 +55,8 @@ void do_deed(const char* deed) {
     if (is("exit")) std::exit(0);
     if (is("quick_exit")) std::quick_exit(0);
     while (is("loop")) zero = 0;
+    if (is("opengl")) ormixGL_glEnable(0x1234);
+    for (int32_t i = 1; is("complaints") && i <= 1100; ++i) _api__set_geom_changed(i);
 }
 
 void work(const char* entry_point) {
