@@ -43,8 +43,12 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 
     // Under a caller that ignores the ends of its children.
     Outcome run(const std::string& arguments) const {
-        const std::string command = "cd '" + (folder_ / "work").string() + "' && env --ignore-signal=CHLD " +
-                                    TOVU_PROGRAM + " " + arguments + " >../output 2>../errors </dev/null";
+        return run_shell("env --ignore-signal=CHLD " TOVU_PROGRAM " " + arguments);
+    }
+
+    Outcome run_shell(const std::string& command_line) const {
+        const std::string command =
+            "cd '" + (folder_ / "work").string() + "' && " + command_line + " >../output 2>../errors </dev/null";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder_ / "output"),
                 file_bytes(folder_ / "errors")};
@@ -309,6 +313,19 @@ constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_b
 {"index": 5, "name": "target", "label": "Target", "kind": "Container", "default": "", "max_length": 4095},
 {"index": 6, "name": "picture", "label": "Picture", "kind": "Image", "default": "", "max_length": 4095}],
 "buttons": [{"name": "draw", "label": "Draw", "action": 1}, {"name": "ask", "label": "Ask", "action": 2}]})";
+
+// A copy of the script in a folder without sources: a command that it passed on would fail to build.
+TEST_F(Command, TheScriptAnswersWithoutABuild) {
+    for (const char* name : {"tovu", "CMakeLists.txt"}) fs::copy_file(fs::path(TOVU_SOURCE_DIR) / name, folder_ / name);
+    const auto script = [&](const std::string& arguments) {
+        return run_shell("env TOVU_NO_INSTALL=1 sh ../tovu " + arguments);
+    };
+    const Outcome typo = script("rendre tiny.toml -o x.png");
+    EXPECT_EQ(2, typo.status);
+    EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("demo, render, params")));
+    EXPECT_EQ("tovu " TOVU_VERSION "\n", script("--version").output);
+    EXPECT_FALSE(fs::exists(folder_ / "build"));
+}
 
 TEST_F(Command, ParamsTellsWhatIsRegistered) {
     const Outcome probe = run("params --json " TOVU_BINARY_DIR "/plugins/tests/probe_plugin.so");
