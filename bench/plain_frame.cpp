@@ -4,10 +4,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "host/host_queries.h"
+#include "particles/curves.h"
 #include "particles/emission.h"
 #include "render/draw_list.h"
 #include "render/quad_arrays.h"
+#include "services/host_queries.h"
 #include "unit/plain_quads.h"
 #include "unit/plain_step.h"
 

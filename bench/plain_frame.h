@@ -1,7 +1,7 @@
 // The pieces of a frame as a careful engineer writes them first, on the same records and into the same arrays.
 #pragma once
 
-#include "smoke_instance.h"
+#include "instance/smoke_instance.h"
 
 namespace bench {
 

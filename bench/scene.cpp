@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "render/profiling_events.h"
-#include "speed_ups.h"
+#include "particles/instance_caches.h"
+#include "render/draw_list.h"
 
 namespace bench {
 namespace {
@@ -123,13 +123,13 @@ std::vector<Particle*> listed(const Smoke& smoke) {
 }
 
 void links_changed(Smoke& smoke) {
-    smoke.block->speed_ups->active.follows_links = false;
+    smoke.block->caches->active.follows_links = false;
 }
 
 void copy_in_memory_order(const Smoke& smoke, MemoryOrder& copy) {
     if (!copy.block) copy.block = std::make_unique<tovu::SmokeInstance>();
     std::memcpy(static_cast<void*>(copy.block.get()), smoke.block, sizeof(tovu::SmokeInstance));
-    copy.block->speed_ups = nullptr;
+    copy.block->caches = nullptr;
     copy.records.reserve(static_cast<size_t>(smoke.count));
     copy.records.clear();
     append(copy.records, copy.block->active_head);

@@ -6,9 +6,9 @@
 #include "cases.h"
 #include "host/opengl.h"
 #include "particles/curves.h"
+#include "particles/instance_caches.h"
 #include "sources/container_source.h"
 #include "sources/image_source.h"
-#include "speed_ups.h"
 #include "stage/scene/image.h"
 #include "unit/plain_step.h"
 
@@ -236,7 +236,7 @@ Case sampling_case(Scene& scene) {
                     const float xy[] = {x, y, y, x};
                     uint64_t pixels[2];
                     tovu::find_pixels(wind.reader, xy, 2, pixels);
-                    sum += tovu::pixel_wind(wind, pixels[0]) + tovu::pixel_wind(wind, pixels[1]);
+                    sum += tovu::wind_field(wind, pixels[0]) + tovu::wind_field(wind, pixels[1]);
                 }
                 watch.stop();
                 benchmark::DoNotOptimize(sum);

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "../stage/temporary_folder.h"
-#include "smoke_instance.h"
+#include "instance/smoke_instance.h"
 #include "stage/output/png_file.h"
 #include "stage/plugins/instance.h"
 #include "stage/scenefile/scene_reader.h"

@@ -254,13 +254,13 @@ TEST(Exchange, WhatComesFromInsideARequestTakesEffectAtOnce) {
     };
     for (const auto& row : rows)
         for (const int32_t code : {TOVU_REQUEST_NEW_SPAWN_POINT, TOVU_REQUEST_IS_INSIDE})
-            for (const bool has_speed_ups : {true, false}) {
+            for (const bool has_caches : {true, false}) {
                 const bool births = code == TOVU_REQUEST_NEW_SPAWN_POINT;
-                SCOPED_TRACE(testing::Message() << row.name << (births ? ", births" : ", walk") << has_speed_ups);
+                SCOPED_TRACE(testing::Message() << row.name << (births ? ", births" : ", walk") << has_caches);
                 Asked asked(code, row.act);
-                SpeedUps*& speed_ups = asked.host.block(asked.smoke).speed_ups;
-                SpeedUps* const kept = speed_ups;
-                if (!has_speed_ups) speed_ups = nullptr;
+                InstanceCaches*& caches = asked.host.block(asked.smoke).caches;
+                InstanceCaches* const kept = caches;
+                if (!has_caches) caches = nullptr;
                 asked.host.run_frames(1);
                 const Outcome& expected = births ? row.of_births : row.of_walk;
                 EXPECT_EQ(expected.live, asked.host.active_count(asked.smoke));
@@ -271,7 +271,7 @@ TEST(Exchange, WhatComesFromInsideARequestTakesEffectAtOnce) {
                     asked.host.run_frames(1);
                 }
                 EXPECT_THAT(asked.host.complaints(), testing::IsEmpty());
-                speed_ups = kept;
+                caches = kept;
             }
 }
 

@@ -126,13 +126,13 @@ TEST(DrawList, FollowsTheLinksWhereTheArrayIsMissingButNoFurtherThanAPoolReaches
     ListHost host;
     const SmokeHandle smoke = host.smoke_of(3);
     const std::vector<Particle*> active = host.numbered(smoke);
-    SpeedUps* const speed_ups = std::exchange(host.block(smoke).speed_ups, nullptr);
+    InstanceCaches* const caches = std::exchange(host.block(smoke).caches, nullptr);
     EXPECT_THAT(host.drawn(smoke), ElementsAre(0, 1, 2));
     active.at(2)->next = active.at(0);
     host.render(smoke);
     EXPECT_EQ(kMaxParticles, host.block(smoke).draw_count);
     active.at(2)->next = nullptr;
-    host.block(smoke).speed_ups = speed_ups;
+    host.block(smoke).caches = caches;
 }
 
 }  // namespace

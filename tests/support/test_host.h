@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "smoke_instance.h"
+#include "instance/smoke_instance.h"
 #include "stage/call_log.h"
 #include "stage/plugins/frames.h"
 #include "stage/scene/stage.h"

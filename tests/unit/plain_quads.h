@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdint>
 
+#include "instance/smoke_instance.h"
 #include "math/matrix.h"
 #include "render/quads.h"
-#include "smoke_instance.h"
 
 namespace plain {
 

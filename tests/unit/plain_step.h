@@ -4,12 +4,12 @@
 
 #include <cmath>
 
+#include "instance/smoke_instance.h"
 #include "math/matrix.h"
 #include "math/random.h"
 #include "particles/particle_motion.h"
 #include "particles/pool.h"
 #include "particles/step_values.h"
-#include "smoke_instance.h"
 
 namespace plain {
 

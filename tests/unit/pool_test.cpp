@@ -9,6 +9,7 @@
 
 #include "failing_realloc.h"
 #include "particles/active_array.h"
+#include "particles/instance_caches.h"
 #include "particles/particle_motion.h"
 #include "random_seed.h"
 
@@ -21,19 +22,19 @@ struct Pool {
     explicit Pool(Memory with_memory) : memory(with_memory) {
         instance.time_step = 1;
         instance.parameters.life_time_scale = 100;
-        if (memory != Memory::kNoArray) instance.speed_ups = &speed_ups;
+        if (memory != Memory::kNoArray) instance.caches = &caches;
         resize(8);
     }
     ~Pool() {
         release_particles(instance);
-        std::free(speed_ups.active.records);
+        std::free(caches.active.records);
     }
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
     void resize(int32_t count) {
         instance.parameters.number_of_particles = count;
-        realloc_fails = memory == Memory::kArrayStaysSmall && speed_ups.active.capacity > 0;
+        realloc_fails = memory == Memory::kArrayStaysSmall && caches.active.capacity > 0;
         sync_capacity(instance);
         realloc_fails = false;
     }
@@ -94,7 +95,7 @@ struct Pool {
 
     Memory memory;
     tovu::SmokeInstance instance;
-    tovu::SpeedUps speed_ups;
+    tovu::InstanceCaches caches;
     float births = 0;
 };
 

@@ -8,9 +8,9 @@
 
 #include "outline_source.h"
 #include "particles/active_array.h"
+#include "particles/instance_caches.h"
 #include "plain_step.h"
 #include "random_seed.h"
-#include "speed_ups.h"
 #include "stage/scene/container.h"
 #include "stage/scene/image.h"
 #include "stage/scene/stage.h"
@@ -47,12 +47,12 @@ struct Host {
 /// seed are alike.
 struct Smoke {
     SmokeInstance instance;
-    SpeedUps speed_ups;
+    InstanceCaches caches;
     std::vector<Particle> records = std::vector<Particle>(kRecords);
     std::vector<Particle*> array = std::vector<Particle*>(2 * kRecords);
 
     Smoke(uint32_t seed, const Host& host, const OutlineSource& outline);
-    ~Smoke() { release(speed_ups.outline_index); }
+    ~Smoke() { release(caches.outline_index); }
     Smoke(const Smoke&) = delete;
     Smoke& operator=(const Smoke&) = delete;
 };
@@ -215,8 +215,8 @@ TEST_P(Step, IsThatOfItsRules) {
         apply(setting, fast.instance);
         apply(setting, simple.instance);
         if (has_array) {
-            fast.instance.speed_ups = &fast.speed_ups;
-            fast.speed_ups.active = {fast.array.data(), 0, 0, static_cast<int32_t>(fast.array.size()), false};
+            fast.instance.caches = &fast.caches;
+            fast.caches.active = {fast.array.data(), 0, 0, static_cast<int32_t>(fast.array.size()), false};
         }
         for (int step = 0; step < kSteps; ++step) {
             std::srand(seed);

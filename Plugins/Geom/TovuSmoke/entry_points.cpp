@@ -1,9 +1,9 @@
 #include "host/entry_points.h"
 
+#include "instance_operations.h"
 #include "particle_exchange.h"
 #include "registration.h"
 #include "render/render_pass.h"
-#include "smoke_instance.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Requests of other plug-ins: a consumer attaches to the live particles, or detaches.
 #pragma once
 
-#include "smoke_instance.h"
+#include "instance/smoke_instance.h"
 
 namespace tovu {
 

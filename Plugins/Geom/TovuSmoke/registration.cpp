@@ -3,8 +3,8 @@
 #include <cstdio>
 
 #include "host/host_services.h"
-#include "render/profiling_events.h"
-#include "smoke_instance.h"
+#include "instance_operations.h"
+#include "render/draw_list.h"
 
 namespace tovu {
 namespace {
@@ -27,8 +27,8 @@ void register_parameters() {
     pelRegisterParameterString(#name, label, initial, kTextColumns, longest, 0);
 #define PARAM_CONTAINER(name, label) pelRegisterParameterContainer(#name, label, "");
 #define PARAM_IMAGE(name, label) pelRegisterParameterImage(#name, label, "");
-#include "parameters.def"
-#include "parameters_undef.h"
+#include "instance/parameters.def"
+#include "instance/parameters_undef.h"
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "instance_caches.h"
+
 namespace tovu {
 namespace {
 
@@ -38,23 +40,23 @@ void shift_to_front(ActiveArray& active) {
 }  // namespace
 
 ActiveRecords active_records(const SmokeInstance& instance) {
-    if (instance.speed_ups == nullptr) return {nullptr, 0};
-    const ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return {nullptr, 0};
+    const ActiveArray& active = instance.caches->active;
     if (active.records == nullptr || !matches_links(active, instance.active_head)) return {nullptr, 0};
     return {active.records + active.begin, active.end - active.begin};
 }
 
 ActiveArray* current_active_array(SmokeInstance& instance) {
-    if (instance.speed_ups == nullptr) return nullptr;
-    ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return nullptr;
+    ActiveArray& active = instance.caches->active;
     if (active.records == nullptr) return nullptr;
     if (!matches_links(active, instance.active_head) && !fill_from_links(active, instance.active_head)) return nullptr;
     return &active;
 }
 
 void reserve_active_array(SmokeInstance& instance, int32_t count) {
-    if (instance.speed_ups == nullptr) return;
-    ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return;
+    ActiveArray& active = instance.caches->active;
     const int32_t capacity = kRoomFactor * count;
     if (capacity <= active.capacity) return;
     void* grown = std::realloc(active.records, static_cast<size_t>(capacity) * sizeof(Particle*));
@@ -64,8 +66,8 @@ void reserve_active_array(SmokeInstance& instance, int32_t count) {
 }
 
 void enter_youngest(SmokeInstance& instance, Particle& particle) {
-    if (instance.speed_ups == nullptr) return;
-    ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return;
+    ActiveArray& active = instance.caches->active;
     if (!active.follows_links) return;
     if (active.end == active.capacity && active.begin > 0) shift_to_front(active);
     if (active.end == active.capacity)
@@ -75,14 +77,14 @@ void enter_youngest(SmokeInstance& instance, Particle& particle) {
 }
 
 void forget_youngest(SmokeInstance& instance) {
-    if (instance.speed_ups == nullptr) return;
-    ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return;
+    ActiveArray& active = instance.caches->active;
     if (active.follows_links && active.end > active.begin) --active.end;
 }
 
 void forget_all(SmokeInstance& instance) {
-    if (instance.speed_ups == nullptr) return;
-    ActiveArray& active = instance.speed_ups->active;
+    if (instance.caches == nullptr) return;
+    ActiveArray& active = instance.caches->active;
     active.begin = active.end = 0;
     active.follows_links = true;
 }

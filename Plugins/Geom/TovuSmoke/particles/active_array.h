@@ -3,10 +3,18 @@
 // where the array could not be allocated they are walked.
 #pragma once
 
-#include "../smoke_instance.h"
-#include "../speed_ups.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
+
+/// The live particles as pointers, oldest first, in records[begin … end).
+struct ActiveArray {
+    Particle** records = nullptr;
+    int32_t begin = 0;
+    int32_t end = 0;
+    int32_t capacity = 0;
+    bool follows_links = true;  // false once a particle could not be entered: walk the links until it is filled anew
+};
 
 /// The live particles, oldest first: the active list from its tail to its head. Walk it backwards for list order.
 /// records is null where the links have to be walked instead. Valid until a particle is born, dies or is moved.

@@ -1,7 +1,7 @@
 #include "camera_alignment.h"
 
-#include "../host/host_queries.h"
 #include "../math/trigonometry.h"
+#include "../services/host_queries.h"
 
 namespace tovu {
 namespace {

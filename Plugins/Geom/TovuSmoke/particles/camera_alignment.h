@@ -1,7 +1,7 @@
 // How a quad that faces +Z has to be turned to face the render camera.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

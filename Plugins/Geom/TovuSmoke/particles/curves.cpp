@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "../smoke_instance.h"
 #include "curve_text.h"
 #include "spline.h"
 

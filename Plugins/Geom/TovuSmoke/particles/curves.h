@@ -1,26 +1,15 @@
 // Colour and opacity over a particle's life: texts become tables, tables are looked up by age and life.
 #pragma once
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
+#include "../instance/smoke_instance.h"
 #include "../math/float4.h"
 
 namespace tovu {
-
-struct SmokeInstance;
-
-constexpr int32_t kColorEntries = 1025;
-constexpr int32_t kAlphaEntries = 513;
-
-/// Entry k: red, green, blue, 0 to 255, at life fraction k / 1024.
-struct ColorTable {
-    uint8_t rgb[kColorEntries][3];
-};
-
-/// Entries 0 to 511: opacity 0 to 1, sampled at i / 511; entry 512 is always 0. Read at trunc(512 × life fraction).
-struct AlphaTable {
-    float alpha[kAlphaEntries];
-};
 
 /// trunc(age × 1024 / life) of four particles, the entries of the ColorTable: 0…1024 whatever the numbers are; 1024
 /// where the fraction is not a number (age and life both 0). In two parts, since the first takes its time.
@@ -41,6 +30,17 @@ inline uint32_t color_index(float age, float life) {
 /// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.
 inline uint32_t alpha_index(uint32_t color_index) {
     return color_index / 2;
+}
+
+/// Red, green and blue of an entry of the ColorTable in the low three bytes. The top byte is the byte that follows in
+/// the block: one unaligned load is faster than three.
+inline uint32_t color_entry(const SmokeInstance& instance, uint32_t index) {
+    static_assert(std::endian::native == std::endian::little);
+    static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
+    uint32_t rgb;
+    const char* const table = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
+    std::memcpy(&rgb, table + 3 * index, sizeof rgb);
+    return rgb;
 }
 
 /// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all held to 0…1. Each pair

@@ -1,11 +1,11 @@
 #include "emission.h"
 
-#include "../host/host_queries.h"
 #include "../math/random.h"
 #include "../math/trigonometry.h"
-#include "../sources/spawn_search.h"
+#include "../services/host_queries.h"
 #include "active_array.h"
 #include "pool.h"
+#include "spawn_search.h"
 
 namespace tovu {
 namespace {

@@ -1,7 +1,7 @@
 // Turns pooled records into new particles.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

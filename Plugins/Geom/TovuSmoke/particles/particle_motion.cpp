@@ -7,6 +7,7 @@
 #include "../math/random.h"
 #include "../math/trigonometry.h"
 #include "active_array.h"
+#include "curves.h"
 #include "fetch_ahead.h"
 #include "pool.h"
 #include "step_values.h"
@@ -188,7 +189,7 @@ void move_block(Block& block, const StepValues& values, const SmokeInstance& ins
         Particle& p = *block.records[i];
         Float4 at = displaced<turbulent>(block, i);
         if constexpr (wind_from_image) {
-            block.wind_step[i] = pixel_wind(wind, block.pixels[i]) * time_step;
+            block.wind_step[i] = wind_field(wind, block.pixels[i]) * time_step;
             at += block.wind_step[i];
         } else {
             at += motion.wind_step;

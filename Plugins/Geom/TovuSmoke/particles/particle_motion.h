@@ -1,7 +1,7 @@
 // What one step does to the live particles.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 #include "../sources/wind_field.h"
 
 namespace tovu {

@@ -2,7 +2,7 @@
 // list runs from the youngest particle to the oldest and the inactive list hands out what joined it last.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

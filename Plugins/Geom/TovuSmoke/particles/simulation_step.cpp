@@ -4,12 +4,12 @@
 #include <cstddef>
 #include <cstring>
 
-#include "../host/host_queries.h"
-#include "../speed_ups.h"
+#include "../services/host_queries.h"
 #include "active_array.h"
 #include "camera_alignment.h"
 #include "emission.h"
 #include "fetch_ahead.h"
+#include "instance_caches.h"
 #include "particle_motion.h"
 #include "pool.h"
 
@@ -32,7 +32,7 @@ void refresh_container_source(SmokeInstance& instance) {
     ContainerSpawnSource& source = instance.container_source;
     if (param::spawn_type(p) != kSpawnContainer || !is_valid(source)) return;
     refresh(source);
-    if (instance.speed_ups != nullptr) instance.speed_ups->outline_index.stale = true;
+    if (instance.caches != nullptr) instance.caches->outline_index.stale = true;
     set_ref_plane(source, param::spawn_cont_ref_plane_is_xz(p) ? 1 : 0);
     set_coord_mode(source, param::spawn_cont_coord_is_world(p) ? 1 : 0);  // counts from the next refresh on
     set_depth(source, param::spawn_range_z(p));

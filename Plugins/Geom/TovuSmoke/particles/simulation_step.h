@@ -1,7 +1,7 @@
 // One frame of one smoke: time, pool, placement, births, the walk over the live particles, the bounding box.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

@@ -1,9 +1,13 @@
 #include "step_values.h"
 
-#include "../speed_ups.h"
+#include "instance_caches.h"
 
 namespace tovu {
 namespace {
+
+Vector3 wind_scale(const SmokeInstance& instance) {
+    return param::reference(instance.parameters) == kReferenceWorld ? instance.abs_scale : Vector3{1, 1, 1};
+}
 
 void set_wind(StepValues& values, const SmokeInstance& instance) {
     const ParameterSlots& p = instance.parameters;
@@ -53,35 +57,39 @@ void set_life_rules(StepValues& values, const SmokeInstance& instance) {
 }
 
 // Worked out once per instance; into `spare` at every step where memory ran out.
-const WindAngles* wind_angles(SpeedUps* speed_ups, WindAngles& spare) {
-    if (speed_ups == nullptr) {
+const WindAngles* wind_angles(InstanceCaches* caches, WindAngles& spare) {
+    if (caches == nullptr) {
         fill_wind_angles(spare);
         return &spare;
     }
-    if (!speed_ups->wind_angles_filled) fill_wind_angles(speed_ups->wind_angles);
-    speed_ups->wind_angles_filled = true;
-    return &speed_ups->wind_angles;
+    if (!caches->wind_angles_filled) fill_wind_angles(caches->wind_angles);
+    caches->wind_angles_filled = true;
+    return &caches->wind_angles;
 }
 
 // Whatever has to be asked of the host or looked up is opened once for the walk, and only if a particle can need it.
 void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles) {
     const bool any = instance.active_head != nullptr;
-    SpeedUps* speed_ups = instance.speed_ups;
+    InstanceCaches* caches = instance.caches;
     if (any && values.accelerate && values.spawn_type == kSpawnContainer)
         values.inside =
-            open_inside_test(instance.container_source, speed_ups != nullptr ? &speed_ups->outline_index : nullptr);
+            open_inside_test(instance.container_source, caches != nullptr ? &caches->outline_index : nullptr);
     if (any && values.accelerate && values.spawn_type == kSpawnImage)
         values.mask = open_image(instance.spawn_image_source);
     if (any && values.wind_from_image) {
         const ParameterSlots& p = instance.parameters;
-        const bool world = param::reference(p) == kReferenceWorld;
-        const Vector3 scale = world ? instance.abs_scale : Vector3{1, 1, 1};
-        values.wind_image = {open_image(instance.wind_source), wind_angles(speed_ups, spare_angles),
-                             param::wind_force(p), Float4{scale.x, scale.y, scale.z, 1}};
+        const Vector3 scale = wind_scale(instance);
+        values.wind_image = {open_image(instance.wind_source), wind_angles(caches, spare_angles), param::wind_force(p),
+                             Float4{scale.x, scale.y, scale.z, 1}};
     }
 }
 
 }  // namespace
+
+Vector3 global_wind(const SmokeInstance& instance) {
+    const ParameterSlots& p = instance.parameters;
+    return wind_field(param::wind_force(p), param::wind_rot_x(p), param::wind_rot_z(p), wind_scale(instance));
+}
 
 void update_after_request(StepValues& values, const SmokeInstance& instance) {
     set_attachment(values, instance);

@@ -1,7 +1,7 @@
 // What a step's walk over the particles depends on and no particle changes: worked out once, before it.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 #include "../sources/wind_field.h"
 
 namespace tovu {
@@ -39,5 +39,8 @@ void update_after_request(StepValues& values, const SmokeInstance& instance);
 /// Fills `values` for the instance's time step and opens the sources that a particle can need. `spare_angles` must live
 /// as long: it is used where the instance has no place for the table.
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles);
+
+/// The wind of `wind_force`, without an image, units per second. Under Reference World it is scaled by the container.
+Vector3 global_wind(const SmokeInstance& instance);
 
 }  // namespace tovu

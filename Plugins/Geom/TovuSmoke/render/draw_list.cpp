@@ -1,9 +1,8 @@
 #include "draw_list.h"
 
-#include "../host/host_queries.h"
 #include "../particles/active_array.h"
 #include "../particles/fetch_ahead.h"
-#include "profiling_events.h"
+#include "../services/host_queries.h"
 #include "truncate.h"
 
 namespace tovu {

@@ -1,7 +1,7 @@
 #include "force_display.h"
 
 #include "../host/opengl.h"
-#include "../sources/wind_field.h"
+#include "../particles/step_values.h"
 
 namespace tovu {
 namespace {

@@ -1,7 +1,7 @@
 // Lines that show a designer what moves the particles.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

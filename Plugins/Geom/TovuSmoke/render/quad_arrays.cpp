@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "../host/opengl.h"
-#include "render_pass.h"
 
 namespace tovu {
 

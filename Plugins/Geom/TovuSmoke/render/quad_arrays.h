@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "../parameters.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 
@@ -18,5 +18,9 @@ constexpr int16_t kQuadTexcoords[kShortsPerQuad] = {0, 32767, 0, 0, 32767, 0, 32
 extern float quad_vertices[kMaxParticles * kFloatsPerQuad + 1];
 extern uint8_t quad_colors[kMaxParticles * kBytesPerQuad];
 extern int16_t quad_texcoords[kMaxParticles * kShortsPerQuad];  // filled by `initialise_quad_arrays`, then only read
+
+/// Fills the shared colours with 255 and the shared texture coordinates with their fixed pattern, and tells OpenGL
+/// where the latter are; zeroes the z of the instance's corners. Part of building an instance.
+void initialise_quad_arrays(SmokeInstance& instance);
 
 }  // namespace tovu

@@ -6,6 +6,7 @@
 
 #include "../math/fast_sine_cosine.h"
 #include "../math/float4.h"
+#include "../particles/curves.h"
 #include "../particles/fetch_ahead.h"
 
 namespace tovu {

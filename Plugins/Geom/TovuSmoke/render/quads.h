@@ -2,7 +2,7 @@
 // the same quads; they differ in where the colour comes from (immediate: from the record; arrays: from the tables).
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 

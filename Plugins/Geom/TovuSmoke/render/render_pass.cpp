@@ -1,7 +1,7 @@
 #include "render_pass.h"
 
-#include "../host/host_queries.h"
 #include "../host/opengl.h"
+#include "../services/host_queries.h"
 #include "draw_list.h"
 #include "force_display.h"
 #include "quads.h"

@@ -1,7 +1,7 @@
 // Draws one instance: the state it needs, the draw list, one of the two drawing paths, the force display.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../instance/smoke_instance.h"
 
 namespace tovu {
 
@@ -9,9 +9,5 @@ namespace tovu {
 /// lighting, the depth mask and, in immediate mode, the colours to the host, and draws no force display.
 /// opacity: factor on every particle's alpha, 0 to 1.
 void render_pass(SmokeInstance& instance, int32_t render_flags, float opacity);
-
-/// Fills the shared colours with 255 and the shared texture coordinates with their fixed pattern, and tells OpenGL
-/// where the latter are; zeroes the z of the instance's corners. Part of building an instance.
-void initialise_quad_arrays(SmokeInstance& instance);
 
 }  // namespace tovu

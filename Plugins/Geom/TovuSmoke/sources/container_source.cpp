@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "../host/host_queries.h"
 #include "../host/spawn_requests.h"
 #include "../math/polygon.h"
+#include "../services/host_queries.h"
 #include "image_source.h"
 #include "outline_index.h"
 

@@ -1,17 +1,15 @@
 #include "wind_field.h"
 
+#include "../math/matrix.h"
 #include "../math/trigonometry.h"
 
 namespace tovu {
 
-Vector3 global_wind(const SmokeInstance& instance) {
-    const ParameterSlots& p = instance.parameters;
-    const float strength = param::wind_force(p);
+Vector3 wind_field(float force, float rot_x, float rot_z, Vector3 scale) {
     Matrix4 direction;
-    rotate_x(direction, param::wind_rot_x(p));
-    rotate_z(direction, param::wind_rot_z(p));
-    const Vector3 wind = transform(direction, {strength, 0, 0});
-    return param::reference(p) == kReferenceWorld ? scaled(wind, instance.abs_scale) : wind;
+    rotate_x(direction, rot_x);
+    rotate_z(direction, rot_z);
+    return scaled(transform(direction, {force, 0, 0}), scale);
 }
 
 void fill_wind_angles(WindAngles& angles) {

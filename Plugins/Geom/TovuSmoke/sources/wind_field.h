@@ -1,33 +1,40 @@
-// The wind that blows at a point, in units per second.
+// The wind at a point, in units per second.
 #pragma once
 
-#include "../smoke_instance.h"
+#include "../math/float4.h"
+#include "../math/vector.h"
 #include "image_source.h"
-#include "wind_angles.h"
 
 namespace tovu {
 
-/// The global wind: `wind_force` along +x, turned about z by `wind_rot_z`, then about x by `wind_rot_x`; under
-/// Reference World times the container's scaling.
-Vector3 global_wind(const SmokeInstance& instance);
+/// The wind without an image: `force` along +x, turned about z by `rot_z`, then about x by `rot_x` (degrees), then
+/// scaled component by component.
+Vector3 wind_field(float force, float rot_x, float rot_z, Vector3 scale);
 
-/// What the wind of an image is made with, the same for all particles of a step.
+/// Per byte value: 1, the cosine and the sine of byte / 255 of a full turn, and byte / 255. A channel has 256 values,
+/// so a lookup replaces the trigonometry per particle.
+struct WindAngles {
+    Float4 of_byte[256];
+};
+void fill_wind_angles(WindAngles& angles);
+
+/// What the wind of an image depends on besides the pixel. The same for all particles of a step.
 struct WindImage {
     ImageReader reader;
     const WindAngles* angles;
-    float force;   // of a pixel whose first channel is full
-    Float4 scale;  // the container's scaling under Reference World, else 1; the fourth means nothing
+    float force;   // of a pixel whose first channel is 255
+    Float4 scale;  // x, y, z; lane 3 is not used
 };
 
-/// The second, the third, the third again.
-inline Float4 cosine_sine_sine(Float4 turn) {
-    const Int4 bits = reinterpret_cast<Int4>(turn);
+/// Lanes 1, 2, 2, 2.
+inline Float4 cosine_sine_sine(Float4 angle) {
+    const Int4 bits = reinterpret_cast<Int4>(angle);
     return reinterpret_cast<Float4>(__builtin_shufflevector(bits, bits, 1, 2, 2, 2));
 }
 
-/// The wind of an image's pixel: strength from the first channel, the turns about x and z from the second and third;
-/// x, y, z, and a fourth that means nothing. No wind where the image has no such pixel.
-inline Float4 pixel_wind(const WindImage& wind, uint64_t pixel_offset) {
+/// The wind at an image's pixel in lanes 0 to 2; lane 3 is not used. Force from the first channel, rotation about x and
+/// z from the second and third. 0 when the offset lies outside the pixel data.
+inline Float4 wind_field(const WindImage& wind, uint64_t pixel_offset) {
     const PixelBytes pixel = pixel_bytes(wind.reader, pixel_offset);
     const Float4* const of_byte = wind.angles->of_byte;
     const Float4 along = cosine_sine_sine(of_byte[pixel.channel[2]]) * of_byte[pixel.channel[1]];

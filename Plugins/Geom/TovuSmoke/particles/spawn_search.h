@@ -1,8 +1,8 @@
 // Finds spawn points in the shape of a container or on a mask, for the births of one emission call.
 #pragma once
 
-#include "../smoke_instance.h"
-#include "spawn_areas.h"
+#include "../instance/smoke_instance.h"
+#include "../sources/spawn_areas.h"
 
 namespace tovu {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/parameter_slots.h"
+#include "../host/parameter_slots.h"
 
 namespace tovu {
 

@@ -1,7 +1,7 @@
 #include "spawn_search.h"
 
 #include "../math/random.h"
-#include "../speed_ups.h"
+#include "instance_caches.h"
 
 namespace tovu {
 namespace {
@@ -81,7 +81,7 @@ bool find_point(SpawnSearch& search, PlanePoint& point) {
 bool begin_on_container(const SmokeInstance& instance, SpawnSearch& search) {
     const ContainerSpawnSource& source = instance.container_source;
     if (!is_valid(source) || !is_usable(source)) return false;
-    OutlineIndex* index = instance.speed_ups != nullptr ? &instance.speed_ups->outline_index : nullptr;
+    OutlineIndex* index = instance.caches != nullptr ? &instance.caches->outline_index : nullptr;
     search.inside = open_inside_test(source, index);
     const Plane plane = plane_of(source);
     set_candidates(search, {source.bbox_min.x, source.bbox_min.*plane.along},
@@ -103,7 +103,7 @@ bool begin_on_mask(const SmokeInstance& instance, SpawnSearch& search) {
 bool begin_search(const SmokeInstance& instance, SpawnSearch& search, int32_t due) {
     const int64_t counted = due < kMostBirthsCounted ? due : kMostBirthsCounted;
     search.rejections_left = kRejectionsAnyway + kRejectionsPerBirth * counted;
-    search.areas = instance.speed_ups != nullptr ? &instance.speed_ups->spawn_areas : &search.own_areas;
+    search.areas = instance.caches != nullptr ? &instance.caches->spawn_areas : &search.own_areas;
     switch (param::spawn_type(instance.parameters)) {
         case kSpawnContainer:
             return begin_on_container(instance, search);

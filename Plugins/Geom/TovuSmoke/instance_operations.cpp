@@ -1,15 +1,15 @@
-#include "smoke_instance.h"
+#include "instance_operations.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "host/host_services.h"
-#include "particles/active_array.h"
+#include "particles/curves.h"
+#include "particles/instance_caches.h"
 #include "particles/pool.h"
 #include "particles/simulation_step.h"
-#include "render/render_pass.h"
-#include "speed_ups.h"
+#include "render/quad_arrays.h"
 
 namespace tovu {
 namespace {
@@ -88,26 +88,6 @@ void place_images(SmokeInstance& instance) {
         centre_rect(instance.wind_source, spawn_x, spawn_y);
 }
 
-SpeedUps* make_speed_ups() {
-    // SIMD types need more alignment than malloc guarantees on some 32-bit platforms.
-    constexpr size_t kSlack = alignof(SpeedUps) - 1;
-    void* const memory = std::malloc(sizeof(SpeedUps) + kSlack);
-    if (memory == nullptr) return nullptr;
-    const uintptr_t aligned = (reinterpret_cast<uintptr_t>(memory) + kSlack) & ~kSlack;
-    auto* const speed_ups = new (reinterpret_cast<void*>(aligned)) SpeedUps;
-    speed_ups->memory = memory;
-    return speed_ups;
-}
-
-void free_speed_ups(SmokeInstance& instance) {
-    if (instance.speed_ups == nullptr) return;
-    std::free(instance.speed_ups->active.records);
-    release(instance.speed_ups->outline_index);
-    release(instance.speed_ups->spawn_areas);
-    std::free(instance.speed_ups->memory);
-    instance.speed_ups = nullptr;
-}
-
 }  // namespace
 
 void initialise_instance(void* block) {
@@ -119,13 +99,14 @@ void initialise_instance(void* block) {
     build_color_table(instance);
     build_alpha_table(instance);
     initialise_quad_arrays(instance);
-    instance.speed_ups = make_speed_ups();
+    instance.caches = make_caches();
 }
 
 void clean_up_instance(SmokeInstance& instance) {
     release_particles(instance);
     release(instance.container_source);
-    free_speed_ups(instance);
+    destroy_caches(instance.caches);
+    instance.caches = nullptr;
 }
 
 void rebuild_frame(SmokeInstance& instance) {

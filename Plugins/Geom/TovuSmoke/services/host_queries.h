@@ -3,8 +3,8 @@
 // matrices the identity, the rest 0. The plug-in's own: not part of the headers that other plug-ins build against.
 #pragma once
 
+#include "../host/host_services.h"
 #include "../math/matrix.h"
-#include "host_services.h"
 
 namespace tovu::host {
 

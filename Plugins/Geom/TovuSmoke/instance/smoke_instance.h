@@ -1,23 +1,21 @@
-// The block that the host keeps for each container that carries a smoke, and the operations behind the entry points.
+// The block that the host keeps for each container that carries a smoke.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
-#include "host/exchange.h"
-#include "host/particle_record.h"
-#include "math/matrix.h"
-#include "math/vector.h"
+#include "../host/exchange.h"
+#include "../host/particle_record.h"
+#include "../math/matrix.h"
+#include "../math/vector.h"
+#include "../sources/container_source.h"
+#include "../sources/image_source.h"
+#include "life_tables.h"
 #include "parameters.h"
-#include "particles/curves.h"
-#include "sources/container_source.h"
-#include "sources/image_source.h"
 
 namespace tovu {
 
-struct SpeedUps;
+struct InstanceCaches;
 
 /// All state of one smoke. The host allocates it, fills the parameter slots and frees it; the fields behind the slots
 /// are built in place. Order and types are fixed.
@@ -73,7 +71,7 @@ struct SmokeInstance {
     ImageSource spawn_image_source;
     char saved_spawn_image_name[1000]{};
 
-    SpeedUps* speed_ups = nullptr;  // this plug-in's own, in what is left of the block; null where memory ran out
+    InstanceCaches* caches = nullptr;  // this plug-in's own, in what is left of the block; null where memory ran out
 };
 
 constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same on every platform
@@ -87,7 +85,7 @@ static_assert(sizeof(void*) != 8 ||
                offsetof(SmokeInstance, draw_mode) == 392 && offsetof(SmokeInstance, color_table) == 608 &&
                offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
                offsetof(SmokeInstance, wind_source) == 7016 && offsetof(SmokeInstance, spawn_image_source) == 8052 &&
-               offsetof(SmokeInstance, speed_ups) == 9088));
+               offsetof(SmokeInstance, caches) == 9088));
 // With 4-byte pointers time_step is the one field whose place depends on how the platform aligns a double: to 4 on
 // 32-bit x86 Linux, to 8 elsewhere.
 constexpr size_t kDoublePadding = alignof(SmokeInstance) == 8 ? 4 : 0;
@@ -95,37 +93,6 @@ static_assert(sizeof(void*) != 4 ||
               (offsetof(SmokeInstance, active_head) == 244 && offsetof(SmokeInstance, exchange_block) == 264 &&
                offsetof(SmokeInstance, geom_handle) == 284 && offsetof(SmokeInstance, birth_accumulator) == 296 &&
                offsetof(SmokeInstance, time_step) == 300 + kDoublePadding &&
-               offsetof(SmokeInstance, speed_ups) == 9032 + kDoublePadding));
-
-/// Red, green and blue of an entry of the ColorTable, low byte first, and whatever follows them: behind the last entry
-/// that is the next field of the block.
-inline uint32_t color_entry(const SmokeInstance& instance, uint32_t index) {
-    static_assert(std::endian::native == std::endian::little);
-    static_assert(offsetof(SmokeInstance, color_table) + sizeof(ColorTable) < sizeof(SmokeInstance));
-    uint32_t rgb;
-    const char* const table = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
-    std::memcpy(&rgb, table + 3 * index, sizeof rgb);
-    return rgb;
-}
-
-/// Builds the instance in place over the host's block of kInstanceBytes, leaving the parameter slots as they are.
-void initialise_instance(void* block);
-
-/// Frees all that the instance owns. Neither the host nor a consumer is told.
-void clean_up_instance(SmokeInstance& instance);
-
-/// One frame: the simulation step, then changed source names, the images' rectangles and the host's notice.
-/// Does nothing when it is called from inside the instance's own step, while that asks the host or a plug-in.
-void rebuild_frame(SmokeInstance& instance);
-
-/// Rebuilds what depends on the parameter with this index; other indices do nothing.
-void parameter_changed(SmokeInstance& instance, int32_t parameter_index);
-
-/// Action numbers of the push buttons, as registered.
-constexpr int32_t kActionReset = 1;       // sends every live particle back to the pool
-constexpr int32_t kActionBuildAlpha = 2;  // writes the sampled alpha curve into `return_value`
-
-/// A push button was pressed; unknown numbers do nothing.
-void execute_action(SmokeInstance& instance, int32_t action);
+               offsetof(SmokeInstance, caches) == 9032 + kDoublePadding));
 
 }  // namespace tovu

@@ -1,0 +1,28 @@
+#include "instance_caches.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace tovu {
+
+InstanceCaches* make_caches() {
+    // SIMD types need more alignment than malloc guarantees on some 32-bit platforms.
+    constexpr size_t kSlack = alignof(InstanceCaches) - 1;
+    void* const memory = std::malloc(sizeof(InstanceCaches) + kSlack);
+    if (memory == nullptr) return nullptr;
+    const uintptr_t aligned = (reinterpret_cast<uintptr_t>(memory) + kSlack) & ~kSlack;
+    auto* const caches = new (reinterpret_cast<void*>(aligned)) InstanceCaches;
+    caches->memory = memory;
+    return caches;
+}
+
+void destroy_caches(InstanceCaches* caches) {
+    if (caches == nullptr) return;
+    std::free(caches->active.records);
+    release(caches->outline_index);
+    release(caches->spawn_areas);
+    std::free(caches->memory);
+}
+
+}  // namespace tovu
