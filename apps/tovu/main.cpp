@@ -11,8 +11,8 @@
 #include "params_command.h"
 #include "plugin_location.h"
 #include "render_command.h"
+#include "stage/names.h"
 #include "stage/output/progress.h"
-#include "stage/scenefile/names.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "stage/assets/bridge_holes.h"
+#include "bridge_holes.h"
 
 #include <algorithm>
 #include <cmath>

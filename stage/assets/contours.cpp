@@ -1,11 +1,11 @@
-#include "stage/assets/contours.h"
+#include "contours.h"
 
 #include <algorithm>
 #include <cmath>
 #include <polyclipping/clipper.hpp>
 #include <tuple>
 
-#include "stage/assets/bridge_holes.h"
+#include "bridge_holes.h"
 
 namespace stage {
 namespace {

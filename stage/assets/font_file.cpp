@@ -1,4 +1,4 @@
-#include "stage/assets/font_file.h"
+#include "font_file.h"
 
 #include <fmt/format.h>
 #include <fontconfig/fontconfig.h>

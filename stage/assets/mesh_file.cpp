@@ -1,4 +1,4 @@
-#include "stage/assets/mesh_file.h"
+#include "mesh_file.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "stage/assets/mesh_file_formats.h"
+#include "mesh_file_formats.h"
 
 namespace stage {
 namespace {

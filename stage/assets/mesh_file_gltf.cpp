@@ -9,7 +9,7 @@
 #include <limits>
 #include <string_view>
 
-#include "stage/assets/mesh_file_formats.h"
+#include "mesh_file_formats.h"
 
 namespace stage {
 namespace {

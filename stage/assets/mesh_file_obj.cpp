@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string_view>
 
-#include "stage/assets/mesh_file_formats.h"
+#include "mesh_file_formats.h"
 
 namespace stage {
 namespace {

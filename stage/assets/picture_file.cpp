@@ -1,4 +1,4 @@
-#include "stage/assets/picture_file.h"
+#include "picture_file.h"
 
 #include <fmt/format.h>
 #include <stb/stb_image.h>

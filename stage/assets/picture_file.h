@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "stage/assets/picture.h"
+#include "picture.h"
 #include "stage/result.h"
 #include "stage/stage_export.h"
 

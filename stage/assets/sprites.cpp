@@ -1,4 +1,4 @@
-#include "stage/assets/sprites.h"
+#include "sprites.h"
 
 #include <fmt/format.h>
 
@@ -6,10 +6,12 @@
 #include <cmath>
 #include <cstdint>
 
+#include "stage/names.h"
+
 namespace stage {
 namespace {
 
-// Only sums, products, quotients and square roots: they are rounded alike everywhere, a library's sine is not.
+// Sums, products, quotients and square roots only: IEEE 754 fixes their rounding, but not that of a library's sine.
 
 /// A point of the sprite: -1…1 across, +y up.
 struct Spot {
@@ -17,7 +19,7 @@ struct Spot {
     double y;
 };
 
-/// What is drawn there, 0…1 both.
+/// Luminance and alpha of a spot, each 0…1.
 struct Shade {
     double luminance;
     double alpha;
@@ -33,7 +35,7 @@ double smooth_step(double from, double to, double value) {
     return t * t * (3.0 - 2.0 * t);
 }
 
-/// 0 at the sprite's border, whatever is inside: a quad's edge must never show.
+/// Falls to 0 at the sprite's border, so that no quad shows its edge.
 double border_window(double r) {
     return smooth_step(0.98, 0.72, r);
 }
@@ -45,7 +47,7 @@ uint32_t hash(int32_t x, int32_t y, uint32_t seed) {
     return h ^ (h >> 16);
 }
 
-/// The product of the lattice point's own direction (one of eight) with the way from there.
+/// Dot product of the lattice point's gradient (one of eight directions) and the offset from that point.
 double slope(int32_t x, int32_t y, uint32_t seed, double dx, double dy) {
     constexpr double kHalfRoot = 0.70710678118654752;
     constexpr double kDirections[8][2] = {{1, 0}, {-1, 0}, {kHalfRoot, kHalfRoot},  {-kHalfRoot, kHalfRoot},
@@ -83,7 +85,7 @@ double fractal_noise(Spot p, uint32_t seed, int octaves, double gain) {
     return sum;
 }
 
-/// The point moved by noise, so that what is drawn around it curls.
+/// The point displaced by noise, which gives shapes curled edges.
 Spot curled(Spot p, double frequency, double amount, uint32_t seed) {
     const Spot at = {p.x * frequency, p.y * frequency};
     return {p.x + amount * fractal_noise(at, seed, 3, 0.5),
@@ -101,12 +103,12 @@ Shade puff(Spot p) {
 Shade soft(Spot p) {
     const double r = std::min(radius(p), 1.0);
     const double inside = 1.0 - r * r;
-    return {1.0, inside * inside * inside};  // close to a bell curve, and exactly 0 at the border
+    return {1.0, inside * inside * inside};  // close to a bell curve, exactly 0 at the border
 }
 
 Shade wisp(Spot p) {
     const Spot q = curled(p, 1.0, 0.22, 319);
-    // Strands along the lines where stretched noise is 0, thinning out to both sides.
+    // Strands follow the zero lines of stretched noise and fade to both sides.
     const double fold = 3.6 * fractal_noise({q.x * 2.7, q.y * 0.9}, 193, 3, 0.5);
     const double strand = 1.0 / (1.0 + fold * fold);
     const double body = smooth_step(0.92, 0.05, radius({q.x * 1.15, q.y}));
@@ -121,7 +123,8 @@ Shade ring(Spot p) {
     return {1.0, std::clamp(tube * tube * (0.75 + 0.7 * detail) * border_window(radius(p)), 0.0, 1.0)};
 }
 
-/// How thick the billow is: rounded heads of several sizes, from noise folded at 0, whose folds are the creases.
+/// Thickness of the billow. The absolute value of noise gives rounded heads of several sizes; its zeros are the
+/// creases.
 double billow_height(Spot p) {
     const Spot q = curled(p, 1.2, 0.10, 131);
     double heads = 0.0;
@@ -149,17 +152,16 @@ Shade spark(Spot p) {
 
 struct Drawing {
     const char* name;
-    const char* purpose;
     Shade (*shade)(Spot);
 };
 
 constexpr Drawing kDrawings[] = {
-    {"puff", "a cloud with a ragged, curling edge: most smoke", puff},
-    {"soft", "a smooth disc without structure: haze, fog, breath", soft},
-    {"wisp", "thin strands: the last of a fire, incense, steam", wisp},
-    {"billow", "dense heads lit from above: thick smoke, dust, ash clouds", billow},
-    {"ring", "a ring of smoke", ring},
-    {"spark", "a bright point with a glow: embers, with additive blending", spark},
+    {"puff", puff},      // a cloud with a ragged, curling edge: most smoke
+    {"soft", soft},      // a smooth disc without structure: haze, fog, breath
+    {"wisp", wisp},      // thin strands: the last of a fire, incense, steam
+    {"billow", billow},  // dense heads lit from above: thick smoke, dust, ash clouds
+    {"ring", ring},      // a ring of smoke
+    {"spark", spark},    // a bright point with a glow: embers, with additive blending
 };
 
 uint8_t to_byte(double value) {
@@ -168,29 +170,22 @@ uint8_t to_byte(double value) {
 
 }  // namespace
 
-const std::vector<SpriteKind>& sprite_kinds() {
-    static const std::vector<SpriteKind> kinds = [] {
-        std::vector<SpriteKind> all;
-        for (const Drawing& drawing : kDrawings) all.push_back({drawing.name, drawing.purpose});
-        return all;
-    }();
-    return kinds;
+std::vector<std::string> sprite_names() {
+    std::vector<std::string> names;
+    for (const Drawing& drawing : kDrawings) names.emplace_back(drawing.name);
+    return names;
 }
 
 Result<Picture> make_sprite(const std::string& name, int32_t size) {
     const auto* drawing = std::ranges::find(kDrawings, name, &Drawing::name);
-    if (drawing == std::end(kDrawings)) {
-        std::string names;
-        for (const Drawing& known : kDrawings) names += (names.empty() ? "" : ", ") + std::string(known.name);
-        return Error{fmt::format("there is no sprite '{}'; there are {}", name, names)};
-    }
-    if (size < 8 || size > 4096) return Error{fmt::format("a sprite of {} pixels: it must be 8 to 4096", size)};
+    if (drawing == std::end(kDrawings))
+        return Error{fmt::format("unknown sprite '{}': {}", name, name_hint(name, sprite_names()))};
 
     Picture picture{size, size, kPictureLuminanceAlpha, {}};
     picture.bytes.reserve(picture_byte_count(size, size, picture.format));
     for (int32_t row = 0; row < size; ++row) {
         for (int32_t column = 0; column < size; ++column) {
-            // From the first pixel's middle to the last one's, so that the border itself is drawn.
+            // -1…1 from the centre of the first pixel to the centre of the last one.
             const Spot p = {2.0 * column / (size - 1) - 1.0, 2.0 * row / (size - 1) - 1.0};
             const Shade shade = drawing->shade(p);
             picture.bytes.push_back(to_byte(shade.luminance));

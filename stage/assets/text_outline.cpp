@@ -1,4 +1,4 @@
-#include "stage/assets/text_outline.h"
+#include "text_outline.h"
 
 #include <fmt/format.h>
 #include <ft2build.h>
@@ -10,14 +10,15 @@
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 
-#include "stage/assets/contours.h"
-#include "stage/assets/font_file.h"
+#include "contours.h"
+#include "font_file.h"
 
 namespace stage {
 namespace {
 
 constexpr size_t kMaxTextBytes = 10000;
-constexpr double kPerUnit = 64;  // FreeType and HarfBuzz count 64ths
+constexpr double kPerUnit = 64;           // FreeType and HarfBuzz count in 64ths of a unit
+constexpr float kTolerancesPerEm = 1000;  // a chord stays within size / this of its curve
 constexpr int kLoadFlags = FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
 
 template <class T, auto Release>
@@ -55,7 +56,7 @@ Result<Font> open_font(const std::string& name) {
     return font;
 }
 
-// What the decomposition of a glyph builds, in design units.
+// A glyph being decomposed into contours, in design units.
 struct Decomposition {
     std::vector<Contour> contours;
     double tolerance;
@@ -110,16 +111,16 @@ struct Line {
     double width = 0;  // design units
 };
 
-Line shape_line(const Font& font, const std::string& text, std::vector<std::string>& notes) {
+Line shape_line(const Font& font, const std::string& text, std::vector<std::string>& missing) {
     const ShapedText buffer(hb_buffer_create());
     hb_buffer_add_utf8(buffer.get(), text.data(), static_cast<int>(text.size()), 0, static_cast<int>(text.size()));
     hb_buffer_guess_segment_properties(buffer.get());
     unsigned count = 0;
-    std::map<uint32_t, hb_codepoint_t> character_at;  // by place in the text, which shaping keeps
+    std::map<uint32_t, hb_codepoint_t> character_at;  // by position in the text, which shaping keeps
     const hb_glyph_info_t* infos = hb_buffer_get_glyph_infos(buffer.get(), &count);
     for (unsigned i = 0; i < count; ++i) character_at[infos[i].cluster] = infos[i].codepoint;
 
-    // Every letter stays one of its own; the joins that a script cannot do without have other names.
+    // Letters stay separate. Ligatures that a script requires have other feature names and stay on.
     constexpr unsigned kToTheEnd = HB_FEATURE_GLOBAL_END;
     const hb_feature_t no_ligatures[] = {{HB_TAG('l', 'i', 'g', 'a'), 0, 0, kToTheEnd},
                                          {HB_TAG('c', 'l', 'i', 'g'), 0, 0, kToTheEnd}};
@@ -128,12 +129,12 @@ Line shape_line(const Font& font, const std::string& text, std::vector<std::stri
     const hb_glyph_position_t* positions = hb_buffer_get_glyph_positions(buffer.get(), &count);
     Line line;
     for (unsigned i = 0; i < count; ++i) {
-        if (infos[i].codepoint != 0)  // from here on the codepoint is a glyph's index, and 0 is "no such glyph"
+        if (infos[i].codepoint != 0)  // after shaping, the codepoint is a glyph's index; 0 means no glyph
             line.glyphs.push_back(
                 {infos[i].codepoint, line.width + positions[i].x_offset / kPerUnit, positions[i].y_offset / kPerUnit});
         else
-            notes.push_back(fmt::format("font {} has no glyph for U+{:04X}; it is left out", font.name,
-                                        character_at[infos[i].cluster]));
+            missing.push_back(fmt::format("font {} has no glyph for U+{:04X}; the character is left out", font.name,
+                                          character_at[infos[i].cluster]));
         line.width += positions[i].x_advance / kPerUnit;
     }
     return line;
@@ -141,11 +142,11 @@ Line shape_line(const Font& font, const std::string& text, std::vector<std::stri
 
 double start_of(const Line& line, TextAlignment alignment) {
     switch (alignment) {
-        case TextAlignment::Left:
+        case TextAlignment::kLeft:
             return 0;
-        case TextAlignment::Centre:
+        case TextAlignment::kCentre:
             return -line.width / 2;
-        case TextAlignment::Right:
+        case TextAlignment::kRight:
             return -line.width;
     }
     return 0;
@@ -155,17 +156,6 @@ Mesh placed(Mesh mesh, double x, double y, double scale) {
     for (Vector3& v : mesh.vertices)
         v = {static_cast<float>((v.x + x) * scale), static_cast<float>((v.y + y) * scale), 0.0f};
     return mesh;
-}
-
-std::optional<Error> wrong_setting(const TextSettings& settings) {
-    if (settings.text.empty()) return Error{"text: it is empty; give at least one character"};
-    if (settings.text.size() > kMaxTextBytes)
-        return Error{fmt::format("text: {} bytes; it may have at most {}", settings.text.size(), kMaxTextBytes)};
-    if (!std::isfinite(settings.size) || settings.size <= 0)
-        return Error{fmt::format("text: size is {}; it must be a number above 0", settings.size)};
-    if (!std::isfinite(settings.tolerance) || settings.tolerance < 0)
-        return Error{fmt::format("text: tolerance is {}; it must be 0 or a number above", settings.tolerance)};
-    return {};
 }
 
 std::vector<std::string> lines_of(const std::string& text) {
@@ -182,18 +172,18 @@ std::vector<std::string> lines_of(const std::string& text) {
 }  // namespace
 
 Result<TextOutlines> make_text_outlines(const TextSettings& settings) {
-    if (auto error = wrong_setting(settings)) return *error;
+    if (settings.text.size() > kMaxTextBytes)
+        return Error{fmt::format("text: {} bytes; at most {} are allowed", settings.text.size(), kMaxTextBytes)};
     const Result<Font> font = open_font(settings.font);
     if (!font) return font.error();
     const double scale = settings.size / static_cast<double>(font->face->units_per_EM);
-    const double tolerance = (settings.tolerance > 0 ? settings.tolerance : settings.size / 1000) / scale;
+    const double tolerance = settings.size / kTolerancesPerEm / scale;
 
     TextOutlines result;
     std::map<hb_codepoint_t, std::vector<Mesh>> outlines_of_glyph;
     double baseline = 0;
-    int letter = 0;
     for (const std::string& text : lines_of(settings.text)) {
-        const Line line = shape_line(*font, text, result.notes);
+        const Line line = shape_line(*font, text, result.missing);
         const double start = start_of(line, settings.alignment);
         for (const Glyph& glyph : line.glyphs) {
             auto known = outlines_of_glyph.find(glyph.index);
@@ -202,11 +192,8 @@ Result<TextOutlines> make_text_outlines(const TextSettings& settings) {
                 if (!outlines) return outlines.error();
                 known = outlines_of_glyph.emplace(glyph.index, std::move(*outlines)).first;
             }
-            for (const Mesh& mesh : known->second) {
+            for (const Mesh& mesh : known->second)
                 result.meshes.push_back(placed(mesh, start + glyph.x, baseline + glyph.y, scale));
-                result.letter_of_mesh.push_back(letter);
-            }
-            if (!known->second.empty()) ++letter;
         }
         baseline -= font->face->height;
     }

@@ -1,4 +1,4 @@
-#include "stage/output/child_process.h"
+#include "child_process.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -13,7 +13,7 @@
 #include <cstring>
 #include <utility>
 
-#include "stage/output/unfinished.h"
+#include "unfinished.h"
 
 extern char** environ;
 

@@ -1,4 +1,4 @@
-#include "stage/output/frame_names.h"
+#include "frame_names.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "stage/output/picture_compare.h"
+#include "picture_compare.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "stage/output/progress.h"
+#include "progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

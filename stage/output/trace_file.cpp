@@ -1,46 +1,30 @@
-#include "stage/output/trace_file.h"
+#include "trace_file.h"
 
-#include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include "stage/output/whole_file.h"
+#include "whole_file.h"
 
 namespace stage {
 namespace {
-
-/// As JSON asks for: quotes, backslashes and control characters escaped; other bytes are UTF-8 as they are.
-std::string json_text(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\')
-            quoted += {'\\', c};
-        else if (static_cast<unsigned char>(c) < 0x20)
-            quoted += fmt::format("\\u{:04x}", static_cast<unsigned char>(c));
-        else
-            quoted += c;
-    }
-    return quoted + '"';
-}
 
 constexpr double kMicrosecondsPerSecond = 1e6;
 
 }  // namespace
 
-std::string trace_json(std::span<const TraceSection> sections) {
-    std::string json = "{\"displayTimeUnit\":\"ms\",\"traceEvents\":[";
-    const char* separator = "\n";
-    for (const TraceSection& section : sections) {
-        json += fmt::format(
-            "{}{{\"name\":{},\"ph\":\"X\",\"ts\":{:.3f},\"dur\":{:.3f},\"pid\":1,\"tid\":1,\"args\":{{\"container\":{}}"
-            "}}}",
-            separator, json_text(section.name), section.start_seconds * kMicrosecondsPerSecond,
-            section.duration_seconds * kMicrosecondsPerSecond, json_text(section.container));
-        separator = ",\n";
-    }
-    return json + "\n]}\n";
-}
-
 Result<Done> write_trace(const std::filesystem::path& path, std::span<const TraceSection> sections) {
-    return write_whole_file(path, trace_json(sections));
+    using Json = nlohmann::ordered_json;
+    Json events = Json::array();
+    for (const TraceSection& section : sections)
+        events.push_back({{"name", section.name},
+                          {"ph", "X"},
+                          {"ts", section.start_seconds * kMicrosecondsPerSecond},
+                          {"dur", section.duration_seconds * kMicrosecondsPerSecond},
+                          {"pid", 1},
+                          {"tid", 1},
+                          {"args", {{"container", section.container}}}});
+    const Json trace = {{"displayTimeUnit", "ms"}, {"traceEvents", std::move(events)}};
+    // Names come from plug-ins: bytes that are not UTF-8 become U+FFFD.
+    return write_whole_file(path, trace.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 }  // namespace stage

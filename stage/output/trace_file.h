@@ -1,4 +1,4 @@
-// Profiling sections as a trace that Chrome's and Perfetto's viewers open.
+// Writes profiling sections as a trace for Chrome's and Perfetto's viewers.
 #pragma once
 
 #include <filesystem>
@@ -13,13 +13,11 @@ namespace stage {
 struct TraceSection {
     std::string name;
     std::string container;
-    double start_seconds = 0.0;  // since any common moment
+    double start_seconds = 0.0;  // since a moment common to all sections
     double duration_seconds = 0.0;
 };
 
-/// The sections in the JSON trace event format, as complete events ("ph":"X"), times in microseconds.
-STAGE_EXPORT std::string trace_json(std::span<const TraceSection> sections);
-
+/// Writes the JSON trace event format: each section as a complete event ("ph":"X"), times in microseconds.
 STAGE_EXPORT Result<Done> write_trace(const std::filesystem::path& path, std::span<const TraceSection> sections);
 
 }  // namespace stage

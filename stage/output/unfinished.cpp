@@ -1,4 +1,4 @@
-#include "stage/output/unfinished.h"
+#include "unfinished.h"
 
 #include <limits.h>
 #include <signal.h>
@@ -17,8 +17,8 @@ struct UnfinishedFile {
 };
 
 // A signal handler has no argument that could carry them.
-UnfinishedFile the_files[kMostUnfinished];
-std::atomic<pid_t> the_commands[kMostUnfinished];  // 0: free
+UnfinishedFile the_files[kMaxUnfinished];
+std::atomic<pid_t> the_commands[kMaxUnfinished];  // 0: free
 
 }  // namespace
 

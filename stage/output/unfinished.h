@@ -8,7 +8,7 @@
 namespace stage {
 
 /// Up to this many files, and as many commands, are kept track of at a time; more are not noted.
-constexpr int kMostUnfinished = 8;
+constexpr int kMaxUnfinished = 8;
 
 /// Notes a file from before it is created until it is renamed or removed. A name longer than PATH_MAX is not noted: no
 /// file can have it.

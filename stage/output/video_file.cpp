@@ -1,4 +1,4 @@
-#include "stage/output/video_file.h"
+#include "video_file.h"
 
 #include <fmt/format.h>
 
@@ -6,13 +6,13 @@
 #include <cstring>
 #include <utility>
 
-#include "stage/output/child_process.h"
-#include "stage/output/video_format.h"
-#include "stage/output/whole_file.h"
+#include "child_process.h"
+#include "video_format.h"
+#include "whole_file.h"
 
 namespace stage {
 
-constexpr size_t kToldLines = 5;
+constexpr size_t kQuotedLines = 5;
 
 struct VideoFile::Encoder {
     std::filesystem::path path;
@@ -38,13 +38,13 @@ struct VideoFile::Encoder {
     Error failure(const std::string& reason) const {
         discard_partial(path);
         return Error{fmt::format("{}: ffmpeg {}:\n{}", path.string(), reason.empty() ? "ended too early" : reason,
-                                 ffmpeg.last_lines(kToldLines))};
+                                 ffmpeg.last_lines(kQuotedLines))};
     }
 };
 
 namespace {
 
-constexpr double kMostFramesPerSecond = 1000.0;
+constexpr double kMaxFramesPerSecond = 1000.0;
 
 std::string endings() {
     std::string text;
@@ -52,35 +52,35 @@ std::string endings() {
     return text;
 }
 
-/// What stands against such a video, or nothing.
-std::string settings_problem(const std::filesystem::path& path, const VideoFormat* format,
-                             const VideoSettings& settings) {
-    if (format == nullptr) return fmt::format("the name of a video ends in one of {}", endings());
+Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat* format,
+                            const VideoSettings& settings) {
+    const auto wrong = [&path](const std::string& problem) { return Error{path.string() + ": " + problem}; };
+    if (format == nullptr) return wrong(fmt::format("the name of a video ends in one of {}", endings()));
     if (settings.width < 1 || settings.height < 1)
-        return fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height);
+        return wrong(fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height));
     if (format->even_size && (settings.width % 2 != 0 || settings.height % 2 != 0))
-        return fmt::format("{} x {} pixels: in {} files both must be even", settings.width, settings.height,
-                           format->ending);
-    if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= kMostFramesPerSecond))
-        return fmt::format("{} frames per second: it must be 0.001 to {}", settings.frames_per_second,
-                           kMostFramesPerSecond);
+        return wrong(fmt::format("{} x {} pixels: in {} files both must be even", settings.width, settings.height,
+                                 format->ending));
+    if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= kMaxFramesPerSecond))
+        return wrong(
+            fmt::format("{} frames per second: must be 0.001 to {}", settings.frames_per_second, kMaxFramesPerSecond));
     const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
     if (std::error_code code; !std::filesystem::is_directory(folder, code))
-        return fmt::format("there is no folder {}", folder.string());
-    return {};
+        return wrong(fmt::format("there is no folder {}", folder.string()));
+    return Done{};
 }
 
-uint8_t over(uint8_t color, uint8_t background, uint8_t alpha) {
-    return static_cast<uint8_t>((color * alpha + background * (255 - alpha) + 127) / 255);
+uint8_t over_black(uint8_t color, uint8_t alpha) {
+    return static_cast<uint8_t>((color * alpha + 127) / 255);
 }
 
-void send_row(const uint8_t* rgba, int32_t width, bool alpha, const uint8_t background[3], uint8_t* out) {
+void send_row(const uint8_t* rgba, int32_t width, bool alpha, uint8_t* out) {
     if (alpha) {
         std::memcpy(out, rgba, static_cast<size_t>(width) * 4);
         return;
     }
     for (int32_t x = 0; x < width; ++x, rgba += 4, out += 3)
-        for (int channel = 0; channel < 3; ++channel) out[channel] = over(rgba[channel], background[channel], rgba[3]);
+        for (int channel = 0; channel < 3; ++channel) out[channel] = over_black(rgba[channel], rgba[3]);
 }
 
 }  // namespace
@@ -91,8 +91,7 @@ bool is_video_name(const std::filesystem::path& path) {
 
 Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const VideoSettings& settings) {
     const VideoFormat* format = find_video_format(path);
-    if (const std::string problem = settings_problem(path, format, settings); !problem.empty())
-        return Error{path.string() + ": " + problem};
+    if (const Result<Done> checked = check_settings(path, format, settings); !checked) return checked.error();
     auto ffmpeg = ChildProcess::start(ffmpeg_arguments(*format, settings, begin_partial(path)));
     if (!ffmpeg) {
         discard_partial(path);
@@ -112,7 +111,7 @@ Result<Done> VideoFile::add_frame(const Picture& frame) {
     const auto height = static_cast<size_t>(frame.height);
     encoder.frame.resize(row_out * height);
     for (size_t row = 0; row < height; ++row)
-        send_row(&frame.bytes[(height - 1 - row) * row_in], frame.width, encoder.format->alpha, settings.background,
+        send_row(&frame.bytes[(height - 1 - row) * row_in], frame.width, encoder.format->alpha,
                  &encoder.frame[row * row_out]);
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     ++encoder.frame_count;

@@ -1,4 +1,4 @@
-// Frames into a video file, through the ffmpeg command.
+// Writes video files through the ffmpeg command.
 #pragma once
 
 #include <cstdint>
@@ -15,30 +15,29 @@ namespace stage {
 struct VideoSettings {
     int32_t width = 0;  // pixels
     int32_t height = 0;
-    double frames_per_second = 25.0;  // 23.976, 29.97, 59.94 and so on are taken as multiples of 1000/1001
-    /// Behind transparent pixels in a format without alpha: red, green, blue, 0…255.
-    uint8_t background[3] = {0, 0, 0};
+    double frames_per_second = 25.0;  // 23.976, 29.97, 59.94 and so on stand for multiples of 1000/1001
 };
 
 /// The rate as a fraction: 25 is "25000/1000", 29.97 is "30000/1001".
 STAGE_EXPORT std::string frame_rate_text(double frames_per_second);
 
-/// Whether the name's ending is one that VideoFile writes: .mp4, .mov, .webm.
+/// True for names that end in .mp4, .mov or .webm.
 STAGE_EXPORT bool is_video_name(const std::filesystem::path& path);
 
-/// A video being written. By the name's ending: .mp4 is H.264 4:2:0 without alpha (even width and height only),
-/// .mov is ProRes 4444 with straight alpha, .webm is VP9 with alpha. The same frames give the same bytes with the same
-/// ffmpeg. The file appears under its name when finish() succeeds; destroyed before that, it leaves nothing. Move only.
+/// A video being written. The name's ending chooses the format: .mp4 is H.264 4:2:0 without alpha, over black (even
+/// width and height only), .mov is ProRes 4444 with straight alpha, .webm is VP9 with alpha. The same frames give the
+/// same bytes with the same ffmpeg. The file appears under its name when finish() succeeds; an object destroyed before
+/// that leaves no file. Move only.
 class STAGE_EXPORT VideoFile {
   public:
-    /// Fails for another ending, a size or rate that the format can't hold, or when there is no ffmpeg command.
+    /// Error: another ending, a size or rate that the format cannot have, no ffmpeg command.
     static Result<VideoFile> create(const std::filesystem::path& path, const VideoSettings& settings);
 
     VideoFile(VideoFile&&) noexcept;
     VideoFile& operator=(VideoFile&&) noexcept;
     ~VideoFile();
 
-    /// Adds an RGBA frame of the video's size. When ffmpeg has ended, the error carries its last lines.
+    /// Adds an RGBA frame of the video's size. When ffmpeg has ended, the error quotes its last lines.
     Result<Done> add_frame(const Picture& frame);
     /// Waits for ffmpeg and publishes the file. Nothing can be added after it.
     Result<Done> finish();

@@ -1,4 +1,4 @@
-#include "stage/output/video_format.h"
+#include "video_format.h"
 
 #include <fmt/format.h>
 
@@ -10,7 +10,7 @@ namespace stage {
 
 const std::vector<VideoFormat>& video_formats() {
     static const std::vector<VideoFormat> formats = {
-        // A low constant quantiser: the faint gradients of smoke show steps first.
+        // A low quantiser: the faint gradients of smoke are the first to show steps.
         {".mp4",
          "mp4",
          false,
@@ -48,7 +48,7 @@ std::string frame_rate_text(double frames_per_second) {
                          : fmt::format("{:.0f}/1000", frames_per_second * 1000.0);
 }
 
-/// To the colours of high definition television, said in the file as well, so that players don't guess by size.
+/// Converts to the colours of high definition television and marks the file so: players would guess by size.
 constexpr const char* kColors =
     "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
     "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
@@ -65,7 +65,7 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
                                           "-i",           "pipe:0",
                                           "-vf",          kColors};
     arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
-    // One thread and nothing of version, date or chance in the file: the same frames give the same bytes.
+    // One thread, no version and no date: the same frames give the same bytes.
     for (const char* argument :
          {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-flags:v", "+bitexact", "-f"})
         arguments.emplace_back(argument);

@@ -1,25 +1,25 @@
-// What the ffmpeg command is told for each kind of video file. Inside the library only.
+// The ffmpeg command line for each video format. Inside the library only.
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "stage/output/video_file.h"
+#include "video_file.h"
 
 namespace stage {
 
 struct VideoFormat {
     std::string ending;                // ".mp4"
     std::string muxer;                 // ffmpeg's name of the file format
-    bool alpha;                        // frames go in as RGBA, else as RGB over the background
-    bool even_size;                    // the chroma is halved and must come out even
+    bool alpha;                        // frames are sent as RGBA, else as RGB over black
+    bool even_size;                    // the chroma planes are half as large: both sides must be even
     std::vector<std::string> encoder;  // arguments of codec and pixels
 };
 
 const std::vector<VideoFormat>& video_formats();
 
-/// Null for another ending; upper case counts as lower.
+/// By the name's ending in either case; null for another one.
 const VideoFormat* find_video_format(const std::filesystem::path& path);
 
 /// The whole command line: raw frames on standard input, top row first, into `output`.

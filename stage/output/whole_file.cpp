@@ -1,4 +1,4 @@
-#include "stage/output/whole_file.h"
+#include "whole_file.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "stage/output/unfinished.h"
+#include "unfinished.h"
 
 namespace stage {
 

@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <numeric>
 #include <optional>
+
+#include "stage/names.h"
 
 namespace stage {
 namespace {
@@ -91,22 +92,6 @@ bool is_text_kind(ParameterKind kind) {
     return kind == ParameterKind::String || kind == ParameterKind::Container || kind == ParameterKind::Image;
 }
 
-// Levenshtein's distance: fewest insertions, deletions and replacements of one character.
-size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i + 1;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 }  // namespace
 
 Result<SlotValue> encode_value(const ParameterInfo& parameter, const ParameterValue& value) {
@@ -131,21 +116,13 @@ Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValu
 Error unknown_parameter(const Plugin& owner, std::string_view name) {
     std::vector<std::string> known;
     for (const ParameterInfo& parameter : owner.parameters) known.push_back(parameter.name);
-    const std::string nearest = nearest_name(name, known);
-    return {fmt::format("parameter '{}' is not known to {}{}", name, owner.name,
-                        nearest.empty() ? "" : fmt::format("; did you mean '{}'?", nearest))};
+    return {fmt::format("parameter '{}' is not known to {}: {}", name, owner.name, name_hint(name, known))};
 }
 
-std::string nearest_name(std::string_view name, const std::vector<std::string>& known) {
-    std::string nearest;
-    size_t least = std::max<size_t>(2, name.size() / 3) + 1;  // about one slip in three characters
-    for (const std::string& candidate : known) {
-        const size_t distance = edit_distance(name, candidate);
-        if (distance >= least) continue;
-        least = distance;
-        nearest = candidate;
-    }
-    return nearest;
+Error unknown_button(const Plugin& owner, std::string_view name) {
+    std::vector<std::string> known;
+    for (const PushButton& button : owner.buttons) known.push_back(button.name);
+    return {fmt::format("{} has no push button '{}': {}", owner.name, name, name_hint(name, known))};
 }
 
 }  // namespace stage

@@ -1,7 +1,6 @@
 #include "parameters.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "entry_point_call.h"
 #include "instance_memory.h"
@@ -85,11 +84,7 @@ Result<Done> press_button(Stage& stage, int32_t container_handle, std::string_vi
         execute_action(stage, container_handle, found->action);
         return Done{};
     }
-    std::vector<std::string> known;
-    for (const PushButton& other : owner.buttons) known.push_back(other.name);
-    const std::string choice = known.empty() ? "it has none" : fmt::format("it has {}", fmt::join(known, ", "));
-    return in_container(target->container,
-                        {fmt::format("button '{}' is not known to {}: {}", button, owner.name, choice)});
+    return in_container(target->container, unknown_button(owner, button));
 }
 
 bool execute_action(Stage& stage, int32_t container_handle, int32_t action) {

@@ -18,11 +18,11 @@ using ParameterValues = std::vector<std::pair<std::string, ParameterValue>>;
 /// longest text. It names the parameter, not the container or file: callers put those in front.
 STAGE_EXPORT Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValue& value);
 
-/// "parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"
+/// "parameter 'birth_rat' is not known to TovuSmoke: did you mean 'birth_rate'?"
 STAGE_EXPORT Error unknown_parameter(const Plugin& plugin, std::string_view name);
 
-/// The name nearest to `name` by edit distance, or empty when none is near enough to be a slip of the keyboard.
-STAGE_EXPORT std::string nearest_name(std::string_view name, const std::vector<std::string>& known);
+/// "TovuSmoke has no push button 'rest': did you mean 'reset'?"
+STAGE_EXPORT Error unknown_button(const Plugin& plugin, std::string_view name);
 
 struct SetOptions {
     bool notify = true;  // tell the instance by PLUGIN_CHANGED_CALLBACK, when the value differs from the one before

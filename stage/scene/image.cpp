@@ -62,14 +62,6 @@ Result<Done> replace_image(Stage& stage, int32_t image_handle, int32_t width, in
     return Done{};
 }
 
-bool unload_image(Stage& stage, int32_t image_handle) {
-    Image* image = find_image(stage, image_handle);
-    if (!image) return false;
-    image->pixels = {};
-    ++image->revision;
-    return true;
-}
-
 bool remove_image(Stage& stage, int32_t image_handle) {
     return stage.images.erase(image_handle) == 1;
 }

@@ -23,7 +23,7 @@ struct Image {
     int32_t width = 0;            // pixels
     int32_t height = 0;           // pixels
     int32_t format = 0;           // OpenGL's constant: GL_ALPHA, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA
-    std::vector<uint8_t> pixels;  // empty once unloaded
+    std::vector<uint8_t> pixels;  // empty: plug-ins that ask for them get a null pointer
     int64_t revision = 0;         // goes up with every change, for whoever keeps a copy
 };
 
@@ -38,9 +38,6 @@ STAGE_EXPORT Result<int32_t> add_image(Stage& stage, std::string name, int32_t w
 /// Gives an image other pixels, of any size and format. Errors as above; the image then stays as it was.
 STAGE_EXPORT Result<Done> replace_image(Stage& stage, int32_t image_handle, int32_t width, int32_t height,
                                         int32_t format, std::vector<uint8_t> pixels);
-
-/// Drops the pixels and keeps the image, its size and format: plug-ins that ask for pixels get a null pointer.
-STAGE_EXPORT bool unload_image(Stage& stage, int32_t image_handle);
 
 STAGE_EXPORT bool remove_image(Stage& stage, int32_t image_handle);
 

@@ -1,9 +1,11 @@
-#include "stage/scenefile/container_reader.h"
+#include "container_reader.h"
 
 #include <fmt/format.h>
 
-#include "stage/scenefile/geometry_reader.h"
-#include "stage/scenefile/names.h"
+#include <limits>
+
+#include "geometry_reader.h"
+#include "stage/names.h"
 
 namespace stage {
 
@@ -108,6 +110,11 @@ void check_names(KeyReader& reader, const std::vector<WrittenContainer>& written
     }
 }
 
+ParameterValue value_of(int64_t whole) {
+    const bool fits = whole >= std::numeric_limits<int>::min() && whole <= std::numeric_limits<int>::max();
+    return fits ? ParameterValue(static_cast<int>(whole)) : ParameterValue(static_cast<double>(whole));
+}
+
 }  // namespace
 
 void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<ParameterSetting>& settings) {
@@ -118,7 +125,7 @@ void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<Parame
         if (const auto* flag = node->as_boolean())
             setting.value = flag->get();
         else if (const auto* whole = node->as_integer())
-            setting.value = whole->get();
+            setting.value = value_of(whole->get());
         else if (const auto* number = node->as_floating_point())
             setting.value = number->get();
         else if (const auto* text = node->as_string())

@@ -1,4 +1,4 @@
-#include "stage/scenefile/geometry_reader.h"
+#include "geometry_reader.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -81,7 +81,7 @@ const KeyRow<GeometryDescription> kGeometryKeys[] = {
     {"align",
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
          size_t choice = 0;
-         if (read_choice(r, e, {"left", "centre", "right"}, choice)) g.align = static_cast<Align>(choice);
+         if (read_choice(r, e, {"left", "centre", "right"}, choice)) g.alignment = static_cast<TextAlignment>(choice);
      }},
     {"threshold",
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_number(r, e, 0.0, 1.0, g.threshold); }},

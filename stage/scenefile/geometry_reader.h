@@ -1,7 +1,7 @@
 // The table of a shape that smoke can be born from: a container's geometry, from the start or through the timeline.
 #pragma once
 
-#include "stage/scenefile/key_reader.h"
+#include "key_reader.h"
 
 namespace stage {
 

@@ -1,9 +1,9 @@
-#include "stage/scenefile/image_reader.h"
+#include "image_reader.h"
 
 #include <fmt/format.h>
 
+#include "stage/names.h"
 #include "stage/output/frame_names.h"
-#include "stage/scenefile/names.h"
 
 namespace stage {
 

@@ -1,4 +1,4 @@
-#include "stage/scenefile/image_track.h"
+#include "image_track.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 
 #include "stage/assets/picture_file.h"
 #include "stage/plugins/parameters.h"
-#include "stage/scenefile/timeline.h"
+#include "timeline.h"
 
 namespace stage {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "scene_description.h"
 #include "stage/result.h"
 #include "stage/scene/stage.h"
-#include "stage/scenefile/scene_description.h"
 
 namespace stage {
 

@@ -1,4 +1,4 @@
-#include "stage/scenefile/key_reader.h"
+#include "key_reader.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "stage/scenefile/names.h"
+#include "stage/names.h"
 
 namespace stage {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "stage/scenefile/scene_description.h"
+#include "scene_description.h"
 
 namespace stage {
 

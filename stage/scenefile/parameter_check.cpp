@@ -1,12 +1,11 @@
-#include "stage/scenefile/parameter_check.h"
+#include "parameter_check.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "stage/assets/sprites.h"
-#include "stage/scenefile/names.h"
+#include "stage/names.h"
 
 namespace stage {
 
@@ -36,16 +35,6 @@ std::string missing_object(const SceneDescription& scene, const ParameterInfo& p
 
 }  // namespace
 
-ParameterValue parameter_value(const WrittenValue& written) {
-    if (const auto* flag = std::get_if<bool>(&written)) return *flag;
-    if (const auto* number = std::get_if<double>(&written)) return *number;
-    if (const auto* text = std::get_if<std::string>(&written)) return *text;
-    const int64_t whole = std::get<int64_t>(written);
-    if (whole < std::numeric_limits<int>::min() || whole > std::numeric_limits<int>::max())
-        return static_cast<double>(whole);
-    return static_cast<int>(whole);
-}
-
 void check_settings(const SceneDescription& scene, const Plugin& plugin, const std::vector<ParameterSetting>& settings,
                     std::vector<std::string>& errors) {
     for (const ParameterSetting& setting : settings) {
@@ -54,7 +43,7 @@ void check_settings(const SceneDescription& scene, const Plugin& plugin, const s
             errors.push_back(setting.place + ": " + unknown_parameter(plugin, setting.name).message);
             continue;
         }
-        const ParameterValue value = parameter_value(setting.value);
+        const ParameterValue& value = setting.value;
         if (const Result<Done> checked = check_parameter(*parameter, value); !checked) {
             errors.push_back(setting.place + ": " + checked.error().message);
             continue;
@@ -68,17 +57,14 @@ void check_settings(const SceneDescription& scene, const Plugin& plugin, const s
 
 void check_button(const Plugin& plugin, const std::string& button, const Place& place,
                   std::vector<std::string>& errors) {
-    if (button.empty() || find_button(plugin, button) != nullptr) return;
-    std::vector<std::string> known;
-    for (const PushButton& one : plugin.buttons) known.push_back(one.name);
-    errors.push_back(
-        fmt::format("{}: {} has no push button '{}': {}", place, plugin.name, button, name_hint(button, known)));
+    if (!button.empty() && find_button(plugin, button) == nullptr)
+        errors.push_back(place + ": " + unknown_button(plugin, button).message);
 }
 
 std::vector<std::string> image_names(const SceneDescription& scene) {
     std::vector<std::string> names;
     for (const auto& [name, image] : scene.images) names.push_back(name);
-    for (const SpriteKind& sprite : sprite_kinds()) names.push_back(sprite.name);
+    for (std::string& sprite : sprite_names()) names.push_back(std::move(sprite));
     return names;
 }
 

@@ -1,13 +1,10 @@
 // Written parameter values against what a plug-in registered.
 #pragma once
 
+#include "scene_description.h"
 #include "stage/plugins/parameters.h"
-#include "stage/scenefile/scene_description.h"
 
 namespace stage {
-
-/// The value as the Stage takes it. Whole numbers too large for int become decimal ones.
-ParameterValue parameter_value(const WrittenValue& written);
 
 /// Adds a line to `errors` for each setting that the plug-in has no parameter for, whose kind or range is wrong, or
 /// that names a container or image that the scene does not have.

@@ -1,4 +1,4 @@
-#include "stage/scenefile/scene_build.h"
+#include "scene_build.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -8,11 +8,11 @@
 #include <numbers>
 #include <set>
 
+#include "parameter_check.h"
 #include "stage/assets/sprites.h"
+#include "stage/names.h"
 #include "stage/plugins/instance.h"
-#include "stage/scenefile/names.h"
-#include "stage/scenefile/parameter_check.h"
-#include "stage/scenefile/timeline.h"
+#include "timeline.h"
 
 namespace stage {
 
@@ -52,39 +52,42 @@ double first_time(const SceneDescription& scene) {
     return static_cast<double>(-prewarm_frames(scene)) / scene.frame_rate;
 }
 
-void add_sprite(Builder& builder, const std::string& name, const Place& place) {
-    Result<Picture> picture = make_sprite(name);
-    const Result<int32_t> added = !picture ? Result<int32_t>(picture.error())
-                                           : add_image(*builder.built.stage, name, picture->width, picture->height,
-                                                       picture->format, std::move(picture->bytes));
-    if (!added) builder.errors.push_back(place + ": " + added.error().message);
-}
-
-// The scene's own images, then every sprite that a texture or a parameter names.
 void add_images(Builder& builder) {
-    std::set<std::string> sprites;
-    for (const SpriteKind& sprite : sprite_kinds()) sprites.insert(sprite.name);
     builder.built.images = make_image_tracks(builder.scene, builder.errors);
     for (ImageTrack& image : builder.built.images) {
-        sprites.erase(image.name);
-        if (!builder.errors.empty()) continue;
+        if (!builder.errors.empty()) return;
         const Result<Done> shown = show_image(*builder.built.stage, image, first_time(builder.scene));
         if (!shown) builder.errors.push_back(shown.error().message);
     }
-    std::map<std::string, Place> named;
-    for (const ContainerDescription& container : builder.scene.containers) {
-        named.emplace(container.texture, container.texture_place);
-        for (const ParameterSetting& setting : container.parameters) {
-            if (const auto* text = std::get_if<std::string>(&setting.value)) named.emplace(*text, setting.place);
-        }
+}
+
+void add_texts(const std::vector<ParameterSetting>& settings, std::set<std::string>& texts) {
+    for (const ParameterSetting& setting : settings) {
+        if (const auto* text = std::get_if<std::string>(&setting.value)) texts.insert(*text);
     }
-    for (const TimelineEntry& entry : builder.scene.timeline) {
-        for (const ParameterSetting& setting : entry.parameters) {
-            if (const auto* text = std::get_if<std::string>(&setting.value)) named.emplace(*text, setting.place);
-        }
+}
+
+// Every text that may name an image: textures and text values of parameters, those of the timeline too.
+std::set<std::string> possible_image_names(const SceneDescription& scene) {
+    std::set<std::string> names;
+    for (const ContainerDescription& container : scene.containers) {
+        names.insert(container.texture);
+        add_texts(container.parameters, names);
     }
-    for (const auto& [name, place] : named) {
-        if (sprites.contains(name)) add_sprite(builder, name, place);
+    for (const TimelineEntry& entry : scene.timeline) add_texts(entry.parameters, names);
+    return names;
+}
+
+// Adds the built-in sprites that the scene names. An image of the scene replaces the sprite of its name.
+void add_sprites(Builder& builder) {
+    const std::set<std::string> names = possible_image_names(builder.scene);
+    for (const std::string& sprite : sprite_names()) {
+        if (!names.contains(sprite) || builder.scene.images.contains(sprite)) continue;
+        Result<Picture> picture = make_sprite(sprite);
+        const Result<int32_t> added = !picture ? Result<int32_t>(picture.error())
+                                               : add_image(*builder.built.stage, sprite, picture->width,
+                                                           picture->height, picture->format, std::move(picture->bytes));
+        if (!added) builder.errors.push_back(added.error().message);
     }
 }
 
@@ -160,7 +163,7 @@ void add_instances(Builder& builder) {
         if (builder.plugins[i] < 0) continue;
         ParameterValues values;
         for (const ParameterSetting& setting : builder.scene.containers[i].parameters)
-            values.emplace_back(setting.name, parameter_value(setting.value));
+            values.emplace_back(setting.name, setting.value);
         const Result<int32_t> added =
             add_instance(*builder.built.stage, builder.built.container_handles[i], builder.plugins[i], values);
         if (!added) builder.errors.push_back(builder.scene.containers[i].place + ": " + added.error().message);
@@ -177,6 +180,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
+    add_sprites(builder);
     add_containers(builder);
     if (builder.errors.empty()) add_shapes(builder);
     load_plugins(builder);

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "image_track.h"
+#include "scene_description.h"
+#include "shape_track.h"
 #include "stage/result.h"
 #include "stage/scene/stage.h"
-#include "stage/scenefile/image_track.h"
-#include "stage/scenefile/scene_description.h"
-#include "stage/scenefile/shape_track.h"
 #include "stage/stage_export.h"
 
 namespace stage {

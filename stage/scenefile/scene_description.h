@@ -7,9 +7,10 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
+#include "stage/assets/text_outline.h"
+#include "stage/plugins/plugin.h"
 #include "stage/scene/container.h"
 
 namespace stage {
@@ -19,12 +20,10 @@ using Triple = std::array<float, 3>;
 /// Where a value was written: "file:line:column", or the option that gave it. Starts the message about a wrong value.
 using Place = std::string;
 
-/// A value for a registered parameter, as written. Its kind is checked against the plug-in when the scene is built.
-using WrittenValue = std::variant<bool, int64_t, double, std::string>;
-
+/// Its kind is checked against the plug-in when the scene is built.
 struct ParameterSetting {
-    std::string name;    // as registered
-    WrittenValue value;  // text for curves, choices, containers and images
+    std::string name;      // as registered
+    ParameterValue value;  // as written; a whole number that int does not hold is a double
     Place place;
 };
 
@@ -38,7 +37,6 @@ struct CameraDescription {
 };
 
 enum class GeometryKind { kRectangle, kEllipse, kPolygon, kMesh, kText, kPicture };
-enum class Align { kLeft, kCentre, kRight };
 
 /// A shape that a container carries; smoke can be born from its outline. Only the fields of its kind count.
 struct GeometryDescription {
@@ -51,9 +49,9 @@ struct GeometryDescription {
     std::string text;                          // text
     std::string font;                          // text: a font file or an installed family, empty for DejaVu Sans
     float size = 100.0f;                       // text: units per em, about the distance of two lines
-    Align align = Align::kCentre;              // text: of every line about x = 0
-    float threshold = 0.5f;                    // picture: brightness × opacity from which a pixel is inside, 0…1
-    std::optional<Triple> fill;                // flat shapes: red, green, blue, 0…1 each; none draws nothing
+    TextAlignment alignment = TextAlignment::kCentre;  // text
+    float threshold = 0.5f;      // picture: brightness × opacity from which a pixel is inside, 0…1
+    std::optional<Triple> fill;  // flat shapes: red, green, blue, 0…1 each; none draws nothing
     Place place;
 };
 

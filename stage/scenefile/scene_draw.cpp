@@ -1,4 +1,4 @@
-#include "stage/scenefile/scene_draw.h"
+#include "scene_draw.h"
 
 #include "stage/opengl/pass.h"
 #include "stage/opengl/shapes.h"

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "scene_build.h"
 #include "stage/assets/picture.h"
 #include "stage/opengl/context.h"
 #include "stage/opengl/framebuffer.h"
 #include "stage/opengl/textures.h"
-#include "stage/scenefile/scene_build.h"
 
 namespace stage {
 

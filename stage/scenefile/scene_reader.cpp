@@ -1,4 +1,4 @@
-#include "stage/scenefile/scene_reader.h"
+#include "scene_reader.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -6,10 +6,10 @@
 #include <fstream>
 #include <sstream>
 
-#include "stage/scenefile/container_reader.h"
-#include "stage/scenefile/image_reader.h"
-#include "stage/scenefile/names.h"
-#include "stage/scenefile/timeline_reader.h"
+#include "container_reader.h"
+#include "image_reader.h"
+#include "stage/names.h"
+#include "timeline_reader.h"
 
 namespace stage {
 

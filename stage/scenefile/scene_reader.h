@@ -1,8 +1,8 @@
 // Scene files: TOML, read whole into a SceneDescription or refused with every mistake named.
 #pragma once
 
+#include "scene_description.h"
 #include "stage/result.h"
-#include "stage/scenefile/scene_description.h"
 #include "stage/stage_export.h"
 
 namespace stage {

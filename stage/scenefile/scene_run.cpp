@@ -1,8 +1,8 @@
-#include "stage/scenefile/scene_run.h"
+#include "scene_run.h"
 
 #include "stage/plugins/frames.h"
-#include "stage/scenefile/parameter_check.h"
-#include "stage/scenefile/timeline.h"
+#include "stage/plugins/parameters.h"
+#include "timeline.h"
 
 namespace stage {
 
@@ -13,7 +13,7 @@ Result<Done> apply_entry(SceneRun& run, const TimelineEntry& entry) {
     if (entry.container < 0) return Done{};  // about an image
     const int32_t handle = run.built.container_handles[static_cast<size_t>(entry.container)];
     for (const ParameterSetting& setting : entry.parameters) {
-        const Result<Done> set = set_parameter(stage, handle, setting.name, parameter_value(setting.value));
+        const Result<Done> set = set_parameter(stage, handle, setting.name, setting.value);
         if (!set) return Error{setting.place + ": " + set.error().message};
     }
     if (entry.press.empty()) return Done{};

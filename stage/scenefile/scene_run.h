@@ -1,7 +1,7 @@
 // Running a built scene frame by frame, with its timeline.
 #pragma once
 
-#include "stage/scenefile/scene_build.h"
+#include "scene_build.h"
 
 namespace stage {
 

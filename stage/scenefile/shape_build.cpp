@@ -1,4 +1,4 @@
-#include "stage/scenefile/shape_build.h"
+#include "shape_build.h"
 
 #include <cmath>
 
@@ -29,14 +29,8 @@ Mask mask_of(const Picture& picture, float threshold) {
 }
 
 Result<std::vector<Mesh>> build_text(const GeometryDescription& geometry) {
-    TextSettings settings;
-    settings.text = geometry.text;
-    settings.font = geometry.font;
-    settings.size = geometry.size;
-    settings.alignment = geometry.align == Align::kLeft    ? TextAlignment::Left
-                         : geometry.align == Align::kRight ? TextAlignment::Right
-                                                           : TextAlignment::Centre;
-    Result<TextOutlines> outlines = make_text_outlines(settings);
+    Result<TextOutlines> outlines =
+        make_text_outlines({geometry.text, geometry.font, geometry.size, geometry.alignment});
     if (!outlines) return outlines.error();
     return std::move(outlines->meshes);
 }
@@ -44,16 +38,13 @@ Result<std::vector<Mesh>> build_text(const GeometryDescription& geometry) {
 Result<std::vector<Mesh>> build_picture(const GeometryDescription& geometry) {
     const Result<Picture> picture = read_picture(geometry.file);
     if (!picture) return picture.error();
-    TraceSettings settings;
-    settings.width = geometry.width;
-    settings.height = geometry.height;
-    return trace_outlines(mask_of(*picture, geometry.threshold), settings);
+    return trace_outlines(mask_of(*picture, geometry.threshold), geometry.width, geometry.height);
 }
 
-Result<std::vector<Mesh>> build_polygon(const GeometryDescription& geometry) {
-    std::vector<Vector3> corners;
-    for (const auto& [x, y] : geometry.points) corners.push_back({x, y, 0.0f});
-    return make_polygon(std::move(corners));
+Mesh polygon(const GeometryDescription& geometry) {
+    Mesh mesh;
+    for (const auto& [x, y] : geometry.points) mesh.vertices.push_back({x, y, 0.0f});
+    return mesh;
 }
 
 }  // namespace
@@ -61,11 +52,11 @@ Result<std::vector<Mesh>> build_polygon(const GeometryDescription& geometry) {
 Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry) {
     switch (geometry.kind) {
         case GeometryKind::kRectangle:
-            return make_rectangle(geometry.width, geometry.height);
+            return std::vector{make_rectangle(geometry.width, geometry.height)};
         case GeometryKind::kEllipse:
-            return make_ellipse(geometry.width, geometry.height, geometry.segments);
+            return std::vector{make_ellipse(geometry.width, geometry.height, geometry.segments)};
         case GeometryKind::kPolygon:
-            return build_polygon(geometry);
+            return std::vector{polygon(geometry)};
         case GeometryKind::kMesh:
             return read_mesh_file(geometry.file.string());
         case GeometryKind::kText:

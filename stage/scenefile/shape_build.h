@@ -3,9 +3,9 @@
 
 #include <vector>
 
+#include "scene_description.h"
 #include "stage/result.h"
 #include "stage/scene/geometry.h"
-#include "stage/scenefile/scene_description.h"
 
 namespace stage {
 

@@ -1,8 +1,8 @@
-#include "stage/scenefile/shape_track.h"
+#include "shape_track.h"
 
 #include <fmt/format.h>
 
-#include "stage/scenefile/shape_build.h"
+#include "shape_build.h"
 
 namespace stage {
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "scene_description.h"
 #include "stage/scene/mesh.h"
 #include "stage/scene/stage.h"
-#include "stage/scenefile/scene_description.h"
-#include "stage/scenefile/timeline.h"
 #include "stage/stage_export.h"
+#include "timeline.h"
 
 namespace stage {
 

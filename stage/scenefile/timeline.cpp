@@ -1,4 +1,4 @@
-#include "stage/scenefile/timeline.h"
+#include "timeline.h"
 
 #include <algorithm>
 #include <cmath>

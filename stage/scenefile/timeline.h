@@ -1,7 +1,7 @@
 // What a scene's timeline says about a moment: frames, and containers moved between keyed values.
 #pragma once
 
-#include "stage/scenefile/scene_description.h"
+#include "scene_description.h"
 #include "stage/stage_export.h"
 
 namespace stage {

@@ -1,12 +1,12 @@
-#include "stage/scenefile/timeline_reader.h"
+#include "timeline_reader.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-#include "stage/scenefile/container_reader.h"
-#include "stage/scenefile/geometry_reader.h"
-#include "stage/scenefile/image_reader.h"
+#include "container_reader.h"
+#include "geometry_reader.h"
+#include "image_reader.h"
 
 namespace stage {
 

@@ -1,7 +1,7 @@
 // The [[at]] and [[track]] tables of a scene file.
 #pragma once
 
-#include "stage/scenefile/key_reader.h"
+#include "key_reader.h"
 
 namespace stage {
 

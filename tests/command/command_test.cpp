@@ -93,7 +93,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o no/x.png --at 0", "-o no/x.png: there is no folder 'no'"},
     {"render tiny.toml -o /proc/x.png --at 0", "/proc"},
     {"render tiny.toml -o x.png --at 0 --set smoke.birth_rat=3",
-     "--set smoke.birth_rat=3: parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"},
+     "--set smoke.birth_rat=3: parameter 'birth_rat' is not known to TovuSmoke: did you mean 'birth_rate'?"},
     {"render tiny.toml -o x.png --at 0 --set smoke.birth_rate=-1", "--set smoke.birth_rate=-1: "},
     {"render tiny.toml -o x.png --at 0 --set smok.birth_rate=1",
      "no container 'smok' carries a plug-in: did you mean 'smoke'?"},
@@ -118,7 +118,7 @@ TEST_F(Command, MistakesEndWithStatus2AndLeaveNothing) {
 // [[container]] and its name.
 const std::pair<const char*, const char*> kSceneMistakes[] = {
     {"parameters = { gravity = 1, birth_rat = 3 }",
-     "bad.toml:3:41: parameter 'birth_rat' is not known to TovuSmoke; did you mean 'birth_rate'?"},
+     "bad.toml:3:41: parameter 'birth_rat' is not known to TovuSmoke: did you mean 'birth_rate'?"},
     {"parameters = { number_of_particles = 25001 }", "bad.toml:3:38: parameter 'number_of_particles'"},
     {"parameters = { number_of_particles = 4294967297 }",  // 2^32 + 1
      "bad.toml:3:38: parameter 'number_of_particles' takes a whole number from 0 to 25000, not 4294967297"},

@@ -5,7 +5,7 @@
 #include <regex>
 
 #include "../stage/temporary_folder.h"
-#include "stage/scenefile/names.h"
+#include "stage/names.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -199,8 +199,8 @@ geometry = { kind = "ellipse", width = 4, height = 2, segments = 12 }
     EXPECT_EQ(stage::Blend::Additive, child.blend);
     ASSERT_EQ(4u, child.parameters.size());
     EXPECT_EQ("zeta", child.parameters[0].name) << "in the order written";
-    EXPECT_EQ(stage::WrittenValue(int64_t{1}), child.parameters[0].value);
-    EXPECT_EQ(stage::WrittenValue(2.5), child.parameters[1].value);
+    EXPECT_EQ(stage::ParameterValue(1), child.parameters[0].value);
+    EXPECT_EQ(stage::ParameterValue(2.5), child.parameters[1].value);
     EXPECT_EQ(kFile.string() + ":14:23", child.parameters[0].place);
 }
 
@@ -245,9 +245,13 @@ at = [{ time = 2, container = "a", press = "reset" }, { time = 1, container = "a
 }
 
 TEST(SceneFile, OverridesAddASetting) {
-    const std::pair<const char*, stage::WrittenValue> cases[] = {
-        {"fire.gravity=-2.5", -2.5},       {"fire.gravity=3", int64_t{3}},        {"fire.sort=true", true},
-        {"fire.color=0 1 1 1", "0 1 1 1"}, {"fire.color=\"0 1 1 1\"", "0 1 1 1"}, {"fire.spawn_type=Sphere", "Sphere"},
+    const std::pair<const char*, stage::ParameterValue> cases[] = {
+        {"fire.gravity=-2.5", -2.5},
+        {"fire.gravity=3", 3},
+        {"fire.sort=true", true},
+        {"fire.color=0 1 1 1", "0 1 1 1"},
+        {"fire.color=\"0 1 1 1\"", "0 1 1 1"},
+        {"fire.spawn_type=Sphere", "Sphere"},
     };
     SceneDescription scene = scene_of("container = [{ name = 'fire', plugin = 'smoke' }]");
     for (const auto& [assignment, value] : cases) {

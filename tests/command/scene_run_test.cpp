@@ -57,7 +57,7 @@ property = "geometry"
 keys = [
     { time = 1, value = { kind = "rectangle", width = 10, height = 4, fill = [0, 0, 1] } },
     { time = 2, value = { kind = "polygon", points = [[95, -2], [105, -2], [105, 2], [95, 2]], fill = [1, 0, 0] } },
-    { time = 3, value = { kind = "ellipse", width = 2, height = 2, segments = 3 }, ease = "step" },
+    { time = 3, value = { kind = "ellipse", width = 2, height = 4, segments = 3 }, ease = "step" },
 ]
 [[container]]
 name = "late"

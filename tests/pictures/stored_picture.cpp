@@ -2,28 +2,43 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <zlib.h>
 
-#include <algorithm>
 #include <cstdlib>
 
+#include "../stage/temporary_folder.h"
 #include "stage/assets/picture_file.h"
 #include "stage/output/png_file.h"
 
 namespace {
 
-constexpr const char* kRendererKeyword = "Renderer";
+// A PNG text chunk: its length, "tEXt", a keyword, a zero byte and the text, and a checksum of all but the length.
+const std::string kChunkStart = std::string("tEXtRenderer") + '\0';
+constexpr size_t kHeaderBytes = 33;  // of a PNG file: signature and IHDR chunk
+
+std::string big_endian(size_t value) {
+    std::string bytes;
+    for (const int shift : {24, 16, 8, 0}) bytes += static_cast<char>(value >> shift & 0xff);
+    return bytes;
+}
 
 std::string stored_renderer(const std::filesystem::path& path) {
-    const auto texts = stage::read_png_texts(path);
-    if (!texts) return {};
-    const auto found = std::ranges::find(*texts, kRendererKeyword, &stage::PngTexts::value_type::first);
-    return found != texts->end() ? found->second : std::string();
+    const std::string bytes = file_bytes(path);
+    const size_t start = bytes.find(kChunkStart);
+    if (start == std::string::npos || start < 4) return {};
+    size_t length = 0;
+    for (size_t i = start - 4; i < start; ++i) length = length << 8 | static_cast<unsigned char>(bytes[i]);
+    return bytes.substr(start + kChunkStart.size(), length + 4 - kChunkStart.size());
 }
 
 /// The message of the first write that failed, or nothing.
 std::string write(const std::filesystem::path& path, const stage::Picture& picture, const std::string& renderer) {
-    const auto written = stage::write_png(path, picture, {{kRendererKeyword, renderer}});
-    return written ? std::string() : "\n" + written.error().message;
+    if (const auto written = stage::write_png(path, picture); !written) return "\n" + written.error().message;
+    const std::string chunk = kChunkStart + renderer;
+    const auto checksum = crc32(0, reinterpret_cast<const Bytef*>(chunk.data()), static_cast<uInt>(chunk.size()));
+    std::string bytes = file_bytes(path);
+    write_bytes(path, bytes.insert(kHeaderBytes, big_endian(chunk.size() - 4) + chunk + big_endian(checksum)));
+    return {};
 }
 
 }  // namespace

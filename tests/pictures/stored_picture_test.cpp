@@ -47,8 +47,8 @@ TEST_F(StoredPicture, DecidesByToleranceAndRenderer) {
 }
 
 TEST(Sprites, AreAsTheyWereDrawn) {
-    for (const stage::SpriteKind& kind : stage::sprite_kinds())
-        expect_stored_picture("sprite_" + kind.name, *stage::make_sprite(kind.name, 96), kAnyRenderer,
+    for (const std::string& name : stage::sprite_names())
+        expect_stored_picture("sprite_" + name, *stage::make_sprite(name, 96), kAnyRenderer,
                               {.mean = 0.0, .threshold = 0.0, .share_above = 0.0});
 }
 

@@ -106,7 +106,7 @@ const SetCase kSetCases[] = {
     {"text", "now one byte too many", {}, "parameter 'text' takes a text of at most 20 bytes"},
     {"text", std::string("a\0b", 3), {}, "NUL"},
     {"text", 5, {}, "a text of at most 20 bytes, not 5"},
-    {"cuont", 1, {}, "parameter 'cuont' is not known to Probe; did you mean 'count'?"},
+    {"cuont", 1, {}, "parameter 'cuont' is not known to Probe: did you mean 'count'?"},
 };
 
 TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
@@ -203,7 +203,7 @@ TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedAndOpenGlCalls) {
     EXPECT_EQ(drawn(asked), asked_alone);
     EXPECT_EQ(drawn(asking), asking_alone) << "four numbers before the request and four after it";
     EXPECT_THAT(press_button(*stage_, asking, "reset").error().message,
-                HasSubstr("button 'reset' is not known to Probe: it has draw, ask"));
+                HasSubstr("Probe has no push button 'reset': known are: draw, ask"));
 }
 
 TEST_F(Instances, RunInTreeOrderAndGoNewestFirst) {

@@ -1,8 +1,7 @@
-// Pictures in and out of files, and the built-in sprites.
+// Pictures in and out of files.
 #include <gmock/gmock.h>
 
 #include "stage/assets/picture_file.h"
-#include "stage/assets/sprites.h"
 #include "stage/output/picture_compare.h"
 #include "stage/output/png_file.h"
 #include "temporary_folder.h"
@@ -46,19 +45,17 @@ std::string packed_tga_file() {
 
 TEST(PictureFile, ComesBackFromAPngAsItWent) {
     const TemporaryFolder folder;
-    const stage::PngTexts texts = {{"Renderer", "a name"}, {"Title", "two\nlines"}};
     for (const auto format :
          {stage::kPictureLuminance, stage::kPictureLuminanceAlpha, stage::kPictureRgb, stage::kPictureRgba}) {
         SCOPED_TRACE(format);
         const Picture picture = counted_picture(3, 5, format);
-        ASSERT_TRUE(stage::write_png(folder / "a.png", picture, texts));
-        ASSERT_TRUE(stage::write_png(folder / "b.png", picture, texts));
+        ASSERT_TRUE(stage::write_png(folder / "a.png", picture));
+        ASSERT_TRUE(stage::write_png(folder / "b.png", picture));
         EXPECT_EQ(file_bytes(folder / "a.png"), file_bytes(folder / "b.png"));
         const auto read = stage::read_picture(folder / "a.png");
         ASSERT_TRUE(read) << read.error().message;
         EXPECT_THAT(std::vector({read->width, read->height, int32_t{read->format}}), ElementsAre(3, 5, format));
         EXPECT_EQ(picture.bytes, read->bytes);
-        EXPECT_EQ(texts, *stage::read_png_texts(folder / "a.png"));
     }
 }
 
@@ -137,13 +134,10 @@ TEST(PictureFile, AFailedWriterLeavesWhatWasThere) {
                 HasSubstr("none/a.png: can't be written"));
     EXPECT_THAT(stage::write_png(folder / "a.png", {2, 2, stage::kPictureRgb, {1}}).error().message,
                 HasSubstr("a.png"));
-    EXPECT_FALSE(stage::write_png(folder / "a.png", picture, {{std::string(), "no keyword"}}))
-        << "libpng's own refusal";
     std::filesystem::create_directory(folder / "taken");
     EXPECT_FALSE(stage::write_png(folder / "taken", picture));
     std::filesystem::remove(folder / "taken");
     EXPECT_TRUE(folder.is_empty());
-    EXPECT_FALSE(stage::read_png_texts(folder / "a.png"));
 }
 
 TEST(PictureCompare, MeasuresWhatIsSeen) {
@@ -163,12 +157,6 @@ TEST(PictureCompare, MeasuresWhatIsSeen) {
     EXPECT_FALSE(stage::within_tolerance(*difference, {.mean = 2.5, .share_above = 0.4}));
     EXPECT_THAT(stage::compare_pictures(base, {1, 1, stage::kPictureRgba, {0, 0, 0, 0}}).error().message,
                 HasSubstr("1 x 1 pixels where 2 x 1"));
-}
-
-TEST(Sprites, AreNamedAndHaveASize) {
-    EXPECT_THAT(stage::make_sprite("cube").error().message, HasSubstr("'cube'; there are puff, soft"));
-    EXPECT_FALSE(stage::make_sprite("puff", 7));
-    EXPECT_FALSE(stage::make_sprite("puff", 4097));
 }
 
 }  // namespace

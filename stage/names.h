@@ -1,4 +1,4 @@
-// Help for a name that is not known: the nearest one that is.
+// Help for an unknown name.
 #pragma once
 
 #include <string>
@@ -9,7 +9,8 @@
 
 namespace stage {
 
-/// What to say after "unknown x": "did you mean 'a'?", or "known are: a, b, c" where nothing is near (at most twelve).
+/// The end of a message about an unknown name: "did you mean 'a'?" with the nearest known name, or "known are: a, b, c"
+/// (at most twelve) where none is near, or "there are none here".
 STAGE_EXPORT std::string name_hint(std::string_view name, const std::vector<std::string>& known);
 
 }  // namespace stage
