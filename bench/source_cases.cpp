@@ -180,10 +180,7 @@ struct OutlineFixture {
         };
         for (int32_t i = 0; i < kFull; ++i) points.push_back({coordinate(), coordinate(), 0});
     }
-    ~OutlineFixture() {
-        tovu::release(source);
-        tovu::release(index);
-    }
+    ~OutlineFixture() { tovu::release(source); }
     OutlineFixture(const OutlineFixture&) = delete;
     OutlineFixture& operator=(const OutlineFixture&) = delete;
 };

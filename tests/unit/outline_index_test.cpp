@@ -84,7 +84,6 @@ TEST(OutlineIndex, AnswersAsEveryEdgeTested) {
         }
     }
     EXPECT_GT(indexed, 150);
-    release(index);
 }
 
 std::vector<Vector3> circle(int corners) {
@@ -111,7 +110,6 @@ TEST(OutlineIndex, LeavesOddOutlinesToThePlainTest) {
         tovu::OutlineIndex index;
         OutlineSource made(outlines, 0);
         EXPECT_FALSE(update_index(index, made.source)) << name;
-        release(index);
     }
 }
 

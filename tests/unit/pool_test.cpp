@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <random>
 #include <string>
 
@@ -25,16 +24,13 @@ struct Pool {
         if (memory != Memory::kNoArray) instance.caches = &caches;
         resize(8);
     }
-    ~Pool() {
-        release_particles(instance);
-        std::free(caches.active.records);
-    }
+    ~Pool() { release_particles(instance); }
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
     void resize(int32_t count) {
         instance.parameters.number_of_particles = count;
-        realloc_fails = memory == Memory::kArrayStaysSmall && caches.active.capacity > 0;
+        realloc_fails = memory == Memory::kArrayStaysSmall && caches.active.records.capacity() > 0;
         sync_capacity(instance);
         realloc_fails = false;
     }

@@ -117,7 +117,6 @@ TEST(OutlineArea, DrawsUniformlyFromTheShape) {
         }
         expect_fits(expected, counted);
     }
-    release(area);
 }
 
 TEST(OutlineArea, FollowsTheReferencePlaneAndNeedsAnArea) {
@@ -134,7 +133,6 @@ TEST(OutlineArea, FollowsTheReferencePlaneAndNeedsAnArea) {
         tovu::OutlineArea area;
         EXPECT_EQ(row.area > 0, build_area(area, made.source));
         EXPECT_NEAR(row.area, area.total, 1e-6);
-        release(area);
     }
 }
 
@@ -198,7 +196,6 @@ TEST(MaskArea, DrawsUniformlyFromLitPixels) {
             ++counted[static_cast<size_t>(y * 2 * row.width + x)];
         }
         expect_fits(expected, counted);
-        release(area);
     }
 }
 
@@ -207,7 +204,6 @@ TEST(MaskArea, NeedsALitPixel) {
     for (const uint8_t* pixels : {dark.data(), static_cast<const uint8_t*>(nullptr)}) {
         tovu::MaskArea area;
         EXPECT_FALSE(build_area(area, mask_of(4, 3, 1, pixels, dark.size())));
-        release(area);
     }
 }
 
@@ -226,8 +222,6 @@ TEST(SpawnAreas, DrawSixValuesForAPoint) {
     std::srand(seed.value);
     draw_from_area(mask_area, mask);
     EXPECT_EQ(6, tovu::draws_since(seed.value));
-    release(outline_area);
-    release(mask_area);
 }
 
 }  // namespace

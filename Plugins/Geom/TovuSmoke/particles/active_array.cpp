@@ -1,6 +1,5 @@
 #include "active_array.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "instance_caches.h"
@@ -19,20 +18,21 @@ bool matches_links(const ActiveArray& active, const Particle* active_head) {
 }
 
 bool fill_from_links(ActiveArray& active, Particle* active_head) {
-    int32_t position = active.capacity;
+    int32_t position = active.records.capacity();
     for (Particle* p = active_head; p != nullptr; p = p->next) {
         if (position == 0) return false;
         active.records[--position] = p;
     }
     active.begin = position;
-    active.end = active.capacity;
+    active.end = active.records.capacity();
     active.follows_links = true;
     return true;
 }
 
 void shift_to_front(ActiveArray& active) {
     const int32_t count = active.end - active.begin;
-    std::memmove(active.records, active.records + active.begin, static_cast<size_t>(count) * sizeof(Particle*));
+    std::memmove(active.records.data(), active.records.data() + active.begin,
+                 static_cast<size_t>(count) * sizeof(Particle*));
     active.begin = 0;
     active.end = count;
 }
@@ -42,35 +42,30 @@ void shift_to_front(ActiveArray& active) {
 ActiveRecords active_records(const SmokeInstance& instance) {
     if (instance.caches == nullptr) return {nullptr, 0};
     const ActiveArray& active = instance.caches->active;
-    if (active.records == nullptr || !matches_links(active, instance.active_head)) return {nullptr, 0};
-    return {active.records + active.begin, active.end - active.begin};
+    if (active.records.data() == nullptr || !matches_links(active, instance.active_head)) return {nullptr, 0};
+    return {active.records.data() + active.begin, active.end - active.begin};
 }
 
 ActiveArray* current_active_array(SmokeInstance& instance) {
     if (instance.caches == nullptr) return nullptr;
     ActiveArray& active = instance.caches->active;
-    if (active.records == nullptr) return nullptr;
+    if (active.records.data() == nullptr) return nullptr;
     if (!matches_links(active, instance.active_head) && !fill_from_links(active, instance.active_head)) return nullptr;
     return &active;
 }
 
 void reserve_active_array(SmokeInstance& instance, int32_t count) {
     if (instance.caches == nullptr) return;
-    ActiveArray& active = instance.caches->active;
-    const int32_t capacity = kRoomFactor * count;
-    if (capacity <= active.capacity) return;
-    void* grown = std::realloc(active.records, static_cast<size_t>(capacity) * sizeof(Particle*));
-    if (grown == nullptr) return;  // too small an array says so when it is full
-    active.records = static_cast<Particle**>(grown);
-    active.capacity = capacity;
+    instance.caches->active.records.reserve(kRoomFactor *
+                                            count);  // too small an array clears follows_links when it is full
 }
 
 void enter_youngest(SmokeInstance& instance, Particle& particle) {
     if (instance.caches == nullptr) return;
     ActiveArray& active = instance.caches->active;
     if (!active.follows_links) return;
-    if (active.end == active.capacity && active.begin > 0) shift_to_front(active);
-    if (active.end == active.capacity)
+    if (active.end == active.records.capacity() && active.begin > 0) shift_to_front(active);
+    if (active.end == active.records.capacity())
         active.follows_links = false;
     else
         active.records[active.end++] = &particle;

@@ -4,15 +4,15 @@
 #pragma once
 
 #include "../instance/smoke_instance.h"
+#include "../memory/buffer.h"
 
 namespace tovu {
 
 /// The live particles as pointers, oldest first, in records[begin … end).
 struct ActiveArray {
-    Particle** records = nullptr;
+    Buffer<Particle*> records;
     int32_t begin = 0;
     int32_t end = 0;
-    int32_t capacity = 0;
     bool follows_links = true;  // false once a particle could not be entered: walk the links until it is filled anew
 };
 

@@ -241,9 +241,7 @@ bool emit_particles(SmokeInstance& instance, int32_t count) {
     set_up_frames(setup, instance);
     set_up_draws(setup, instance);
     instance.emission_vector = transform(setup.direction, {0, param::initial_speed(instance.parameters), 0});
-    const bool all_made = emit_with(instance, setup, search, count);
-    end_search(search);
-    return all_made;
+    return emit_with(instance, setup, search, count);
 }
 
 Vector3 cone_direction(float across, float swing) {

@@ -19,10 +19,9 @@ InstanceCaches* make_caches() {
 
 void destroy_caches(InstanceCaches* caches) {
     if (caches == nullptr) return;
-    std::free(caches->active.records);
-    release(caches->outline_index);
-    release(caches->spawn_areas);
-    std::free(caches->memory);
+    void* const memory = caches->memory;
+    caches->~InstanceCaches();
+    std::free(memory);
 }
 
 }  // namespace tovu

@@ -290,8 +290,8 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
         put_color(p, color_entry(instance, index));
         put_alpha(p, instance, index);
     };
-    Particle** const first = active.records + active.begin;
-    Particle** survivors = active.records + active.end;
+    Particle** const first = active.records.data() + active.begin;
+    Particle** survivors = active.records.data() + active.end;
     Fetch fetch{survivors, first};
     for (int32_t i = 0; i < kFetchAhead; ++i) fetch.next();
     for (Particle** place = survivors; place != first;) {
@@ -317,7 +317,7 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
     }
     if (looks) give_look(*before, phase_before);
     box = widened;
-    active.begin = static_cast<int32_t>(survivors - active.records);
+    active.begin = static_cast<int32_t>(survivors - active.records.data());
 }
 
 bool goes_straight(const StepValues& values) {
@@ -380,8 +380,8 @@ void walk_links(SmokeInstance& instance, StepValues& values, Box& box) {
 void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values, Box& box) {
     const int32_t most = block_size(values);
     const bool plain = !values.consumer && !values.accelerate;
-    Particle** const first = active.records + active.begin;
-    Particle** at = active.records + active.end;
+    Particle** const first = active.records.data() + active.begin;
+    Particle** at = active.records.data() + active.end;
     Particle** survivors = at;
     Fetch fetch{at, first};
     for (int32_t i = 0; i < most; ++i) fetch.next();
@@ -397,7 +397,7 @@ void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values
         step_block(block, values, instance, box, fetch);
         at = begin;
     }
-    active.begin = static_cast<int32_t>(survivors - active.records);
+    active.begin = static_cast<int32_t>(survivors - active.records.data());
     active.follows_links = true;
 }
 

@@ -137,8 +137,4 @@ bool pick_lit_point(SpawnSearch& search, float range_z, Vector3& point) {
     return true;
 }
 
-void end_search(SpawnSearch& search) {
-    release(search.own_areas);
-}
-
 }  // namespace tovu

@@ -38,7 +38,4 @@ bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& poi
 /// Returns false when no pixel is lit.
 bool pick_lit_point(SpawnSearch& search, float range_z, Vector3& point);
 
-/// Frees what the search holds of its own.
-void end_search(SpawnSearch& search);
-
 }  // namespace tovu

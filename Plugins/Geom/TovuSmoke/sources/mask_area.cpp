@@ -1,11 +1,8 @@
 #include "mask_area.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 
 #include "../math/random.h"
-#include "growing_array.h"
 
 namespace tovu {
 namespace {
@@ -77,7 +74,7 @@ bool build_area(MaskArea& area, const ImageReader& mask) {
     area.row_count = 0;
     area.total = 0;
     const int32_t rows = rows_held(mask);
-    if (rows == 0 || !reserve(area.area_through, area.row_capacity, rows)) return false;
+    if (rows == 0 || !area.area_through.reserve(rows)) return false;
     area.row_count = rows;
     for (int32_t row = 0; row < rows; ++row) {
         area.total += width_of(row_at(mask, row), mask) * height_of(row, mask);
@@ -89,7 +86,7 @@ bool build_area(MaskArea& area, const ImageReader& mask) {
 PlanePoint draw_from_area(const MaskArea& area, const ImageReader& mask) {
     const ImageSource& s = mask.source;
     const double chosen = random_fraction() * area.total;
-    const double* const first = area.area_through;
+    const double* const first = area.area_through.data();
     const double* const end = first + area.row_count;
     const double* at = std::upper_bound(first, end, chosen);
     if (at == end) --at;
@@ -102,11 +99,6 @@ PlanePoint draw_from_area(const MaskArea& area, const ImageReader& mask) {
     const double x =
         along < lit ? lit_column(row, s.bytes_per_pixel, rank) + (along - rank) : s.width - 1 + (along - lit);
     return {position_at(x, s.rect_min_x, s.rect_max_x, s.width), position_at(y, s.rect_min_y, s.rect_max_y, s.height)};
-}
-
-void release(MaskArea& area) {
-    std::free(area.area_through);
-    area = MaskArea{};
 }
 
 }  // namespace tovu

@@ -2,17 +2,17 @@
 // rectangle would rarely be accepted.
 #pragma once
 
+#include "../memory/buffer.h"
 #include "image_source.h"
 #include "plane_point.h"
 
 namespace tovu {
 
 /// How much of the mask lies in each row, in pixels, the bands beyond the maximum edges included: there the last column
-/// and the last row go on for another width and height of the rectangle. Owns the array, which never shrinks.
+/// and the last row go on for another width and height of the rectangle.
 struct MaskArea {
-    double* area_through = nullptr;  // of rows 0 to r
-    int32_t row_count = 0;           // that the host's data reach
-    int32_t row_capacity = 0;        // entries allocated in area_through
+    Buffer<double> area_through;  // entry r: of rows 0 to r
+    int32_t row_count = 0;        // that the host's data reach
     double total = 0;
 };
 
@@ -21,7 +21,5 @@ bool build_area(MaskArea& area, const ImageReader& mask);
 
 /// A position whose pixel is lit, uniform over all such positions. Draws six random values.
 PlanePoint draw_from_area(const MaskArea& area, const ImageReader& mask);
-
-void release(MaskArea& area);
 
 }  // namespace tovu

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 #include "../math/random.h"
-#include "growing_array.h"
 #include "outline_index.h"
 
 namespace tovu {
@@ -74,10 +72,10 @@ double across_at(const SweepEdge& edge, double along) {
 }
 
 void gather_edges(Sweep& sweep, const ContainerSpawnSource& source) {
-    SweepEdge* const edges = sweep.area.edges;
+    SweepEdge* const edges = sweep.area.edges.data();
     for_each_edge(source, [&](const OutlineEdge& e) {
         const float sum = e.a_across + e.a_along + e.b_across + e.b_along;
-        if (e.a_along == e.b_along || sum - sum != 0.0f) return;  // encloses nothing by itself
+        if (e.a_along == e.b_along || !std::isfinite(sum)) return;  // encloses nothing by itself
         const bool rising = e.a_along < e.b_along;
         const float low = rising ? e.a_along : e.b_along;
         const float high = rising ? e.b_along : e.a_along;
@@ -97,12 +95,11 @@ bool begin_sweep(Sweep& sweep, const ContainerSpawnSource& source) {
     OutlineArea& area = sweep.area;
     int64_t edges = 0;
     for_each_edge(source, [&edges](const OutlineEdge&) { ++edges; });
-    if (!reserve(area.edges, area.edge_capacity, edges) ||
-        !reserve(area.edge_lists, area.edge_list_capacity, 2 * edges) ||
-        !reserve(area.outlines, area.outline_capacity, source.outline_count))
+    if (!area.edges.reserve(edges) || !area.edge_lists.reserve(2 * edges) ||
+        !area.outlines.reserve(source.outline_count))
         return false;
-    sweep.by_high = area.edge_lists;
-    sweep.order = area.edge_lists + edges;
+    sweep.by_high = area.edge_lists.data();
+    sweep.order = area.edge_lists.data() + edges;
     sweep.swaps_left = kMostCrossingsPerEdge * edges + kCrossingsAnyway;
     for (int32_t i = 0; i < source.outline_count; ++i) area.outlines[i] = {0, false};
     gather_edges(sweep, source);
@@ -111,8 +108,8 @@ bool begin_sweep(Sweep& sweep, const ContainerSpawnSource& source) {
 
 // Room for one entry more; the size doubles, so that a shape that grows slowly rarely allocates.
 template <class Entry>
-bool reserve_one(Sweep& sweep, Entry*& entries, int32_t& capacity, int32_t count) {
-    const bool there = count < capacity || reserve(entries, capacity, 2 * static_cast<int64_t>(count) + 64);
+bool reserve_one(Sweep& sweep, Buffer<Entry>& entries, int32_t count) {
+    const bool there = count < entries.capacity() || entries.reserve(2 * static_cast<int64_t>(count) + 64);
     sweep.no_memory = sweep.no_memory || !there;
     return there;
 }
@@ -124,7 +121,7 @@ void add_piece(Sweep& sweep, AreaPiece piece) {
     const double widths = static_cast<double>(piece.right_at_low) - static_cast<double>(piece.left_at_low) +
                           static_cast<double>(piece.right_at_high) - static_cast<double>(piece.left_at_high);
     const double size = 0.5 * widths * (static_cast<double>(piece.high) - static_cast<double>(piece.low));
-    if (!(size > 0.0) || !reserve_one(sweep, area.pieces, area.capacity, area.count)) return;
+    if (!(size > 0.0) || !reserve_one(sweep, area.pieces, area.count)) return;
     piece.area_before = area.total;
     area.total += size;
     area.pieces[area.count++] = piece;
@@ -160,10 +157,10 @@ void foresee_crossing(Sweep& sweep, int32_t position, double along) {
     const double room = across_at(right, along) - across_at(left, along);
     const double crossing = room > 0.0 ? along + (end - along) * (room / (room + overlap_at_end)) : along;
     OutlineArea& area = sweep.area;
-    if (!reserve_one(sweep, area.crossings, area.crossing_capacity, sweep.crossing_count)) return;
+    if (!reserve_one(sweep, area.crossings, sweep.crossing_count)) return;
     area.crossings[sweep.crossing_count++] = {std::min(crossing, end), sweep.order[position],
                                               sweep.order[position + 1]};
-    std::push_heap(area.crossings, area.crossings + sweep.crossing_count, comes_sooner);
+    std::push_heap(area.crossings.data(), area.crossings.data() + sweep.crossing_count, comes_sooner);
 }
 
 // Edges that touch here stand in any order among themselves, so the search goes on from where it should be.
@@ -198,9 +195,9 @@ void swap_neighbours(Sweep& sweep, const SweepCrossing& crossing) {
 }
 
 void handle_crossings(Sweep& sweep, double level) {
-    SweepCrossing* const& crossings = sweep.area.crossings;
+    Buffer<SweepCrossing>& crossings = sweep.area.crossings;
     while (sweep.crossing_count > 0 && crossings[0].along <= level && sweep.swaps_left > 0) {
-        std::pop_heap(crossings, crossings + sweep.crossing_count, comes_sooner);
+        std::pop_heap(crossings.data(), crossings.data() + sweep.crossing_count, comes_sooner);
         const SweepCrossing crossing = crossings[--sweep.crossing_count];
         sweep.reached = crossing.along;
         swap_neighbours(sweep, crossing);
@@ -271,13 +268,13 @@ void update_gaps(Sweep& sweep, double level) {
 }
 
 float next_level(const Sweep& sweep) {
-    const SweepEdge* const edges = sweep.area.edges;
+    const SweepEdge* const edges = sweep.area.edges.data();
     const float high = edges[sweep.by_high[sweep.ended]].high;
     return sweep.begun < sweep.edge_count ? std::min(high, edges[sweep.begun].low) : high;
 }
 
 void pass_level(Sweep& sweep, float level) {
-    const SweepEdge* const edges = sweep.area.edges;
+    const SweepEdge* const edges = sweep.area.edges.data();
     const auto along = static_cast<double>(level);
     sweep.first_changed = sweep.unchanged_behind = sweep.active_count;
     for (; sweep.ended < sweep.edge_count && edges[sweep.by_high[sweep.ended]].high <= level; ++sweep.ended)
@@ -333,7 +330,7 @@ bool build_area(OutlineArea& area, const ContainerSpawnSource& source) {
 
 PlanePoint draw_from_area(const OutlineArea& area) {
     const double chosen = random_fraction() * area.total;
-    const AreaPiece* const first = area.pieces;
+    const AreaPiece* const first = area.pieces.data();
     const AreaPiece* const end = first + area.count;
     const AreaPiece* behind =
         std::upper_bound(first, end, chosen, [](double at, const AreaPiece& piece) { return at < piece.area_before; });
@@ -351,15 +348,6 @@ PlanePoint draw_from_area(const OutlineArea& area) {
     const double height = static_cast<double>(piece.high) - static_cast<double>(piece.low);
     return {static_cast<float>(left + random_fraction() * width),
             static_cast<float>(static_cast<double>(piece.low) + share * height)};
-}
-
-void release(OutlineArea& area) {
-    std::free(area.pieces);
-    std::free(area.edges);
-    std::free(area.edge_lists);
-    std::free(area.crossings);
-    std::free(area.outlines);
-    area = OutlineArea{};
 }
 
 }  // namespace tovu

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "../memory/buffer.h"
 #include "container_source.h"
 #include "plane_point.h"
 
@@ -24,21 +25,16 @@ struct SweepEdge;
 struct SweepCrossing;
 struct SweepOutline;
 
-/// The pieces, and the memory that cutting them takes. Owns all arrays, which never shrink.
+/// The pieces, and the scratch memory of the plane sweep that cuts them.
 struct OutlineArea {
-    AreaPiece* pieces = nullptr;
-    int32_t count = 0;
-    int32_t capacity = 0;  // entries allocated in pieces
-    double total = 0;
+    Buffer<AreaPiece> pieces;
+    int32_t count = 0;  // pieces in use
+    double total = 0;   // area of all pieces
 
-    SweepEdge* edges = nullptr;
-    int32_t edge_capacity = 0;
-    int32_t* edge_lists = nullptr;
-    int32_t edge_list_capacity = 0;
-    SweepCrossing* crossings = nullptr;
-    int32_t crossing_capacity = 0;
-    SweepOutline* outlines = nullptr;
-    int32_t outline_capacity = 0;
+    Buffer<SweepEdge> edges;
+    Buffer<int32_t> edge_lists;
+    Buffer<SweepCrossing> crossings;
+    Buffer<SweepOutline> outlines;
 };
 
 /// Cuts the area into trapezoids between neighbouring edges by a plane sweep that reports crossings (Bentley and
@@ -49,7 +45,5 @@ bool build_area(OutlineArea& area, const ContainerSpawnSource& source);
 
 /// A point of the reference plane, uniform over the pieces. Draws six random values.
 PlanePoint draw_from_area(const OutlineArea& area);
-
-void release(OutlineArea& area);
 
 }  // namespace tovu

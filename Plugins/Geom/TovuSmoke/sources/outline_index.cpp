@@ -1,11 +1,9 @@
 #include "outline_index.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 #include "../math/polygon.h"
-#include "growing_array.h"
 
 namespace tovu {
 namespace {
@@ -22,20 +20,16 @@ struct EdgeSurvey {
     bool finite = true;
 };
 
-bool is_finite(float value) {
-    return value - value == 0.0f;
-}
-
 EdgeSurvey survey(const ContainerSpawnSource& source) {
     EdgeSurvey result;
     for_each_edge(source, [&result](const OutlineEdge& edge) {
         if (result.count == 0) result.low = result.high = edge.a_along;
         if (edge.a_along < result.low) result.low = edge.a_along;
         if (edge.a_along > result.high) result.high = edge.a_along;
-        result.finite = result.finite && is_finite(edge.a_along);
+        result.finite = result.finite && std::isfinite(edge.a_along);
         ++result.count;
     });
-    result.finite = result.finite && is_finite(result.high - result.low);
+    result.finite = result.finite && std::isfinite(result.high - result.low);
     return result;
 }
 
@@ -74,7 +68,7 @@ int64_t count_entries(const OutlineIndex& index, const ContainerSpawnSource& sou
 // A counting sort by band, which keeps the edges of each band in their order. Edges along the band cross no ray, but
 // they end gaps.
 void fill_bands(OutlineIndex& index, const ContainerSpawnSource& source) {
-    OutlineBand* bands = index.bands;
+    OutlineBand* bands = index.bands.data();
     for (int32_t k = 0; k <= index.band_count + 1; ++k) bands[k] = {0, kGapTries, false, 0, 0};
     for_each_edge(source, [&](const OutlineEdge& edge) {
         const BandRange range = bands_of(index, edge);
@@ -93,13 +87,13 @@ bool build(OutlineIndex& index, const ContainerSpawnSource& source) {
     index.low = edges.low;
     index.high = edges.high;
     set_bands(index, edges.count < kMostBands ? edges.count : kMostBands);
-    if (!is_finite(index.bands_per_unit)) return false;  // all within a range too small to divide by
+    if (!std::isfinite(index.bands_per_unit)) return false;  // all within a range too small to divide by
     const int64_t most = static_cast<int64_t>(edges.count) * kMostEntriesPerEdge;
     int64_t entries = count_entries(index, source);
     for (; entries > most && index.band_count > 1; entries = count_entries(index, source))
         set_bands(index, index.band_count / 2);
-    if (!reserve(index.bands, index.band_capacity, index.band_count + 2)) return false;
-    if (!reserve(index.edges, index.edge_capacity, entries)) return false;
+    if (!index.bands.reserve(index.band_count + 2)) return false;
+    if (!index.edges.reserve(entries)) return false;
     fill_bands(index, source);
     return true;
 }
@@ -173,16 +167,10 @@ bool index_contains(OutlineIndex& index, float across, float along) {
     if (!(along >= index.low && along < index.high)) return false;
     OutlineBand& band = index.bands[band_at(index, along)];
     if (band.gap_low < across && across < band.gap_high) return band.gap_inside;
-    const EdgeRange edges{index.edges + band.first_edge, index.edges + (&band + 1)->first_edge};
+    const EdgeRange edges{index.edges.data() + band.first_edge, index.edges.data() + (&band + 1)->first_edge};
     const bool inside = is_inside(edges, across, along);
     if (band.gap_tries > 0) seek_gap(band, edges, across, inside);
     return inside;
-}
-
-void release(OutlineIndex& index) {
-    std::free(index.bands);
-    std::free(index.edges);
-    index = OutlineIndex{};
 }
 
 }  // namespace tovu

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "../memory/buffer.h"
 #include "container_source.h"
 
 namespace tovu {
@@ -28,8 +29,7 @@ struct OutlineBand {
     float gap_high;
 };
 
-/// Band k holds edges[bands[k].first_edge … bands[k + 1].first_edge), outline by outline. Owns both arrays, which never
-/// shrink.
+/// Band k holds edges[bands[k].first_edge … bands[k + 1].first_edge), outline by outline.
 struct OutlineIndex {
     bool stale = true;  // the outlines were read anew since
     bool usable = false;
@@ -38,10 +38,8 @@ struct OutlineIndex {
     float high = 0;  // largest
     float bands_per_unit = 0;
     int32_t band_count = 0;
-    int32_t band_capacity = 0;  // entries allocated in bands
-    OutlineBand* bands = nullptr;
-    int32_t edge_capacity = 0;  // entries allocated in edges
-    OutlineEdge* edges = nullptr;
+    Buffer<OutlineBand> bands;
+    Buffer<OutlineEdge> edges;
 };
 
 /// Builds the index where it is stale or of another reference plane. Returns false where testing every edge is the
@@ -63,7 +61,5 @@ void for_each_edge(const ContainerSpawnSource& source, Visit visit) {
             visit(OutlineEdge{v[a].x, xz ? v[a].z : v[a].y, v[b].x, xz ? v[b].z : v[b].y, i});
     }
 }
-
-void release(OutlineIndex& index);
 
 }  // namespace tovu

@@ -11,9 +11,5 @@ struct SpawnAreas {
     OutlineArea outline;
     MaskArea mask;
 };
-inline void release(SpawnAreas& areas) {
-    release(areas.outline);
-    release(areas.mask);
-}
 
 }  // namespace tovu
