@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "support/allocation_count.h"
+#include "allocation_count.h"
 
 namespace bench {
 namespace {

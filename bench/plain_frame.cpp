@@ -6,11 +6,11 @@
 
 #include "particles/curves.h"
 #include "particles/emission.h"
+#include "plain_quads.h"
+#include "plain_step.h"
 #include "render/draw_list.h"
 #include "render/quad_arrays.h"
 #include "services/host_queries.h"
-#include "unit/plain_quads.h"
-#include "unit/plain_step.h"
 
 namespace bench {
 namespace {

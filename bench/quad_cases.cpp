@@ -6,7 +6,7 @@
 #include "render/draw_list.h"
 #include "render/quad_arrays.h"
 #include "render/quads.h"
-#include "unit/plain_quads.h"
+#include "plain_quads.h"
 
 namespace bench {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "cases.h"
 #include "render/draw_list.h"
-#include "unit/plain_sort.h"
+#include "plain_sort.h"
 
 namespace bench {
 namespace {

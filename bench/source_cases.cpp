@@ -9,8 +9,8 @@
 #include "particles/instance_caches.h"
 #include "sources/container_source.h"
 #include "sources/image_source.h"
+#include "sources/wind_field.h"
 #include "stage/scene/image.h"
-#include "unit/plain_step.h"
 
 namespace bench {
 namespace {

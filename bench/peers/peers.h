@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "../rounds.h"
+#include "rounds.h"
 
 namespace bench {
 
