@@ -12,25 +12,26 @@ namespace {
 
 constexpr int kFrames = 200;
 
-// Births, deaths, a turbulent step, the sort and every way to draw.
-constexpr Look kLooks[] = {{.turbulence = true, .sort = true, .arrays = true, .rotated = true, .facing = true},
-                           {.turbulence = true, .sort = true, .rotated = true, .facing = true},
-                           {.sort = true, .arrays = true},
-                           {}};
+// Turbulence, the sort and all ways to draw.
+constexpr Features kFeatureSets[] = {
+    {.turbulence = true, .sort = true, .arrays = true, .rotated = true, .facing = true},
+    {.turbulence = true, .sort = true, .rotated = true, .facing = true},
+    {.sort = true, .arrays = true},
+    {}};
 
-void expect_that_the_counter_counts() {
+void check_counter() {
     const long before = allocation_count();
     void* volatile block = std::malloc(1);
     int* volatile array = new int[2];
-    if (allocation_count() != before + 2) throw std::runtime_error("allocations pass by the counter");
+    if (allocation_count() != before + 2) throw std::runtime_error("the program's malloc does not see all allocations");
     delete[] array;
     std::free(block);
 }
 
 void run_frames(Scene& scene, Smoke& smoke, int count) {
     for (int frame = 0; frame < count; ++frame) {
-        for (const Look& look : kLooks) {
-            set_look(smoke, look);
+        for (const Features& features : kFeatureSets) {
+            set_features(smoke, features);
             scene.next_frame();
             scene.step(smoke);
             scene.pass(smoke);
@@ -43,7 +44,7 @@ void run_frames(Scene& scene, Smoke& smoke, int count) {
 void add_allocation_cases(std::vector<Case>& cases, Scene& scene) {
     cases.push_back({"allocations/steady_frames", 1,
                      [&scene](Stopwatch& watch) {
-                         expect_that_the_counter_counts();
+                         check_counter();
                          Smoke& smoke = scene.long_run(1000);
                          run_frames(scene, smoke, 1);
                          const long before = allocation_count();

@@ -1,5 +1,5 @@
-// Everything that is measured, by subject. Names are "subject/variant/count"; figures are seconds per particle unless a
-// case says otherwise. Fixtures are made when a case first runs.
+// The benchmark cases, by subject. Names are "subject/variant/count"; figures are seconds per particle unless stated
+// otherwise. A case makes its fixtures when it first runs.
 #pragma once
 
 #include <vector>
@@ -22,18 +22,18 @@ void add_quad_cases(std::vector<Case>& cases, Scene& scene);
 /// Curves, outlines and images.
 void add_source_cases(std::vector<Case>& cases, Scene& scene);
 
-/// Step and pass together; crowds of smokes; growth. Of crowds and growth figures are seconds per frame.
+/// Step and pass together, crowds of smokes, and pool growth. Crowds and growth are in seconds per frame.
 void add_frame_cases(std::vector<Case>& cases, Scene& scene);
 
-/// How often memory is allocated. Left out under sanitizers, which allocate in their own way.
+/// Counts memory allocations. Adds no case under AddressSanitizer, which replaces the allocator.
 void add_allocation_cases(std::vector<Case>& cases, Scene& scene);
 
-/// What the machine takes for the least that has to be done.
+/// The least work that each task needs: lower bounds on this machine.
 void add_floor_cases(std::vector<Case>& cases, Scene& scene);
 
-/// Other particle systems, as far as their packages were there when this was built. Each says in peer_notes() what it
+/// Particle systems of other engines whose packages were installed at build time; peer_notes() states what each of them
 /// does and does not do.
-/// frames: how long they run before they are measured.
+/// frames: number of frames that a system runs before it is measured.
 void add_peer_cases(std::vector<Case>& cases, int frames);
 
 std::vector<PeerNote> peer_notes();

@@ -1,4 +1,4 @@
-# Writes a header that names the commit of the source tree; one that says so already is left alone.
+# Writes a header with the commit of the source tree, unless its content is unchanged.
 cmake_minimum_required(VERSION 3.25)
 set(commit unknown)
 execute_process(COMMAND git describe --always --dirty --abbrev=12 WORKING_DIRECTORY ${source}

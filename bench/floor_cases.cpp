@@ -10,7 +10,7 @@
 namespace bench {
 namespace {
 
-// Reads and writes a field in each of the two cache lines of a record, and changes nothing.
+// Reads and writes one field in each of the two cache lines of a record, without changing it.
 void touch(Particle& p) {
     float x = p.position.x;
     float life = p.life;
@@ -46,7 +46,7 @@ Case walk_in_memory_order(Scene& scene, const char* name, int32_t count, bool co
             }};
 }
 
-// Writes as many bytes as a list's quads have: 48 of corners and 16 of colours each.
+// Writes as many bytes as the quads of a list have: 48 for the corners and 16 for the colours of each.
 Case stream_case(int32_t count) {
     return {case_name("floor/stream", count), static_cast<double>(count), [count](Stopwatch& watch) {
                 alignas(64) static float vertices[kFull * 12];
@@ -65,7 +65,7 @@ Case stream_case(int32_t count) {
             }};
 }
 
-// What a quad takes in immediate mode: a colour, and a texture coordinate and a vertex for each corner.
+// The calls of one quad in immediate mode: one colour, then a texture coordinate and a vertex for each corner.
 Case nine_calls_case(int32_t count) {
     return {case_name("floor/nine_calls", count), static_cast<double>(count), [count](Stopwatch& watch) {
                 static const float corners[12] = {};

@@ -5,7 +5,7 @@
 namespace bench {
 namespace {
 
-constexpr Look kWhole{.turbulence = true, .sort = true, .arrays = true, .rotated = true, .facing = true};
+constexpr Features kWhole{.turbulence = true, .sort = true, .arrays = true, .rotated = true, .facing = true};
 
 void frame(Scene& scene, const Smoke& smoke) {
     scene.step(smoke);
@@ -15,7 +15,7 @@ void frame(Scene& scene, const Smoke& smoke) {
 Case frame_case(Scene& scene, int32_t count) {
     return {case_name("frame/smoke", count), static_cast<double>(count), [&scene, count](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, kWhole);
+                set_features(smoke, kWhole);
                 scene.next_frame();
                 watch.start();
                 frame(scene, smoke);
@@ -26,7 +26,7 @@ Case frame_case(Scene& scene, int32_t count) {
 Case crowd_case(Scene& scene, const char* name, int32_t instances, int32_t count) {
     return {name, 1, [&scene, instances, count](Stopwatch& watch) {
                 std::vector<Smoke>& smokes = scene.crowd(instances, count);
-                for (Smoke& smoke : smokes) set_look(smoke, kWhole);
+                for (Smoke& smoke : smokes) set_features(smoke, kWhole);
                 scene.next_frame();
                 watch.start();
                 for (const Smoke& smoke : smokes) frame(scene, smoke);
@@ -45,11 +45,11 @@ Case idle_case(Scene& scene) {
             }};
 }
 
-// A pool that grows at once by all it can hold, and is given back before the next sample.
+// A pool that grows from empty to full in one frame. It is emptied before the next sample.
 Case growth_case(Scene& scene) {
     return {"frame/pool_grows", 1, [&scene, smoke = std::make_shared<Smoke>()](Stopwatch& watch) {
                 if (smoke->block == nullptr) *smoke = scene.make_smoke(0);
-                set_look(*smoke, kWhole);
+                set_features(*smoke, kWhole);
                 smoke->block->parameters.number_of_particles = 0;
                 scene.run(*smoke, 1);
                 smoke->block->parameters.number_of_particles = kFull;
@@ -68,7 +68,7 @@ void add_frame_cases(std::vector<Case>& cases, Scene& scene) {
     cases.push_back(with_stage_rand(case_name("frame/smoke_stage_rand", kFull), frame_case(scene, kFull)));
     cases.push_back({case_name("frame/plain", kFull), kFull, [&scene](Stopwatch& watch) {
                          Smoke& smoke = scene.long_run(kFull);
-                         set_look(smoke, kWhole);
+                         set_features(smoke, kWhole);
                          watch.start();
                          plain_step(*smoke.block);
                          plain_collect(*smoke.block);

@@ -95,7 +95,7 @@ void add_source_goals(std::vector<Goal>& list) {
     list.push_back(goal("11b", "a frame in which the pool grows by 25000, ms", {{"frame/pool_grows", 1e3}}, {}, 0.74));
 }
 
-/// Sums of one round.
+/// The sum of the terms in one round; empty when a case has no figure for it.
 std::optional<double> sum(const Terms& terms, const Figures& figures, size_t round) {
     double result = 0;
     for (const Term& term : terms) {
@@ -129,16 +129,16 @@ std::optional<Measured> measure(const Ratio& ratio, const Figures& figures) {
 }
 
 Outcome judge_one(const Goal& each, const Figures& figures) {
-    Outcome outcome{&each, Verdict::Met, 0, 0, {}};
+    Outcome outcome{&each, Verdict::kMet, 0, 0, {}};
     for (const Ratio& ratio : each.ratios) {
         const std::optional<Measured> measured = measure(ratio, figures);
-        if (!measured) return {&each, Verdict::NotMeasured, 0, 0, {}};
+        if (!measured) return {&each, Verdict::kNotMeasured, 0, 0, {}};
         if (&ratio != &each.ratios.front() && measured->median <= outcome.measured) continue;
         outcome.measured = measured->median;
         outcome.of_minima = measured->of_minima;
         if (each.ratios.size() > 1) outcome.worst = ratio.of.front().case_name;
     }
-    if (outcome.measured > each.bound) outcome.verdict = Verdict::Missed;
+    if (outcome.measured > each.bound) outcome.verdict = Verdict::kMissed;
     return outcome;
 }
 

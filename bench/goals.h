@@ -1,4 +1,4 @@
-// What the smoke has to reach, as data.
+// The performance goals, as data.
 #pragma once
 
 #include <cstdio>
@@ -15,7 +15,7 @@ struct Term {
     double factor = 1;
 };
 
-/// The sum of some cases by the sum of others, round by round. Without others: the sum itself, in seconds.
+/// The sum of some cases divided by the sum of others, round by round. With empty `over`: the sum itself, in seconds.
 struct Ratio {
     std::vector<Term> of;
     std::vector<Term> over;
@@ -24,23 +24,23 @@ struct Ratio {
 struct Goal {
     std::string id;
     std::string what;
-    std::vector<Ratio> ratios;  // the worst of them counts
+    std::vector<Ratio> ratios;  // the largest of them counts
     double bound = 0;
 };
 
 std::vector<Goal> goals();
 
-enum class Verdict { Met, Missed, NotMeasured };
+enum class Verdict { kMet, kMissed, kNotMeasured };
 
 struct Outcome {
     const Goal* goal;
     Verdict verdict;
     double measured = 0;   // median of the per-round ratios
     double of_minima = 0;  // ratio of the fastest rounds
-    std::string worst;     // the case that counts, where there are several
+    std::string worst;     // the case with the largest ratio, if the goal has several
 };
 
-/// A goal without figures for its cases (a filter, a peer that is not there) is not measured.
+/// A goal is not measured when one of its cases has no figures (a filter, an engine that is not installed).
 std::vector<Outcome> judge(const std::vector<Goal>& goals, const Figures& figures);
 
 }  // namespace bench

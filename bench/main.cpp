@@ -1,4 +1,4 @@
-// The benchmarks: measures, compares, judges.
+// The benchmark program: measures the cases and compares the results with the goals.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <stdexcept>
@@ -10,7 +10,7 @@
 namespace bench {
 namespace {
 
-constexpr int kLongRunFrames = 3000;  // twenty generations
+constexpr int kLongRunFrames = 3000;  // 20 times the mean life of a particle
 constexpr int kBriefRunFrames = 3;
 
 struct Options {
@@ -54,7 +54,7 @@ int run(const Options& options) {
     print(about_this_build() + "\n" + goal_table(outcomes) + "\n" + figure_table(figures));
     for (const PeerNote& note : peer_notes()) print(std::string("\n") + note.peer + ": " + note.does + "\n");
     int missed = 0;
-    for (const Outcome& outcome : outcomes) missed += outcome.verdict == Verdict::Missed;
+    for (const Outcome& outcome : outcomes) missed += outcome.verdict == Verdict::kMissed;
     return options.check && missed > 0 ? 1 : 0;
 }
 
@@ -63,16 +63,16 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) try {
     bench::Options options;
-    CLI::App app{"Times the smoke, what it is made of, floors, plain versions and peers, all in turn"};
-    app.add_option("--rounds", options.run.rounds, "rounds over all cases; ratios are medians of the rounds'")
+    CLI::App app{"Measures the smoke, its parts, lower bounds, plain versions and other engines"};
+    app.add_option("--rounds", options.run.rounds, "rounds over all cases; a ratio is the median over the rounds")
         ->check(CLI::Range(1, 1000));
-    app.add_option("--filter", options.run.filter, "regular expression: only the cases whose names it matches");
-    app.add_option("--json", options.run.json_path, "also write every round's figures to this file");
-    app.add_option("--plot-data", options.plot_folder, "also write columns for plots into this folder")
+    app.add_option("--filter", options.run.filter, "regular expression: runs only cases with a matching name");
+    app.add_option("--json", options.run.json_path, "also writes the figures of each round to this file");
+    app.add_option("--plot-data", options.plot_folder, "also writes data for plots to this folder")
         ->check(CLI::ExistingDirectory);
     app.add_flag("--check", options.check, "exit status 1 when a goal is missed");
-    app.add_flag("--brief", options.run.brief, "each case for an instant, to see that it works; no figures");
-    app.add_flag("--list", options.list, "name the cases");
+    app.add_flag("--brief", options.run.brief, "runs each case once, without figures, to check that it works");
+    app.add_flag("--list", options.list, "prints the names of the cases");
     CLI11_PARSE(app, argc, argv);
     if (options.run.brief) options.run.rounds = 1;
     options.run.show_rounds = !options.run.brief;

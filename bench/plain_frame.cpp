@@ -15,7 +15,7 @@
 namespace bench {
 namespace {
 
-using tovu::operator+;  // NOLINT(misc-unused-using-decls): the check looks past operators
+using tovu::operator+;  // NOLINT(misc-unused-using-decls): the check does not see operators
 using tovu::operator-;  // NOLINT(misc-unused-using-decls)
 using tovu::operator*;  // NOLINT(misc-unused-using-decls)
 

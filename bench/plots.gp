@@ -1,5 +1,5 @@
-# Cost against particles and against instances, as pictures, from what tovu_bench --plot-data wrote.
-# data: the folder with particles.dat and instances.dat; pictures: the folder to draw into.
+# Draws the cost by particles and by instances from the files of tovu_bench --plot-data.
+# data: the folder with particles.dat and instances.dat; pictures: the output folder.
 set terminal svg size 840,480 font "sans-serif,13" background "white"
 set key outside right top reverse Left
 set grid

@@ -1,4 +1,4 @@
-// Figures as columns that gnuplot reads; plots.gp makes pictures of them.
+// Writes figures as data files for gnuplot, which draws them with plots.gp.
 #pragma once
 
 #include <string>
@@ -7,9 +7,10 @@
 
 namespace bench {
 
-/// Writes into an existing folder particles.dat (particles, then nanoseconds for one, by subject) and instances.dat
-/// (instances, then milliseconds for a frame of all). Of the fastest rounds, since a slow moment of the machine would
-/// show as a bend; "nan" for what was not measured. Throws std::runtime_error when a file cannot be written.
+/// Writes two files to an existing folder. particles.dat: number of particles, then nanoseconds per particle for each
+/// subject. instances.dat: number of instances, then milliseconds per frame of all of them. Values are those of the
+/// fastest rounds, which are least disturbed by other programs; "nan" where nothing was measured. Throws
+/// std::runtime_error when a file cannot be written.
 void write_plot_data(const Figures& figures, const std::string& folder);
 
 }  // namespace bench

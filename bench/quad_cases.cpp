@@ -3,27 +3,28 @@
 #include "cases.h"
 #include "host/opengl.h"
 #include "plain_frame.h"
+#include "plain_quads.h"
 #include "render/draw_list.h"
 #include "render/quad_arrays.h"
 #include "render/quads.h"
-#include "plain_quads.h"
 
 namespace bench {
 namespace {
 
-constexpr Look kFlat{.sort = true, .arrays = true};
-constexpr Look kTurnedFacing{.sort = true, .arrays = true, .rotated = true, .facing = true};
-constexpr Look kImmediateFlat{.sort = true};
-constexpr Look kImmediateTurned{.sort = true, .rotated = true, .facing = true};
+constexpr Features kFlat{.sort = true, .arrays = true};
+constexpr Features kTurnedFacing{.sort = true, .arrays = true, .rotated = true, .facing = true};
+constexpr Features kImmediateFlat{.sort = true};
+constexpr Features kImmediateTurned{.sort = true, .rotated = true, .facing = true};
 
 using Build = void (*)(tovu::SmokeInstance&);
 
-// The list is collected and sorted outside of what counts. A step with the look settles the draw mode.
-Case quad_case(Scene& scene, const char* name, int32_t count, Look look, bool world, Build build) {
-    return {case_name(name, count), static_cast<double>(count), [&scene, count, look, world, build](Stopwatch& watch) {
+// Collecting and sorting the list is not measured. The draw mode is set here, since no step runs.
+Case quad_case(Scene& scene, const char* name, int32_t count, Features features, bool world, Build build) {
+    return {case_name(name, count), static_cast<double>(count),
+            [&scene, count, features, world, build](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, look);
-                smoke.block->draw_mode = 2 * world + look.facing;
+                set_features(smoke, features);
+                smoke.block->draw_mode = 2 * world + features.facing;
                 tovu::collect_draw_list(*smoke.block);
                 watch.start();
                 build(*smoke.block);
@@ -51,7 +52,7 @@ void add_quad_cases(std::vector<Case>& cases, Scene& scene) {
     const Build local = [](tovu::SmokeInstance& block) { tovu::build_quads_local_billboard(block, 1.0f); };
     const Build world = [](tovu::SmokeInstance& block) { tovu::build_quads_world_billboard(block, 1.0f); };
     const Build immediate = [](tovu::SmokeInstance& block) { tovu::draw_immediate(block, true, 1.0f); };
-    Look turned_flat = kFlat;
+    Features turned_flat = kFlat;
     turned_flat.rotated = true;
     for (const int32_t count : kCounts) {
         cases.push_back(quad_case(scene, "arrays_flat/smoke", count, kFlat, false, flat));

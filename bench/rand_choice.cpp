@@ -19,25 +19,25 @@ Rand find_rand(void* library) {
     return found;
 }
 
-const Rand library_rand = find_rand(dlopen(LIBC_SO, RTLD_LAZY | RTLD_NOLOAD));
-const Rand stage_rand = find_rand(RTLD_NEXT);  // the Stage comes before the C library
-Rand rand_in_force = library_rand;
+const Rand kLibraryRand = find_rand(dlopen(LIBC_SO, RTLD_LAZY | RTLD_NOLOAD));
+const Rand kStageRand = find_rand(RTLD_NEXT);  // the Stage precedes the C library in the search order
+Rand selected_rand = kLibraryRand;
 
 }  // namespace
 
 Case with_stage_rand(std::string name, Case of) {
     of.name = std::move(name);
     of.sample = [sample = std::move(of.sample)](Stopwatch& watch) {
-        rand_in_force = stage_rand;
+        selected_rand = kStageRand;
         sample(watch);
-        rand_in_force = library_rand;
+        selected_rand = kLibraryRand;
     };
     return of;
 }
 
 }  // namespace bench
 
-// The program's own comes before all others. It passes the call on, at the same cost for both.
+// The program's definition precedes those of all libraries. It forwards the call at the same cost for both generators.
 extern "C" STAGE_EXPORT int rand() noexcept {
-    return bench::rand_in_force();
+    return bench::selected_rand();
 }

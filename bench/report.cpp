@@ -12,11 +12,11 @@ namespace {
 
 const char* text_of(Verdict verdict) {
     switch (verdict) {
-        case Verdict::Met:
+        case Verdict::kMet:
             return "met";
-        case Verdict::Missed:
+        case Verdict::kMissed:
             return "MISSED";
-        case Verdict::NotMeasured:
+        case Verdict::kNotMeasured:
             break;
     }
     return "not measured";
@@ -48,7 +48,7 @@ std::string goal_table(const std::vector<Outcome>& outcomes) {
     std::string table = "| # | goal | at most | measured | of minima | |\n|---|---|---|---|---|---|\n";
     for (const Outcome& outcome : outcomes) {
         const Goal& goal = *outcome.goal;
-        const bool known = outcome.verdict != Verdict::NotMeasured;
+        const bool known = outcome.verdict != Verdict::kNotMeasured;
         const std::string where = outcome.worst.empty() ? "" : fmt::format(" ({})", outcome.worst);
         table += fmt::format("| {} | {}{} | {:g} | {} | {} | {} |\n", goal.id, goal.what, where, goal.bound,
                              known ? fmt::format("{:.3g}", outcome.measured) : "",

@@ -1,4 +1,4 @@
-// Figures and goals as tables that people read.
+// Figures and goals as Markdown tables.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 
 namespace bench {
 
-/// The machine and the build, a line each: processor, compiler, flags, commit.
+/// Processor, compiler, flags and commit, one line each.
 std::string about_this_build();
 
-/// Goals with bound and measured ratio; a line for each, in the format of a Markdown table.
+/// Goals with bound and measured ratio.
 std::string goal_table(const std::vector<Outcome>& outcomes);
 
-/// All figures, by subject: nanoseconds for one, the median of the rounds and the fastest, as a Markdown table.
+/// All figures by name, in nanoseconds: the median of the rounds and the fastest round.
 std::string figure_table(const Figures& figures);
 
 }  // namespace bench

@@ -10,9 +10,9 @@
 namespace bench {
 namespace {
 
-constexpr int kFewestSamples = 5;
-constexpr int kMostSamples = 200;
-constexpr double kSecondsPerRound = 0.004;  // of a case: samples are taken until they add up to this
+constexpr int kMinSamples = 5;
+constexpr int kMaxSamples = 200;
+constexpr double kSecondsPerRound = 0.004;  // a case takes samples in a round until their sum reaches this
 
 double sample_seconds(const Case& of) {
     Stopwatch watch;
@@ -20,20 +20,20 @@ double sample_seconds(const Case& of) {
     return watch.seconds();
 }
 
-// The median leaves out the samples in which the machine turned to something else.
+// The median ignores samples that were disturbed by other programs.
 double round_seconds(const Case& of, bool brief) {
     if (brief || of.counted) return sample_seconds(of);
-    sample_seconds(of);  // brings the case's records and code back into the caches
+    sample_seconds(of);  // warms the caches
     std::vector<double> samples;
     double total = 0;
-    while (samples.size() < kFewestSamples || (total < kSecondsPerRound && samples.size() < kMostSamples)) {
+    while (samples.size() < kMinSamples || (total < kSecondsPerRound && samples.size() < kMaxSamples)) {
         samples.push_back(sample_seconds(of));
         total += samples.back();
     }
     return median(samples);
 }
 
-/// Keeps the figures of each round, and hands the runs on to be written.
+/// Collects the figures of each round and forwards the runs to the JSON reporter.
 class Collector : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context& context) override {

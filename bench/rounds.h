@@ -1,5 +1,5 @@
-// Cases, and how they are timed: every case in turn, round after round, so that what the machine does meanwhile meets
-// all of them alike.
+// Runs and times the cases in rounds: each round runs every case once, so that changes in the machine's speed affect
+// all cases alike.
 #pragma once
 
 #include <time.h>
@@ -12,21 +12,21 @@
 
 namespace bench {
 
-/// Particles.
+/// Particles of the measured smokes.
 constexpr int32_t kCounts[] = {100, 1000, 5000, 25000};
 constexpr int32_t kFull = 25000;
 
-/// Lists of every length up to where a sort may change its way, and beyond.
+/// Entries of the sorted lists: dense where the sort changes its algorithm, sparse above.
 constexpr int32_t kSortCounts[] = {2,  3,  4,  5,  6,  7,  8,   10,  12,  14,  16,   18,   20,   22,    24,   25,
                                    26, 28, 32, 40, 48, 64, 100, 150, 200, 400, 1000, 2500, 5000, 10000, 25000};
 
-/// Brackets what counts of a sample; what lies outside (putting records back, emptying caches) does not. Counts the
-/// thread's processor time: what other programs run in between is not the sample's.
+/// Measures the part of a sample between start() and stop(), so that preparation (restoring records, emptying caches)
+/// is left out. Uses the thread's processor time, which excludes other programs.
 class Stopwatch {
   public:
     void start() { start_ = now(); }
     void stop() { seconds_ += now() - start_; }
-    /// For what is counted, not timed: a number in the place of the seconds.
+    /// For cases that count: stores a number in place of the seconds.
     void count(double number) { seconds_ = number; }
     double seconds() const { return seconds_; }
 
@@ -42,9 +42,9 @@ class Stopwatch {
 
 struct Case {
     std::string name;  // "subject/variant/count"
-    double per = 1;    // particles, calls or frames in a sample: figures are seconds for one of them
+    double per = 1;    // units (particles, calls or frames) in a sample; a figure is seconds per unit
     std::function<void(Stopwatch&)> sample;
-    bool counted = false;  // one sample tells as much as many
+    bool counted = false;  // counts instead of timing: one sample is enough
 };
 
 /// "subject/variant/count"
@@ -52,13 +52,13 @@ std::string case_name(const char* subject_and_variant, int32_t count);
 
 struct RunSettings {
     int rounds = 15;
-    bool brief = false;       // an instant for each case: to see that it works
-    std::string filter;       // regular expression on names; empty: all
-    std::string json_path;    // what Google Benchmark writes of every round; empty: nothing
-    bool show_rounds = true;  // a line on standard error after each round
+    bool brief = false;       // one sample of each case, to check that it works
+    std::string filter;       // regular expression for names; empty: all cases
+    std::string json_path;    // Google Benchmark's output for each round; empty: none
+    bool show_rounds = true;  // prints a line on standard error after each round
 };
 
-/// Seconds by case name, one for each round: the median of the round's samples.
+/// By case name: one value per round, the median of its samples in seconds.
 using Figures = std::map<std::string, std::vector<double>>;
 
 /// Throws std::runtime_error when the file cannot be written.

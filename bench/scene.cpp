@@ -12,7 +12,7 @@ namespace {
 
 constexpr int32_t kIdle = -1;
 
-// Every particle that dies makes place for one that is born in the next frame: the pool stays full.
+// The birth rate replaces each dead particle in the next frame, so the pool stays full.
 stage::ParameterValues full_pool(int32_t count) {
     return {{"number_of_particles", count},
             {"birth_rate", 1e7},
@@ -51,7 +51,7 @@ void append(std::vector<Particle>& records, Particle*& head) {
 Scene::Scene(int long_run_frames)
     : entry_points_(stage::loaded_plugins()[static_cast<size_t>(host_.smoke_plugin())]->entry_points),
       long_run_frames_(long_run_frames) {
-    // Pieces that run outside of the library have its events to themselves.
+    // Functions that are linked into this program use the events that the library registered.
     const auto& plugin = *stage::loaded_plugins()[static_cast<size_t>(host_.smoke_plugin())];
     tovu::sort_event = plugin.events.at(0).handle;
     tovu::qsort_event = plugin.events.at(1).handle;
@@ -107,13 +107,13 @@ void Scene::pass(const Smoke& smoke) {
     entry_points_.render_opengl(smoke.block, 0, 1.0f);
 }
 
-void set_look(Smoke& smoke, Look look) {
+void set_features(Smoke& smoke, Features features) {
     tovu::ParameterSlots& p = smoke.block->parameters;
-    p.turbulence_x = p.turbulence_y = p.turbulence_z = look.turbulence ? 5.0f : 0.0f;
-    p.sort = look.sort;
-    p.use_array = look.arrays;
-    p.rot_start_spread = p.rot_change_spread = look.rotated ? 100.0f : 0.0f;
-    p.billboard = look.facing ? tovu::kBillboardParticle : tovu::kBillboardNone;
+    p.turbulence_x = p.turbulence_y = p.turbulence_z = features.turbulence ? 5.0f : 0.0f;
+    p.sort = features.sort;
+    p.use_array = features.arrays;
+    p.rot_start_spread = p.rot_change_spread = features.rotated ? 100.0f : 0.0f;
+    p.billboard = features.facing ? tovu::kBillboardParticle : tovu::kBillboardNone;
 }
 
 std::vector<Particle*> listed(const Smoke& smoke) {
@@ -134,7 +134,7 @@ void copy_in_memory_order(const Smoke& smoke, MemoryOrder& copy) {
     copy.records.clear();
     append(copy.records, copy.block->active_head);
     append(copy.records, copy.block->inactive_head);
-    for (const Particle& p : copy.records) benchmark::DoNotOptimize(p.life);  // the caches end up as after a walk
+    for (const Particle& p : copy.records) benchmark::DoNotOptimize(p.life);  // leaves the caches as after a walk
 }
 
 void empty_caches() {

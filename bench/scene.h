@@ -1,5 +1,4 @@
-// The smokes that are measured: full pools on a Stage whose OpenGL does nothing, driven through the plug-in's entry
-// points.
+// The measured smokes: full pools on a Stage with a silent OpenGL, driven through the plug-in's entry points.
 #pragma once
 
 #include <map>
@@ -12,13 +11,13 @@
 
 namespace bench {
 
-/// What a case switches on of a smoke; everything else is as in scene.cpp.
-struct Look {
+/// Features that a case enables. All other parameters have the values in scene.cpp.
+struct Features {
     bool turbulence = false;  // on three axes
     bool sort = false;
     bool arrays = false;
     bool rotated = false;
-    bool facing = false;  // the camera
+    bool facing = false;  // quads face the camera
 };
 
 struct Smoke {
@@ -29,14 +28,14 @@ struct Smoke {
 
 class Scene {
   public:
-    /// long_run_frames: how long smokes have run before they are measured.
+    /// long_run_frames: number of frames that a smoke runs before it is measured.
     explicit Scene(int long_run_frames);
 
-    /// A smoke of `count` particles that has run for so long that its list runs through memory in random order, as any
-    /// spread of life leads to. Made at the first call, the same one ever after.
+    /// A smoke of `count` particles after long_run_frames: with a spread of life its list is in random memory order by
+    /// then. The first call makes it, later calls return the same one.
     Smoke& long_run(int32_t count);
 
-    /// `instances` smokes of `count` particles each, as above.
+    /// `instances` smokes of `count` particles each, each as above.
     std::vector<Smoke>& crowd(int32_t instances, int32_t count);
 
     /// Smokes without births.
@@ -45,7 +44,7 @@ class Scene {
     Smoke make_smoke(int32_t count);
     void run(Smoke& smoke, int frames);
 
-    void next_frame();  // the clock only
+    void next_frame();  // advances the clock only
     void step(const Smoke& smoke);
     void pass(const Smoke& smoke);
 
@@ -60,23 +59,23 @@ class Scene {
     std::map<int32_t, std::vector<Smoke>> crowds_;  // by count; -1: idle
 };
 
-/// Writes the parameters that a look stands for into the smoke's slots.
-void set_look(Smoke& smoke, Look look);
+/// Writes the parameters of `features` into the smoke's slots.
+void set_features(Smoke& smoke, Features features);
 
 /// The live particles in list order.
 std::vector<Particle*> listed(const Smoke& smoke);
 
-/// Says that somebody else than the plug-in relinked the live particles.
+/// Tells the plug-in that other code has relinked the live particles.
 void links_changed(Smoke& smoke);
 
-/// A copy of a smoke whose records lie in memory in the order of its lists: the best that any walk can meet.
+/// A copy of a smoke whose records are in memory in the order of its lists: the best case for a walk.
 struct MemoryOrder {
     std::vector<Particle> records;
     std::unique_ptr<tovu::SmokeInstance> block;
 };
 void copy_in_memory_order(const Smoke& smoke, MemoryOrder& copy);
 
-/// Reads 64 MiB, more than any cache of the machines at hand keeps.
+/// Reads 64 MiB, so that the caches no longer hold a smoke's records.
 void empty_caches();
 
 }  // namespace bench

@@ -2,8 +2,8 @@
 #include <random>
 
 #include "cases.h"
-#include "render/draw_list.h"
 #include "plain_sort.h"
+#include "render/draw_list.h"
 
 namespace bench {
 namespace {
@@ -16,7 +16,7 @@ int32_t between(Random& random, int32_t low, int32_t high) {
     return std::uniform_int_distribution<int32_t>(low, high)(random);
 }
 
-// Depths as a camera sees a cloud a thousand units deep, ties among them.
+// Depth keys of a cloud that is 1000 units deep; some keys are equal.
 Entries random_entries(int32_t count, Random& random) {
     Entries entries(static_cast<size_t>(count));
     for (tovu::DrawEntry& entry : entries) entry = {nullptr, between(random, -1'000'000, 0)};
@@ -33,7 +33,7 @@ Entries sorted_entries(int32_t count, Random& random) {
     return entries;
 }
 
-// The order of the frame before, in which each particle has moved by up to a unit since.
+// The order of the previous frame, after each particle has moved by up to one unit.
 Entries nearly_sorted_entries(int32_t count, Random& random) {
     Entries entries = sorted_entries(count, random);
     for (tovu::DrawEntry& entry : entries) entry.key += between(random, -1000, 1000);
@@ -57,8 +57,8 @@ void by_plain_merge(Entries& entries) {
 
 using Make = Entries (*)(int32_t, Random&);
 
-// Small lists are sorted by the score, so that a clock can tell them apart; each has keys of its own, so that no branch
-// predictor learns them by heart.
+// A sample sorts many small lists, long enough to time. Their keys differ, so that the branch predictor cannot learn
+// them.
 std::vector<Entries> make_lists(Make make, int32_t count) {
     Random random(static_cast<uint32_t>(count));
     std::vector<Entries> lists;
@@ -86,9 +86,9 @@ Case collect_case(Scene& scene, int32_t count, bool sorted) {
     const char* name = sorted ? "collect/and_sort" : "collect/list";
     return {case_name(name, count), static_cast<double>(count), [&scene, count, sorted](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, {.sort = sorted});
+                set_features(smoke, {.sort = sorted});
                 scene.next_frame();
-                scene.step(smoke);  // as in a frame: the particles have just been walked
+                scene.step(smoke);  // as in a frame, where the step runs before the pass
                 watch.start();
                 tovu::collect_draw_list(*smoke.block);
                 watch.stop();

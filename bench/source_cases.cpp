@@ -25,7 +25,7 @@ stage::Mesh square(float half) {
     return {{{-half, -half, 0}, {half, -half, 0}, {half, half, 0}, {-half, half, 0}}};
 }
 
-// A blossom: a closed curve with lobes, as letters and logos have.
+// A closed curve with 12 lobes, similar to letters and logos.
 stage::Mesh blossom(int32_t vertex_count, float radius) {
     stage::Mesh mesh;
     for (int32_t i = 0; i < vertex_count; ++i) {
@@ -36,14 +36,14 @@ stage::Mesh blossom(int32_t vertex_count, float radius) {
     return mesh;
 }
 
-// A star of many points: every edge spans a third of the radius, so that hundreds are level with any point.
+// A star with many points. Each edge spans a third of the radius, so hundreds of edges span the height of any point.
 stage::Mesh star(int32_t vertex_count, float radius) {
     stage::Mesh mesh = blossom(vertex_count, radius);
     for (size_t i = 0; i < mesh.vertices.size(); i += 2) mesh.vertices[i] = tovu::operator*(mesh.vertices[i], 0.66f);
     return mesh;
 }
 
-// A band along the diagonal of a square: a thousandth of its box.
+// A band along the diagonal of a square, with a thousandth of the area of its bounding box.
 stage::Mesh thin_band(float half) {
     const float width = half * 0.001f;
     return {{{-half, -half, 0}, {-half + width, -half, 0}, {half, half, 0}, {half - width, half, 0}}};
@@ -53,8 +53,8 @@ void set_text(Scene& scene, const Smoke& smoke, const char* parameter, const std
     scene.host().set(smoke.handle, parameter, value);
 }
 
-/// A full smoke whose particles are asked every frame whether they are still inside an outline; none is cut short, so
-/// that they are asked for as long as they live.
+/// A full smoke whose particles are tested in each frame against an outline. Those outside keep 99 % of their life, so
+/// that the number of tests stays nearly constant.
 Smoke make_tested_smoke(Scene& scene, const std::string& name, const stage::Mesh& mesh) {
     scene.host().add_outlines(name, {mesh});
     Smoke smoke = scene.make_smoke(kFull);
@@ -66,12 +66,12 @@ Smoke make_tested_smoke(Scene& scene, const std::string& name, const stage::Mesh
     return smoke;
 }
 
-// Every sample starts from the same records, so that cut lives and deaths do not thin the smoke out.
+// Restores the same records before each sample, so that shortened lives and deaths do not accumulate.
 class Rewound {
   public:
     explicit Rewound(Smoke smoke) : smoke_(smoke) {
         for (const Particle* p = smoke.block->active_head; p != nullptr; p = p->next) records_.push_back(*p);
-        for (Particle& p : records_) p.life = 1e6f;  // nobody dies in a frame: the links stay as they are
+        for (Particle& p : records_) p.life = 1e6f;  // no particle dies in a frame, so the links do not change
         restore();
     }
     void restore() {
@@ -114,7 +114,7 @@ void add_picture(Scene& scene, const std::string& name, int32_t format, std::vec
 Case wind_step(Scene& scene) {
     return {case_name("step/smoke_wind_image", kFull), kFull, [&scene, ready = false](Stopwatch& watch) mutable {
                 Smoke& smoke = scene.long_run(kFull);
-                set_look(smoke, {});
+                set_features(smoke, {});
                 if (!ready) {
                     add_picture(scene, "wind", GL_RGB, noise(kFrameWidth, kFrameHeight));
                     set_text(scene, smoke, "wind_image", "wind");
@@ -130,7 +130,7 @@ Case wind_step(Scene& scene) {
             }};
 }
 
-// Births alone: everybody is sent back to the pool before each frame.
+// Births alone: all particles return to the pool before each frame.
 Case birth_case(Scene& scene, const char* name, std::function<void(Smoke&)> prepare) {
     return {name, 1, [&scene, prepare = std::move(prepare), smoke = Smoke{}, ready = false](Stopwatch& watch) mutable {
                 if (!ready) {
@@ -164,7 +164,7 @@ void add_birth_cases(std::vector<Case>& cases, Scene& scene) {
     cases.push_back(birth_case(scene, "births/cube", [](Smoke&) {}));
 }
 
-/// A source with an outline of `vertex_count` vertices, read once.
+/// A source with an outline of `vertex_count` vertices that was read once, and points to test against it.
 struct OutlineFixture {
     tovu::ContainerSpawnSource source;
     tovu::OutlineIndex index;

@@ -5,14 +5,14 @@
 namespace bench {
 namespace {
 
-constexpr Look kStep{};
-constexpr Look kTurbulentStep{.turbulence = true};
-constexpr Look kStepForArrays{.arrays = true};
+constexpr Features kStep{};
+constexpr Features kTurbulentStep{.turbulence = true};
+constexpr Features kStepForArrays{.arrays = true};
 
-Case fast_step(Scene& scene, const char* name, int32_t count, Look look, bool cold = false) {
-    return {case_name(name, count), static_cast<double>(count), [&scene, count, look, cold](Stopwatch& watch) {
+Case fast_step(Scene& scene, const char* name, int32_t count, Features features, bool cold = false) {
+    return {case_name(name, count), static_cast<double>(count), [&scene, count, features, cold](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, look);
+                set_features(smoke, features);
                 scene.next_frame();
                 if (cold) empty_caches();
                 watch.start();
@@ -21,10 +21,10 @@ Case fast_step(Scene& scene, const char* name, int32_t count, Look look, bool co
             }};
 }
 
-Case plain_step_along_links(Scene& scene, const char* name, int32_t count, Look look, bool cold = false) {
-    return {case_name(name, count), static_cast<double>(count), [&scene, count, look, cold](Stopwatch& watch) {
+Case plain_step_along_links(Scene& scene, const char* name, int32_t count, Features features, bool cold = false) {
+    return {case_name(name, count), static_cast<double>(count), [&scene, count, features, cold](Stopwatch& watch) {
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, look);
+                set_features(smoke, features);
                 if (cold) empty_caches();
                 watch.start();
                 plain_step(*smoke.block);
@@ -33,11 +33,11 @@ Case plain_step_along_links(Scene& scene, const char* name, int32_t count, Look 
             }};
 }
 
-Case plain_step_in_memory_order(Scene& scene, const char* name, int32_t count, Look look) {
-    return {case_name(name, count), static_cast<double>(count), [&scene, count, look](Stopwatch& watch) {
+Case plain_step_in_memory_order(Scene& scene, const char* name, int32_t count, Features features) {
+    return {case_name(name, count), static_cast<double>(count), [&scene, count, features](Stopwatch& watch) {
                 static std::map<int32_t, MemoryOrder> copies;
                 Smoke& smoke = scene.long_run(count);
-                set_look(smoke, look);
+                set_features(smoke, features);
                 MemoryOrder& copy = copies[count];
                 copy_in_memory_order(smoke, copy);
                 watch.start();

@@ -9,8 +9,8 @@ namespace {
 
 using namespace irr;
 
-// A system of Irrlicht holds at most 16250 particles: a full pool takes two.
-constexpr int32_t kMostOfOne = 12500;
+// An Irrlicht particle system holds at most 16250 particles, so a full pool takes two systems.
+constexpr int32_t kMaxPerSystem = 12500;
 constexpr u32 kFrameMilliseconds = 20;
 constexpr u32 kMeanLifeMilliseconds = 3000;
 
@@ -24,8 +24,8 @@ class Systems {
         if (device_ == nullptr) throw std::runtime_error("Irrlicht makes no device");
         device_->getSceneManager()->addCameraSceneNode(nullptr, {0, 0, -500}, {0, 0, 0});
         device_->getSceneManager()->getActiveCamera()->render();
-        for (int32_t left = count; left > 0; left -= kMostOfOne)
-            nodes_.push_back(make_node(left < kMostOfOne ? left : kMostOfOne));
+        for (int32_t left = count; left > 0; left -= kMaxPerSystem)
+            nodes_.push_back(make_node(left < kMaxPerSystem ? left : kMaxPerSystem));
         for (int frame = 0; frame < frames; ++frame) update();
     }
     Systems(const Systems&) = delete;
@@ -41,7 +41,7 @@ class Systems {
     }
 
   private:
-    // As many births per second as keep `count` alive on average.
+    // The birth rate keeps `count` particles alive on average.
     scene::IParticleSystemSceneNode* make_node(int32_t count) {
         scene::IParticleSystemSceneNode* node = device_->getSceneManager()->addParticleSystemSceneNode(false);
         const u32 births = static_cast<u32>(count) * 1000 / kMeanLifeMilliseconds;

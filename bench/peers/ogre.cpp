@@ -14,7 +14,7 @@ namespace {
 
 constexpr Ogre::Real kFrameSeconds = 0.02f;
 
-/// OGRE as far as particles need it: no render system, buffers in ordinary memory.
+/// The parts of OGRE that particles need: no render system, buffers in main memory.
 class Engine {
   public:
     Engine() {
@@ -44,7 +44,7 @@ class Engine {
 };
 
 Engine& engine() {
-    static Engine& the_engine = *new Engine;  // lives to the end: OGRE's own clean-up wants a render system
+    static Engine& the_engine = *new Engine;  // never deleted: OGRE's clean-up needs a render system
     return the_engine;
 }
 
@@ -79,7 +79,7 @@ void set_up_affectors(Ogre::ParticleSystem& system, bool turbulent) {
     randomiser->setParameter("keep_velocity", "true");
 }
 
-// Buffers are filled before the queue asks for a material, which nobody can compile without a render system.
+// The system fills its buffers before the queue asks for a material, which cannot be compiled without a render system.
 class QueueNothing : public Ogre::RenderQueue::RenderableListener {
     bool renderableQueued(Ogre::Renderable*, Ogre::uint8, Ogre::ushort, Ogre::Technique**,
                           Ogre::RenderQueue*) override {
@@ -118,7 +118,7 @@ Case ogre_case(const char* name, int32_t count, bool turbulent, int frames, void
                 static std::map<int32_t, std::unique_ptr<System>> all[2];
                 std::unique_ptr<System>& system = all[turbulent][count];
                 if (!system) system = std::make_unique<System>(count, turbulent, frames);
-                if (work == &System::sort) system->update();  // else the list would be in order already
+                if (work == &System::sort) system->update();  // otherwise the list would be sorted already
                 watch.start();
                 ((*system).*work)();
                 watch.stop();

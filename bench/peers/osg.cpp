@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kFrameSeconds = 0.02;
 
-// The two classes that osgParticle runs from a scene's traversal, run by hand.
+// Runs directly the two classes that osgParticle normally runs from a scene traversal.
 class Emitter : public osgParticle::ModularEmitter {
   public:
     void run() { emitParticles(kFrameSeconds); }

@@ -1,5 +1,5 @@
-// Particle systems of other engines. Each has a source of its own, built only where its package was found, by the
-// standard that its headers can bear: C++17.
+// Particle systems of other engines. Each has its own source file, which is built if the engine's package is installed,
+// as C++17, which the engines' headers need.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@ struct PeerNote {
     const char* does;
 };
 
-/// frames: how long the systems run before they are measured.
+/// frames: number of frames that the systems run before they are measured.
 void add_irrlicht_cases(std::vector<Case>& cases, int frames);
 PeerNote irrlicht_note();
 
