@@ -333,7 +333,7 @@ TEST_F(Command, ParamsTellsWhatIsRegistered) {
     EXPECT_EQ(nlohmann::json::parse(probe.output), nlohmann::json::parse(kProbeAsJson));
 
     const Outcome smoke = run("params");
-    EXPECT_THAT(smoke.output, testing::StartsWith("TovuSmoke: 60 parameters, 9096 bytes an instance\n"));
+    EXPECT_THAT(smoke.output, testing::ContainsRegex("^TovuSmoke: [0-9]+ parameters, 9096 bytes an instance\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex(
                                   "\n12 +alpha_curve +Alpha Curve +String +\"0.0 1.0 1.0 0.0\" +at most 4096 bytes\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360\n"));
