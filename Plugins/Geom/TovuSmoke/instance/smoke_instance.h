@@ -75,24 +75,27 @@ struct SmokeInstance {
 };
 
 constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same on every platform
-static_assert(sizeof(SmokeInstance) <= kInstanceBytes);
-static_assert(alignof(SmokeInstance) <= 8);
-static_assert(offsetof(SmokeInstance, array_warmup_frames) == 240);
-static_assert(offsetof(SmokeInstance, consumer_birth_limit) == offsetof(SmokeInstance, consumer_attached) + 4);
+static_assert(sizeof(SmokeInstance) <= kInstanceBytes, "the fields no longer fit the block, whose size is fixed");
+static_assert(alignof(SmokeInstance) <= 8, "hosts align the block to 8 bytes");
+static_assert(offsetof(SmokeInstance, array_warmup_frames) == 240, "the first field follows the parameter slots");
+static_assert(offsetof(SmokeInstance, consumer_birth_limit) == offsetof(SmokeInstance, consumer_attached) + 4,
+              "the switches before it take 4 bytes");
 static_assert(sizeof(void*) != 8 ||
-              (offsetof(SmokeInstance, active_head) == 248 && offsetof(SmokeInstance, exchange_block) == 280 &&
-               offsetof(SmokeInstance, geom_handle) == 312 && offsetof(SmokeInstance, time_step) == 328 &&
-               offsetof(SmokeInstance, draw_mode) == 392 && offsetof(SmokeInstance, color_table) == 608 &&
-               offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
-               offsetof(SmokeInstance, wind_source) == 7016 && offsetof(SmokeInstance, spawn_image_source) == 8052 &&
-               offsetof(SmokeInstance, caches) == 9088));
+                  (offsetof(SmokeInstance, active_head) == 248 && offsetof(SmokeInstance, exchange_block) == 280 &&
+                   offsetof(SmokeInstance, geom_handle) == 312 && offsetof(SmokeInstance, time_step) == 328 &&
+                   offsetof(SmokeInstance, draw_mode) == 392 && offsetof(SmokeInstance, color_table) == 608 &&
+                   offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
+                   offsetof(SmokeInstance, wind_source) == 7016 &&
+                   offsetof(SmokeInstance, spawn_image_source) == 8052 && offsetof(SmokeInstance, caches) == 9088),
+              "a field moved in the layout with 8-byte pointers");
 // With 4-byte pointers time_step is the one field whose place depends on how the platform aligns a double: to 4 on
 // 32-bit x86 Linux, to 8 elsewhere.
 constexpr size_t kDoublePadding = alignof(SmokeInstance) == 8 ? 4 : 0;
 static_assert(sizeof(void*) != 4 ||
-              (offsetof(SmokeInstance, active_head) == 244 && offsetof(SmokeInstance, exchange_block) == 264 &&
-               offsetof(SmokeInstance, geom_handle) == 284 && offsetof(SmokeInstance, birth_accumulator) == 296 &&
-               offsetof(SmokeInstance, time_step) == 300 + kDoublePadding &&
-               offsetof(SmokeInstance, caches) == 9032 + kDoublePadding));
+                  (offsetof(SmokeInstance, active_head) == 244 && offsetof(SmokeInstance, exchange_block) == 264 &&
+                   offsetof(SmokeInstance, geom_handle) == 284 && offsetof(SmokeInstance, birth_accumulator) == 296 &&
+                   offsetof(SmokeInstance, time_step) == 300 + kDoublePadding &&
+                   offsetof(SmokeInstance, caches) == 9032 + kDoublePadding),
+              "a field moved in the layout with 4-byte pointers");
 
 }  // namespace tovu
