@@ -18,12 +18,12 @@ using stage::ParameterInfo;
 using stage::ParameterKind;
 
 bool has_range(const ParameterInfo& parameter) {
-    return parameter.kind == ParameterKind::Int || parameter.kind == ParameterKind::Float;
+    return parameter.kind == ParameterKind::kInt || parameter.kind == ParameterKind::kFloat;
 }
 
 bool is_text(const ParameterInfo& parameter) {
-    return parameter.kind == ParameterKind::String || parameter.kind == ParameterKind::Container ||
-           parameter.kind == ParameterKind::Image;
+    return parameter.kind == ParameterKind::kString || parameter.kind == ParameterKind::kContainer ||
+           parameter.kind == ParameterKind::kImage;
 }
 
 Json json_of(const ParameterInfo& parameter) {
@@ -36,7 +36,7 @@ Json json_of(const ParameterInfo& parameter) {
         json["minimum"] = parameter.minimum;
         json["maximum"] = parameter.maximum;
     }
-    if (parameter.kind == ParameterKind::Radio) json["choices"] = parameter.choices;
+    if (parameter.kind == ParameterKind::kRadio) json["choices"] = parameter.choices;
     if (is_text(parameter)) json["max_length"] = parameter.max_length;
     return json;
 }
@@ -66,7 +66,7 @@ std::string default_text(const ParameterInfo& parameter) {
 
 std::string values_text(const ParameterInfo& parameter) {
     if (has_range(parameter)) return fmt::format("{:.10g} to {:.10g}", parameter.minimum, parameter.maximum);
-    if (parameter.kind == ParameterKind::Radio) return fmt::format("\"{}\"", fmt::join(parameter.choices, "\", \""));
+    if (parameter.kind == ParameterKind::kRadio) return fmt::format("\"{}\"", fmt::join(parameter.choices, "\", \""));
     if (is_text(parameter)) return fmt::format("at most {} bytes", parameter.max_length);
     return "true, false";
 }

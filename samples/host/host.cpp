@@ -20,7 +20,7 @@ namespace {
 
 enum Handle : int32_t { kContainer = 1, kGeometry, kCamera, kCameraPosition, kCameraDirection };
 
-enum class Kind { Whole, Number, Text };
+enum class Kind { kWhole, kNumber, kText };
 struct Parameter {
     std::string name;
     Kind kind;
@@ -55,16 +55,16 @@ void take_in_array(const void* array, size_t corner_bytes, int first, int count)
 
 void add(const char* type, Parameter parameter, const char* label) {
     std::printf("%2zu %-9s %-30s %-32s ", parameters.size(), type, parameter.name.c_str(), label);
-    if (parameter.kind == Kind::Whole) std::printf("%d\n", static_cast<int>(parameter.bits));
-    if (parameter.kind == Kind::Number) std::printf("%g\n", static_cast<double>(std::bit_cast<float>(parameter.bits)));
-    if (parameter.kind == Kind::Text) std::printf("'%s'\n", parameter.text.c_str());
+    if (parameter.kind == Kind::kWhole) std::printf("%d\n", static_cast<int>(parameter.bits));
+    if (parameter.kind == Kind::kNumber) std::printf("%g\n", static_cast<double>(std::bit_cast<float>(parameter.bits)));
+    if (parameter.kind == Kind::kText) std::printf("'%s'\n", parameter.text.c_str());
     parameters.push_back(std::move(parameter));
 }
 void add_whole(const char* type, const char* name, const char* label, int32_t initial) {
-    add(type, {name, Kind::Whole, std::bit_cast<uint32_t>(initial), "", 0}, label);
+    add(type, {name, Kind::kWhole, std::bit_cast<uint32_t>(initial), "", 0}, label);
 }
 void add_text(const char* type, const char* name, const char* label, const char* initial, int32_t longest) {
-    add(type, {name, Kind::Text, 0, initial, static_cast<size_t>(longest)}, label);
+    add(type, {name, Kind::kText, 0, initial, static_cast<size_t>(longest)}, label);
 }
 
 void put(float* x, float* y, float* z, float to_x, float to_y, float to_z) {
@@ -95,7 +95,7 @@ void pelRegisterParameterInt(const char* name, const char* label, int32_t initia
     add_whole("Int", name, label, initial);
 }
 void pelRegisterParameterFloat(const char* name, const char* label, float initial, float, float) {
-    add("Float", {name, Kind::Number, std::bit_cast<uint32_t>(initial), "", 0}, label);
+    add("Float", {name, Kind::kNumber, std::bit_cast<uint32_t>(initial), "", 0}, label);
 }
 void pelRegisterParameterBool(const char* name, const char* label, int32_t initial) {
     add_whole("Bool", name, label, initial);
@@ -302,10 +302,10 @@ void set_parameter(const std::string& assignment) {
     for (Parameter& parameter : parameters) {
         if (equals == std::string::npos || assignment.compare(0, equals, parameter.name) != 0) continue;
         const std::string value = assignment.substr(equals + 1);
-        if (parameter.kind == Kind::Whole) parameter.bits = static_cast<uint32_t>(std::atoi(value.c_str()));
-        if (parameter.kind == Kind::Number)
+        if (parameter.kind == Kind::kWhole) parameter.bits = static_cast<uint32_t>(std::atoi(value.c_str()));
+        if (parameter.kind == Kind::kNumber)
             parameter.bits = std::bit_cast<uint32_t>(std::strtof(value.c_str(), nullptr));
-        if (parameter.kind == Kind::Text) parameter.text = value.substr(0, parameter.longest);
+        if (parameter.kind == Kind::kText) parameter.text = value.substr(0, parameter.longest);
         return;
     }
     fail("'" + assignment + "' is not parameter=value with a parameter listed above");
@@ -361,7 +361,7 @@ int main(int argc, char** argv) {
     const auto slots = reinterpret_cast<uint32_t*>(block.data());
     if (block_size < static_cast<int32_t>(4 * parameters.size())) fail("the block has no room for the slots");
     for (size_t i = 0; i < parameters.size(); ++i)
-        slots[i] = parameters[i].kind == Kind::Text ? low_copy(parameters[i]) : parameters[i].bits;
+        slots[i] = parameters[i].kind == Kind::kText ? low_copy(parameters[i]) : parameters[i].bits;
     std::srand(1);  // plug-ins draw from `rand`: the same seed gives the same smoke
     init_function(block.data());
 

@@ -99,7 +99,7 @@ std::vector<Mesh> outlines_of(const std::vector<Contour>& contours, FillRule rul
     ClipperLib::Clipper clipper;
     for (const Contour& contour : contours) clipper.AddPath(on_grid(contour, scale), ClipperLib::ptSubject, true);
     ClipperLib::PolyTree parts;
-    const auto fill = rule == FillRule::EvenOdd ? ClipperLib::pftEvenOdd : ClipperLib::pftNonZero;
+    const auto fill = rule == FillRule::kEvenOdd ? ClipperLib::pftEvenOdd : ClipperLib::pftNonZero;
     if (!clipper.Execute(ClipperLib::ctUnion, parts, fill, fill)) return {};
 
     std::vector<Mesh> outlines;

@@ -17,7 +17,7 @@ struct ContourPoint {
 using Contour = std::vector<ContourPoint>;
 
 /// Which areas several contours enclose together: those wound around an odd number of times, or any number but 0.
-enum class FillRule { EvenOdd, NonZero };
+enum class FillRule { kEvenOdd, kNonZero };
 
 /// Appends the curve that starts at the contour's last point, its end included, as chords that stay within `tolerance`
 /// (above 0, in the contour's units) of it; at most 1000 chords.

@@ -98,7 +98,7 @@ Result<std::vector<Mesh>> glyph_outlines(const Font& font, hb_codepoint_t glyph,
     if (FT_Outline_Decompose(&outline, &callbacks, &decomposition) != 0)
         return Error{fmt::format("font {}: the outline of glyph {} is broken", font.name, glyph)};
     const bool even_odd = (outline.flags & FT_OUTLINE_EVEN_ODD_FILL) != 0;
-    return outlines_of(decomposition.contours, even_odd ? FillRule::EvenOdd : FillRule::NonZero);
+    return outlines_of(decomposition.contours, even_odd ? FillRule::kEvenOdd : FillRule::kNonZero);
 }
 
 struct Glyph {

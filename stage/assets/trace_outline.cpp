@@ -82,7 +82,7 @@ Result<std::vector<Mesh>> trace_outlines(const Mask& mask, float width, float he
     std::vector<Contour> contours;
     for (const potrace_path_t* path = traced->plist; path; path = path->next)
         if (path->curve.n > 0) contours.push_back(flattened(path->curve, kTolerancePixels));
-    std::vector<Mesh> outlines = outlines_of(contours, FillRule::EvenOdd);
+    std::vector<Mesh> outlines = outlines_of(contours, FillRule::kEvenOdd);
     if (outlines.empty())
         return Error{
             fmt::format("mask: no area of more than {} pixels reaches the threshold {}", kNoisePixels, mask.threshold)};

@@ -46,7 +46,7 @@ Result<int32_t> add_instance(Stage& stage, int32_t container_handle, PluginId ow
     if (!made) return made.error();
     if (container->geometry_handle != kNoObject && !remove_geometry(stage, container_handle))
         return Error{fmt::format("container '{}': its plug-in is running", container->name)};
-    const int32_t handle = new_handle(stage, ObjectKind::Geometry);
+    const int32_t handle = new_handle(stage, ObjectKind::kGeometry);
     if (handle == kNoObject) return Error{fmt::format("container '{}': all object numbers are used", container->name)};
     Geometry& geometry = stage.geometries[handle];
     geometry.handle = handle;

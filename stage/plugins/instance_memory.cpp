@@ -94,13 +94,13 @@ Result<ParameterValue> read_value(const Instance& instance, const ParameterInfo&
     const uint32_t bits = read_slot(instance, parameter.index);
     const auto number = static_cast<int32_t>(bits);
     switch (parameter.kind) {
-        case ParameterKind::Int:
+        case ParameterKind::kInt:
             return ParameterValue(number);
-        case ParameterKind::Float:
+        case ParameterKind::kFloat:
             return ParameterValue(double{std::bit_cast<float>(bits)});
-        case ParameterKind::Bool:
+        case ParameterKind::kBool:
             return ParameterValue(number != 0);
-        case ParameterKind::Radio:
+        case ParameterKind::kRadio:
             if (bits >= parameter.choices.size()) return ParameterValue(number);
             return ParameterValue(parameter.choices[bits]);
         default:

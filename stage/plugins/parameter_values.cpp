@@ -15,14 +15,14 @@ namespace {
 
 std::string wanted(const ParameterInfo& parameter) {
     switch (parameter.kind) {
-        case ParameterKind::Int:
+        case ParameterKind::kInt:
             return fmt::format("a whole number from {} to {}", parameter.minimum, parameter.maximum);
-        case ParameterKind::Float:
+        case ParameterKind::kFloat:
             return fmt::format("a number from {} to {}", static_cast<float>(parameter.minimum),
                                static_cast<float>(parameter.maximum));
-        case ParameterKind::Bool:
+        case ParameterKind::kBool:
             return "true or false";
-        case ParameterKind::Radio:
+        case ParameterKind::kRadio:
             return fmt::format("one of \"{}\"", fmt::join(parameter.choices, "\", \""));
         default:
             return fmt::format("a text of at most {} bytes", parameter.max_length);
@@ -71,14 +71,14 @@ std::optional<uint32_t> encode_choice(const ParameterInfo& parameter, const Para
 
 std::optional<uint32_t> encode_number(const ParameterInfo& parameter, const ParameterValue& value) {
     switch (parameter.kind) {
-        case ParameterKind::Int: {
+        case ParameterKind::kInt: {
             const auto* number = std::get_if<int>(&value);
             if (!number || *number < parameter.minimum || *number > parameter.maximum) return std::nullopt;
             return static_cast<uint32_t>(*number);
         }
-        case ParameterKind::Float:
+        case ParameterKind::kFloat:
             return encode_float(parameter, value);
-        case ParameterKind::Bool: {
+        case ParameterKind::kBool: {
             const auto* on = std::get_if<bool>(&value);
             if (!on) return std::nullopt;
             return *on ? 1u : 0u;
@@ -89,7 +89,7 @@ std::optional<uint32_t> encode_number(const ParameterInfo& parameter, const Para
 }
 
 bool is_text_kind(ParameterKind kind) {
-    return kind == ParameterKind::String || kind == ParameterKind::Container || kind == ParameterKind::Image;
+    return kind == ParameterKind::kString || kind == ParameterKind::kContainer || kind == ParameterKind::kImage;
 }
 
 }  // namespace

@@ -75,19 +75,19 @@ std::vector<std::string> register_plugin(Stage& stage, Registration& registratio
 
 const char* to_string(ParameterKind kind) {
     switch (kind) {
-        case ParameterKind::Int:
+        case ParameterKind::kInt:
             return "Int";
-        case ParameterKind::Float:
+        case ParameterKind::kFloat:
             return "Float";
-        case ParameterKind::Bool:
+        case ParameterKind::kBool:
             return "Bool";
-        case ParameterKind::Radio:
+        case ParameterKind::kRadio:
             return "Radio";
-        case ParameterKind::String:
+        case ParameterKind::kString:
             return "String";
-        case ParameterKind::Container:
+        case ParameterKind::kContainer:
             return "Container";
-        case ParameterKind::Image:
+        case ParameterKind::kImage:
             return "Image";
     }
     return "";

@@ -17,7 +17,7 @@ namespace stage {
 
 struct Stage;
 
-enum class ParameterKind { Int, Float, Bool, Radio, String, Container, Image };
+enum class ParameterKind { kInt, kFloat, kBool, kRadio, kString, kContainer, kImage };
 
 /// "Int", "Float" and so on.
 STAGE_EXPORT const char* to_string(ParameterKind kind);
@@ -31,7 +31,7 @@ struct ParameterInfo {
     int32_t index = 0;  // position in the order of registration, and of its 32-bit slot
     std::string name;
     std::string label;
-    ParameterKind kind = ParameterKind::Int;
+    ParameterKind kind = ParameterKind::kInt;
     ParameterValue initial;            // as reading gives it
     double minimum = 0;                // Int and Float
     double maximum = 0;                // Int and Float

@@ -70,14 +70,14 @@ constinit thread_local RandomStream* stream_in_force = nullptr;
 
 // Volatile: compilers take functions of different names for different functions.
 int (*const volatile address_of_ours)() noexcept = stage_rand;
-const bool rand_is_ours = &::rand == address_of_ours;
+const bool kRandIsOurs = &::rand == address_of_ours;
 
 void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view container_name) {
     uint32_t hash = 2166136261u;
     const auto add = [&hash](uint32_t byte) { hash = (hash ^ byte) * 16777619u; };
     for (int shift = 0; shift < 32; shift += 8) add(scene_seed >> shift & 0xFF);
     for (const char character : container_name) add(static_cast<unsigned char>(character));
-    if (rand_is_ours)
+    if (kRandIsOurs)
         stream = seeded(hash);
     else
         setstate(initstate(hash, library_state(stream), sizeof stream));

@@ -25,13 +25,13 @@ void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view con
 [[gnu::tls_model("initial-exec")]] extern constinit thread_local RandomStream* stream_in_force;
 
 /// False where the process binds `rand` to another library.
-extern const bool rand_is_ours;
+extern const bool kRandIsOurs;
 
 /// Makes the C library's generator draw from `next` instead of `previous`; null: from the process's own state.
 void switch_library_state(RandomStream* previous, RandomStream* next);
 
 inline void put_in_force(RandomStream* stream) {
-    if (!rand_is_ours) switch_library_state(stream_in_force, stream);
+    if (!kRandIsOurs) switch_library_state(stream_in_force, stream);
     stream_in_force = stream;
 }
 

@@ -48,7 +48,7 @@ void add_parameter(Registration& registration, ParameterInfo parameter) {
 }
 
 int32_t add_event(Registration& registration, std::string name, int32_t flags) {
-    const int32_t handle = make_handle(ObjectKind::Event, ++last_event_number);
+    const int32_t handle = make_handle(ObjectKind::kEvent, ++last_event_number);
     registration.plugin.events.push_back({std::move(name), flags, handle});
     return handle;
 }

@@ -36,7 +36,7 @@ void destroy_below(Stage& stage, int32_t container_handle) {
 int32_t add_container(Stage& stage, std::string name, int32_t parent_handle) {
     Container* parent = find_container(stage, parent_handle);
     if (!parent && parent_handle != kNoObject) return kNoObject;
-    const int32_t handle = new_handle(stage, ObjectKind::Container);
+    const int32_t handle = new_handle(stage, ObjectKind::kContainer);
     if (handle == kNoObject) return kNoObject;
     (parent ? parent->child_handles : stage.root_handles).push_back(handle);
     Container& container = stage.containers[handle];

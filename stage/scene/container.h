@@ -15,12 +15,12 @@ namespace stage {
 
 struct Stage;
 
-enum class Blend { Alpha, Additive };
+enum class Blend { kAlpha, kAdditive };
 
 /// What the host has in force while the container's geometry is drawn.
 struct Look {
     int32_t texture_handle = kNoObject;  // an image; none draws without a texture
-    Blend blend = Blend::Alpha;
+    Blend blend = Blend::kAlpha;
     float alpha_test_reference = 0;  // with the alpha test on, what is not above this is dropped
     bool depth_test = true;
 };

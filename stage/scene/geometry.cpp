@@ -21,7 +21,7 @@ std::vector<int32_t> first_cursors_of(const std::vector<Mesh>& meshes) {
 }
 
 Geometry* add_geometry(Stage& stage, Container& container) {
-    const int32_t handle = new_handle(stage, ObjectKind::Geometry);
+    const int32_t handle = new_handle(stage, ObjectKind::kGeometry);
     if (handle == kNoObject) return nullptr;
     Geometry& geometry = stage.geometries[handle];
     geometry.handle = handle;

@@ -7,14 +7,14 @@ namespace stage {
 
 /// Kinds of object. Containers, geometries and cameras have the code by which plug-ins look them up.
 enum class ObjectKind : int32_t {
-    Container = 2,
-    Geometry = 50,
-    Camera = 62,
-    Image = 70,
-    MeshAccess = 80,       // carries the number of its geometry
-    CameraPosition = 90,   // carries the number of its camera
-    CameraDirection = 91,  // carries the number of its camera
-    Event = 100,           // profiling events count for the whole process, apart from the scene's objects
+    kContainer = 2,
+    kGeometry = 50,
+    kCamera = 62,
+    kImage = 70,
+    kMeshAccess = 80,       // carries the number of its geometry
+    kCameraPosition = 90,   // carries the number of its camera
+    kCameraDirection = 91,  // carries the number of its camera
+    kEvent = 100,           // profiling events count for the whole process, apart from the scene's objects
 };
 
 constexpr int32_t kNoObject = -1;

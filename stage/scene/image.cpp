@@ -42,7 +42,7 @@ Result<int32_t> add_image(Stage& stage, std::string name, int32_t width, int32_t
     if (find_image_by_name(stage, name) != kNoObject)
         return Error{fmt::format("image '{}': there is an image of this name already", name)};
     if (const auto checked = check_size(name, width, height, format, pixels.size()); !checked) return checked.error();
-    const int32_t handle = new_handle(stage, ObjectKind::Image);
+    const int32_t handle = new_handle(stage, ObjectKind::kImage);
     if (handle == kNoObject) return Error{fmt::format("image '{}': all object numbers are used", name)};
     stage.images[handle] = Image{handle, std::move(name), width, height, format, std::move(pixels), 1};
     return handle;

@@ -13,7 +13,7 @@ StagePtr make_stage(const StageOptions& options) {
     StagePtr stage(new Stage);
     stage->options = options;
     stage->clock.frame_period_seconds = options.frame_period_seconds;
-    stage->camera_handle = make_handle(ObjectKind::Camera, kCameraNumber);
+    stage->camera_handle = make_handle(ObjectKind::kCamera, kCameraNumber);
     if (options.shared_random) std::srand(options.seed);
     make_current(stage.get());
     return stage;
@@ -41,13 +41,13 @@ void make_current(Stage* stage) {
 
 bool is_alive(const Stage& stage, int32_t handle) {
     return find_container(stage, handle) || find_geometry(stage, handle) || find_image(stage, handle) ||
-           handle == stage.camera_handle || handle == make_handle(ObjectKind::CameraPosition, kCameraNumber) ||
-           handle == make_handle(ObjectKind::CameraDirection, kCameraNumber);
+           handle == stage.camera_handle || handle == make_handle(ObjectKind::kCameraPosition, kCameraNumber) ||
+           handle == make_handle(ObjectKind::kCameraDirection, kCameraNumber);
 }
 
 int32_t find_object_by_number(const Stage& stage, int32_t number) {
     if (number < 1 || number > kLargestNumber) return kNoObject;
-    for (const ObjectKind kind : {ObjectKind::Container, ObjectKind::Geometry, ObjectKind::Image}) {
+    for (const ObjectKind kind : {ObjectKind::kContainer, ObjectKind::kGeometry, ObjectKind::kImage}) {
         const int32_t handle = make_handle(kind, number);
         if (is_alive(stage, handle)) return handle;
     }

@@ -62,7 +62,7 @@ void tell_plugins(Stage& stage, const std::string& image) {
         const int32_t container = geometry->container_handle;
         const std::vector<ParameterInfo>& parameters = plugin(geometry->instance->plugin).parameters;
         for (size_t i = 0; i < parameters.size(); ++i) {
-            if (parameters[i].kind != ParameterKind::Image) continue;
+            if (parameters[i].kind != ParameterKind::kImage) continue;
             const Result<ParameterValue> value = get_parameter(stage, container, parameters[i].name);
             if (value && *value == ParameterValue(image)) notify_changed(stage, container, static_cast<int32_t>(i));
         }

@@ -20,16 +20,16 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 std::string missing_object(const SceneDescription& scene, const ParameterInfo& parameter, const std::string& name) {
     if (name.empty()) return {};
     std::vector<std::string> known;
-    if (parameter.kind == ParameterKind::Container) {
+    if (parameter.kind == ParameterKind::kContainer) {
         for (const ContainerDescription& container : scene.containers) known.push_back(container.name);
-    } else if (parameter.kind == ParameterKind::Image) {
+    } else if (parameter.kind == ParameterKind::kImage) {
         known = image_names(scene);
     } else {
         return {};
     }
     if (contains(known, name)) return {};
     return fmt::format("parameter '{}' names the unknown {} '{}': {}", parameter.name,
-                       parameter.kind == ParameterKind::Container ? "container" : "image", name,
+                       parameter.kind == ParameterKind::kContainer ? "container" : "image", name,
                        name_hint(name, known));
 }
 

@@ -67,7 +67,7 @@ struct ContainerDescription {
     std::vector<ParameterSetting> parameters;  // in the order written
     std::string texture = "puff";              // name of an image or a built-in sprite, "none" for no texture
     Place texture_place;
-    Blend blend = Blend::Alpha;
+    Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
     std::optional<GeometryDescription> geometry;
     Place place;

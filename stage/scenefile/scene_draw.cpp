@@ -53,7 +53,7 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     settings.projection_view = projection_view;
     settings.world = item.world;
     settings.texture = *texture;
-    settings.blend = look.blend == Blend::Additive ? PassBlend::kAdditive : PassBlend::kAlpha;
+    settings.blend = look.blend == Blend::kAdditive ? PassBlend::kAdditive : PassBlend::kAlpha;
     settings.opacity = item.opacity;
     settings.alpha_reference = look.alpha_test_reference;
     settings.depth_test = look.depth_test;

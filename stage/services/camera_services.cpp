@@ -28,21 +28,21 @@ void view(const Service& service, int32_t handle, float* matrix) {
 }
 
 void position_object(const Service& service, int32_t handle, int32_t* object) {
-    if (service.camera(handle)) service.put(object, make_handle(ObjectKind::CameraPosition, number_of(handle)));
+    if (service.camera(handle)) service.put(object, make_handle(ObjectKind::kCameraPosition, number_of(handle)));
 }
 
 void direction_object(const Service& service, int32_t handle, int32_t* object) {
-    if (service.camera(handle)) service.put(object, make_handle(ObjectKind::CameraDirection, number_of(handle)));
+    if (service.camera(handle)) service.put(object, make_handle(ObjectKind::kCameraDirection, number_of(handle)));
 }
 
 void numbers_behind(const Service& service, int32_t object, float* x, float* y, float* z) {
     const Camera& camera = service.stage.camera;
-    if (object == make_handle(ObjectKind::CameraPosition, kCameraNumber))
+    if (object == make_handle(ObjectKind::kCameraPosition, kCameraNumber))
         service.put(x, y, z, camera.position);
-    else if (object == make_handle(ObjectKind::CameraDirection, kCameraNumber))
+    else if (object == make_handle(ObjectKind::kCameraDirection, kCameraNumber))
         service.put(x, y, z, view_direction(camera));
     else
-        service.complain_about(object, ObjectKind::CameraPosition);
+        service.complain_about(object, ObjectKind::kCameraPosition);
 }
 
 }  // namespace

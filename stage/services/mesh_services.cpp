@@ -35,16 +35,16 @@ void open_access(const Service& service, int32_t handle, int32_t kind, int32_t, 
         geometry->access_frame = service.stage.clock.frame;
         geometry->access_begun = false;
     }
-    service.put(out, has_meshes ? make_handle(ObjectKind::MeshAccess, number_of(handle)) : 0);
+    service.put(out, has_meshes ? make_handle(ObjectKind::kMeshAccess, number_of(handle)) : 0);
 }
 
 /// The geometry behind an access given in this frame.
 Geometry* opened(const Service& service, int32_t access) {
-    Geometry* geometry = has_kind(access, ObjectKind::MeshAccess)
-                             ? find_geometry(service.stage, make_handle(ObjectKind::Geometry, number_of(access)))
+    Geometry* geometry = has_kind(access, ObjectKind::kMeshAccess)
+                             ? find_geometry(service.stage, make_handle(ObjectKind::kGeometry, number_of(access)))
                              : nullptr;
     if (!geometry || geometry->instance) {
-        service.complain_about(access, ObjectKind::MeshAccess);
+        service.complain_about(access, ObjectKind::kMeshAccess);
         return nullptr;
     }
     if (geometry->access_frame != service.stage.clock.frame) {

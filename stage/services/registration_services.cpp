@@ -79,7 +79,7 @@ void pelRegisterParameterInt(const char* name, const char* label, int32_t initia
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_limited(registration, parameter_info(name, label, ParameterKind::Int, initial), minimum, maximum);
+            add_limited(registration, parameter_info(name, label, ParameterKind::kInt, initial), minimum, maximum);
         },
         name, label, initial, minimum, maximum);
 }
@@ -88,7 +88,7 @@ void pelRegisterParameterFloat(const char* name, const char* label, float initia
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_limited(registration, parameter_info(name, label, ParameterKind::Float, double{initial}),
+            add_limited(registration, parameter_info(name, label, ParameterKind::kFloat, double{initial}),
                         double{minimum}, double{maximum});
         },
         name, label, initial, minimum, maximum);
@@ -98,7 +98,7 @@ void pelRegisterParameterBool(const char* name, const char* label, int32_t initi
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_parameter(registration, parameter_info(name, label, ParameterKind::Bool, initial != 0));
+            add_parameter(registration, parameter_info(name, label, ParameterKind::kBool, initial != 0));
         },
         name, label, initial);
 }
@@ -108,7 +108,7 @@ void pelRegisterParameterString(const char* name, const char* label, const char*
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_text(registration, parameter_info(name, label, ParameterKind::String, std::string(text_of(initial))),
+            add_text(registration, parameter_info(name, label, ParameterKind::kString, std::string(text_of(initial))),
                      columns, max_length);
         },
         name, label, initial, columns, max_length, flags);
@@ -118,7 +118,7 @@ void pelRegisterParameterRadio(const char* name, const char* label, int32_t init
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_choice(registration, parameter_info(name, label, ParameterKind::Radio, initial), initial, choices);
+            add_choice(registration, parameter_info(name, label, ParameterKind::kRadio, initial), initial, choices);
             if (registration.plugin.parameters.back().choices.empty())
                 registration.problems.push_back(fmt::format("parameter '{}' has no choices", text_of(name)));
         },
@@ -129,8 +129,9 @@ void pelRegisterParameterContainer(const char* name, const char* label, const ch
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_text(registration, parameter_info(name, label, ParameterKind::Container, std::string(text_of(initial))),
-                     0, kLongestObjectName);
+            add_text(registration,
+                     parameter_info(name, label, ParameterKind::kContainer, std::string(text_of(initial))), 0,
+                     kLongestObjectName);
         },
         name, label, initial);
 }
@@ -139,7 +140,7 @@ void pelRegisterParameterImage(const char* name, const char* label, const char* 
     register_with(
         __func__,
         [&](Registration& registration) {
-            add_text(registration, parameter_info(name, label, ParameterKind::Image, std::string(text_of(initial))), 0,
+            add_text(registration, parameter_info(name, label, ParameterKind::kImage, std::string(text_of(initial))), 0,
                      kLongestObjectName);
         },
         name, label, initial);

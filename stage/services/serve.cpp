@@ -9,21 +9,21 @@ namespace {
 
 const char* kind_name(ObjectKind kind) {
     switch (kind) {
-        case ObjectKind::Container:
+        case ObjectKind::kContainer:
             return "container";
-        case ObjectKind::Geometry:
+        case ObjectKind::kGeometry:
             return "geometry";
-        case ObjectKind::Camera:
+        case ObjectKind::kCamera:
             return "camera";
-        case ObjectKind::Image:
+        case ObjectKind::kImage:
             return "image";
-        case ObjectKind::MeshAccess:
+        case ObjectKind::kMeshAccess:
             return "mesh access";
-        case ObjectKind::CameraPosition:
+        case ObjectKind::kCameraPosition:
             return "position";
-        case ObjectKind::CameraDirection:
+        case ObjectKind::kCameraDirection:
             return "direction";
-        case ObjectKind::Event:
+        case ObjectKind::kEvent:
             return "profiling event";
     }
     return nullptr;
@@ -44,25 +44,25 @@ void Service::complain_about(int32_t handle, ObjectKind wanted) const {
 
 const Container* Service::container(int32_t handle) const {
     const Container* found = find_container(stage, handle);
-    if (!found) complain_about(handle, ObjectKind::Container);
+    if (!found) complain_about(handle, ObjectKind::kContainer);
     return found;
 }
 
 Geometry* Service::geometry(int32_t handle) const {
     Geometry* found = find_geometry(stage, handle);
-    if (!found) complain_about(handle, ObjectKind::Geometry);
+    if (!found) complain_about(handle, ObjectKind::kGeometry);
     return found;
 }
 
 const Image* Service::image(int32_t handle) const {
     const Image* found = find_image(stage, handle);
-    if (!found) complain_about(handle, ObjectKind::Image);
+    if (!found) complain_about(handle, ObjectKind::kImage);
     return found;
 }
 
 const Camera* Service::camera(int32_t handle) const {
     if (handle == stage.camera_handle) return &stage.camera;
-    complain_about(handle, ObjectKind::Camera);
+    complain_about(handle, ObjectKind::kCamera);
     return nullptr;
 }
 

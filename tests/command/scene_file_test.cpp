@@ -196,7 +196,7 @@ geometry = { kind = "ellipse", width = 4, height = 2, segments = 12 }
     const stage::ContainerDescription& child = scene.containers[2];
     EXPECT_EQ(0, child.parent);
     EXPECT_EQ("other.so", child.plugin);
-    EXPECT_EQ(stage::Blend::Additive, child.blend);
+    EXPECT_EQ(stage::Blend::kAdditive, child.blend);
     ASSERT_EQ(4u, child.parameters.size());
     EXPECT_EQ("zeta", child.parameters[0].name) << "in the order written";
     EXPECT_EQ(stage::ParameterValue(1), child.parameters[0].value);

@@ -69,7 +69,7 @@ TEST(HostileSlots, ReadAsWhatIsDecided) {
     const TestHost registered;
     const stage::Plugin& plugin = *stage::loaded_plugins().front();
     for (const stage::ParameterInfo& parameter : plugin.parameters) {
-        if (parameter.kind != stage::ParameterKind::Float) continue;
+        if (parameter.kind != stage::ParameterKind::kFloat) continue;
         const auto initial = std::bit_cast<uint32_t>(static_cast<float>(std::get<double>(parameter.initial)));
         for (const uint32_t bits : {0x7F800000u, 0xFF800000u, 0x7FC00000u, 0xFFFFFFFFu})
             rows.push_back({parameter.name.c_str(), bits, initial});
@@ -99,7 +99,7 @@ TEST(HostileSlots, AnyBitsInEverySlot) {
     const SmokeInstance& block = busy.host.block(busy.smoke);
     for (int round = 0; round < 400; ++round) {
         for (const stage::ParameterInfo& parameter : plugin.parameters) {
-            if (parameter.kind >= stage::ParameterKind::String || generator() % 3 == 0) continue;
+            if (parameter.kind >= stage::ParameterKind::kString || generator() % 3 == 0) continue;
             uint32_t bits = static_cast<uint32_t>(generator());
             if (generator() % 2) bits = telling[generator() % std::size(telling)];
             if (parameter.index == kIndex_number_of_particles && round % 20 != 0)

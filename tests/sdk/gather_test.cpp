@@ -241,7 +241,7 @@ TEST(GatherProtocol, NoSlotSpoilsTheSmoke) {
         Scene scene;
         const auto& parameters = stage::plugin(stage::instance_of(scene.stage(), scene.consumer)->plugin).parameters;
         for (const stage::ParameterInfo& parameter : parameters)
-            if (parameter.kind != stage::ParameterKind::Container && parameter.name != "start_delay")
+            if (parameter.kind != stage::ParameterKind::kContainer && parameter.name != "start_delay")
                 stage::set_slot_bits(scene.stage(), scene.consumer, parameter.index, bits);
         for (const double start_delay : {0.0, 1000.0}) {
             scene.set(scene.consumer, "start_delay", start_delay);

@@ -151,14 +151,14 @@ const Contour kIsland{{1.5, 1.5}, {2.5, 1.5}, {2.5, 2.5}, {1.5, 2.5}};
 
 // Name, contours, rule, meshes, twice the area of them all.
 const std::tuple<const char*, std::vector<Contour>, FillRule, size_t, double> kNestingCases[] = {
-    {"hole of the other winding", {kSquare, kInnerClockwise}, FillRule::NonZero, 1, 2 * (16 - 4)},
-    {"and all turned around", {kSquareClockwise, kInner}, FillRule::NonZero, 1, 2 * (16 - 4)},
-    {"the same winding is no hole", {kSquare, kInner}, FillRule::NonZero, 1, 2 * 16},
-    {"overlapping contours join", {kSquare, kShifted}, FillRule::NonZero, 1, 2 * 24},
-    {"or leave the overlap out", {kSquare, kShifted}, FillRule::EvenOdd, 2, 2 * 16},
-    {"an island in the hole", {kIsland, kInner, kSquare}, FillRule::EvenOdd, 2, 2 * (16 - 4 + 1)},
-    {"nothing enclosed", {{}, {{1, 1}}, {{1, 1}, {2, 2}}, {{0, 0}, {1, 1}, {2, 2}}}, FillRule::EvenOdd, 0, 0},
-    {"not a number", {kSquare, {{0, 0}, {NAN, 1}, {1, 1}}}, FillRule::EvenOdd, 0, 0},
+    {"hole of the other winding", {kSquare, kInnerClockwise}, FillRule::kNonZero, 1, 2 * (16 - 4)},
+    {"and all turned around", {kSquareClockwise, kInner}, FillRule::kNonZero, 1, 2 * (16 - 4)},
+    {"the same winding is no hole", {kSquare, kInner}, FillRule::kNonZero, 1, 2 * 16},
+    {"overlapping contours join", {kSquare, kShifted}, FillRule::kNonZero, 1, 2 * 24},
+    {"or leave the overlap out", {kSquare, kShifted}, FillRule::kEvenOdd, 2, 2 * 16},
+    {"an island in the hole", {kIsland, kInner, kSquare}, FillRule::kEvenOdd, 2, 2 * (16 - 4 + 1)},
+    {"nothing enclosed", {{}, {{1, 1}}, {{1, 1}, {2, 2}}, {{0, 0}, {1, 1}, {2, 2}}}, FillRule::kEvenOdd, 0, 0},
+    {"not a number", {kSquare, {{0, 0}, {NAN, 1}, {1, 1}}}, FillRule::kEvenOdd, 0, 0},
 };
 
 TEST(OutlinesOf, TellsOuterContoursFromHoles) {

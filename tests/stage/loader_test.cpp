@@ -26,7 +26,7 @@ TEST_F(Loader, KeepsWhatWasRegistered) {
     EXPECT_EQ(probe.parameters.at(4).columns, 30);
     EXPECT_EQ(find_button(probe, "ask")->action, kProbeAsk);
     ASSERT_EQ(probe.events.size(), 1u);
-    EXPECT_TRUE(has_kind(probe.events[0].handle, ObjectKind::Event));
+    EXPECT_TRUE(has_kind(probe.events[0].handle, ObjectKind::kEvent));
     ASSERT_EQ(probe.registration_calls.size(), 16u);
     EXPECT_EQ(to_string(probe.registration_calls[6]), "pelRegisterParameterString(text, Text, hello, 30, 20, 0)");
 }
