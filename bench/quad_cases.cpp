@@ -20,16 +20,17 @@ using Build = void (*)(tovu::SmokeInstance&);
 
 // Collecting and sorting the list is not measured. The draw mode is set here, since no step runs.
 Case quad_case(Scene& scene, const char* name, int32_t count, Features features, bool world, Build build) {
-    return {case_name(name, count), static_cast<double>(count),
-            [&scene, count, features, world, build](Stopwatch& watch) {
-                Smoke& smoke = scene.long_run(count);
-                set_features(smoke, features);
-                smoke.block->draw_mode = 2 * world + features.facing;
-                tovu::collect_draw_list(*smoke.block);
-                watch.start();
-                build(*smoke.block);
-                watch.stop();
-            }};
+    return {
+        case_name(name, count), static_cast<double>(count), [&scene, count, features, world, build](Stopwatch& watch) {
+            Smoke& smoke = scene.long_run(count);
+            set_features(smoke, features);
+            smoke.block->draw_mode =
+                tovu::draw_mode_of(static_cast<tovu::Reference>(world), static_cast<tovu::Billboard>(features.facing));
+            tovu::collect_draw_list(*smoke.block);
+            watch.start();
+            build(*smoke.block);
+            watch.stop();
+        }};
 }
 
 void send_plain(tovu::SmokeInstance& block) {

@@ -64,7 +64,7 @@ inline void store_look(const SmokeInstance& instance, Particle& p) {
 }
 
 inline float path_angle(const SmokeInstance& instance, Vector3 d) {
-    if (instance.draw_mode == 1) d = tovu::transform(instance.rotation_scale_matrix, d);
+    if (instance.draw_mode == tovu::kDrawLocalBillboard) d = tovu::transform(instance.rotation_scale_matrix, d);
     d.z = 0;
     tovu::normalize(d);
     if (d.x < -1) d.x = -1;

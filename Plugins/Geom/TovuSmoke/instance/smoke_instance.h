@@ -10,6 +10,7 @@
 #include "../math/vector.h"
 #include "../sources/container_source.h"
 #include "../sources/image_source.h"
+#include "draw_mode.h"
 #include "life_tables.h"
 #include "parameters.h"
 
@@ -47,7 +48,7 @@ struct SmokeInstance {
     Vector3 abs_rotation{};     // degrees
     Vector3 abs_scale{1, 1, 1};
 
-    int32_t draw_mode = 0;     // 2 × (Reference is World) + (Billboard is Particle)
+    DrawMode draw_mode = kDrawLocalFlat;
     Vector3 billboard_axis{};  // turns a quad that faces +Z toward the camera …
     Matrix4 billboard_matrix;
     float billboard_tilt = 0;       // … by this angle, degrees

@@ -121,7 +121,7 @@ void simulation_step(SmokeInstance& instance) {
     refresh_container_source(instance);
     sync_capacity(instance);
     if (instance.consumer_attached && instance.deleted_head != nullptr) purge_deleted(instance);
-    instance.draw_mode = 2 * param::reference(p) + param::billboard(p);
+    instance.draw_mode = draw_mode_of(param::reference(p), param::billboard(p));
     read_placement(instance);
     align_to_camera(instance);
     if (param::freeze_motion(p)) return;

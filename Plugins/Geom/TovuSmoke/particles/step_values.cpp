@@ -51,7 +51,7 @@ void set_life_rules(StepValues& values, const SmokeInstance& instance) {
     const ParameterSlots& p = instance.parameters;
     values.store_alpha = !param::use_array(p);
     values.follow_path = param::rot_follow_path(p);
-    values.path_in_world = instance.draw_mode == 1;
+    values.path_in_world = instance.draw_mode == kDrawLocalBillboard;
     values.spawn_type = param::spawn_type(p);
     set_attachment(values, instance);
 }

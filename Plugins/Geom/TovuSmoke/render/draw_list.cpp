@@ -24,8 +24,7 @@ ViewAxis view_axis(const SmokeInstance& instance) {
     Vector3 eye = host::camera_position(camera_handle);
     Vector3 ahead = eye + host::camera_direction(camera_handle);
     const Matrix4 to_local = host::inverse_matrix(instance.container_handle);
-    const bool positions_are_local = instance.draw_mode < 2;
-    if (positions_are_local) {
+    if (positions_are_local(instance.draw_mode)) {
         eye = transform(to_local, eye);
         ahead = transform(to_local, ahead);
     }

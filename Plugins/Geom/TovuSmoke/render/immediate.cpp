@@ -36,7 +36,7 @@ void send_corners(const float* corners) {
 
 void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity) {
     const QuadPlacement placement = immediate_placement(instance);
-    const bool world_coordinates = instance.draw_mode != kDrawLocalFlat;
+    const bool world_coordinates = corners_are_world(instance.draw_mode);
     if (world_coordinates) {
         ormixGL_glMatrixMode(GL_MODELVIEW);
         ormixGL_glPushMatrix();

@@ -52,7 +52,7 @@ void build_quads_world_billboard(SmokeInstance& instance, float opacity) {
 }
 
 void draw_arrays(const SmokeInstance& instance) {
-    const bool world_coordinates = instance.draw_mode != kDrawLocalFlat;
+    const bool world_coordinates = corners_are_world(instance.draw_mode);
     if (world_coordinates) {
         ormixGL_glMatrixMode(GL_MODELVIEW);
         ormixGL_glPushMatrix();

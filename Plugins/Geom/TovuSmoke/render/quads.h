@@ -6,9 +6,6 @@
 
 namespace tovu {
 
-/// Values of `draw_mode`: 2 × (Reference is World) + (Billboard is Particle).
-enum DrawMode : int32_t { kDrawLocalFlat = 0, kDrawLocalBillboard = 1, kDrawWorldFlat = 2, kDrawWorldBillboard = 3 };
-
 /// Sends every listed particle as a quad between glBegin and glEnd. A reduced pass (full_pass false) sends no colours.
 /// opacity: factor on the record's alpha, 0 to 1; only the low byte of the truncated product counts.
 void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity);
