@@ -13,22 +13,21 @@ constexpr int32_t kGeometryPlugin = 1;
 constexpr int32_t kTextColumns = 30;
 
 void register_parameters() {
-    const char* const kSpawnTypeChoices[] = {"Cube", "Sphere", "Container", "Image", nullptr};
-    const char* const kReferenceChoices[] = {"Local", "World", nullptr};
-    const char* const kBillboardChoices[] = {"None", "Particle", nullptr};
-    const char* const kRefPlaneChoices[] = {"XY", "XZ", nullptr};
 #define PARAM_INT(name, label, initial, minimum, maximum) \
     pelRegisterParameterInt(#name, label, initial, minimum, maximum);
 #define PARAM_FLOAT(name, label, initial, minimum, maximum) \
     pelRegisterParameterFloat(#name, label, initial, minimum, maximum);
 #define PARAM_BOOL(name, label, initial) pelRegisterParameterBool(#name, label, initial);
-#define PARAM_RADIO(name, label, initial, choices) pelRegisterParameterRadio(#name, label, initial, choices);
+#define PARAM_RADIO(name, label, initial, ...)                     \
+    {                                                              \
+        const char* const choices[] = {__VA_ARGS__, nullptr};      \
+        pelRegisterParameterRadio(#name, label, initial, choices); \
+    }
 #define PARAM_STRING(name, label, initial, longest) \
     pelRegisterParameterString(#name, label, initial, kTextColumns, longest, 0);
 #define PARAM_CONTAINER(name, label) pelRegisterParameterContainer(#name, label, "");
 #define PARAM_IMAGE(name, label) pelRegisterParameterImage(#name, label, "");
 #include "instance/parameters.def"
-#include "instance/parameters_undef.h"
 }
 
 }  // namespace

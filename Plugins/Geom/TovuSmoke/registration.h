@@ -1,9 +1,9 @@
-// Tells the host, at load time, what the plug-in is and which parameters it has.
+// Registers the plug-in and its parameters with the host.
 #pragma once
 
 namespace tovu {
 
-/// Makes every registration call, in the order that gives the parameters their indices. Inside PLUGIN_INIT only.
+/// Makes all registration calls. The order of the parameters' calls gives them their indices. Inside PLUGIN_INIT only.
 void register_plugin();
 
 }  // namespace tovu

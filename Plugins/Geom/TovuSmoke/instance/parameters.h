@@ -1,6 +1,7 @@
-// The 60 parameter slots as typed fields, their indices, and what a slot's bits mean to the rest of the plug-in.
+// The parameter slots as typed fields, their indices, and the functions that read them.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,7 +9,7 @@
 
 namespace tovu {
 
-constexpr int32_t kMaxParticles = 25000;  // most records of one instance; the shared drawing arrays hold as many quads
+constexpr int32_t kMaxParticles = 25000;  // records of one instance; quads in the shared drawing arrays
 
 // Choices of the radio parameters, by position.
 enum SpawnType : int32_t { kSpawnCube = 0, kSpawnSphere = 1, kSpawnContainer = 2, kSpawnImage = 3 };
@@ -20,43 +21,43 @@ enum ParameterIndex : int32_t {
 #define PARAM_INT(name, label, initial, minimum, maximum) kIndex_##name,
 #define PARAM_FLOAT(name, label, initial, minimum, maximum) kIndex_##name,
 #define PARAM_BOOL(name, label, initial) kIndex_##name,
-#define PARAM_RADIO(name, label, initial, choices) kIndex_##name,
+#define PARAM_RADIO(name, label, initial, ...) kIndex_##name,
 #define PARAM_STRING(name, label, initial, longest) kIndex_##name,
 #define PARAM_CONTAINER(name, label) kIndex_##name,
 #define PARAM_IMAGE(name, label) kIndex_##name,
 #include "parameters.def"
-#include "parameters_undef.h"
     kParameterCount
 };
 
-/// The slots as the host fills them, 32 bits each. Read them through `param`, which knows what hostile bits mean.
+/// The slots as the host fills them, 32 bits each. Read them through the functions of `param`, which replace invalid
+/// values.
 struct ParameterSlots {
 #define PARAM_INT(name, label, initial, minimum, maximum) int32_t name;
 #define PARAM_FLOAT(name, label, initial, minimum, maximum) float name;
 #define PARAM_BOOL(name, label, initial) int32_t name;
-#define PARAM_RADIO(name, label, initial, choices) int32_t name;
+#define PARAM_RADIO(name, label, initial, ...) int32_t name;
 #define PARAM_STRING(name, label, initial, longest) uint32_t name;
 #define PARAM_CONTAINER(name, label) uint32_t name;
 #define PARAM_IMAGE(name, label) uint32_t name;
 #include "parameters.def"
-#include "parameters_undef.h"
 };
 
-static_assert(kParameterCount == 60, "the host and saved scenes know 60 parameters by their position");
-static_assert(sizeof(ParameterSlots) == 4 * kParameterCount, "one 32-bit slot each, without gaps");
-static_assert(offsetof(ParameterSlots, spawn_image_bool) == 4 * kIndex_spawn_image_bool);
+static_assert(kParameterCount == 60, "saved scenes and the block's layout rely on the number of parameters");
+static_assert(sizeof(ParameterSlots) == 4 * kParameterCount, "each parameter has one 32-bit slot, without gaps");
+static_assert(offsetof(ParameterSlots, spawn_image_bool) == 4 * kIndex_spawn_image_bool,
+              "a parameter's index is the index of its slot");
 
-/// Typed reading, one function per parameter, named as registered. Values outside the registered range work as they
-/// stand, with these exceptions, so that no bit pattern can lead a computation astray:
-/// - a float that is not finite reads as the parameter's default;
-/// - `number_of_particles` is held to 0…25000;
-/// - `spawn_type`, `reference` and `billboard` outside their lists read as choice 0.
-/// Switches: any value but 0 is on. Texts: the slot is an address below 4 GiB, 0 reads as "".
+/// One typed reader per parameter, named as registered. Values outside the registered range are used as they are, with
+/// these exceptions, which keep invalid bit patterns out of the computations:
+/// - an infinite float or NaN reads as the parameter's initial value;
+/// - `number_of_particles` is clamped to 0…kMaxParticles;
+/// - `spawn_type`, `reference` and `billboard` outside their choices read as choice 0.
+/// Bool: every value but 0 is on. Text: the slot is an address below 4 GiB; 0 reads as "".
 namespace param {
 
-/// `value`, or `fallback` where it is infinite or not a number.
+/// `value`, or `fallback` when it is infinite or NaN.
 inline float finite_or(float value, float fallback) {
-    return value - value == 0.0f ? value : fallback;
+    return std::isfinite(value) ? value : fallback;
 }
 
 #define PARAM_INT(name, label, initial, minimum, maximum)                                            \
@@ -71,7 +72,7 @@ inline float finite_or(float value, float fallback) {
     inline bool name(const ParameterSlots& slots) { \
         return slots.name != 0;                     \
     }
-#define PARAM_RADIO(name, label, initial, choices)            \
+#define PARAM_RADIO(name, label, initial, ...)                \
     inline int32_t name##_slot(const ParameterSlots& slots) { \
         return slots.name;                                    \
     }
@@ -88,7 +89,6 @@ inline float finite_or(float value, float fallback) {
         return tovu_slot_text(slots.name);                 \
     }
 #include "parameters.def"
-#include "parameters_undef.h"
 
 inline SpawnType spawn_type(const ParameterSlots& slots) {
     const int32_t choice = spawn_type_slot(slots);
