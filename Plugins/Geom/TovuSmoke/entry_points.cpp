@@ -34,7 +34,7 @@ void PLUGIN_EXEC_ACTION(void* instance, int32_t action) noexcept {
     tovu::execute_action(instance_at(instance), action);
 }
 
-uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t /*not read*/) noexcept {
+uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t /*unused*/) noexcept {
     tovu::rebuild_frame(instance_at(instance));
     return 1;
 }

@@ -14,11 +14,11 @@
 namespace tovu {
 namespace {
 
-constexpr float kLeastWindRange = 0.001f;  // a smaller range of the wind image means: use the spawn range
+constexpr float kMinWindRange = 0.001f;  // below it the wind image covers the spawn range
 
 constexpr size_t kNameBytes = sizeof(SmokeInstance::saved_container_name);
 
-// Names longer than the fields count by their first 999 characters, here and in the comparison.
+// Longer names are cut to the size of the field, in the copy and in the comparison.
 void save_name(char (&saved)[kNameBytes], const char* name) {
     std::strncpy(saved, name, kNameBytes - 1);
     saved[kNameBytes - 1] = '\0';
@@ -28,12 +28,12 @@ bool differs(const char (&saved)[kNameBytes], const char* name) {
     return std::strncmp(saved, name, kNameBytes - 1) != 0;
 }
 
-// A name that begins with '#' is an object number. Numbers beyond 32 bits name nothing, as any unknown number.
+// A name that begins with '#' is an object number. Numbers beyond 32 bits are clamped, so no object has them.
 int32_t container_named(const char* name) {
     if (name[0] != '#') return _api__get_objectid(name, "", TOVU_OBJECT_CONTAINER);
     const long number = std::strtol(name + 1, nullptr, 10);
-    const long held = number > INT32_MAX ? INT32_MAX : number < INT32_MIN ? INT32_MIN : number;
-    return _api__get_objectid_from_objectid(static_cast<int32_t>(held));
+    const long clamped = number > INT32_MAX ? INT32_MAX : number < INT32_MIN ? INT32_MIN : number;
+    return _api__get_objectid_from_objectid(static_cast<int32_t>(clamped));
 }
 
 void rebuild_container_source(SmokeInstance& instance) {
@@ -48,7 +48,7 @@ void rebuild_container_source(SmokeInstance& instance) {
 
 void rebuild_wind_source(SmokeInstance& instance) {
     const char* name = param::wind_image(instance.parameters);
-    if (name[0] == '\0') return;  // the previous image stays in use
+    if (name[0] == '\0') return;  // the image in use stays
     load(instance.wind_source, _api__get_image_objectid(name));
     save_name(instance.saved_wind_image_name, name);
 }
@@ -62,7 +62,7 @@ void rebuild_spawn_image_source(SmokeInstance& instance) {
     save_name(instance.saved_spawn_image_name, name);
 }
 
-// Hosts do not always announce a changed name.
+// Some hosts do not announce a changed name.
 void pick_up_changed_names(SmokeInstance& instance) {
     const ParameterSlots& p = instance.parameters;
     if (differs(instance.saved_container_name, param::spawn_cont_name(p))) rebuild_container_source(instance);
@@ -82,7 +82,7 @@ void place_images(SmokeInstance& instance) {
     if (!param::use_wind_image(p)) return;
     const float wind_x = param::wind_image_range_x(p);
     const float wind_y = param::wind_image_range_y(p);
-    if (wind_x >= kLeastWindRange && wind_y >= kLeastWindRange)
+    if (wind_x >= kMinWindRange && wind_y >= kMinWindRange)
         centre_rect(instance.wind_source, wind_x, wind_y);
     else
         centre_rect(instance.wind_source, spawn_x, spawn_y);
@@ -115,7 +115,7 @@ void rebuild_frame(SmokeInstance& instance) {
     simulation_step(instance);
     instance.step_under_way = 0;
     pick_up_changed_names(instance);
-    place_images(instance);  // after the step: a changed range takes effect in the next one
+    place_images(instance);  // after the step: a changed range takes effect in the next step
     _api__set_geom_changed(instance.geom_handle);
 }
 

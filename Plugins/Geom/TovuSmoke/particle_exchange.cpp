@@ -7,12 +7,12 @@ namespace {
 
 void attach(SmokeInstance& instance, const ParticleAttachRequest& request, ParticleExchangeBlock*& reply) {
     ParticleExchangeBlock& block = instance.exchange_block;
-    block.active_head = &instance.active_head;  // addresses, so that the consumer always reads the current heads
+    block.active_head = &instance.active_head;  // addresses: the consumer always reads the current heads
     block.inactive_head = &instance.inactive_head;
     block.deleted_head = instance.deleted_head;
     block.particle_count = param::number_of_particles(instance.parameters);
     instance.consumer_birth_limit = request.birth_limit;
-    instance.parameters.life_time_scale = request.death_acceleration;  // the one slot that the plug-in writes
+    instance.parameters.life_time_scale = request.death_acceleration;  // the only numeric slot that the plug-in writes
     instance.consumer_owns_colour = request.owns_colour;
     reply = &block;
     instance.consumer_attached = 1;

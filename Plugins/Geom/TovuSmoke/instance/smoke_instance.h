@@ -18,19 +18,19 @@ namespace tovu {
 
 struct InstanceCaches;
 
-/// All state of one smoke. The host allocates it, fills the parameter slots and frees it; the fields behind the slots
-/// are built in place. Order and types are fixed.
+/// All state of one smoke. The host allocates the block, fills the parameter slots and frees the block; the plug-in
+/// builds the fields after the slots in place. Order and types of the fields are fixed.
 struct SmokeInstance {
     ParameterSlots parameters;
 
-    int32_t array_warmup_frames = 10;  // passes that still enable the client arrays although Use Array is off
+    int32_t array_warmup_frames = 10;  // remaining passes that enable the client arrays even with Use Array off
 
     Particle* active_head = nullptr;    // live particles, youngest first
-    Particle* inactive_head = nullptr;  // pooled records, the one that joined last first
-    Particle* deleted_head = nullptr;   // records that left the pool while a consumer may hold them
+    Particle* inactive_head = nullptr;  // pooled records, most recently pooled first
+    Particle* deleted_head = nullptr;   // records that left the pool while a consumer may still use them
     uint8_t consumer_attached = 0;
     uint8_t consumer_owns_colour = 0;
-    uint8_t step_under_way = 0;        // this plug-in's own, in what alignment leaves free: rebuild_frame is running
+    uint8_t step_under_way = 0;        // private, in alignment padding: rebuild_frame is running
     int32_t consumer_birth_limit = 0;  // read only while a consumer is attached
     ParticleExchangeBlock exchange_block{};
 
@@ -40,7 +40,7 @@ struct SmokeInstance {
     int32_t particle_count = 0;   // records on the active and the inactive list
     float birth_accumulator = 0;  // seconds not yet turned into births
     double time_step = 0;         // seconds of the current step
-    float last_post_time = -1;    // seconds on the post-recording clock; negative: none seen yet
+    float last_post_time = -1;    // seconds on the post-recording clock; negative: not read yet
     int32_t last_retrace = 0;
 
     Vector3 emission_vector{};  // central direction of emission times the speed
@@ -49,54 +49,60 @@ struct SmokeInstance {
     Vector3 abs_scale{1, 1, 1};
 
     DrawMode draw_mode = kDrawLocalFlat;
-    Vector3 billboard_axis{};  // turns a quad that faces +Z toward the camera …
+    Vector3 billboard_axis{};  // a quad that faces +Z is rotated about this axis …
     Matrix4 billboard_matrix;
-    float billboard_tilt = 0;       // … by this angle, degrees
-    float billboard_roll = 0;       // then in the screen's plane, degrees
-    Matrix4 rotation_scale_matrix;  // of the carrying container, without its translation
-    Matrix4 transformation_matrix;  // of the carrying container, as the host gives it
+    float billboard_tilt = 0;       // … by this angle, degrees,
+    float billboard_roll = 0;       // then about its own Z, degrees, to face the camera upright
+    Matrix4 rotation_scale_matrix;  // rotation and scaling of the carrying container
+    Matrix4 transformation_matrix;  // of the carrying container, from the host
 
     ColorTable color_table{};
     AlphaTable alpha_table{};
 
     Matrix4 quad_matrix;              // corner transform of the quad being built
-    float transformation_copy[16]{};  // transformation_matrix as the step found it
+    float transformation_copy[16]{};  // transformation_matrix as of the last step
     float* vertex_cursor = nullptr;   // next float to write in the shared vertex array
     Vector3 quad_corners[4]{};        // corner offsets: top left, top right, bottom left, bottom right
     int32_t draw_count = 0;           // draw-list entries of the current pass
 
     ContainerSpawnSource container_source;
-    char saved_container_name[1000]{};  // what container_source was last built from
+    char saved_container_name[1000]{};  // the name that container_source was last built from
     ImageSource wind_source;
     char saved_wind_image_name[1000]{};
     ImageSource spawn_image_source;
     char saved_spawn_image_name[1000]{};
 
-    InstanceCaches* caches = nullptr;  // this plug-in's own, in what is left of the block; null where memory ran out
+    InstanceCaches* caches = nullptr;  // private, in the rest of the block; null when there was no memory
 };
 
 constexpr int32_t kInstanceBytes = 9096;  // registered with the host, the same on every platform
 static_assert(sizeof(SmokeInstance) <= kInstanceBytes, "the fields no longer fit the block, whose size is fixed");
 static_assert(alignof(SmokeInstance) <= 8, "hosts align the block to 8 bytes");
-static_assert(offsetof(SmokeInstance, array_warmup_frames) == 240, "the first field follows the parameter slots");
-static_assert(offsetof(SmokeInstance, consumer_birth_limit) == offsetof(SmokeInstance, consumer_attached) + 4,
-              "the switches before it take 4 bytes");
-static_assert(sizeof(void*) != 8 ||
-                  (offsetof(SmokeInstance, active_head) == 248 && offsetof(SmokeInstance, exchange_block) == 280 &&
-                   offsetof(SmokeInstance, geom_handle) == 312 && offsetof(SmokeInstance, time_step) == 328 &&
-                   offsetof(SmokeInstance, draw_mode) == 392 && offsetof(SmokeInstance, color_table) == 608 &&
-                   offsetof(SmokeInstance, quad_matrix) == 5736 && offsetof(SmokeInstance, container_source) == 5928 &&
-                   offsetof(SmokeInstance, wind_source) == 7016 &&
-                   offsetof(SmokeInstance, spawn_image_source) == 8052 && offsetof(SmokeInstance, caches) == 9088),
-              "a field moved in the layout with 8-byte pointers");
-// With 4-byte pointers time_step is the one field whose place depends on how the platform aligns a double: to 4 on
-// 32-bit x86 Linux, to 8 elsewhere.
+
+// The layout with 4-byte and with 8-byte pointers, side by side. Some 32-bit platforms align a double to 4, others to
+// 8: fields from time_step on move by kDoublePadding.
 constexpr size_t kDoublePadding = alignof(SmokeInstance) == 8 ? 4 : 0;
-static_assert(sizeof(void*) != 4 ||
-                  (offsetof(SmokeInstance, active_head) == 244 && offsetof(SmokeInstance, exchange_block) == 264 &&
-                   offsetof(SmokeInstance, geom_handle) == 284 && offsetof(SmokeInstance, birth_accumulator) == 296 &&
-                   offsetof(SmokeInstance, time_step) == 300 + kDoublePadding &&
-                   offsetof(SmokeInstance, caches) == 9032 + kDoublePadding),
-              "a field moved in the layout with 4-byte pointers");
+constexpr size_t offset(size_t with_4_byte_pointers, size_t with_8_byte_pointers) {
+    return sizeof(void*) == 4 ? with_4_byte_pointers : with_8_byte_pointers;
+}
+#define TOVU_LAYOUT(field, offset_32, offset_64)                                  \
+    static_assert(offsetof(SmokeInstance, field) == offset(offset_32, offset_64), \
+                  #field " is not where hosts expect it")
+TOVU_LAYOUT(array_warmup_frames, 240, 240);
+TOVU_LAYOUT(active_head, 244, 248);
+TOVU_LAYOUT(consumer_attached, 256, 272);
+TOVU_LAYOUT(consumer_birth_limit, 260, 276);
+TOVU_LAYOUT(exchange_block, 264, 280);
+TOVU_LAYOUT(geom_handle, 284, 312);
+TOVU_LAYOUT(birth_accumulator, 296, 324);
+TOVU_LAYOUT(time_step, 300 + kDoublePadding, 328);
+TOVU_LAYOUT(draw_mode, 364 + kDoublePadding, 392);
+TOVU_LAYOUT(color_table, 580 + kDoublePadding, 608);
+TOVU_LAYOUT(quad_matrix, 5708 + kDoublePadding, 5736);
+TOVU_LAYOUT(container_source, 5892 + kDoublePadding, 5928);
+TOVU_LAYOUT(wind_source, 6960 + kDoublePadding, 7016);
+TOVU_LAYOUT(spawn_image_source, 7996 + kDoublePadding, 8052);
+TOVU_LAYOUT(caches, 9032 + kDoublePadding, 9088);
+#undef TOVU_LAYOUT
 
 }  // namespace tovu

@@ -1,4 +1,4 @@
-// The bits of a value as another type. Not std::bit_cast, which C++20 libraries of some platforms came without.
+// Reinterprets the bits of a value as another type. std::bit_cast is missing in the C++20 libraries of some platforms.
 #pragma once
 
 #include <cstring>

@@ -5,7 +5,7 @@
 namespace tovu {
 namespace {
 
-// Turns the plane of two columns: a' = a·c + b·s, b' = b·c − a·s.
+// Rotates two columns: a' = a·c + b·s, b' = b·c − a·s.
 void turn_columns(float* a, float* b, SineCosine turn) {
     for (int row = 0; row < 4; ++row) {
         const float old_a = a[row];

@@ -1,4 +1,4 @@
-// 4 × 4 matrices in OpenGL's column order; every operation multiplies on the right, as OpenGL's own do.
+// 4 × 4 matrices in OpenGL's column order. Every operation multiplies on the right, as OpenGL's operations do.
 #pragma once
 
 #include "vector.h"
@@ -10,10 +10,10 @@ struct Matrix4 {
     float m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 };
 
-/// M ← M · T. A component of exactly 0 leaves its term out, so that a zero translation changes no bit.
+/// M ← M · T. Leaves out the terms of components that are exactly 0, so a zero translation changes no bit.
 void translate(Matrix4& matrix, Vector3 by);
 
-/// M ← M · S. A factor of exactly 0 leaves its column alone: a container scaled to nothing keeps the axis.
+/// M ← M · S. A factor of exactly 0 leaves its column unchanged: a container scaled to 0 keeps the axis.
 void scale(Matrix4& matrix, Vector3 factors);
 
 /// M ← M · R about one axis, degrees. An angle of exactly 0 changes no bit.
@@ -28,7 +28,7 @@ void rotate(Matrix4& matrix, Vector3 degrees);
 /// the cosine.
 void rotate(Matrix4& matrix, float degrees, Vector3 axis);
 
-/// The matrix applied to a point; the bottom row is ignored. With a matrix that has no translation, to a direction.
+/// Applies the matrix to a point, or to a direction if the matrix has no translation. Ignores the bottom row.
 inline Vector3 transform(const float* m, Vector3 v) {
     return {m[0] * v.x + m[4] * v.y + m[8] * v.z + m[12], m[1] * v.x + m[5] * v.y + m[9] * v.z + m[13],
             m[2] * v.x + m[6] * v.y + m[10] * v.z + m[14]};

@@ -9,15 +9,15 @@
 namespace tovu {
 
 /// Whether the ray from `p` toward greater `p_across` crosses the edge between two vertices. Each edge is half-open
-/// along the second coordinate, so that a vertex counts once; a point on a left or lower border is inside, one on a
-/// right or upper border outside. along: the second coordinate (y or z); across: the first (x).
+/// along the second coordinate, so that a vertex counts once. A point on a left or lower border is inside, a point on a
+/// right or upper border outside. across: the first coordinate (x); along: the second coordinate (y or z).
 inline bool crosses_edge(float a_across, float a_along, float b_across, float b_along, float p_across, float p_along) {
     const bool spans = (a_along <= p_along && p_along < b_along) || (b_along <= p_along && p_along < a_along);
     return spans && p_across < (b_across - a_across) * (p_along - a_along) / (b_along - a_along) + a_across;
 }
 
 /// Even-odd test in the x-y plane against the closed outline of `count` vertices; z is ignored. The outline may cross
-/// itself and run either way. False for a count of 0.
+/// itself and have either orientation. False for a count of 0.
 bool point_in_polygon_xy(int32_t count, const Vector3* vertices, Vector3 point);
 
 /// The same in the x-z plane; y is ignored.

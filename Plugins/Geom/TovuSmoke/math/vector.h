@@ -1,4 +1,4 @@
-// Operations on three floats. Components are float32; a sum of products is formed in float32, left to right.
+// Operations on vectors of three floats, in float32. Sums of products are added left to right.
 #pragma once
 
 #include <cfloat>
@@ -8,7 +8,7 @@
 
 namespace tovu {
 
-// The x87 unit of 32-bit x86 would keep more digits between operations than a float has.
+// The x87 unit of 32-bit x86 keeps more digits between operations than a float has.
 static_assert(FLT_EVAL_METHOD == 0,
               "float arithmetic must round to float: on 32-bit x86 build with -msse2 -mfpmath=sse");
 
@@ -40,7 +40,7 @@ inline Vector3 scaled(Vector3 a, Vector3 factors) {
     return {a.x * factors.x, a.y * factors.y, a.z * factors.z};
 }
 
-/// Makes `v` of length 1 and returns the length it had; a length of 0, or not a number, leaves it alone.
+/// Scales `v` to length 1 and returns its former length. If that is 0 or NaN, `v` stays as it is.
 /// Divides, since multiplying by the reciprocal would round twice.
 inline float normalize(Vector3& v) {
     const float length = std::sqrt(dot(v, v));

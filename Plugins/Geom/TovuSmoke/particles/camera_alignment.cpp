@@ -24,7 +24,7 @@ void align_to_camera(SmokeInstance& instance) {
     const float axis_length = normalize(unit_axis);
     instance.billboard_tilt = -arc_tangent_degrees(axis_length, -view.z);
 
-    // The turned quad's up, seen by the camera, is what the roll has to undo.
+    // The roll cancels the rotation of the tilted quad's up axis in the camera's view.
     Matrix4 turned;
     rotate(turned, instance.billboard_tilt, instance.billboard_axis);
     const float* r = turned.m;

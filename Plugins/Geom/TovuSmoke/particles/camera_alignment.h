@@ -1,4 +1,4 @@
-// How a quad that faces +Z has to be turned to face the render camera.
+// The rotation that makes a quad that faces +Z face the render camera.
 #pragma once
 
 #include "../instance/smoke_instance.h"

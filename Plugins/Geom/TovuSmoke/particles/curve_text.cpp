@@ -6,13 +6,14 @@
 namespace tovu {
 namespace {
 
-// The library's own conversions follow the process's locale, in which the point may be a comma.
+// Not strtof, whose decimal point depends on the process's locale and which also accepts hexadecimal numbers, infinity
+// and NaN.
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// A decimal number as digits × 10^exponent. Nineteen digits are kept: more than a double can tell apart.
+/// The number digits × 10^exponent. Nineteen digits are kept, more than the precision of a double.
 struct Decimal {
     uint64_t digits = 0;
     int32_t exponent = 0;
@@ -21,7 +22,7 @@ struct Decimal {
 };
 
 constexpr int32_t kKeptDigits = 19;
-constexpr int32_t kExponentLimit = 100000;  // beyond any double, and no sum with it overflows
+constexpr int32_t kExponentLimit = 100000;  // beyond every double; sums of two stay within int32
 
 void take_digit(Decimal& decimal, char c, bool behind_point) {
     decimal.any = true;
@@ -34,7 +35,7 @@ void take_digit(Decimal& decimal, char c, bool behind_point) {
         decimal.exponent += keep ? -1 : 1;
 }
 
-// The exponent counts only with at least one digit: "2e" is 2.
+// An exponent without digits is ignored: "2e" is 2.
 int32_t read_exponent(const char* s) {
     if (*s != 'e' && *s != 'E') return 0;
     ++s;
@@ -59,7 +60,7 @@ double value_of(const Decimal& decimal) {
     int32_t exponent = decimal.exponent;
     if (exponent > 400) return HUGE_VAL;
     if (exponent < -400) return 0.0;
-    // In two parts below the range of one: 10^-350 alone would be 0 although 19 digits times it need not be.
+    // Divides in steps of 10^100: 10^-350 alone would be 0, but 19 digits × 10^-350 need not be.
     for (; exponent < -300; exponent += 100) value /= 1e100;
     return exponent < 0 ? value / power_of_ten(-exponent) : value * power_of_ten(exponent);
 }

@@ -13,10 +13,7 @@ namespace {
 constexpr float kPi = 3.1415927f;
 constexpr float kHalfPi = 1.5707964f;
 
-// A birth without a point leaves the pool as it was: of a source that refuses for good, this bounds the call.
-constexpr int32_t kMostRefusedInARow = 25000;
-
-/// base ± percent, as the lower end and the range of a uniform draw.
+/// The range base ± percent of a uniform draw.
 struct Spread {
     float low;
     float range;
@@ -27,28 +24,28 @@ Spread spread_of(float base, float percent) {
     return {base - half, 2.0f * half};
 }
 
-// A range of 0 draws nothing.
+// Draws no random value if the range is 0.
 float drawn(Spread spread) {
     return spread.range == 0.0f ? spread.low : spread.low + random_up_to(spread.range);
 }
 
-// The two rotations: a spread in degrees, centred on the base.
+// Rotations: a spread in degrees, centred on the base.
 float drawn_around(float base, float spread) {
     return spread == 0.0f ? base : base + random_up_to(spread) - spread / 2.0f;
 }
 
-/// Birth and death size along one axis. One draw, shared by both ends, keeps particles of a spread apart for life.
+/// Birth and death size along one axis. Both use the same random value, so a particle that is born large dies large.
 struct SizeSpread {
     Spread birth;
     Spread death;
 };
 
-/// All that is the same for every birth of one call.
+/// Values that all births of one call share.
 struct EmissionSetup {
     bool world;
     Vector3 world_scale{1, 1, 1};
-    Matrix4 direction;  // turns the cone, and under World scales it, into the container's or the world's frame
-    Matrix4 placement;  // under World: from the container to the world
+    Matrix4 direction;  // from the emission cone to the container, or under World to the world without translation
+    Matrix4 placement;  // under World: container to world
     Matrix4 twist;
     bool twisted;
     bool align_to_centre;
@@ -117,7 +114,7 @@ float in_unit_box(float range) {
     return range == 0.0f ? 0.0f : random_up_to(1.0f) - 0.5f;
 }
 
-// The axes are drawn in the order x, y, z: the order is part of the result, and of arguments it would be open.
+// Separate statements fix the order of the draws (x, y, z), which is part of the result.
 Vector3 box_position(Vector3 range) {
     const float x = in_box(range.x);
     const float y = in_box(range.y);
@@ -168,7 +165,7 @@ void give_size(Particle& particle, const EmissionSetup& setup, double time_step)
     particle.size_x = setup.size_x.birth.low + r * setup.size_x.birth.range;
     particle.size_y = setup.size_y.birth.low + r * setup.size_y.birth.range;
     particle.size_step_x = particle.size_step_y = 0.0f;
-    if (time_step == 0.0) return;  // no step leads anywhere
+    if (time_step == 0.0) return;  // no time passes: the size does not change
     const auto frames = static_cast<float>(static_cast<double>(particle.life) / time_step + 1.0);
     particle.size_step_x = size_step(setup.size_x, r, particle.size_x, frames);
     particle.size_step_y = size_step(setup.size_y, r, particle.size_y, frames);
@@ -198,9 +195,9 @@ void fill_record(Particle& particle, const EmissionSetup& setup, const SmokeInst
 
 enum class Birth { kMade, kRefused, kCutShort };
 
-// Without a spawn point the record is pooled again but filled all the same, since the draws that fill it are part of
-// the sequence. While a spawn plug-in is asked, a reset or a detach may send every live particle back to the pool, this
-// one included: that ends the call.
+// Without a spawn point the record returns to the pool but is still filled, since the draws for it are part of the
+// sequence. A spawn plug-in can cause a reset or a detach, which returns all live particles, this one included, to the
+// pool: the call ends then.
 Birth bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch& search, Particle& particle) {
     move_to_active(instance, particle);
     particle.accelerated = 0;
@@ -226,7 +223,7 @@ bool emit_with(SmokeInstance& instance, const EmissionSetup& setup, SpawnSearch&
         const Birth birth = bring_to_life(instance, setup, search, *particle);
         if (birth == Birth::kCutShort) return false;
         refused_in_a_row = birth == Birth::kMade ? 0 : refused_in_a_row + 1;
-        if (refused_in_a_row == kMostRefusedInARow) return false;
+        if (refused_in_a_row == kMaxRefusedInARow) return false;
     }
     return true;
 }
@@ -249,7 +246,7 @@ Vector3 cone_direction(float across, float swing) {
     if (across != 0.0f) {
         const float half_width = across / kPi;
         const float cosine = random_up_to(2.0f * half_width) - half_width;
-        theta = arc_cosine(cosine > 1.0f ? 1.0f : cosine > -1.0f ? cosine : -1.0f);  // also where it is not a number
+        theta = arc_cosine(cosine > 1.0f ? 1.0f : cosine > -1.0f ? cosine : -1.0f);  // NaN becomes -1
     }
     const float phi = swing == 0.0f ? 0.0f : random_up_to(swing) - swing / 2.0f;
     const float sine = sine_of(theta);

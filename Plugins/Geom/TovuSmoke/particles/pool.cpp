@@ -46,7 +46,7 @@ int32_t grow_pool(SmokeInstance& instance, int32_t count) {
 void remove_from_pool(SmokeInstance& instance, Particle& particle) {
     if (&particle == instance.active_head) forget_youngest(instance);
     if (instance.consumer_attached) {
-        move_to_deleted(instance, particle);  // the consumer may still hold it
+        move_to_deleted(instance, particle);  // the consumer may still use it
         return;
     }
     if (&particle == instance.active_head)

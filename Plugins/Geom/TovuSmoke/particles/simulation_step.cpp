@@ -16,9 +16,9 @@
 namespace tovu {
 namespace {
 
-/// Asks for what the step reaches first, to be there once the host has been asked for its values: the youngest records
-/// and the curves' tables. Where many small smokes share a scene, each finds its own pushed out by the others.
-void fetch_first(const SmokeInstance& instance) {
+/// Prefetches the first records and the curve tables while the host answers the queries that follow. With many small
+/// smokes in a scene, each evicts the others' data from the cache.
+void prefetch_first(const SmokeInstance& instance) {
     constexpr int32_t kFirstRecords = 32;
     const ActiveRecords active = active_records(instance);
     for (int32_t i = active.count - 1; i >= 0 && i >= active.count - kFirstRecords; --i) fetch_ahead(active.records[i]);
@@ -34,7 +34,7 @@ void refresh_container_source(SmokeInstance& instance) {
     refresh(source);
     if (instance.caches != nullptr) instance.caches->outline_index.stale = true;
     set_ref_plane(source, param::spawn_cont_ref_plane_is_xz(p) ? 1 : 0);
-    set_coord_mode(source, param::spawn_cont_coord_is_world(p) ? 1 : 0);  // counts from the next refresh on
+    set_coord_mode(source, param::spawn_cont_coord_is_world(p) ? 1 : 0);  // takes effect at the next refresh
     set_depth(source, param::spawn_range_z(p));
 }
 
@@ -50,12 +50,12 @@ void read_placement(SmokeInstance& instance) {
     instance.rotation_scale_matrix = placement;
 }
 
-// A time beyond float32, or not a number, would stay in the accumulator for good: then no time has passed.
+// NaN, or a time that float32 cannot represent, would stay in the accumulator forever. It counts as no time.
 bool is_countable(double seconds) {
     return seconds > 0.0 && std::isfinite(static_cast<float>(seconds));
 }
 
-// Truncated, and held to the range of int32: a jump of the host's clock makes more births due than can be counted.
+// Truncates and clamps to int32: a jump of the host's clock can make more births due than int32 can count.
 int32_t whole_births(float due) {
     if (!(due > -2147483648.0f)) return INT32_MIN;
     return due < 2147483648.0f ? static_cast<int32_t>(due) : INT32_MAX;
@@ -63,19 +63,19 @@ int32_t whole_births(float due) {
 
 void give_births(SmokeInstance& instance) {
     instance.birth_accumulator += static_cast<float>(instance.time_step);
-    // Infinite at rate 0, of either sign: no births.
+    // At rate 0 the period is infinite, of either sign: no births.
     const float period = 1.0f / param::birth_rate(instance.parameters);
     if (!(period < instance.birth_accumulator) || !std::isfinite(period)) return;
     int32_t births = whole_births(instance.birth_accumulator / period);
     if (instance.consumer_attached && births > instance.consumer_birth_limit) births = instance.consumer_birth_limit;
-    emit_particles(instance, births);  // makes none of a negative number
-    // The pool may have run dry: what could not be made is lost. What a consumer's limit held back stays due.
+    emit_particles(instance, births);  // a negative number makes none
+    // Births that the pool had no record for are lost. Births beyond a consumer's limit stay due.
     instance.birth_accumulator -= static_cast<float>(births) * period;
 }
 
 Bounds in_container(const SmokeInstance& instance, const Bounds& world) {
     const Vector3 angles = instance.abs_rotation;
-    Matrix4 turn_back;  // the last one multiplied acts first: about x, then y, then z
+    Matrix4 turn_back;  // the last factor acts first: rotates about x, then y, then z
     rotate_z(turn_back, -angles.z);
     rotate_y(turn_back, -angles.y);
     rotate_x(turn_back, -angles.x);
@@ -109,7 +109,7 @@ double compute_time_step(SmokeInstance& instance) {
     const int32_t retrace = host::retrace_counter();
     if (retrace == instance.last_retrace) return 0.0;
     instance.last_retrace = retrace;
-    return host::frame_period();  // of one frame, however many were missed
+    return host::frame_period();  // one frame, even if frames were dropped
 }
 
 void simulation_step(SmokeInstance& instance) {
@@ -117,7 +117,7 @@ void simulation_step(SmokeInstance& instance) {
     const double seconds = compute_time_step(instance);
     instance.time_step = is_countable(seconds) ? seconds : 0.0;
     if (!(seconds < 0.0) && instance.time_step == 0.0) return;
-    fetch_first(instance);
+    prefetch_first(instance);
     refresh_container_source(instance);
     sync_capacity(instance);
     if (instance.consumer_attached && instance.deleted_head != nullptr) purge_deleted(instance);

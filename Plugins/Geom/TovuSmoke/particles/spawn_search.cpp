@@ -6,15 +6,12 @@
 namespace tovu {
 namespace {
 
-constexpr int64_t kRejectionsAnyway = 16384;
-constexpr int64_t kRejectionsPerBirth = 5;
+// Births beyond this, the highest registered rate at 20 frames per second, do not raise the number of rejections.
+constexpr int32_t kMaxBirthsCounted = 500000;
 
-// The highest registered rate at 20 frames a second. Rates beyond it make no dark mask stall a frame for longer.
-constexpr int32_t kMostBirthsCounted = 500000;
-
-// Points drawn directly are accepted but for rounding and in boxes over tangled edges. A shape that rejects so many in
-// a row is too thin for float32 to have a point in.
-constexpr int32_t kMostDirectTries = 200000;
+// Points drawn directly are rejected only by rounding, or in the boxes that cover edges with many crossings. A shape
+// that rejects this many in a row is too thin to contain a float32 point.
+constexpr int32_t kMaxDirectTries = 200000;
 
 float third_coordinate(float depth) {
     return depth > 0.0f ? random_up_to(2.0f * depth) : 0.0f;
@@ -62,7 +59,7 @@ PlanePoint draw_from_area(const SpawnSearch& search) {
 
 bool find_directly(SpawnSearch& search, PlanePoint& point) {
     if (!search.area_built) search.area_fails = !build_area(search);
-    for (int32_t tries = 0; tries < kMostDirectTries && !search.area_fails; ++tries) {
+    for (int32_t tries = 0; tries < kMaxDirectTries && !search.area_fails; ++tries) {
         point = draw_from_area(search);
         if (is_accepted(search, point)) return true;
     }
@@ -101,8 +98,8 @@ bool begin_on_mask(const SmokeInstance& instance, SpawnSearch& search) {
 }  // namespace
 
 bool begin_search(const SmokeInstance& instance, SpawnSearch& search, int32_t due) {
-    const int64_t counted = due < kMostBirthsCounted ? due : kMostBirthsCounted;
-    search.rejections_left = kRejectionsAnyway + kRejectionsPerBirth * counted;
+    const int64_t counted = due < kMaxBirthsCounted ? due : kMaxBirthsCounted;
+    search.rejections_left = kBaseRejections + kRejectionsPerBirth * counted;
     search.areas = instance.caches != nullptr ? &instance.caches->spawn_areas : &search.own_areas;
     switch (param::spawn_type(instance.parameters)) {
         case kSpawnContainer:
@@ -117,7 +114,7 @@ bool begin_search(const SmokeInstance& instance, SpawnSearch& search, int32_t du
 bool pick_point(const SmokeInstance& instance, SpawnSearch& search, Vector3& point) {
     const ContainerSpawnSource& source = instance.container_source;
     if (search.inside.way == InsideTest::kAskPlugin) {
-        point = {0, 0, 0};  // of an answer that writes less than all three, the rest is not what the record held before
+        point = {0, 0, 0};  // a plug-in may write fewer than three components
         return ask_spawn_point(source, point);
     }
     if (search.inside.way == InsideTest::kContainerGone) return false;

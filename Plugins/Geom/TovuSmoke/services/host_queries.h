@@ -1,6 +1,5 @@
-// The host calls that answer through pointers, each as a function that returns a value. Every out value is set before
-// the call, since a host that does not know the object leaves it as it was: handles -1, mesh access 0, scaling 1,
-// matrices the identity, the rest 0. The plug-in's own: not part of the headers that other plug-ins build against.
+// Host services with out parameters as functions that return values. A host leaves the out values of an unknown object
+// unchanged, so each is set before the call: handles to -1, scaling to 1, matrices to the identity, the rest to 0.
 #pragma once
 
 #include "../host/host_services.h"

@@ -35,7 +35,7 @@ int32_t open_meshes(int32_t geometry_handle) {
     return mesh_access;
 }
 
-// Both arrays grow or neither counts as grown, so that a later refresh tries again.
+// The capacity changes only if both arrays grew, so a later refresh tries again.
 bool reserve_outlines(ContainerSpawnSource& source) {
     if (source.outline_count <= source.outline_capacity) return true;
     const auto count = static_cast<size_t>(source.outline_count);
@@ -48,7 +48,7 @@ bool reserve_outlines(ContainerSpawnSource& source) {
     return true;
 }
 
-// Twice what is needed, so that growing text or an unfolding mesh does not allocate in every frame.
+// Allocates twice what is needed, so that text or a mesh that grows does not allocate in every frame.
 bool reserve_vertices(ContainerSpawnSource& source, int32_t needed) {
     if (needed <= source.vertex_capacity) return true;
     std::free(source.vertex_store);
@@ -73,7 +73,7 @@ void widen(ContainerSpawnSource& source, Vector3 v) {
     if (v.z > high.z) high.z = v.z;
 }
 
-/// What the reading of one geometry's meshes needs at every vertex.
+/// Access to the meshes of one geometry.
 struct MeshWalk {
     int32_t mesh_access;
     bool to_world;
@@ -86,7 +86,7 @@ Vector3 read_vertex(const MeshWalk& walk, int32_t vertex_cursor) {
     return walk.to_world ? transform(walk.matrix, v) : v;
 }
 
-// Stores at most as many vertices as there is room for: the counts of the meshes need not add up to the total.
+// Stores no more vertices than there is room for: the counts of the meshes may exceed the total.
 int32_t read_outline(ContainerSpawnSource& source, const MeshWalk& walk, int32_t mesh_cursor, int32_t first) {
     int32_t count = 0;
     _api__geomod_get_num_mesh_verices(walk.mesh_access, mesh_cursor, &count);
@@ -131,9 +131,9 @@ void read_meshes(ContainerSpawnSource& source, int32_t geometry_handle) {
     uint8_t flags[3] = {0, 0, 0};
     _api__geomod_get_info(mesh_access, &vertex_count, &mesh_count, &flags[0], &flags[1], &flags[2]);
     if (mesh_count <= 0) return;
-    // An outline without a vertex adds nothing, so a larger number of them is a mistake that would hold up the frame.
-    const int32_t most = vertex_count > 1 ? vertex_count : 1;
-    source.outline_count = mesh_count < most ? mesh_count : most;
+    // Outlines without vertices have no effect, so a larger mesh count is invalid and would only cost time.
+    const int32_t max_count = vertex_count > 1 ? vertex_count : 1;
+    source.outline_count = mesh_count < max_count ? mesh_count : max_count;
     if (reserve_vertices(source, vertex_count) && reserve_outlines(source))
         read_outlines(source, {mesh_access, source.coord_mode == kCoordWorld, matrix});
     else
@@ -185,7 +185,7 @@ bool is_usable(const ContainerSpawnSource& source) {
     if (source.plugin_mode) return true;
     const Vector3 extent = source.bbox_max - source.bbox_min;
     const float along = source.ref_plane == kRefPlaneXZ ? extent.z : extent.y;
-    return !(extent.x < kLeastExtent) && !(along < kLeastExtent);
+    return !(extent.x < kMinExtent) && !(along < kMinExtent);
 }
 
 void release(ContainerSpawnSource& source) {

@@ -36,7 +36,7 @@ ImageShape shape_of(int32_t image_handle) {
     return shape;
 }
 
-/// `pixel_index` of two positions at once: column, row, column, row.
+/// `pixel_index` of two positions: column, row, column, row.
 struct PairMapping {
     Float4 low;     // first column, first row
     Float4 count;   // columns, rows
@@ -55,8 +55,8 @@ struct PairMapping {
     }
     Int4 operator()(Float4 positions) const {
         const Float4 index = (positions - low) * count / extent;
-        const Int4 held = (index > broadcast(0.0f)) & (index < broadcast(2147483648.0f));
-        const Int4 whole = __builtin_convertvector(masked(index, held), Int4);
+        const Int4 in_range = (index > broadcast(0.0f)) & (index < broadcast(2147483648.0f));
+        const Int4 whole = __builtin_convertvector(masked(index, in_range), Int4);
         const Int4 within = whole < last;
         return (whole & within) | (last & ~within);
     }
@@ -94,8 +94,8 @@ bool is_valid(const ImageSource& source) {
 }
 
 bool is_usable(const ImageSource& source) {
-    return !(source.rect_max_x - source.rect_min_x < kLeastExtent) &&
-           !(source.rect_max_y - source.rect_min_y < kLeastExtent);
+    return !(source.rect_max_x - source.rect_min_x < kMinExtent) &&
+           !(source.rect_max_y - source.rect_min_y < kMinExtent);
 }
 
 ImageReader open_image(const ImageSource& source) {
@@ -115,7 +115,7 @@ void find_pixels(const ImageReader& reader, const float* xy, int32_t count, uint
     const uint8_t* const pixels = reader.pixels;
     const uint64_t byte_count = reader.byte_count;
     for (int32_t i = 0; i < count; i += 2) {
-        uint64_t places[2];  // row above column
+        uint64_t places[2];  // row in the high half, column in the low half
         store(places, mapping(load_float4(xy + 2 * i)));
         for (int32_t k = 0; k < 2; ++k) {
             const uint64_t offset = ((places[k] >> 32) * width + (places[k] & 0xFFFFFFFFu)) * bytes;

@@ -7,10 +7,10 @@
 namespace tovu {
 namespace {
 
-/// One row of the mask, as far as the host's data reaches.
+/// One row of the mask, limited to the host's data.
 struct MaskRow {
     const uint8_t* pixels;
-    int32_t inner_count;  // pixels in front of the last column
+    int32_t inner_count;  // pixels before the last column
     bool last_lit;
 };
 
@@ -18,12 +18,12 @@ MaskRow row_at(const ImageReader& mask, int32_t row) {
     const auto bytes = static_cast<uint64_t>(mask.source.bytes_per_pixel);
     const auto width = static_cast<uint64_t>(mask.source.width);
     const uint64_t start = static_cast<uint64_t>(row) * width * bytes;
-    const uint64_t held = (mask.byte_count - start + bytes - 1) / bytes;  // pixels whose first byte is there
-    const uint64_t inner = std::min(held, width - 1);
+    const uint64_t present = (mask.byte_count - start + bytes - 1) / bytes;  // pixels whose first byte is in the data
+    const uint64_t inner = std::min(present, width - 1);
     return {mask.pixels + start, static_cast<int32_t>(inner), byte_at(mask, start + (width - 1) * bytes) != 0};
 }
 
-// The formats in use have loops of their own, which the compiler turns into vector code.
+// The common formats have their own loops, which the compiler vectorises.
 int32_t count_lit(const uint8_t* pixels, int32_t count, int32_t bytes_per_pixel) {
     int32_t lit = 0;
     if (bytes_per_pixel == 1) {
@@ -46,7 +46,7 @@ double height_of(int32_t row, const ImageReader& mask) {
     return row == mask.source.height - 1 ? 1.0 + mask.source.height : 1.0;
 }
 
-// The column of the lit pixel with this rank among those in front of the last column.
+// The column of the lit pixel with this rank, counting from 0 and leaving out the last column.
 int32_t lit_column(const MaskRow& row, int32_t bytes_per_pixel, int32_t rank) {
     const auto step = static_cast<size_t>(bytes_per_pixel);
     for (int32_t column = 0; column < row.inner_count; ++column)
@@ -59,8 +59,8 @@ float position_at(double pixel, float rect_min, float rect_max, int32_t count) {
     return static_cast<float>(static_cast<double>(rect_min) + pixel * extent / count);
 }
 
-// Rows of which the host's data hold a pixel at least.
-int32_t rows_held(const ImageReader& mask) {
+// The number of rows with at least one pixel in the host's data.
+int32_t rows_present(const ImageReader& mask) {
     const ImageSource& s = mask.source;
     if (mask.pixels == nullptr || s.height <= 0 || s.width <= 0) return 0;
     const uint64_t row_bytes = static_cast<uint64_t>(s.width) * static_cast<uint64_t>(s.bytes_per_pixel);
@@ -73,7 +73,7 @@ int32_t rows_held(const ImageReader& mask) {
 bool build_area(MaskArea& area, const ImageReader& mask) {
     area.row_count = 0;
     area.total = 0;
-    const int32_t rows = rows_held(mask);
+    const int32_t rows = rows_present(mask);
     if (rows == 0 || !area.area_through.reserve(rows)) return false;
     area.row_count = rows;
     for (int32_t row = 0; row < rows; ++row) {

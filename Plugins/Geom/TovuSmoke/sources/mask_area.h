@@ -1,5 +1,5 @@
-// The lit pixels of a mask, from which points can be drawn directly: for masks so dark that candidates from their
-// rectangle would rarely be accepted.
+// The lit pixels of a mask (first channel above 0), to draw points from directly. Used for masks so dark that random
+// points of their rectangle would rarely be accepted.
 #pragma once
 
 #include "../memory/buffer.h"
@@ -8,15 +8,15 @@
 
 namespace tovu {
 
-/// How much of the mask lies in each row, in pixels, the bands beyond the maximum edges included: there the last column
-/// and the last row go on for another width and height of the rectangle.
+/// The accumulated lit area by rows, in pixels. The last column and the last row extend beyond the rectangle by another
+/// width and height of it, as spawn points are drawn from twice the rectangle.
 struct MaskArea {
-    Buffer<double> area_through;  // entry r: of rows 0 to r
-    int32_t row_count = 0;        // that the host's data reach
+    Buffer<double> area_through;  // entry r: area of rows 0 to r
+    int32_t row_count = 0;        // rows within the host's data
     double total = 0;
 };
 
-/// Counts the lit pixels. Returns false where there is none, or no memory.
+/// Counts the lit pixels. Returns false if there is none or no memory.
 bool build_area(MaskArea& area, const ImageReader& mask);
 
 /// A position whose pixel is lit, uniform over all such positions. Draws six random values.

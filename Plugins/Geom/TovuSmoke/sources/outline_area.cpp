@@ -9,28 +9,29 @@
 
 namespace tovu {
 
-/// An edge that is not level, and the gap between it and its right neighbour while the sweep passes both.
+/// An edge that is not level. While it is active it also describes the gap to its right: the space up to the next
+/// active edge.
 struct SweepEdge {
     float low;  // second coordinate of the lower end
     float high;
     float across_at_low;
     float across_at_high;
     double slope;  // first coordinate by second
-    double since;  // second coordinate from which the gap is as it is now
+    double since;  // second coordinate of the gap's last change
     int32_t outline;
-    int32_t cover;  // outlines that enclose the gap
-    bool inside;    // whether its own outline does
-    bool active;    // whether the sweep passes it
+    int32_t cover;  // number of outlines that enclose the gap
+    bool inside;    // the edge's own outline encloses the gap
+    bool active;    // the sweep line intersects the edge
 };
 
-/// Where the sweep will find two neighbours in the other order.
+/// A crossing of two neighbouring edges above the sweep line.
 struct SweepCrossing {
     double along;
-    int32_t left;  // edges, as they stand before
+    int32_t left;  // edges, in their order below the crossing
     int32_t right;
 };
 
-/// Whether an outline encloses the gap at hand; known only in the update with this number.
+/// Whether an outline encloses the current gap. Valid only in the update with this number.
 struct SweepOutline {
     int32_t update;
     bool inside;
@@ -38,28 +39,28 @@ struct SweepOutline {
 
 namespace {
 
-// Edges that cross more often than this enclose so many pieces that boxes serve better.
-constexpr int64_t kMostCrossingsPerEdge = 4;
-constexpr int64_t kCrossingsAnyway = 16384;
+// Limit of the crossings: kBaseCrossings + kCrossingsPerEdge per edge. Beyond it boxes cover the rest of the area.
+constexpr int64_t kCrossingsPerEdge = 4;
+constexpr int64_t kBaseCrossings = 16384;
 constexpr int32_t kBoxes = 64;
 
-/// The plane sweep: a line moves up along the second coordinate and keeps the edges that it passes in their order.
-/// Positions count from the left.
+/// The plane sweep. A level line moves up along the second coordinate; `order` lists the edges that it intersects.
+/// Positions are indices into `order`, from the left.
 struct Sweep {
     OutlineArea& area;
     int32_t edge_count = 0;
-    int32_t* by_high = nullptr;  // edges by their upper end; the array of edges itself is by their lower end
+    int32_t* by_high = nullptr;  // edges sorted by upper end; area.edges is sorted by lower end
     int32_t* order = nullptr;    // active edges, left to right
     int32_t active_count = 0;
-    int32_t begun = 0;  // edges that became active so far
-    int32_t ended = 0;  // of by_high
+    int32_t begun = 0;  // edges of area.edges that have become active
+    int32_t ended = 0;  // edges of by_high that are no longer active
     int32_t crossing_count = 0;
     int64_t swaps_left = 0;
     double reached = 0;  // second coordinate of the last crossing
     int32_t update = 0;
     bool no_memory = false;
 
-    // What the level at hand changed: positions from first_changed on, but for the last `unchanged_behind` ones.
+    // The current level changed the positions from first_changed on, except the last `unchanged_behind` ones.
     int32_t first_changed = 0;
     int32_t unchanged_behind = 0;
 
@@ -75,7 +76,7 @@ void gather_edges(Sweep& sweep, const ContainerSpawnSource& source) {
     SweepEdge* const edges = sweep.area.edges.data();
     for_each_edge(source, [&](const OutlineEdge& e) {
         const float sum = e.a_across + e.a_along + e.b_across + e.b_along;
-        if (e.a_along == e.b_along || !std::isfinite(sum)) return;  // encloses nothing by itself
+        if (e.a_along == e.b_along || !std::isfinite(sum)) return;  // level edges bound no area
         const bool rising = e.a_along < e.b_along;
         const float low = rising ? e.a_along : e.b_along;
         const float high = rising ? e.b_along : e.a_along;
@@ -100,23 +101,23 @@ bool begin_sweep(Sweep& sweep, const ContainerSpawnSource& source) {
         return false;
     sweep.by_high = area.edge_lists.data();
     sweep.order = area.edge_lists.data() + edges;
-    sweep.swaps_left = kMostCrossingsPerEdge * edges + kCrossingsAnyway;
+    sweep.swaps_left = kCrossingsPerEdge * edges + kBaseCrossings;
     for (int32_t i = 0; i < source.outline_count; ++i) area.outlines[i] = {0, false};
     gather_edges(sweep, source);
     return true;
 }
 
-// Room for one entry more; the size doubles, so that a shape that grows slowly rarely allocates.
+// Makes room for one more entry. The size doubles, so that a shape that grows slowly rarely allocates.
 template <class Entry>
 bool reserve_one(Sweep& sweep, Buffer<Entry>& entries, int32_t count) {
-    const bool there = count < entries.capacity() || entries.reserve(2 * static_cast<int64_t>(count) + 64);
-    sweep.no_memory = sweep.no_memory || !there;
-    return there;
+    const bool reserved = count < entries.capacity() || entries.reserve(2 * static_cast<int64_t>(count) + 64);
+    sweep.no_memory = sweep.no_memory || !reserved;
+    return reserved;
 }
 
 void add_piece(Sweep& sweep, AreaPiece piece) {
     OutlineArea& area = sweep.area;
-    piece.right_at_low = std::max(piece.right_at_low, piece.left_at_low);  // rounding may have them cross
+    piece.right_at_low = std::max(piece.right_at_low, piece.left_at_low);  // rounding can make the sides cross
     piece.right_at_high = std::max(piece.right_at_high, piece.left_at_high);
     const double widths = static_cast<double>(piece.right_at_low) - static_cast<double>(piece.left_at_low) +
                           static_cast<double>(piece.right_at_high) - static_cast<double>(piece.left_at_high);
@@ -127,7 +128,7 @@ void add_piece(Sweep& sweep, AreaPiece piece) {
     area.pieces[area.count++] = piece;
 }
 
-// The gap behind a position is about to change: what was enclosed of it so far becomes a piece.
+// Called before the gap to the right of a position changes. If it is enclosed, its part up to `along` becomes a piece.
 void end_gap(Sweep& sweep, int32_t position, double along) {
     if (position < 0 || position >= sweep.active_count) return;
     SweepEdge& left = sweep.at(position);
@@ -145,9 +146,9 @@ bool comes_sooner(const SweepCrossing& a, const SweepCrossing& b) {
     return a.along > b.along;  // for a heap, whose front is the greatest
 }
 
-// Neighbours that stand in the other order where the first of them ends will cross, or do so here by rounding. No pair
-// changes places twice, since the order at that end decides.
-void foresee_crossing(Sweep& sweep, int32_t position, double along) {
+// Notes a crossing if two neighbours have the opposite order at the first of their upper ends. The order there decides,
+// so no pair is swapped twice, even where rounding has them cross already.
+void note_crossing(Sweep& sweep, int32_t position, double along) {
     if (position < 0 || position + 1 >= sweep.active_count) return;
     const SweepEdge& left = sweep.at(position);
     const SweepEdge& right = sweep.at(position + 1);
@@ -163,7 +164,7 @@ void foresee_crossing(Sweep& sweep, int32_t position, double along) {
     std::push_heap(area.crossings.data(), area.crossings.data() + sweep.crossing_count, comes_sooner);
 }
 
-// Edges that touch here stand in any order among themselves, so the search goes on from where it should be.
+// Edges that touch at this level can be in any order, so the search continues on both sides of the computed position.
 int32_t position_of(Sweep& sweep, int32_t edge, double along) {
     const double across = across_at(sweep.area.edges[edge], along);
     const int32_t* const first = sweep.order;
@@ -189,8 +190,8 @@ void swap_neighbours(Sweep& sweep, const SweepCrossing& crossing) {
     const int32_t cover_before = position > 0 ? sweep.at(position - 1).cover : 0;
     left.cover = right.cover;
     right.cover = cover_before + (right.inside ? 1 : -1);
-    foresee_crossing(sweep, position - 1, crossing.along);
-    foresee_crossing(sweep, position + 1, crossing.along);
+    note_crossing(sweep, position - 1, crossing.along);
+    note_crossing(sweep, position + 1, crossing.along);
     --sweep.swaps_left;
 }
 
@@ -249,7 +250,7 @@ bool& inside_at_first_change(Sweep& sweep, int32_t outline) {
     return known.inside;
 }
 
-// Works out anew what the gaps lie in, from the first to the last change at this level.
+// Recomputes the cover of the gaps between the first and the last change at this level.
 void update_gaps(Sweep& sweep, double level) {
     ++sweep.update;
     const int32_t end = sweep.active_count - sweep.unchanged_behind;
@@ -264,7 +265,7 @@ void update_gaps(Sweep& sweep, double level) {
         edge.inside = inside;
     }
     for (int32_t p = std::max(sweep.first_changed - 1, 0); p < end; ++p)
-        if (sweep.at(p).since == level) foresee_crossing(sweep, p, level);
+        if (sweep.at(p).since == level) note_crossing(sweep, p, level);
 }
 
 float next_level(const Sweep& sweep) {
@@ -300,7 +301,7 @@ void add_box(Sweep& sweep, float low, float high) {
     if (any) add_piece(sweep, {low, high, left, right, left, right, 0});
 }
 
-// Covers what the sweep has not passed yet.
+// Covers the area above `along` with boxes.
 void cover_with_boxes(Sweep& sweep, double along) {
     for (int32_t p = 0; p < sweep.active_count; ++p) end_gap(sweep, p, along);
     const auto top = static_cast<double>(sweep.area.edges[sweep.by_high[sweep.edge_count - 1]].high);
@@ -337,8 +338,8 @@ PlanePoint draw_from_area(const OutlineArea& area) {
     const AreaPiece& piece = behind == first ? *behind : behind[-1];
     const auto width_at_low = static_cast<double>(piece.right_at_low) - static_cast<double>(piece.left_at_low);
     const auto width_at_high = static_cast<double>(piece.right_at_high) - static_cast<double>(piece.left_at_high);
-    // The share of the height below which a share v of the trapezoid lies: the width grows linearly, so the area does
-    // as a square. Written so that equal widths need no case of their own.
+    // The share of the height below which a share v of the trapezoid's area lies. The area is quadratic in the height;
+    // this form of the solution also holds for equal widths.
     const double v = random_fraction();
     const double root = std::sqrt(width_at_low * width_at_low * (1.0 - v) + width_at_high * width_at_high * v);
     const double share = v * (width_at_low + width_at_high) / (width_at_low + root);

@@ -1,5 +1,5 @@
-// The area that outlines enclose, cut into pieces from which points can be drawn directly: for shapes so thin that
-// candidates from their box would rarely be accepted.
+// The area that outlines enclose, cut into pieces, to draw points from directly. Used for shapes so thin that random
+// points of their bounding box would rarely be accepted.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ struct AreaPiece {
     float right_at_low;
     float left_at_high;
     float right_at_high;
-    double area_before;  // of all pieces in front of this one
+    double area_before;  // sum over the pieces before this one
 };
 
 struct SweepEdge;
@@ -39,8 +39,8 @@ struct OutlineArea {
 
 /// Cuts the area into trapezoids between neighbouring edges by a plane sweep that reports crossings (Bentley and
 /// Ottmann, "Algorithms for Reporting and Counting Geometric Intersections", IEEE Transactions on Computers 1979). The
-/// pieces are the enclosed area up to rounding. Where edges cross very often the rest is covered by a few boxes, so a
-/// drawn point still has to be tested. Returns false where there is no area or no memory.
+/// pieces cover the enclosed area exactly, up to rounding. If edges cross very often, boxes cover the remaining part,
+/// so a drawn point still has to be tested. Returns false if there is no area or no memory.
 bool build_area(OutlineArea& area, const ContainerSpawnSource& source);
 
 /// A point of the reference plane, uniform over the pieces. Draws six random values.

@@ -8,10 +8,10 @@
 namespace tovu {
 namespace {
 
-constexpr int32_t kFewestEdges = 16;  // below that, testing all is as fast
-constexpr int32_t kMostBands = 4096;
+constexpr int32_t kMinEdges = 16;  // with fewer edges, testing all is as fast
+constexpr int32_t kMaxBands = 4096;
 constexpr int8_t kGapTries = 4;
-constexpr int32_t kMostEntriesPerEdge = 16;  // long edges stand in many bands; coarser bands keep the index small
+constexpr int32_t kMaxEntriesPerEdge = 16;  // a long edge is in many bands; wider bands bound the size of the index
 
 struct EdgeSurvey {
     int32_t count = 0;
@@ -33,7 +33,7 @@ EdgeSurvey survey(const ContainerSpawnSource& source) {
     return result;
 }
 
-// Never falls as `along` grows, so that a point between an edge's ends is in a band between theirs.
+// Monotonic in `along`, so a point between the ends of an edge is in a band between theirs.
 int32_t band_at(const OutlineIndex& index, float along) {
     const float band = (along - index.low) * index.bands_per_unit;
     const float last = static_cast<float>(index.band_count - 1);
@@ -65,8 +65,7 @@ int64_t count_entries(const OutlineIndex& index, const ContainerSpawnSource& sou
     return entries;
 }
 
-// A counting sort by band, which keeps the edges of each band in their order. Edges along the band cross no ray, but
-// they end gaps.
+// A stable counting sort by band. Level edges cross no ray, but they limit gaps.
 void fill_bands(OutlineIndex& index, const ContainerSpawnSource& source) {
     OutlineBand* bands = index.bands.data();
     for (int32_t k = 0; k <= index.band_count + 1; ++k) bands[k] = {0, kGapTries, false, 0, 0};
@@ -83,14 +82,14 @@ void fill_bands(OutlineIndex& index, const ContainerSpawnSource& source) {
 
 bool build(OutlineIndex& index, const ContainerSpawnSource& source) {
     const EdgeSurvey edges = survey(source);
-    if (edges.count < kFewestEdges || !edges.finite || !(edges.high > edges.low)) return false;
+    if (edges.count < kMinEdges || !edges.finite || !(edges.high > edges.low)) return false;
     index.low = edges.low;
     index.high = edges.high;
-    set_bands(index, edges.count < kMostBands ? edges.count : kMostBands);
-    if (!std::isfinite(index.bands_per_unit)) return false;  // all within a range too small to divide by
-    const int64_t most = static_cast<int64_t>(edges.count) * kMostEntriesPerEdge;
+    set_bands(index, edges.count < kMaxBands ? edges.count : kMaxBands);
+    if (!std::isfinite(index.bands_per_unit)) return false;  // the range is too small to divide by
+    const int64_t max_entries = static_cast<int64_t>(edges.count) * kMaxEntriesPerEdge;
     int64_t entries = count_entries(index, source);
-    for (; entries > most && index.band_count > 1; entries = count_entries(index, source))
+    for (; entries > max_entries && index.band_count > 1; entries = count_entries(index, source))
         set_bands(index, index.band_count / 2);
     if (!index.bands.reserve(index.band_count + 2)) return false;
     if (!index.edges.reserve(entries)) return false;
@@ -116,8 +115,8 @@ bool is_inside(EdgeRange edges, float across, float along) {
     return inside;
 }
 
-/// The span of an edge along the first coordinate, widened by more than the crossing that a test works out can be off
-/// by. Of an edge whose numbers could overflow or vanish on the way to it: everything.
+/// The range of an edge along the first coordinate, widened by more than the rounding error of `crosses_edge`.
+/// Unbounded for an edge whose coordinates could overflow or underflow there.
 void span_across(const OutlineEdge& edge, float& low, float& high) {
     constexpr float kHuge = 1e15f;
     constexpr float kTiny = 1e-15f;
@@ -129,9 +128,9 @@ void span_across(const OutlineEdge& edge, float& low, float& high) {
     high = (edge.a_across > edge.b_across ? edge.a_across : edge.b_across) + margin;
 }
 
-/// The widest gap around a point of the band, or none where an edge spans it. Edges end at vertices, where others of
-/// the same outline begin: all that meet beside a gap lie on the same side of it, so that an even number of crossings
-/// comes or goes with any vertex.
+/// Stores the widest gap around `across`, unless an edge reaches it. Within the gap the result is constant: edges end
+/// at vertices where other edges of the same outline begin, on the same side of the gap, so the number of crossings
+/// changes by an even number at each vertex.
 void seek_gap(OutlineBand& band, EdgeRange edges, float across, bool inside) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     --band.gap_tries;

@@ -1,5 +1,5 @@
-// The edges of a source's outlines, sorted into bands of the second coordinate, so that an inside test looks at the few
-// edges whose span can hold the point. Answers are those of testing every edge, to the bit.
+// An index of outline edges by bands of the second coordinate. An inside test visits only the edges of the point's
+// band. The results are exactly those of testing every edge.
 #pragma once
 
 #include <cstdint>
@@ -18,12 +18,11 @@ struct OutlineEdge {
     int32_t outline;
 };
 
-/// Where the edges of a band begin, and a gap between them: no edge of the band comes near a point whose first
-/// coordinate is between its ends, so that all these points are inside together or outside together. It is found around
-/// one of the first points that are tested in the band.
+/// A band's first edge, and a gap: an interval of the first coordinate that no edge of the band reaches. All points of
+/// the band in the gap are inside, or all are outside. The gap is searched for around the first points tested.
 struct OutlineBand {
     int32_t first_edge;
-    int8_t gap_tries;  // that are left
+    int8_t gap_tries;  // remaining attempts to find a gap
     bool gap_inside;
     float gap_low;
     float gap_high;
@@ -31,7 +30,7 @@ struct OutlineBand {
 
 /// Band k holds edges[bands[k].first_edge … bands[k + 1].first_edge), outline by outline.
 struct OutlineIndex {
-    bool stale = true;  // the outlines were read anew since
+    bool stale = true;  // the outlines were read again since the last update
     bool usable = false;
     int32_t ref_plane = 0;
     float low = 0;   // smallest second coordinate of a vertex
@@ -42,12 +41,11 @@ struct OutlineIndex {
     Buffer<OutlineEdge> edges;
 };
 
-/// Builds the index where it is stale or of another reference plane. Returns false where testing every edge is the
-/// better or the only way: few edges, coordinates that are not finite, no memory.
+/// Builds the index if it is stale or of another reference plane. Returns false if every edge must be tested instead:
+/// few edges, coordinates that are not finite, no memory.
 bool update_index(OutlineIndex& index, const ContainerSpawnSource& source);
 
-/// Whether the point lies inside one outline at least. The index must have been updated with success; a gap that is
-/// found is kept in it.
+/// Whether the point is inside at least one outline. Requires a successful update. Stores a gap that it finds.
 bool index_contains(OutlineIndex& index, float across, float along);
 
 /// Calls visit(edge) for every edge of every outline, in order.

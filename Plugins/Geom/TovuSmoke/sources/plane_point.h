@@ -1,4 +1,4 @@
-// A point in the plane that outlines or a mask lie in.
+// A point in the plane of outlines or of a mask.
 #pragma once
 
 namespace tovu {

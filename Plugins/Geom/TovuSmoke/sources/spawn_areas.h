@@ -1,4 +1,4 @@
-// What a search for spawn points works out at most once per emission call, kept from call to call for its memory.
+// The areas that a search for spawn points builds. Kept between calls to reuse the memory.
 #pragma once
 
 #include "mask_area.h"
@@ -6,7 +6,7 @@
 
 namespace tovu {
 
-/// The accepted area of either kind of source, as the last call left it.
+/// The accepted area of an outline source and of a mask. Rebuilt before use.
 struct SpawnAreas {
     OutlineArea outline;
     MaskArea mask;
