@@ -29,6 +29,10 @@ int fail(const std::string& message) {
     return kMistake;
 }
 
+void print_warning(const std::string& message) {
+    std::fprintf(stderr, "warning: %s\n", message.c_str());
+}
+
 int run_params(const tovu::ParamsOptions& options) {
     const stage::Result<std::string> text = tovu::params_text(options);
     if (!text) return fail(text.error().message);
@@ -43,17 +47,18 @@ int run_render(const tovu::RenderOptions& options) {
         if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
         line->show(done);
     };
-    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress);
+    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress, print_warning);
     line.reset();
     if (!report) return fail(report.error().message);
-    for (const std::string& complaint : report->complaints) std::fprintf(stderr, "warning: %s\n", complaint.c_str());
+    for (const std::string& complaint : report->complaints) print_warning(complaint);
     std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");
     return 0;
 }
 
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     CLI::App* command = app.add_subcommand("params", "What a plug-in registers");
-    command->add_option("plugin", options.plugin, "Plug-in library; the smoke when left out");
+    command->add_option("plugin", options.plugin,
+                        "As in a scene: \"smoke\" (the default), a library beside it such as TovuGather, or a file");
     command->add_flag("--json", options.json, "JSON instead of a table");
 }
 
@@ -62,27 +67,29 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("scene", options.scene, "Scene file")->required();
     command->add_option("-o,--output", options.output, "x.png, frames/%04d.png, x.mp4, x.mov or x.webm")->required();
     command->add_option("--at", options.at, "Time of a single picture, seconds");
-    command->add_option("--frames", options.frames, "Only frames A-B, counted from 0");
+    command->add_option("--frames", options.frames, "Only the frames A to B, counted from 0");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
-    command->add_option("--plugin", options.plugin, "Library to take for the smoke");
+    command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
     command->add_option("--plugin-timeout", options.plugin_timeout,
                         "Seconds that one call into a plug-in may take; 60 when left out, 0 for any time");
     command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
-    command->add_option("--trace", options.trace, "JSON file for how long plug-ins took; Chrome and Perfetto show it");
+    command->add_option("--trace", options.trace,
+                        "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
 }
 
 int run(int argc, char** argv) {
     CLI::App app("Smoke on a stage: runs the plug-in in a host of its own.", "tovu");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "tovu " TOVU_VERSION);
     tovu::ParamsOptions params;
     tovu::RenderOptions render;
-    params.plugin = render.plugin = tovu::smoke_plugin_file();
+    render.plugin = tovu::smoke_plugin_file();
     add_params(app, params);
     add_render(app, render);
-    app.add_subcommand("help", "This text");
+    app.add_subcommand("help", "Show this text");
     const std::vector<std::string> commands = {"render", "params", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
@@ -91,7 +98,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::Success& wanted) {
         return app.exit(wanted);
     } catch (const CLI::ParseError& error) {
-        return fail(std::string(error.what()) + "\nrun with --help for what there is");
+        return fail(std::string(error.what()) + "\nsee --help");
     }
     tovu::install_fault_guard();
     if (app.got_subcommand("params")) return run_params(params);

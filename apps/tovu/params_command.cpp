@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "plugin_location.h"
 #include "stage/plugins/plugin.h"
 #include "stage/scene/stage.h"
+#include "stage/scenefile/plugin_file.h"
 
 namespace tovu {
 
@@ -98,8 +100,10 @@ std::string table_text(const stage::Plugin& plugin) {
 }  // namespace
 
 stage::Result<std::string> params_text(const ParamsOptions& options) {
+    const stage::Result<std::string> file = stage::find_plugin_file(options.plugin, smoke_plugin_file(), {});
+    if (!file) return file.error();
     const stage::StagePtr host = stage::make_stage();
-    const stage::Result<stage::PluginId> loaded = stage::load_plugin(*host, options.plugin);
+    const stage::Result<stage::PluginId> loaded = stage::load_plugin(*host, *file);
     if (!loaded) return loaded.error();
     const stage::Plugin& plugin = stage::plugin(*loaded);
     return options.json ? json_text(plugin) : table_text(plugin);

@@ -8,7 +8,7 @@
 namespace tovu {
 
 struct ParamsOptions {
-    std::string plugin;  // library file
+    std::string plugin;  // a name as scenes have it; empty is the smoke
     bool json = false;   // a JSON object instead of a table
 };
 

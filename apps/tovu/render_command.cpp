@@ -12,6 +12,7 @@
 #include "stage/output/video_file.h"
 #include "stage/scenefile/scene_draw.h"
 #include "stage/scenefile/scene_run.h"
+#include "stage/scenefile/timeline.h"
 
 namespace tovu {
 
@@ -69,14 +70,27 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
     return output.video ? output.video->finish() : Result<Done>(Done{});
 }
 
+// Frames of an earlier, longer render that stand behind the scene's last one.
+void warn_of_older_frames(const std::string& pattern, const stage::SceneDescription& scene, const RenderWarning& warn) {
+    const Result<stage::NumberedFiles> files = stage::existing_frames(pattern);
+    if (!files) return;
+    const int64_t count = stage::frame_count(scene);
+    const auto first = files->lower_bound(static_cast<int>(count));
+    if (first == files->end()) return;
+    warn(fmt::format("{} to {} are from an earlier render: this scene has {} frames", first->second.string(),
+                     files->rbegin()->second.string(), count));
+}
+
 }  // namespace
 
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress) {
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
+                                         const RenderWarning& warn) {
     const Result<RenderPlan> plan = plan_render(options);
     if (!plan) return plan.error();
     set_plugin_timeout(plan->plugin_timeout_seconds);
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
+    for (const std::string& warning : built->warnings) warn(warning);
     std::vector<stage::TraceSection> sections;  // outlives the run, which may end in an error
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
@@ -94,6 +108,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
     }
+    if (plan->kind == OutputKind::kNumbered) warn_of_older_frames(options.output, plan->scene, warn);
     RenderReport report;
     report.frames = plan->last - plan->first + 1;
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)

@@ -32,8 +32,12 @@ struct RenderReport {
 /// Called before the first and after each picture, from the thread that renders.
 using RenderProgress = std::function<void(int frames_done, int frames_total)>;
 
+/// Called with each thing that can be rendered, but hardly as intended: one line, without a newline.
+using RenderWarning = std::function<void(const std::string& message)>;
+
 /// The error has a line for each mistake, and says what would be right. Nothing is written then, except for the whole
 /// pictures of a numbered row that came before a fault.
-stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress);
+stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
+                                         const RenderWarning& warn);
 
 }  // namespace tovu

@@ -7,8 +7,11 @@
 #include <cmath>
 #include <filesystem>
 
+#include "stage/assets/picture.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/video_file.h"
+#include "stage/scenefile/input_files.h"
+#include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -33,9 +36,10 @@ Result<Done> apply_size(const std::string& text, stage::SceneDescription& scene)
     std::array<int32_t, 2> size{};
     const bool right = x != std::string::npos && parse_number(std::string_view(text).substr(0, x), size[0]) &&
                        parse_number(std::string_view(text).substr(x + 1), size[1]) && size[0] >= 1 &&
-                       size[0] <= 16384 && size[1] >= 1 && size[1] <= 16384;
+                       size[0] <= stage::kMaxPictureSide && size[1] >= 1 && size[1] <= stage::kMaxPictureSide;
     if (!right)
-        return Error{fmt::format("--size {}: must be WIDTHxHEIGHT in pixels, 1 to 16384 each, such as 1280x720", text)};
+        return Error{fmt::format("--size {}: must be WIDTHxHEIGHT in pixels, 1 to {} each, such as 1280x720", text,
+                                 stage::kMaxPictureSide)};
     scene.size = size;
     return Done{};
 }
@@ -94,6 +98,28 @@ Result<Done> check_folder(std::string_view option, const std::filesystem::path& 
     return Done{};
 }
 
+// Error: `file` is one of the files that the scene is made of.
+Result<Done> check_not_an_input(std::string_view option, const std::filesystem::path& file,
+                                const stage::SceneDescription& scene) {
+    for (const std::filesystem::path& input : stage::input_files(scene)) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, input, ignored))
+            return Error{fmt::format("{} {}: the scene reads this file; choose another name", option, file.string())};
+    }
+    return Done{};
+}
+
+// The pictures that the render would overwrite.
+Result<Done> check_frames_are_no_inputs(const std::string& pattern, const RenderPlan& plan) {
+    const Result<stage::NumberedFiles> existing = stage::existing_frames(pattern);
+    if (!existing) return existing.error();
+    for (const auto& [number, file] : *existing) {
+        if (number < plan.first || number > plan.last) continue;
+        if (Result<Done> checked = check_not_an_input("-o", file, plan.scene); !checked) return checked;
+    }
+    return Done{};
+}
+
 // The folder of numbered pictures is made when it is not there; the one around it must be.
 Result<Done> check_numbered(const std::string& output) {
     const Result<std::filesystem::path> name = stage::frame_name(output, 0);
@@ -111,7 +137,8 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
         plan.kind = OutputKind::kNumbered;
         if (!options.at.empty()) return Error{"--at: is for one picture; numbered ones take --frames A-B"};
         if (Result<Done> checked = check_numbered(options.output); !checked) return checked;
-        return take_frames(options.frames, plan);
+        if (Result<Done> taken = take_frames(options.frames, plan); !taken) return taken;
+        return check_frames_are_no_inputs(options.output, plan);
     }
     const std::filesystem::path file = options.output;
     if (stage::is_video_name(file)) {
@@ -126,6 +153,7 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
                         "as in frames/%04d.png",
                         options.output)};
     if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
+    if (Result<Done> checked = check_not_an_input("-o", file, plan.scene); !checked) return checked;
     if (!options.at.empty()) return take_moment(options.at, plan);
     Result<Done> taken = take_frames(options.frames, plan);
     if (taken && plan.first != plan.last)
@@ -151,6 +179,7 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     if (const Result<Done> done = take_output(options, plan); !done) return done.error();
     if (options.trace.empty()) return plan;
     if (const Result<Done> done = check_folder("--trace", options.trace); !done) return done.error();
+    if (const Result<Done> done = check_not_an_input("--trace", options.trace, plan.scene); !done) return done.error();
     return plan;
 }
 

@@ -5,7 +5,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "stage/scene/image.h"
+
 namespace stage {
+
+/// The longest side of a picture and of a frame, in pixels.
+inline constexpr int32_t kMaxPictureSide = 16384;
 
 /// OpenGL's pixel format codes, as the image services report them to plug-ins.
 enum PictureFormat : int32_t {
@@ -16,7 +21,7 @@ enum PictureFormat : int32_t {
     kPictureLuminanceAlpha = 0x190A,
 };
 
-/// Rows of width × bytes per pixel bytes without padding, the bottom row of the picture first; alpha is straight.
+/// Rows of width × bytes_per_pixel(format) bytes without padding, the bottom row first; alpha is straight.
 struct Picture {
     int32_t width = 0;
     int32_t height = 0;
@@ -24,22 +29,7 @@ struct Picture {
     std::vector<uint8_t> bytes;
 };
 
-constexpr int32_t bytes_per_pixel(PictureFormat format) {
-    switch (format) {
-        case kPictureAlpha:
-        case kPictureLuminance:
-            return 1;
-        case kPictureLuminanceAlpha:
-            return 2;
-        case kPictureRgb:
-            return 3;
-        case kPictureRgba:
-            break;
-    }
-    return 4;
-}
-
-constexpr size_t picture_byte_count(int32_t width, int32_t height, PictureFormat format) {
+inline size_t picture_byte_count(int32_t width, int32_t height, PictureFormat format) {
     return static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(bytes_per_pixel(format));
 }
 

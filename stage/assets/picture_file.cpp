@@ -13,9 +13,9 @@
 namespace stage {
 namespace {
 
-/// Bytes handed to the decoder, which reads on with zeros where a file ends too early and doesn't say so. It reads
-/// through a small buffer of its own, always the one of its first read, and straight into pixel rows; an end within the
-/// buffer is no fault, since it asks for more than it needs.
+/// Bytes handed to the decoder. Where a file ends too early the decoder continues with zeros and reports no error, so
+/// that this struct notes it. The decoder reads into pixel rows and into a small buffer, always that of its first read;
+/// a short read into the buffer is no fault, since it asks for more than it needs.
 struct Source {
     std::span<const uint8_t> bytes;
     size_t position = 0;
@@ -47,7 +47,7 @@ int is_source_at_end(void* user) {
 
 constexpr stbi_io_callbacks kCallbacks = {read_source, skip_source, is_source_at_end};
 
-/// The same straight from a file, for its head.
+/// The same callbacks on an open file, to read the head alone.
 int read_stream(void* user, char* data, int size) {
     std::ifstream& file = *static_cast<std::ifstream*>(user);
     file.read(data, size);
@@ -66,11 +66,11 @@ int is_stream_at_end(void* user) {
 
 constexpr stbi_io_callbacks kStreamCallbacks = {read_stream, skip_stream, is_stream_at_end};
 
-/// The error of a head that was read, or nothing.
-std::string head_problem(const std::string& name, bool known, int width, int height) {
-    if (!known) return name + ": not a PNG, JPEG, TGA or BMP picture";
-    if (width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide) return {};
-    return fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide);
+/// known: the decoder recognised the format.
+Result<Done> check_head(const std::string& name, bool known, int width, int height) {
+    if (!known) return Error{name + ": not a PNG, JPEG, TGA or BMP picture"};
+    if (width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide) return Done{};
+    return Error{fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide)};
 }
 
 Result<std::ifstream> open_picture(const std::filesystem::path& path) {
@@ -117,7 +117,7 @@ Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string
     int height = 0;
     int channels = 0;
     const bool known = stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels) != 0;
-    if (const std::string problem = head_problem(name, known, width, height); !problem.empty()) return Error{problem};
+    if (const Result<Done> checked = check_head(name, known, width, height); !checked) return checked.error();
 
     source = Source{bytes};
     const std::unique_ptr<stbi_uc, FreePixels> pixels(
@@ -142,8 +142,7 @@ Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& pa
     int height = 0;
     int channels = 0;
     const bool known = stbi_info_from_callbacks(&kStreamCallbacks, &*file, &width, &height, &channels) != 0;
-    if (const std::string problem = head_problem(path.string(), known, width, height); !problem.empty())
-        return Error{problem};
+    if (const Result<Done> checked = check_head(path.string(), known, width, height); !checked) return checked.error();
     return std::array<int32_t, 2>{width, height};
 }
 

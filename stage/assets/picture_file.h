@@ -1,4 +1,4 @@
-// Pictures from files.
+// Reads picture files.
 #pragma once
 
 #include <array>
@@ -12,19 +12,16 @@
 
 namespace stage {
 
-/// The longest side that is read, in pixels.
-inline constexpr int32_t kMaxPictureSide = 16384;
-
 /// Reads a PNG, JPEG, TGA or BMP file as it is, without converting its channels: grey, grey with alpha, RGB or RGBA,
 /// 8 bits each (16-bit files keep their upper 8). The error names the file and what is wrong with it: missing, not one
 /// of these formats, damaged, ending too early, larger than kMaxPictureSide.
 STAGE_EXPORT Result<Picture> read_picture(const std::filesystem::path& path);
 
-/// Width and height of a picture file in pixels, from its head alone: damage further on goes unnoticed. Errors as
-/// above.
+/// Width and height of a picture file in pixels, read from its head: damage in the pixels is not noticed. Errors as for
+/// read_picture.
 STAGE_EXPORT Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path);
 
-/// The whole picture from bytes in memory; `name` stands for the file in messages.
+/// Decodes a picture file that is in memory; messages call it `name`.
 STAGE_EXPORT Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string& name);
 
 }  // namespace stage

@@ -67,8 +67,12 @@ uint8_t to_byte(float value) {
 Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDepth depth) {
     GLint limit = 0;
     glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &limit);
+    GLint texture_limit = 0, viewport_limits[2] = {};
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &texture_limit);
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport_limits);
+    limit = std::min({limit, texture_limit, viewport_limits[0], viewport_limits[1]});
     if (width < 1 || height < 1 || width > limit || height > limit)
-        return Error{fmt::format("a frame of {} x {} pixels: both must be 1 to {}", width, height, limit)};
+        return Error{fmt::format("a frame of {} x {} pixels: this renderer takes 1 to {} each", width, height, limit)};
 
     auto objects = std::make_unique<Objects>();
     objects->width = width;
@@ -84,8 +88,9 @@ Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDept
     const GLenum status = glCheckFramebufferStatus(GL_FRAMEBUFFER);
     glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previous));
     if (status != GL_FRAMEBUFFER_COMPLETE)
-        return Error{fmt::format("the renderer can't draw into a frame of {} x {} pixels with {} (status {:#06x})",
-                                 width, height, depth == FrameDepth::kFloat16 ? "16-bit floats" : "8 bits", status)};
+        return Error{fmt::format(
+            "the renderer can't draw into a frame of {} x {} pixels with {} (status {:#06x}); take a smaller size",
+            width, height, depth == FrameDepth::kFloat16 ? "16-bit floats" : "8 bits", status)};
     return Framebuffer(std::move(objects));
 }
 

@@ -29,7 +29,7 @@ constexpr StackKind kStacks[kStackCount] = {
 /// Matrix stacks, programs and vertex array objects are no part of OpenGL's attribute stacks.
 struct SavedState {
     GLint depths[kStackCount];
-    PassMatrix matrices[kStackCount];
+    Matrix matrices[kStackCount];
     GLint program = 0;
     GLint vertex_array = 0;
     OpenGlDispatch dispatch;
@@ -88,11 +88,11 @@ void set_state(const PassSettings& settings) {
         glDisable(off);
     glEnable(GL_BLEND);
     glBlendEquation(GL_FUNC_ADD);
-    glBlendFuncSeparate(GL_SRC_ALPHA, settings.blend == PassBlend::kAdditive ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA, GL_ONE,
+    glBlendFuncSeparate(GL_SRC_ALPHA, settings.blend == Blend::kAdditive ? GL_ONE : GL_ONE_MINUS_SRC_ALPHA, GL_ONE,
                         GL_ONE_MINUS_SRC_ALPHA);
     glEnable(GL_ALPHA_TEST);
-    glAlphaFunc(GL_GREATER, settings.alpha_reference);
-    (settings.depth_test ? glEnable : glDisable)(GL_DEPTH_TEST);
+    glAlphaFunc(GL_GREATER, 0.0f);
+    glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glDepthMask(GL_TRUE);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
@@ -117,7 +117,7 @@ void end_open_begin(std::vector<std::string>& complaints) {
     complaints.emplace_back("a glBegin was left without its glEnd");
 }
 
-void restore_stack(const StackKind& stack, GLint depth_before, const PassMatrix& matrix,
+void restore_stack(const StackKind& stack, GLint depth_before, const Matrix& matrix,
                    std::vector<std::string>& complaints) {
     GLint depth = 0;
     glGetIntegerv(stack.depth_query, &depth);

@@ -7,29 +7,18 @@
 #include <string>
 #include <vector>
 
+#include "stage/scene/container.h"
 #include "stage/stage_export.h"
 
 namespace stage {
 
-/// 16 floats in OpenGL's column order.
-using PassMatrix = std::array<float, 16>;
-
-inline constexpr PassMatrix kPassIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-
-enum class PassBlend {
-    kAlpha,     // SRC_ALPHA, ONE_MINUS_SRC_ALPHA
-    kAdditive,  // SRC_ALPHA, ONE
-};
-
 struct PassSettings {
-    PassMatrix projection_view = kPassIdentity;  // projection × view, for GL_PROJECTION
-    PassMatrix world = kPassIdentity;            // the container's transformation alone, for GL_MODELVIEW
-    unsigned int texture = 0;                    // OpenGL's number; 0: texturing off
-    PassBlend blend = PassBlend::kAlpha;
-    float opacity = 1.0f;          // 0…1, handed to the callback
-    int32_t render_flags = 0;      // handed to the callback; bit 0: a reduced pass
-    float alpha_reference = 0.0f;  // fragments pass whose alpha is greater
-    bool depth_test = true;        // GL_LEQUAL against what is drawn already, and depth written
+    Matrix projection_view = kIdentity;  // projection × view, for GL_PROJECTION
+    Matrix world = kIdentity;            // the container's transformation alone, for GL_MODELVIEW
+    unsigned int texture = 0;            // OpenGL's number; 0: texturing off
+    Blend blend = Blend::kAlpha;
+    float opacity = 1.0f;                                   // 0…1, handed to the callback
+    int32_t render_flags = 0;                               // handed to the callback; bit 0: a reduced pass
     std::array<float, 4> color = {1.0f, 1.0f, 1.0f, 1.0f};  // the current colour at the start
     bool check_every_call = false;                          // name each faulty OpenGL call; slow
 };
@@ -41,9 +30,10 @@ using PassCallback = std::function<void(int32_t render_flags, float opacity)>;
 /// the three matrix stacks and the services' target back as they were, whatever `draw` left.
 ///
 /// What `draw` finds: GL_PROJECTION and GL_MODELVIEW as in the settings, GL_MODELVIEW selected, the texture matrix
-/// scaling 0…32767 to 0…1, the texture bound and enabled with GL_MODULATE, blending and alpha test on, lighting,
-/// culling and fog off, no client array enabled, no buffer, program or vertex array object bound, line width and point
-/// size 1. Alpha is blended with ONE, ONE_MINUS_SRC_ALPHA whatever the colour's blend.
+/// scaling 0…32767 to 0…1, the texture bound and enabled with GL_MODULATE, blending, alpha test (alpha above 0
+/// passes) and depth test (GL_LEQUAL, depth written) on, lighting, culling and fog off, no client array enabled, no
+/// buffer, program or vertex array object bound, line width and point size 1. Alpha is blended with ONE,
+/// ONE_MINUS_SRC_ALPHA whatever the colour's blend.
 ///
 /// A context must be current and the target bound. Returns what is wrong with the calls of `draw`, a line for each:
 /// an open glBegin, unbalanced matrix stacks, OpenGL errors; empty when all is well.

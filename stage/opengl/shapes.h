@@ -9,7 +9,7 @@
 
 namespace stage {
 
-/// The area inside closed outlines, in a pass of its own with the settings' matrices, blend, colour and depth test; the
+/// The area inside closed outlines, in a pass of its own with the settings' matrices, blend and colour; the
 /// colour's alpha is multiplied by the settings' opacity; at 0 nothing is drawn, into the depth buffer neither. Inside
 /// is by the even-odd rule, so that an outline inside another is a hole. Points are three floats each, in the
 /// container's coordinates, all in one plane; `outline_sizes` splits them into outlines (points each). Untextured.

@@ -4,19 +4,18 @@
 
 #include <algorithm>
 #include <charconv>
-#include <map>
 
 namespace stage {
 namespace {
 
-/// A stretch of digits behind the %: "" , "4" or "04".
+/// The %d, %4d or %04d of a pattern.
 struct NumberField {
-    size_t length = 0;  // of the whole field with % and d
+    size_t length = 0;  // characters, % and d included
     int width = 0;
     bool zeros = false;
 };
 
-/// Of the text at a %; length 0 when it is no number field.
+/// text starts with %. Length 0 when that begins no number field.
 NumberField parse_field(std::string_view text) {
     NumberField field;
     size_t at = 1;
@@ -31,7 +30,7 @@ NumberField parse_field(std::string_view text) {
     return field;
 }
 
-/// A pattern taken apart: what stands around its number, with %% for % already undone.
+/// A parsed pattern: the texts before and after its number, with each %% replaced by %.
 struct FramePattern {
     std::string before;
     std::string after;
@@ -66,7 +65,7 @@ std::string name_of(const FramePattern& pattern, int number) {
            pattern.after;
 }
 
-/// The number that makes this name of the pattern, or -1.
+/// The number for which the pattern gives this name, or -1.
 int number_in(const FramePattern& pattern, const std::string& name) {
     const size_t around = pattern.before.size() + pattern.after.size();
     if (name.size() <= around || !name.starts_with(pattern.before)) return -1;
@@ -75,6 +74,19 @@ int number_in(const FramePattern& pattern, const std::string& name) {
     int number = -1;
     std::from_chars(digits.data(), digits.data() + digits.size(), number);
     return number >= 0 && name_of(pattern, number) == name ? number : -1;
+}
+
+NumberedFiles files_in(const std::filesystem::path& folder, const FramePattern& pattern) {
+    NumberedFiles found;
+    std::error_code code;
+    std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, code);
+    for (; !code && entry != std::filesystem::directory_iterator(); entry.increment(code)) {
+        const std::string name = entry->path().filename().string();
+        std::error_code ignored;
+        if (const int number = number_in(pattern, name); number >= 0 && entry->is_regular_file(ignored))
+            found[number] = folder / name;
+    }
+    return found;
 }
 
 }  // namespace
@@ -90,19 +102,19 @@ Result<std::filesystem::path> frame_name(const std::string& pattern, int number)
     return std::filesystem::path(name_of(*parsed, number));
 }
 
+Result<NumberedFiles> existing_frames(const std::string& pattern) {
+    const Result<std::filesystem::path> first = frame_name(pattern, 0);
+    if (!first) return first.error();
+    const Result<FramePattern> parsed = parse_pattern(std::filesystem::path(pattern).filename().string());
+    if (!parsed) return NumberedFiles{};  // the number is in the folder's name
+    return files_in(first->parent_path(), *parsed);
+}
+
 Result<std::vector<std::filesystem::path>> numbered_files(const std::filesystem::path& folder,
                                                           const std::string& pattern) {
     const Result<FramePattern> parsed = parse_pattern(pattern);
     if (!parsed) return parsed.error();
-    std::map<int, std::filesystem::path> found;
-    std::error_code code;
-    std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, code);
-    for (; !code && entry != std::filesystem::directory_iterator(); entry.increment(code)) {
-        const std::string name = entry->path().filename().string();
-        std::error_code ignored;
-        if (const int number = number_in(*parsed, name); number >= 0 && entry->is_regular_file(ignored))
-            found[number] = folder / name;
-    }
+    const NumberedFiles found = files_in(folder, *parsed);
     if (found.empty())
         return Error{fmt::format("there is no file that '{}' stands for in the folder '{}'", pattern,
                                  folder.empty() ? "." : folder.string())};

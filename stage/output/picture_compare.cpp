@@ -13,7 +13,7 @@ constexpr double kMidGrey = 127.5;
 constexpr double kAmplification = 8.0;
 constexpr size_t kChannels = 4;
 
-/// Red, green, blue as they look over mid grey, and alpha; each 0…255.
+/// Red, green and blue over mid grey, and alpha; each 0…255.
 std::array<double, kChannels> seen_pixel(const Picture& picture, size_t index) {
     const uint8_t* p = &picture.bytes[index * static_cast<size_t>(bytes_per_pixel(picture.format))];
     std::array<double, kChannels> rgba{};

@@ -1,4 +1,4 @@
-// How far a render is.
+// Progress of a render.
 #pragma once
 
 #include <chrono>
@@ -9,16 +9,16 @@
 
 namespace stage {
 
-/// "frame 30/100, 12.5 frames/s, 5.6 s left"; without rate and time before the first frame is done or time has passed.
+/// "frame 30/100, 12.5 frames/s, 5.6 s left"; rate and time are left out while no frame is done or no time has passed.
 STAGE_EXPORT std::string progress_text(int frames_done, int frames_total, double elapsed_seconds);
 
-/// Tells of progress: on a terminal one line that is rewritten (at most ten times a second), otherwise a line about
-/// every second. The last frame is always told.
+/// Prints progress: on a terminal one line that is rewritten (at most ten times a second), otherwise a line about every
+/// second. The last frame is always printed.
 class STAGE_EXPORT ProgressLine {
   public:
-    /// `stream` stays the caller's; it is a terminal or not as isatty says.
+    /// stream: stays open and the caller's; isatty decides whether it is a terminal.
     ProgressLine(int frames_total, std::FILE* stream);
-    /// Ends a rewritten line that was begun.
+    /// Ends the rewritten line with a newline.
     ~ProgressLine();
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;

@@ -1,4 +1,4 @@
-// Files that appear under their name only when they are whole.
+// Files that appear under their name only once they are whole.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// Containers: the nodes of the scene's tree. Each has a place, a look and at most one geometry.
+// Containers: the nodes of the scene's tree. Each has a place, a draw style and at most one geometry.
 #pragma once
 
 #include <cstdint>
@@ -15,14 +15,16 @@ namespace stage {
 
 struct Stage;
 
-enum class Blend { kAlpha, kAdditive };
+/// Blending of colours. Alpha is always blended with ONE, ONE_MINUS_SRC_ALPHA.
+enum class Blend {
+    kAlpha,     // SRC_ALPHA, ONE_MINUS_SRC_ALPHA
+    kAdditive,  // SRC_ALPHA, ONE
+};
 
-/// What the host has in force while the container's geometry is drawn.
-struct Look {
+/// How the container's geometry is drawn.
+struct DrawStyle {
     int32_t texture_handle = kNoObject;  // an image; none draws without a texture
     Blend blend = Blend::kAlpha;
-    float alpha_test_reference = 0;  // with the alpha test on, what is not above this is dropped
-    bool depth_test = true;
 };
 
 struct BoundingBox {
@@ -30,7 +32,7 @@ struct BoundingBox {
     Vector3 maximum;
 };
 
-/// All but the placement, visibility, opacity and look is kept by the functions below: read it, leave it alone.
+/// All but the placement, visibility, opacity and draw style is kept by the functions below: read it, leave it alone.
 struct Container {
     int32_t handle = kNoObject;
     std::string name;  // not necessarily the only one of that name
@@ -42,7 +44,7 @@ struct Container {
     Placement placement;
     bool visible = true;  // an invisible one hides its children as well; its plug-in still simulates
     float opacity = 1;    // 0 to 1, multiplied down the tree
-    Look look;
+    DrawStyle draw_style;
 };
 
 /// Adds a container as its parent's last child, or as the last root for kNoObject. Returns its handle; kNoObject when

@@ -11,8 +11,6 @@ namespace stage {
 
 namespace {
 
-constexpr double kLargest = 1e9;  // of a coordinate: keeps matrices far from the limits of float
-
 // A container as written: its parent may be named and stand later in the file.
 struct WrittenContainer {
     ContainerDescription container;
@@ -35,12 +33,11 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
          if (w.nested_in >= 0)
              report(r, e.node.source(), "a nested container has its parent already: leave 'parent' out");
      }},
-    {"position", [](KeyReader& r, const KeyedNode& e,
-                    WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.position); }},
-    {"rotation", [](KeyReader& r, const KeyedNode& e,
-                    WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.rotation); }},
-    {"scale", [](KeyReader& r, const KeyedNode& e,
-                 WrittenContainer& w) { read_triple(r, e, -kLargest, kLargest, w.container.scale); }},
+    {"position",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_triple(r, e, w.container.position); }},
+    {"rotation",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_triple(r, e, w.container.rotation); }},
+    {"scale", [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_triple(r, e, w.container.scale); }},
     {"plugin",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
          w.container.has_plugin = read_text(r, e, w.container.plugin);

@@ -9,9 +9,6 @@ namespace stage {
 
 namespace {
 
-constexpr double kSmallest = 1e-6;  // of a width or a height
-constexpr double kLargest = 1e9;
-
 // By position: the names of GeometryKind. `needed` must be given, `possible` may be.
 struct KindRow {
     const char* name;
@@ -62,22 +59,19 @@ const KeyRow<GeometryDescription> kGeometryKeys[] = {
          size_t choice = 0;
          if (read_choice(r, e, kind_names(), choice)) g.kind = static_cast<GeometryKind>(choice);
      }},
-    {"width",
-     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_number(r, e, kSmallest, kLargest, g.width); }},
-    {"height", [](KeyReader& r, const KeyedNode& e,
-                  GeometryDescription& g) { read_number(r, e, kSmallest, kLargest, g.height); }},
+    {"width", [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_length(r, e, g.width); }},
+    {"height", [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_length(r, e, g.height); }},
     {"segments",
-     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
-         int64_t segments = g.segments;
-         read_integer(r, e, 3, 4096, segments);
-         g.segments = static_cast<int32_t>(segments);
-     }},
+     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_integer(r, e, 3, 4096, g.segments); }},
     {"points", read_points},
     {"file", [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_file_path(r, e, g.file); }},
-    {"text", [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_text(r, e, g.text); }},
+    {"text",
+     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
+         read_text(r, e, g.text);
+         g.text_place = place_of(r, e.node.source());
+     }},
     {"font", read_font},
-    {"size",
-     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_number(r, e, kSmallest, kLargest, g.size); }},
+    {"size", [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_length(r, e, g.size); }},
     {"align",
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
          size_t choice = 0;
@@ -87,8 +81,8 @@ const KeyRow<GeometryDescription> kGeometryKeys[] = {
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_number(r, e, 0.0, 1.0, g.threshold); }},
     {"fill",
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
-         Triple colour{};
-         if (read_triple(r, e, 0.0, 1.0, colour)) g.fill = colour;
+         Triple color{};
+         if (read_color(r, e, color)) g.fill = color;
      }},
 };
 

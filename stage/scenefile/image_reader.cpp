@@ -9,9 +9,6 @@ namespace stage {
 
 namespace {
 
-constexpr double kEarliest = -86400.0;  // seconds: a day before the first picture
-constexpr double kLatest = 86400.0;
-
 // The pictures that a pattern stands for. Only the file's name may hold the number: the folder is taken as it stands.
 void read_sequence(KeyReader& reader, const KeyedNode& entry, const std::string& written, ImageDescription& image) {
     const std::filesystem::path pattern = written;
@@ -42,8 +39,8 @@ const KeyRow<ImageDescription> kImageKeys[] = {
     {"file", read_files},
     {"frame_rate",
      [](KeyReader& r, const KeyedNode& e, ImageDescription& i) { read_number(r, e, 0.001, 1000.0, i.frame_rate); }},
-    {"start",
-     [](KeyReader& r, const KeyedNode& e, ImageDescription& i) { read_number(r, e, kEarliest, kLatest, i.start); }},
+    {"start", [](KeyReader& r, const KeyedNode& e,
+                 ImageDescription& i) { read_number(r, e, -kMaxSeconds, kMaxSeconds, i.start); }},
     {"play",
      [](KeyReader& r, const KeyedNode& e, ImageDescription& i) {
          size_t choice = 0;

@@ -12,13 +12,8 @@ namespace stage {
 
 namespace {
 
-constexpr double kUnlimited = 1e30;  // limits beyond which a range is not worth telling
-
-std::string range_text(double minimum, double maximum) {
-    if (minimum <= -kUnlimited && maximum >= kUnlimited) return "";
-    if (maximum >= kUnlimited) return fmt::format(" of {} or more", minimum);
-    return fmt::format(" from {} to {}", minimum, maximum);
-}
+constexpr double kMinLength = 1e-6;
+constexpr double kMaxCoordinate = 1e9;
 
 bool is_number_within(const toml::node& node, double minimum, double maximum, double& out) {
     if (!node.is_number()) return false;
@@ -29,8 +24,9 @@ bool is_number_within(const toml::node& node, double minimum, double maximum, do
     return true;
 }
 
+// names: of the numbers, such as "x, y, z".
 template <size_t N>
-bool read_numbers(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum,
+bool read_numbers(KeyReader& reader, const KeyedNode& entry, const char* names, double minimum, double maximum,
                   std::array<float, N>& out) {
     const toml::array* array = entry.node.as_array();
     std::array<float, N> values{};
@@ -42,8 +38,8 @@ bool read_numbers(KeyReader& reader, const KeyedNode& entry, double minimum, dou
     }
     if (!right) {
         report(reader, entry.node.source(),
-               fmt::format("{} must be [{}] with {} numbers{}, not {}", entry.key, N == 3 ? "x, y, z" : "x, y",
-                           N == 3 ? "three" : "two", range_text(minimum, maximum), describe(entry.node)));
+               fmt::format("{} must be [{}] with {} numbers from {} to {}, not {}", entry.key, names,
+                           N == 3 ? "three" : "two", minimum, maximum, describe(entry.node)));
         return false;
     }
     out = values;
@@ -62,6 +58,13 @@ void report(KeyReader& reader, const toml::source_region& source, const std::str
 
 void report_at(KeyReader& reader, const Place& place, const std::string& message) {
     reader.errors.push_back(place + ": " + message);
+}
+
+void report_parse_error(KeyReader& reader, const toml::parse_error& error) {
+    const bool wrong_bytes = error.description().find("utf-8") != std::string_view::npos;
+    report(reader, error.source(),
+           wrong_bytes ? "this is not text in UTF-8: save the file in that encoding"
+                       : fmt::format("this is not TOML: {}", error.description()));
 }
 
 std::string describe(const toml::node& node) {
@@ -83,7 +86,7 @@ std::string describe(const toml::node& node) {
 bool read_number(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum, double& out) {
     if (is_number_within(entry.node, minimum, maximum, out)) return true;
     report(reader, entry.node.source(),
-           fmt::format("{} must be a number{}, not {}", entry.key, range_text(minimum, maximum), describe(entry.node)));
+           fmt::format("{} must be a number from {} to {}, not {}", entry.key, minimum, maximum, describe(entry.node)));
     return false;
 }
 
@@ -106,6 +109,13 @@ bool read_integer(KeyReader& reader, const KeyedNode& entry, int64_t minimum, in
     return true;
 }
 
+bool read_integer(KeyReader& reader, const KeyedNode& entry, int32_t minimum, int32_t maximum, int32_t& out) {
+    int64_t value = 0;
+    if (!read_integer(reader, entry, int64_t{minimum}, int64_t{maximum}, value)) return false;
+    out = static_cast<int32_t>(value);
+    return true;
+}
+
 bool read_text(KeyReader& reader, const KeyedNode& entry, std::string& out) {
     const auto* text = entry.node.as_string();
     if (text == nullptr || text->get().empty()) {
@@ -118,12 +128,31 @@ bool read_text(KeyReader& reader, const KeyedNode& entry, std::string& out) {
     return true;
 }
 
-bool read_triple(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum, Triple& out) {
-    return read_numbers(reader, entry, minimum, maximum, out);
+bool read_flag(KeyReader& reader, const KeyedNode& entry, bool& out) {
+    const auto* flag = entry.node.as_boolean();
+    if (flag == nullptr) {
+        report(reader, entry.node.source(),
+               fmt::format("{} must be true or false, not {}", entry.key, describe(entry.node)));
+        return false;
+    }
+    out = flag->get();
+    return true;
+}
+
+bool read_length(KeyReader& reader, const KeyedNode& entry, float& out) {
+    return read_number(reader, entry, kMinLength, kMaxCoordinate, out);
+}
+
+bool read_triple(KeyReader& reader, const KeyedNode& entry, Triple& out) {
+    return read_numbers(reader, entry, "x, y, z", -kMaxCoordinate, kMaxCoordinate, out);
 }
 
 bool read_pair(KeyReader& reader, const KeyedNode& entry, std::array<float, 2>& out) {
-    return read_numbers(reader, entry, -kUnlimited, kUnlimited, out);
+    return read_numbers(reader, entry, "x, y", -kMaxCoordinate, kMaxCoordinate, out);
+}
+
+bool read_color(KeyReader& reader, const KeyedNode& entry, Triple& out) {
+    return read_numbers(reader, entry, "red, green, blue", 0.0, 1.0, out);
 }
 
 bool read_file_path(KeyReader& reader, const KeyedNode& entry, std::filesystem::path& out) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <toml++/toml.h>
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -36,18 +37,30 @@ struct KeyRow {
 Place place_of(const KeyReader& reader, const toml::source_region& source);
 void report(KeyReader& reader, const toml::source_region& source, const std::string& message);
 void report_at(KeyReader& reader, const Place& place, const std::string& message);
+void report_parse_error(KeyReader& reader, const toml::parse_error& error);
 
 /// `the text "abc"`, `the number 5`, `a table`: what stands there instead of what would be right.
 std::string describe(const toml::node& node);
 
-/// Each stores the value into `out` and returns true, or reports that the key must be a … (in the given range, limits
-/// included) and leaves `out` alone. Numbers that are not finite are refused.
+/// A day: the limit of all times and lengths of time, in seconds.
+constexpr double kMaxSeconds = 86400.0;
+
+/// Each stores the value into `out` and returns true, or reports what the key must be and leaves `out` unchanged.
+/// Ranges include their limits. Numbers that are not finite are refused.
 bool read_number(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum, double& out);
 bool read_number(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum, float& out);
 bool read_integer(KeyReader& reader, const KeyedNode& entry, int64_t minimum, int64_t maximum, int64_t& out);
+bool read_integer(KeyReader& reader, const KeyedNode& entry, int32_t minimum, int32_t maximum, int32_t& out);
 bool read_text(KeyReader& reader, const KeyedNode& entry, std::string& out);
-bool read_triple(KeyReader& reader, const KeyedNode& entry, double minimum, double maximum, Triple& out);
+/// A width, height or size: 1e-6 to 1e9 units.
+bool read_length(KeyReader& reader, const KeyedNode& entry, float& out);
+/// true or false.
+bool read_flag(KeyReader& reader, const KeyedNode& entry, bool& out);
+/// [x, y, z] or [x, y], each -1e9 to 1e9, which keeps matrices far from the limits of float.
+bool read_triple(KeyReader& reader, const KeyedNode& entry, Triple& out);
 bool read_pair(KeyReader& reader, const KeyedNode& entry, std::array<float, 2>& out);
+/// [red, green, blue], each 0 to 1.
+bool read_color(KeyReader& reader, const KeyedNode& entry, Triple& out);
 /// A file that exists, relative to the scene file's folder.
 bool read_file_path(KeyReader& reader, const KeyedNode& entry, std::filesystem::path& out);
 /// One of `choices`: stores its position.
@@ -64,25 +77,24 @@ std::vector<std::pair<const toml::key*, const toml::node*>> entries_as_written(c
 void report_unknown_key(KeyReader& reader, const toml::key& key, const std::string& section,
                         const std::vector<std::string>& known);
 
-template <class T, size_t N>
-std::vector<std::string> key_names(const KeyRow<T> (&rows)[N]) {
+/// rows: a range of KeyRow.
+template <class Rows>
+std::vector<std::string> key_names(const Rows& rows) {
     std::vector<std::string> names;
-    for (const KeyRow<T>& row : rows) names.emplace_back(row.key);
+    for (const auto& row : rows) names.emplace_back(row.key);
     return names;
 }
 
-/// Reads the keys of `table` in the order of `rows`; reports every key that is not among them. `section` names the
-/// table in messages ("[camera]").
-template <class T, size_t N>
-void read_keys(KeyReader& reader, const toml::table& table, const std::string& section, const KeyRow<T> (&rows)[N],
-               T& out) {
+/// Reads the keys of `table` in the order of `rows` (KeyRow<T>); reports every key that is not among them. `section`
+/// names the table in messages ("[camera]").
+template <class Rows, class T>
+void read_keys(KeyReader& reader, const toml::table& table, const std::string& section, const Rows& rows, T& out) {
     const std::vector<std::string> known = key_names(rows);
     for (const auto& [key, node] : entries_as_written(table)) {
-        bool found = false;
-        for (const std::string& name : known) found = found || name == key->str();
-        if (!found) report_unknown_key(reader, *key, section, known);
+        if (std::find(known.begin(), known.end(), key->str()) == known.end())
+            report_unknown_key(reader, *key, section, known);
     }
-    for (const KeyRow<T>& row : rows) {
+    for (const auto& row : rows) {
         if (const toml::node* node = table.get(row.key)) row.read(reader, {row.key, *node}, out);
     }
 }

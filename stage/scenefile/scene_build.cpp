@@ -5,10 +5,13 @@
 
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <numbers>
 #include <set>
 
 #include "parameter_check.h"
+#include "parameter_warnings.h"
+#include "plugin_file.h"
 #include "stage/assets/sprites.h"
 #include "stage/names.h"
 #include "stage/plugins/instance.h"
@@ -20,13 +23,14 @@ namespace {
 
 constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 
-// What goes through the steps of building.
+// The state of a build.
 struct Builder {
     const SceneDescription& scene;
     const std::string& smoke_plugin;
     BuiltScene built;
-    std::vector<PluginId> plugins;    // by container index; -1 where it carries none
-    std::vector<std::string> errors;  // one line each
+    std::vector<PluginId> plugins;  // by container index; -1 where it carries none
+    std::map<PluginId, PluginNotes> notes;
+    Messages messages;
 };
 
 Vector3 vector_of(const Triple& triple) {
@@ -53,11 +57,11 @@ double first_time(const SceneDescription& scene) {
 }
 
 void add_images(Builder& builder) {
-    builder.built.images = make_image_tracks(builder.scene, builder.errors);
+    builder.built.images = make_image_tracks(builder.scene, builder.messages.errors);
     for (ImageTrack& image : builder.built.images) {
-        if (!builder.errors.empty()) return;
+        if (!builder.messages.errors.empty()) return;
         const Result<Done> shown = show_image(*builder.built.stage, image, first_time(builder.scene));
-        if (!shown) builder.errors.push_back(shown.error().message);
+        if (!shown) builder.messages.errors.push_back(shown.error().message);
     }
 }
 
@@ -87,21 +91,21 @@ void add_sprites(Builder& builder) {
         const Result<int32_t> added = !picture ? Result<int32_t>(picture.error())
                                                : add_image(*builder.built.stage, sprite, picture->width,
                                                            picture->height, picture->format, std::move(picture->bytes));
-        if (!added) builder.errors.push_back(added.error().message);
+        if (!added) builder.messages.errors.push_back(added.error().message);
     }
 }
 
-void set_look(Builder& builder, const ContainerDescription& description, Container& container) {
+void set_container(Builder& builder, const ContainerDescription& description, Container& container) {
     container.placement = {vector_of(description.position), vector_of(description.rotation),
                            vector_of(description.scale)};
     container.opacity = description.opacity;
-    container.look.blend = description.blend;
+    container.draw_style.blend = description.blend;
     if (description.texture == "none") return;
-    container.look.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
-    if (container.look.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
-        builder.errors.push_back(fmt::format("{}: unknown texture '{}': {}", description.texture_place,
-                                             description.texture,
-                                             name_hint(description.texture, image_names(builder.scene))));
+    container.draw_style.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
+    if (container.draw_style.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
+        builder.messages.errors.push_back(fmt::format("{}: unknown texture '{}': {}", description.texture_place,
+                                                      description.texture,
+                                                      name_hint(description.texture, image_names(builder.scene))));
 }
 
 void add_containers(Builder& builder) {
@@ -111,39 +115,37 @@ void add_containers(Builder& builder) {
         handles.push_back(add_container(*builder.built.stage, description.name, parent));
         Container* container = find_container(*builder.built.stage, handles.back());
         if (container != nullptr)
-            set_look(builder, description, *container);
+            set_container(builder, description, *container);
         else
-            builder.errors.push_back(description.place + ": there is no room for another container");
+            builder.messages.errors.push_back(description.place + ": there is no room for another container");
     }
 }
 
 // Shapes come before instances, which may look for them as they are made.
 void add_shapes(Builder& builder) {
-    builder.built.shapes = build_shape_tracks(builder.scene, builder.errors);
+    builder.built.shapes = build_shape_tracks(builder.scene, builder.messages);
     for (ShapeTrack& shape : builder.built.shapes)
         show_shape(*builder.built.stage, builder.built.container_handles[static_cast<size_t>(shape.container)], shape,
                    first_time(builder.scene));
 }
 
-// "smoke" and an empty name are the given library; a plain name is a library that lies beside it; what has a dot or a
-// slash is a file, relative to the scene's folder.
-std::string plugin_file(const Builder& builder, const std::string& name) {
-    if (name.empty() || name == "smoke") return builder.smoke_plugin;
-    if (name.find_first_of("./") == std::string::npos)
-        return (std::filesystem::path(builder.smoke_plugin).parent_path() / (name + ".so")).string();
-    return (builder.scene.file.parent_path() / name).string();
+Result<PluginId> load_plugin_of(Builder& builder, const ContainerDescription& description) {
+    const Result<std::string> file =
+        find_plugin_file(description.plugin, builder.smoke_plugin, builder.scene.file.parent_path());
+    if (!file) return file.error();
+    return load_plugin(*builder.built.stage, *file);
 }
 
 void load_plugins(Builder& builder) {
     for (const ContainerDescription& description : builder.scene.containers) {
         builder.plugins.push_back(-1);
         if (!description.has_plugin) continue;
-        const Result<PluginId> loaded = load_plugin(*builder.built.stage, plugin_file(builder, description.plugin));
+        const Result<PluginId> loaded = load_plugin_of(builder, description);
         if (loaded) {
             builder.plugins.back() = *loaded;
-            check_settings(builder.scene, plugin(*loaded), description.parameters, builder.errors);
+            check_settings(builder.scene, plugin(*loaded), description.parameters, builder.messages.errors);
         } else {
-            builder.errors.push_back(description.plugin_place + ": " + loaded.error().message);
+            builder.messages.errors.push_back(description.plugin_place + ": " + loaded.error().message);
         }
     }
 }
@@ -153,8 +155,23 @@ void check_timeline(Builder& builder) {
         if (entry.container < 0) continue;
         const PluginId id = builder.plugins[static_cast<size_t>(entry.container)];
         if (id < 0) continue;
-        check_settings(builder.scene, plugin(id), entry.parameters, builder.errors);
-        check_button(plugin(id), entry.press, entry.press_place, builder.errors);
+        check_settings(builder.scene, plugin(id), entry.parameters, builder.messages.errors);
+        check_button(plugin(id), entry.press, entry.press_place, builder.messages.errors);
+    }
+}
+
+// All settings must be right.
+void warn_of_parameters(Builder& builder) {
+    for (size_t i = 0; i < builder.plugins.size(); ++i) {
+        const PluginId id = builder.plugins[i];
+        if (id < 0) continue;
+        if (!builder.notes.contains(id)) {
+            Result<PluginNotes> notes = read_plugin_notes(plugin(id));
+            if (!notes) builder.messages.errors.push_back(notes.error().message);
+            builder.notes[id] = notes ? std::move(*notes) : PluginNotes{};
+        }
+        warn_of_settings(builder.scene, static_cast<int32_t>(i), plugin(id), builder.notes[id],
+                         builder.messages.warnings);
     }
 }
 
@@ -166,7 +183,7 @@ void add_instances(Builder& builder) {
             values.emplace_back(setting.name, setting.value);
         const Result<int32_t> added =
             add_instance(*builder.built.stage, builder.built.container_handles[i], builder.plugins[i], values);
-        if (!added) builder.errors.push_back(builder.scene.containers[i].place + ": " + added.error().message);
+        if (!added) builder.messages.errors.push_back(builder.scene.containers[i].place + ": " + added.error().message);
     }
 }
 
@@ -176,17 +193,19 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     StageOptions options;
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
-    Builder builder{description, smoke_plugin, {description, make_stage(options), {}, {}, {}}, {}, {}};
+    Builder builder{description, smoke_plugin, {description, make_stage(options), {}, {}, {}, {}}, {}, {}, {}};
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
     add_sprites(builder);
     add_containers(builder);
-    if (builder.errors.empty()) add_shapes(builder);
+    if (builder.messages.errors.empty()) add_shapes(builder);
     load_plugins(builder);
     check_timeline(builder);
-    if (builder.errors.empty()) add_instances(builder);
-    if (!builder.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.errors, "\n"))};
+    if (builder.messages.errors.empty()) warn_of_parameters(builder);
+    if (builder.messages.errors.empty()) add_instances(builder);
+    if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};
+    builder.built.warnings = std::move(builder.messages.warnings);
     return std::move(builder.built);
 }
 

@@ -19,6 +19,7 @@ struct BuiltScene {
     std::vector<int32_t> container_handles;  // by index of the description's containers
     std::vector<ImageTrack> images;
     std::vector<ShapeTrack> shapes;
+    std::vector<std::string> warnings;  // "file:line:column: …": what can be rendered, but hardly as intended
 };
 
 /// Makes a Stage at its first frame, pre-warming ones included: images, containers, shapes, plug-in instances with

@@ -20,6 +20,12 @@ using Triple = std::array<float, 3>;
 /// Where a value was written: "file:line:column", or the option that gave it. Starts the message about a wrong value.
 using Place = std::string;
 
+/// Lines about a scene, "file:line:column: …" each.
+struct Messages {
+    std::vector<std::string> errors;
+    std::vector<std::string> warnings;  // of what can be rendered, but hardly as intended
+};
+
 /// Its kind is checked against the plug-in when the scene is built.
 struct ParameterSetting {
     std::string name;      // as registered
@@ -47,8 +53,9 @@ struct GeometryDescription {
     std::vector<std::array<float, 2>> points;  // polygon: corners in order, three or more
     std::filesystem::path file;                // mesh, picture
     std::string text;                          // text
-    std::string font;                          // text: a font file or an installed family, empty for DejaVu Sans
-    float size = 100.0f;                       // text: units per em, about the distance of two lines
+    Place text_place;
+    std::string font;     // text: a font file or an installed family, empty for DejaVu Sans
+    float size = 100.0f;  // text: units per em, about the distance of two lines
     TextAlignment alignment = TextAlignment::kCentre;  // text
     float threshold = 0.5f;      // picture: brightness × opacity from which a pixel is inside, 0…1
     std::optional<Triple> fill;  // flat shapes: red, green, blue, 0…1 each; none draws nothing

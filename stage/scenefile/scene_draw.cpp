@@ -46,17 +46,15 @@ void draw_shape(PassSettings settings, const BuiltScene& scene, const Container&
 
 Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& projection_view, const DrawItem& item) {
     Stage& stage = *scene.stage;
-    const Look& look = item.container.look;
-    const Result<unsigned int> texture = texture_of(canvas, stage, look.texture_handle);
+    const DrawStyle& style = item.container.draw_style;
+    const Result<unsigned int> texture = texture_of(canvas, stage, style.texture_handle);
     if (!texture) return texture.error();
     PassSettings settings;
     settings.projection_view = projection_view;
     settings.world = item.world;
     settings.texture = *texture;
-    settings.blend = look.blend == Blend::kAdditive ? PassBlend::kAdditive : PassBlend::kAlpha;
+    settings.blend = style.blend;
     settings.opacity = item.opacity;
-    settings.alpha_reference = look.alpha_test_reference;
-    settings.depth_test = look.depth_test;
     settings.check_every_call = canvas.check_opengl;
     if (!item.has_instance) {
         draw_shape(settings, scene, item.container);

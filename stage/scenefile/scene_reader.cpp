@@ -3,20 +3,20 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
 #include "container_reader.h"
 #include "image_reader.h"
+#include "stage/assets/picture.h"
 #include "stage/names.h"
 #include "timeline_reader.h"
 
 namespace stage {
 
 namespace {
-
-constexpr double kLongest = 86400.0;  // seconds: a day
-constexpr double kLargest = 1e9;      // of a coordinate
 
 void read_size(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
     const toml::array* array = entry.node.as_array();
@@ -25,11 +25,8 @@ void read_size(KeyReader& reader, const KeyedNode& entry, SceneDescription& scen
                fmt::format("size must be [width, height] in pixels, not {}", describe(entry.node)));
         return;
     }
-    for (size_t i = 0; i < 2; ++i) {
-        int64_t pixels = scene.size[i];
-        read_integer(reader, {i == 0 ? "width" : "height", *array->get(i)}, 1, 16384, pixels);
-        scene.size[i] = static_cast<int32_t>(pixels);
-    }
+    for (size_t i = 0; i < 2; ++i)
+        read_integer(reader, {i == 0 ? "width" : "height", *array->get(i)}, 1, kMaxPictureSide, scene.size[i]);
 }
 
 // "transparent", "#rrggbb" or three numbers.
@@ -39,9 +36,9 @@ void read_background(KeyReader& reader, const KeyedNode& entry, SceneDescription
         scene.background.reset();
         return;
     }
-    Triple colour = {0, 0, 0};
+    Triple color = {0, 0, 0};
     if (text == nullptr && entry.node.is_array()) {
-        if (read_triple(reader, entry, 0.0, 1.0, colour)) scene.background = colour;
+        if (read_color(reader, entry, color)) scene.background = color;
         return;
     }
     const bool hexadecimal = text != nullptr && text->get().size() == 7 && text->get()[0] == '#' &&
@@ -54,17 +51,16 @@ void read_background(KeyReader& reader, const KeyedNode& entry, SceneDescription
         return;
     }
     for (size_t i = 0; i < 3; ++i)
-        colour[i] = static_cast<float>(std::stoi(text->get().substr(1 + 2 * i, 2), nullptr, 16)) / 255.0f;
-    scene.background = colour;
+        color[i] = static_cast<float>(std::stoi(text->get().substr(1 + 2 * i, 2), nullptr, 16)) / 255.0f;
+    scene.background = color;
 }
 
 const KeyRow<CameraDescription> kCameraKeys[] = {
-    {"position", [](KeyReader& r, const KeyedNode& e,
-                    CameraDescription& c) { read_triple(r, e, -kLargest, kLargest, c.position); }},
+    {"position", [](KeyReader& r, const KeyedNode& e, CameraDescription& c) { read_triple(r, e, c.position); }},
     {"look_at",
      [](KeyReader& r, const KeyedNode& e, CameraDescription& c) {
          Triple target{};
-         if (read_triple(r, e, -kLargest, kLargest, target)) c.look_at = target;
+         if (read_triple(r, e, target)) c.look_at = target;
      }},
     {"pan", [](KeyReader& r, const KeyedNode& e, CameraDescription& c) { read_number(r, e, -360.0, 360.0, c.pan); }},
     {"tilt", [](KeyReader& r, const KeyedNode& e, CameraDescription& c) { read_number(r, e, -90.0, 90.0, c.tilt); }},
@@ -93,9 +89,9 @@ const KeyRow<SceneDescription> kSceneKeys[] = {
     {"frame_rate",
      [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 1.0, 1000.0, s.frame_rate); }},
     {"length",
-     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 0.001, kLongest, s.length); }},
+     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 0.001, kMaxSeconds, s.length); }},
     {"prewarm",
-     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 0.0, kLongest, s.prewarm); }},
+     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 0.0, kMaxSeconds, s.prewarm); }},
     {"seed",
      [](KeyReader& r, const KeyedNode& e, SceneDescription& s) {
          int64_t seed = s.seed;
@@ -128,7 +124,7 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
         const toml::table table = toml::parse(text, file.string());
         read_keys(reader, table, "the scene", kSceneKeys, scene);
     } catch (const toml::parse_error& error) {
-        report(reader, error.source(), fmt::format("this is not TOML: {}", error.description()));
+        report_parse_error(reader, error);
     }
     if (scene.containers.empty() && reader.errors.empty())
         report_at(reader, file.string() + ":1:1", "a scene needs at least one [[container]]");
@@ -137,10 +133,10 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
 }
 
 Result<SceneDescription> load_scene_file(const std::filesystem::path& file) {
-    std::error_code ignored;
+    if (std::error_code ignored; std::filesystem::is_directory(file, ignored))
+        return Error{fmt::format("{}: is a folder; name a scene file, which ends in .toml", file.string())};
     std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file, ignored))
-        return Error{fmt::format("{}: there is no scene file of this name that can be read", file.string())};
+    if (!stream) return Error{fmt::format("{}: cannot be read: {}", file.string(), std::strerror(errno))};
     std::ostringstream text;
     text << stream.rdbuf();
     return read_scene(text.str(), file);
@@ -153,38 +149,6 @@ std::vector<std::string> scene_keys() {
     append_container_keys(keys);
     append_timeline_keys(keys);
     return keys;
-}
-
-Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment) {
-    const Place place = "--set " + assignment;
-    const size_t equals = assignment.find('=');
-    const size_t dot = assignment.rfind('.', equals);
-    if (equals == std::string::npos || dot == std::string::npos || dot == 0 || dot + 1 == equals)
-        return Error{place + ": must be container.parameter=value, such as --set smoke.birth_rate=200"};
-    const std::string container = assignment.substr(0, dot);
-    const std::string name = assignment.substr(dot + 1, equals - dot - 1);
-    const std::string written = assignment.substr(equals + 1);
-    KeyReader reader{place, {}, {}};
-    std::vector<ParameterSetting> settings;
-    try {
-        const toml::table table = toml::parse(fmt::format("settings = {{ value = {} }}", written));
-        read_settings(reader, {"settings", *table.get("settings")}, settings);
-    } catch (const toml::parse_error&) {
-        settings.push_back({name, written, place});
-    }
-    if (settings.size() != 1) return Error{place + ": the value must be a number, true, false or a text"};
-    settings[0].name = name;
-    settings[0].place = place;
-    std::vector<std::string> names;
-    for (ContainerDescription& candidate : scene.containers) {
-        if (candidate.name == container && candidate.has_plugin) {
-            candidate.parameters.push_back(settings[0]);
-            return Done{};
-        }
-        if (candidate.has_plugin) names.push_back(candidate.name);
-    }
-    return Error{
-        fmt::format("{}: no container '{}' carries a plug-in: {}", place, container, name_hint(container, names))};
 }
 
 }  // namespace stage

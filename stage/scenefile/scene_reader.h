@@ -17,8 +17,4 @@ STAGE_EXPORT Result<SceneDescription> read_scene(const std::string& text, const 
 /// Every key that a scene file may have, dotted: "size", "camera.position", "container.geometry.kind", …
 STAGE_EXPORT std::vector<std::string> scene_keys();
 
-/// "container.parameter=value" as a later setting of that parameter: the value is read as in a scene file, and as
-/// plain text where it is none of number, true, false or a quoted text. Fails for an unknown container.
-STAGE_EXPORT Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment);
-
 }  // namespace stage

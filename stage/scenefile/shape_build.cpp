@@ -28,10 +28,11 @@ Mask mask_of(const Picture& picture, float threshold) {
     return mask;
 }
 
-Result<std::vector<Mesh>> build_text(const GeometryDescription& geometry) {
+Result<std::vector<Mesh>> build_text(const GeometryDescription& geometry, std::vector<std::string>& warnings) {
     Result<TextOutlines> outlines =
         make_text_outlines({geometry.text, geometry.font, geometry.size, geometry.alignment});
     if (!outlines) return outlines.error();
+    for (const std::string& missing : outlines->missing) warnings.push_back(geometry.text_place + ": " + missing);
     return std::move(outlines->meshes);
 }
 
@@ -49,7 +50,7 @@ Mesh polygon(const GeometryDescription& geometry) {
 
 }  // namespace
 
-Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry) {
+Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry, std::vector<std::string>& warnings) {
     switch (geometry.kind) {
         case GeometryKind::kRectangle:
             return std::vector{make_rectangle(geometry.width, geometry.height)};
@@ -60,7 +61,7 @@ Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry) {
         case GeometryKind::kMesh:
             return read_mesh_file(geometry.file.string());
         case GeometryKind::kText:
-            return build_text(geometry);
+            return build_text(geometry, warnings);
         case GeometryKind::kPicture:
             break;
     }

@@ -41,16 +41,15 @@ std::string disagreement(const std::vector<Mesh>& from, const std::vector<Mesh>&
     return {};
 }
 
-void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry,
-             std::vector<std::string>& errors) {
-    Result<std::vector<Mesh>> meshes = build_shape(geometry);
+void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry, Messages& messages) {
+    Result<std::vector<Mesh>> meshes = build_shape(geometry, messages.warnings);
     if (!meshes) {
-        errors.push_back(geometry.place + ": " + meshes.error().message);
+        messages.errors.push_back(geometry.place + ": " + meshes.error().message);
         return;
     }
     if (!track.keys.empty() && ease != Ease::kStep) {
         if (const std::string wrong = disagreement(track.keys.back().meshes, *meshes); !wrong.empty())
-            errors.push_back(
+            messages.errors.push_back(
                 fmt::format("{}: a shape deforms into one with as many outlines and corners, but there are {}; "
                             "ease = \"step\" switches at once",
                             geometry.place, wrong));
@@ -59,27 +58,27 @@ void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescriptio
 }
 
 // A container that gets its first shape later is there with no outlines until then.
-void add_switches(ShapeTrack& track, const SceneDescription& scene, std::vector<std::string>& errors) {
+void add_switches(ShapeTrack& track, const SceneDescription& scene, Messages& messages) {
     for (const TimelineEntry& entry : scene.timeline) {
         if (!entry.geometry || entry.container != track.container) continue;
         if (track.keys.empty()) track.keys.push_back({kBefore, Ease::kStep, {}});
-        add_key(track, entry.time, Ease::kStep, *entry.geometry, errors);
+        add_key(track, entry.time, Ease::kStep, *entry.geometry, messages);
     }
 }
 
 }  // namespace
 
-std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, std::vector<std::string>& errors) {
+std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, Messages& messages) {
     std::vector<ShapeTrack> tracks;
     for (size_t i = 0; i < scene.containers.size(); ++i) {
         ShapeTrack track;
         track.container = static_cast<int32_t>(i);
         if (const auto& geometry = scene.containers[i].geometry)
-            add_key(track, kBefore, Ease::kStep, *geometry, errors);
-        add_switches(track, scene, errors);
+            add_key(track, kBefore, Ease::kStep, *geometry, messages);
+        add_switches(track, scene, messages);
         for (const Track& written : scene.tracks) {
             if (written.property != TrackProperty::kGeometry || written.container != track.container) continue;
-            for (const TrackKey& key : written.keys) add_key(track, key.time, key.ease, *key.geometry, errors);
+            for (const TrackKey& key : written.keys) add_key(track, key.time, key.ease, *key.geometry, messages);
         }
         if (!track.keys.empty()) tracks.push_back(std::move(track));
     }

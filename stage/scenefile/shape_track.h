@@ -28,9 +28,9 @@ struct ShapeTrack {
 };
 
 /// The shapes of every container that has one at some time, all of them built: from its geometry and [[at]] entries, or
-/// from its track. Adds a line to `errors`, "file:line:column: …", for each shape that cannot be had, and for each that
-/// should deform into one with other numbers of outlines or corners.
-std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, std::vector<std::string>& errors);
+/// from its track. Adds an error for each shape that cannot be built, and for each that should deform into one with
+/// other numbers of outlines or corners.
+std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, Messages& messages);
 
 /// Gives the container the meshes of a time; does nothing when it has them already. Between two keys every corner goes
 /// straight from its place in the one to its place in the other.

@@ -1,6 +1,7 @@
 #include "timeline_reader.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -11,9 +12,6 @@
 namespace stage {
 
 namespace {
-
-constexpr double kLatest = 86400.0;  // seconds: a day
-constexpr double kLargest = 1e9;
 
 // The rows need the scene beside what they fill.
 struct WrittenEntry {
@@ -31,70 +29,121 @@ struct WrittenKey {
     TrackKey key;
 };
 
-void require(KeyReader& reader, const toml::table& table, const char* section,
-             std::initializer_list<const char*> keys) {
-    for (const char* key : keys) {
+void require(KeyReader& reader, const toml::table& table, const char* section, const std::vector<std::string>& keys) {
+    for (const std::string& key : keys) {
         if (!table.contains(key)) report(reader, table.source(), fmt::format("{} needs {}", section, key));
     }
 }
 
-const KeyRow<WrittenEntry> kEntryKeys[] = {
-    {"time", [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_number(r, e, 0.0, kLatest, w.entry.time); }},
-    {"container", [](KeyReader& r, const KeyedNode& e,
-                     WrittenEntry& w) { w.entry.container = read_container_name(r, e, w.scene.containers); }},
-    {"parameters", [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_settings(r, e, w.entry.parameters); }},
-    {"press",
-     [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) {
-         read_text(r, e, w.entry.press);
-         w.entry.press_place = place_of(r, e.node.source());
-     }},
-    {"geometry", [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_geometry(r, e, w.entry.geometry); }},
-    {"image",
-     [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { w.entry.image = read_image_name(r, e, w.scene); }},
-    {"file",
-     [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) {
-         read_file_path(r, e, w.entry.file);
-         w.entry.file_place = place_of(r, e.node.source());
-     }},
+/// What a key of [[at]] is for. An entry is about a container or about an image, never both.
+enum class EntryUse {
+    kTime,          // needed by both
+    kContainer,     // needed by an entry about a container
+    kPluginAction,  // something for a container with a plug-in to do
+    kShapeAction,   // something for a container without one
+    kImage,         // needed by an entry about an image
 };
 
-// What an entry about a container may do depends on what the container carries.
-void check_entry_of_container(KeyReader& reader, const toml::table& table, const ContainerDescription& container) {
-    const bool sets = table.contains("parameters") || table.contains("press");
-    if (sets && !container.has_plugin)
+struct EntryRow {
+    EntryUse use;
+    KeyRow<WrittenEntry> key;
+};
+
+const EntryRow kEntryRows[] = {
+    {EntryUse::kTime,
+     {"time",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_number(r, e, 0.0, kMaxSeconds, w.entry.time); }}},
+    {EntryUse::kContainer,
+     {"container", [](KeyReader& r, const KeyedNode& e,
+                      WrittenEntry& w) { w.entry.container = read_container_name(r, e, w.scene.containers); }}},
+    {EntryUse::kPluginAction,
+     {"parameters",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_settings(r, e, w.entry.parameters); }}},
+    {EntryUse::kPluginAction,
+     {"press",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) {
+          read_text(r, e, w.entry.press);
+          w.entry.press_place = place_of(r, e.node.source());
+      }}},
+    {EntryUse::kShapeAction,
+     {"geometry", [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_geometry(r, e, w.entry.geometry); }}},
+    {EntryUse::kImage,
+     {"image",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { w.entry.image = read_image_name(r, e, w.scene); }}},
+    {EntryUse::kImage,
+     {"file",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) {
+          read_file_path(r, e, w.entry.file);
+          w.entry.file_place = place_of(r, e.node.source());
+      }}},
+};
+
+std::vector<KeyRow<WrittenEntry>> entry_keys() {
+    std::vector<KeyRow<WrittenEntry>> keys;
+    for (const EntryRow& row : kEntryRows) keys.push_back(row.key);
+    return keys;
+}
+
+std::vector<std::string> entry_keys_for(std::initializer_list<EntryUse> uses) {
+    std::vector<std::string> keys;
+    for (const EntryRow& row : kEntryRows) {
+        if (std::find(uses.begin(), uses.end(), row.use) != uses.end()) keys.emplace_back(row.key.key);
+    }
+    return keys;
+}
+
+bool contains_any(const toml::table& table, const std::vector<std::string>& keys) {
+    return std::any_of(keys.begin(), keys.end(), [&table](const std::string& key) { return table.contains(key); });
+}
+
+void check_image_entry(KeyReader& reader, const toml::table& table) {
+    require(reader, table, "[[at]] about an image", entry_keys_for({EntryUse::kTime, EntryUse::kImage}));
+    for (const std::string& key :
+         entry_keys_for({EntryUse::kContainer, EntryUse::kPluginAction, EntryUse::kShapeAction})) {
+        if (table.contains(key))
+            report(reader, table.get(key)->source(),
+                   fmt::format("{} is for a container: give it an [[at]] of its own beside the image's", key));
+    }
+}
+
+// Which actions are possible depends on what the container carries.
+void check_container_entry(KeyReader& reader, const toml::table& table, const TimelineEntry& entry,
+                           const SceneDescription& scene) {
+    const std::vector<std::string> plugin_actions = entry_keys_for({EntryUse::kPluginAction});
+    const std::vector<std::string> shape_actions = entry_keys_for({EntryUse::kShapeAction});
+    require(reader, table, "[[at]]", entry_keys_for({EntryUse::kTime, EntryUse::kContainer}));
+    if (!contains_any(table, plugin_actions) && !contains_any(table, shape_actions))
+        report(reader, table.source(),
+               fmt::format("[[at]] does nothing: give it {} or {}; or {} without a container",
+                           fmt::join(plugin_actions, ", "), fmt::join(shape_actions, ", "),
+                           fmt::join(entry_keys_for({EntryUse::kImage}), " and ")));
+    if (entry.container < 0) return;
+    const ContainerDescription& container = scene.containers[static_cast<size_t>(entry.container)];
+    if (contains_any(table, plugin_actions) && !container.has_plugin)
         report(reader, table.get("container")->source(),
                fmt::format("container '{}' carries no plug-in whose parameters could be set", container.name));
-    if (table.contains("geometry") && container.has_plugin)
-        report(reader, table.get("geometry")->source(),
-               fmt::format("container '{}' carries a plug-in: give the shape a container of its own", container.name));
+    if (entry.geometry && container.has_plugin)
+        report_at(
+            reader, entry.geometry->place,
+            fmt::format("container '{}' carries a plug-in: give the shape a container of its own", container.name));
 }
 
 void check_entry(KeyReader& reader, const toml::table& table, const TimelineEntry& entry,
                  const SceneDescription& scene) {
-    if (table.contains("image") || table.contains("file")) {
-        require(reader, table, "[[at]] about an image", {"time", "image", "file"});
-        for (const char* key : {"container", "parameters", "press", "geometry"}) {
-            if (table.contains(key))
-                report(reader, table.get(key)->source(),
-                       fmt::format("{} is for a container: give it an [[at]] of its own beside the image's", key));
-        }
-        return;
-    }
-    require(reader, table, "[[at]]", {"time", "container"});
-    if (!table.contains("parameters") && !table.contains("press") && !table.contains("geometry"))
-        report(reader, table.source(), "[[at]] does nothing: give it parameters, press, geometry, or image and file");
-    if (entry.container >= 0)
-        check_entry_of_container(reader, table, scene.containers[static_cast<size_t>(entry.container)]);
+    if (contains_any(table, entry_keys_for({EntryUse::kImage})))
+        check_image_entry(reader, table);
+    else
+        check_container_entry(reader, table, entry, scene);
 }
 
 const KeyRow<WrittenKey> kTrackKeyKeys[] = {
-    {"time", [](KeyReader& r, const KeyedNode& e, WrittenKey& w) { read_number(r, e, 0.0, kLatest, w.key.time); }},
+    {"time", [](KeyReader& r, const KeyedNode& e, WrittenKey& w) { read_number(r, e, 0.0, kMaxSeconds, w.key.time); }},
     {"value",
      [](KeyReader& r, const KeyedNode& e, WrittenKey& w) {
          if (w.property == TrackProperty::kGeometry)
              read_geometry(r, e, w.key.geometry);
          else
-             read_triple(r, e, -kLargest, kLargest, w.key.value);
+             read_triple(r, e, w.key.value);
      }},
     {"ease",
      [](KeyReader& r, const KeyedNode& e, WrittenKey& w) {
@@ -157,7 +206,7 @@ void read_timeline(KeyReader& reader, const KeyedNode& entry, SceneDescription& 
     for (const toml::table* table : read_tables(reader, entry)) {
         WrittenEntry written{scene, {}};
         written.entry.place = place_of(reader, table->source());
-        read_keys(reader, *table, "[[at]]", kEntryKeys, written);
+        read_keys(reader, *table, "[[at]]", entry_keys(), written);
         check_entry(reader, *table, written.entry, scene);
         scene.timeline.push_back(written.entry);
     }
@@ -183,7 +232,7 @@ void read_tracks(KeyReader& reader, const KeyedNode& entry, SceneDescription& sc
 }
 
 void append_timeline_keys(std::vector<std::string>& keys) {
-    for (const std::string& key : key_names(kEntryKeys)) keys.push_back("at." + key);
+    for (const std::string& key : key_names(entry_keys())) keys.push_back("at." + key);
     for (const std::string& key : key_names(kTrackKeys)) keys.push_back("track." + key);
     for (const std::string& key : key_names(kTrackKeyKeys)) keys.push_back("track.keys." + key);
 }

@@ -75,7 +75,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"", "subcommand is required"},
     {"rendr tiny.toml", "unknown command 'rendr': did you mean 'render'?"},
     {"render tiny.toml", "--output is required"},
-    {"render none.toml -o x.png --at 0", "none.toml: there is no scene file of this name"},
+    {"render none.toml -o x.png --at 0", "none.toml: cannot be read: No such file or directory"},
     {"render tiny.toml -o x.gif", "must end in .mp4, .mov, .webm or .png"},
     {"render tiny.toml -o x.png", "one picture needs --at SECONDS"},
     {"render tiny.toml -o x.png --at 0.4", "--at 0.4: must be a time in seconds from 0 and below 0.4"},
@@ -105,9 +105,16 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.png --at 0 --plugin-timeout -1",
      "--plugin-timeout -1: must be a time in seconds from 0, for no limit, to 86400"},
     {"params tiny.toml", "tiny.toml"},
+    {"params TovuGathr", "unknown plug-in 'TovuGathr': did you mean 'TovuGather'?"},
+    {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
+    {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
+    {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},
+    {"render tiny.toml -o x.png --at 0 --trace tiny.toml", "--trace tiny.toml: the scene reads this file"},
 };
 
 TEST_F(Command, MistakesEndWithStatus2AndLeaveNothing) {
+    write("m1.png", file_bytes(TOVU_SOURCE_DIR "/scenes/assets/logo.png"));
+    write("images.toml", "container = [{ name = 'a' }]\nimages = { m = 'm1.png' }\n");
     for (const auto& [arguments, message] : kMistakes) {
         SCOPED_TRACE(arguments);
         expect_mistake(arguments, message);
@@ -128,6 +135,7 @@ const std::pair<const char*, const char*> kSceneMistakes[] = {
     {"parameters = { spawn_type = 'Cub' }", "bad.toml:3:29: parameter 'spawn_type'"},
     {"texture = 'pufff'\nplugin = 'smoke'", "bad.toml:3:11: unknown texture 'pufff': did you mean 'puff'?"},
     {"plugin = 'none.so'", "bad.toml:3:10: "},
+    {"plugin = 'TovuGathr'", "bad.toml:3:10: unknown plug-in 'TovuGathr': did you mean 'TovuGather'?"},
     {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\nparameters = { gravitiy = 1 }",
      "bad.toml:7:27: parameter 'gravitiy' is not known"},
     {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\npress = 'rest'",
@@ -155,6 +163,46 @@ TEST_F(Command, MistakesAboutThePluginNameThePlaceInTheScene) {
         write("bad.toml", std::string("[[container]]\nname = 'a'\n") + text + "\n");
         expect_mistake("render bad.toml -o x.mp4", message);
     }
+}
+
+// Lines behind the container's name, and the warning, or none.
+const std::pair<const char*, const char*> kWarnings[] = {
+    {"parameters = { color = 'red' }",
+     ":3:24: parameter 'color' takes two points or more, each a position and 3 numbers, all from 0 to 1, such as "
+     "\"0.0 1.0 1.0 1.0 1.0 1.0 1.0 1.0\"; \"red\" is not a number\n"},
+    {"parameters = { color = '0 255 255 255 1 0 0 0' }", "; 255 is not from 0 to 1\n"},
+    {"parameters = { color = '0 1 1 1 1 0 0' }", "; it has 7 numbers\n"},
+    {"parameters = { color = '0 1 1 1  0.5 1 1 1 0.5 0 0 0 1 +0 0e3 0' }", nullptr},
+    {"parameters = { alpha_curve = '1 0' }", ":3:30: parameter 'alpha_curve' takes two points or more"},
+    {"parameters = { alpha_curve = '0 1 0.5 1 0.5 0' }", "; position 0.5 does not come after position 0.5\n"},
+    {"parameters = { spawn_type = 'Image' }",
+     ":3:29: spawn_type = \"Image\" has no effect while 'spawn_image' is empty: name an image there\n"},
+    {"parameters = { spawn_type = 2 }", ":3:29: spawn_type = \"Container\" has no effect while 'spawn_cont_name' is"},
+    {"parameters = { spawn_type = 'Image', spawn_image = 'puff' }", nullptr},
+    {"parameters = { spawn_image = 'puff' }\n[[at]]\ntime = 1\ncontainer = 'a'\nparameters = { spawn_type = 'Image' }",
+     nullptr},
+    {"plugin = 'smoke'\n[[at]]\ntime = 1\ncontainer = 'a'\nparameters = { color = '' }", ":7:24: parameter 'color'"},
+    {"geometry = { kind = 'text', text = \"a\\U00013000\" }", "DejaVuSans.ttf has no glyph for U+13000; the character"},
+};
+
+TEST_F(Command, WhatHardlyMeansWhatIsWrittenIsWarnedOf) {
+    for (const auto& [text, message] : kWarnings) {
+        SCOPED_TRACE(text);
+        write("odd.toml", std::string("[[container]]\nname = 'a'\n") + text + "\n");
+        const Outcome outcome = run("render odd.toml -o x.png --size 8x8 --at 0");
+        EXPECT_EQ(0, outcome.status) << outcome.errors;
+        if (message != nullptr)
+            EXPECT_THAT(outcome.errors, testing::AllOf(testing::StartsWith("warning: odd.toml:"), HasSubstr(message)));
+        else
+            EXPECT_THAT(outcome.errors, testing::Not(HasSubstr("warning")));
+    }
+}
+
+TEST_F(Command, FramesOfALongerRenderAreWarnedOf) {
+    write("short.toml", "length = 0.04\ncontainer = [{ name = 'a' }]\n");
+    for (const char* name : {"f1.png", "f2.png", "f3.png", "g5.png"}) write(name, "");
+    EXPECT_THAT(run("render short.toml --size 8x8 -o f%d.png").errors,
+                HasSubstr("warning: f2.png to f3.png are from an earlier render: this scene has 2 frames\n"));
 }
 
 TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
@@ -337,6 +385,8 @@ TEST_F(Command, ParamsTellsWhatIsRegistered) {
     EXPECT_THAT(smoke.output, testing::ContainsRegex(
                                   "\n12 +alpha_curve +Alpha Curve +String +\"0.0 1.0 1.0 0.0\" +at most 4096 bytes\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360\n"));
+    EXPECT_THAT(run("params TovuGather").output, testing::StartsWith("TovuGather: "));
+    EXPECT_THAT(run("--version").output, testing::MatchesRegex("tovu [0-9]+[.][0-9]+[.][0-9]+\n"));
     for (const char* arguments : {"help", "--help", "render --help"}) EXPECT_EQ(0, run(arguments).status) << arguments;
 }
 

@@ -6,6 +6,7 @@
 
 #include "../stage/temporary_folder.h"
 #include "stage/names.h"
+#include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -40,6 +41,7 @@ struct MistakeCase {
 // Every scene has its container first, in line 1, where the mistake is not the container itself.
 const MistakeCase kMistakes[] = {
     {"NotToml", "size = [1280,", "1:14", "this is not TOML"},
+    {"NotUtf8", "seed = 1 # \xe4", "1:11", "this is not text in UTF-8: save the file in that encoding"},
     {"UnknownKey", "container = [{name='a'}]\nsiez = [1, 1]", "2:1",
      "unknown key 'siez' in the scene: did you mean 'size'?"},
     {"SizeIsANumber", "size = 5", "1:8", "size must be [width, height] in pixels, not the number 5"},
@@ -50,7 +52,7 @@ const MistakeCase kMistakes[] = {
     {"BitsUnknown", "bits = 12", "1:8", "bits must be 8 or 16, not the number 12"},
     {"BackgroundDigits", "background = \"#12345g\"", "1:14", "background must be"},
     {"BackgroundAboveOne", "background = [0, 0, 255]", "1:14",
-     "background must be [x, y, z] with three numbers from 0 to 1"},
+     "background must be [red, green, blue] with three numbers from 0 to 1"},
     {"CameraIsText", "camera = \"left\"", "1:10", "camera must be a table"},
     {"CameraTwoNumbers", "[camera]\nposition = [1, 2]", "2:12", "position must be [x, y, z] with three numbers"},
     {"CameraTurnedTwice", "[camera]\nlook_at = [0, 0, 0]\ntilt = 3", "3:8", "tilt and look_at both turn the camera"},
@@ -89,6 +91,8 @@ const MistakeCase kMistakes[] = {
     {"GeometryKeyOfOtherKind",
      "container = [{name='a', geometry={kind='polygon', points=[[0,0],[1,0],[0,1]], size=2}}]", "1:79",
      "size is not for a geometry of kind \"polygon\", which takes: points"},
+    {"FillOf255", "container = [{name='a', geometry={kind='ellipse', width=1, height=1, fill=[255, 0, 0]}}]", "1:75",
+     "fill must be [red, green, blue] with three numbers from 0 to 1"},
     {"TooFewPoints", "container = [{name='a', geometry={kind='polygon', points=[[0,0],[1,0]]}}]", "1:58",
      "points must be three or more"},
     {"AtUnknownContainer",
@@ -213,7 +217,7 @@ TEST(SceneFile, RelativePathsStartFromTheScenesFolder) {
     ASSERT_TRUE(scene) << scene.error().message;
     EXPECT_THAT(file_names(*scene, "dot"), ElementsAre((folder / "dot.png").string()));
     EXPECT_THAT(stage::load_scene_file(folder / "such.toml").error().message,
-                HasSubstr("/such.toml: there is no scene file"));
+                HasSubstr("/such.toml: cannot be read: No such file"));
 }
 
 TEST(SceneFile, SequencesAreTheFilesThatThereAre) {

@@ -36,6 +36,7 @@ class Scenes : public testing::TestWithParam<std::string> {
         auto built = stage::build_scene(scene, TOVU_SMOKE_PLUGIN);
         auto canvas = stage::make_canvas(scene);
         if (!built || !canvas) throw std::runtime_error(built ? canvas.error().message : built.error().message);
+        for (const std::string& warning : built->warnings) ADD_FAILURE() << warning;
         auto run = stage::start_run(std::move(*built));
         for (const int64_t frame : frames) {
             const auto done = stage::run_until(run, frame);

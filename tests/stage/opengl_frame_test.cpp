@@ -12,23 +12,23 @@
 
 namespace {
 
-using stage::PassBlend;
+using stage::Blend;
 using stage::PassSettings;
 
 constexpr int kSize = 8;
 
 /// From pixels, origin at the bottom left, to the frame.
-constexpr stage::PassMatrix kPixels = {2.0f / kSize, 0, 0, 0, 0, 2.0f / kSize, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
+constexpr stage::Matrix kPixels = {2.0f / kSize, 0, 0, 0, 0, 2.0f / kSize, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
 
 struct AlphaCase {
     const char* name;
     stage::FrameColor background;
     std::vector<std::array<float, 4>> layers;
-    PassBlend blend;
+    Blend blend;
     Pixel expected;  // by hand: colour ← colour·(1-a) + c·a (additive: colour + c·a), cover ← a + cover·(1-a), divided
 };
 
-constexpr PassBlend kOver = PassBlend::kAlpha, kAdd = PassBlend::kAdditive;
+constexpr Blend kOver = Blend::kAlpha, kAdd = Blend::kAdditive;
 const AlphaCase kAlphaCases[] = {
     {"nothing is transparent", {}, {}, kOver, {0, 0, 0, 0}},
     {"one layer keeps its colour and alpha", {}, {{1, 0.5f, 0, 0.5f}}, kOver, {255, 128, 0, 128}},
@@ -142,28 +142,13 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
         }
 }
 
-TEST_F(FrameTest, DepthHidesWhatLiesBehindOnlyWhereItIsTested) {
-    for (const bool tested : {true, false}) {
-        stage::Framebuffer frame = make_frame(kSize);
-        cover({}, -0.5f);  // window depth grows with z
-        PassSettings far;
-        far.depth_test = tested;
-        far.color = {1, 0, 0, 1};
-        cover(far, 0.5f);
-        expect_pixel(tested ? Pixel{255, 255, 255, 255} : Pixel{255, 0, 0, 255}, pixel_at(frame.read(), 4, 4),
-                     tested ? "tested" : "untested");
-    }
-}
-
-TEST_F(FrameTest, FragmentsUpToTheAlphaReferenceAreDropped) {
-    for (const float reference : {0.5f, 0.6f}) {
-        stage::Framebuffer frame = make_frame(kSize);
-        PassSettings settings;
-        settings.color = {1, 1, 1, 0.55f};
-        settings.alpha_reference = reference;
-        cover(settings);
-        EXPECT_EQ(reference < 0.55f ? 140 : 0, pixel_at(frame.read(), 4, 4)[3]);
-    }
+TEST_F(FrameTest, DepthHidesWhatLiesBehind) {
+    stage::Framebuffer frame = make_frame(kSize);
+    cover({}, -0.5f);  // window depth grows with z
+    PassSettings far;
+    far.color = {1, 0, 0, 1};
+    cover(far, 0.5f);
+    expect_pixel({255, 255, 255, 255}, pixel_at(frame.read(), 4, 4), "near");
 }
 
 TEST_F(FrameTest, ShowsShapes) {
@@ -175,7 +160,6 @@ TEST_F(FrameTest, ShowsShapes) {
         settings.world[14] = z;
         settings.color = color;
         settings.opacity = opacity;
-        settings.alpha_reference = 0.6f;  // of no account to shapes
         stage::draw_filled_outlines(settings, points, sizes);
     };
     const auto expect_ring_and_hole = [&](Pixel ring, Pixel hole, const char* when) {

@@ -111,7 +111,7 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
     ASSERT_TRUE(texture);
     stage::PassSettings settings;
     settings.texture = texture->number();
-    settings.blend = stage::PassBlend::kAdditive;
+    settings.blend = stage::Blend::kAdditive;
     State inside;
     const auto complaints = stage::draw_pass(settings, [&](int32_t, float) {
         change_everything();

@@ -1,0 +1,15 @@
+// The files that a scene is made of.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "scene_description.h"
+#include "stage/stage_export.h"
+
+namespace stage {
+
+/// The scene file and every file that it names: pictures, meshes and font files, those of the timeline too.
+STAGE_EXPORT std::vector<std::filesystem::path> input_files(const SceneDescription& scene);
+
+}  // namespace stage
