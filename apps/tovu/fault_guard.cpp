@@ -208,9 +208,9 @@ void install_fault_guard() {
 }
 
 void set_plugin_timeout(double seconds) {
-    constexpr double kLongestTick = 0.5;
-    constexpr double kShortestTick = 0.001;
-    const double tick = std::clamp(seconds / 10, kShortestTick, kLongestTick);
+    constexpr double kMaxTick = 0.5;
+    constexpr double kMinTick = 0.001;
+    const double tick = std::clamp(seconds / 10, kMinTick, kMaxTick);
     the_timeout_seconds = seconds;
     the_ticks_allowed = static_cast<int>(std::ceil(seconds / tick));
     itimerspec period{};

@@ -5,7 +5,7 @@
 namespace tovu {
 
 constexpr double kPluginTimeoutSeconds = 60;
-constexpr double kLongestPluginTimeoutSeconds = 86400;
+constexpr double kMaxPluginTimeoutSeconds = 86400;
 
 /// Call once, before a plug-in is loaded. From then on these end the process with status 2, after unfinished output
 /// (stage/output/unfinished.h) is removed, and with a line on standard error that names entry point, plug-in, container
@@ -19,7 +19,7 @@ constexpr double kLongestPluginTimeoutSeconds = 86400;
 /// status 128 + signal.
 void install_fault_guard();
 
-/// Bounds the time that one outermost call into a plug-in takes. seconds: above 0 to kLongestPluginTimeoutSeconds; 0:
+/// Bounds the time that one outermost call into a plug-in takes. seconds: above 0 to kMaxPluginTimeoutSeconds; 0:
 /// without bound. A call is ended after at most a tenth more, or half a second where that is less. Time in which the
 /// whole process is stopped does not count.
 void set_plugin_timeout(double seconds);

@@ -51,10 +51,10 @@ Result<Done> apply_seed(const std::string& text, stage::SceneDescription& scene)
 
 Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
     double& seconds = plan.plugin_timeout_seconds;
-    if (text.empty() || (parse_number(text, seconds) && seconds >= 0 && seconds <= kLongestPluginTimeoutSeconds))
+    if (text.empty() || (parse_number(text, seconds) && seconds >= 0 && seconds <= kMaxPluginTimeoutSeconds))
         return Done{};
     return Error{fmt::format("--plugin-timeout {}: must be a time in seconds from 0, for no limit, to {}", text,
-                             kLongestPluginTimeoutSeconds)};
+                             kMaxPluginTimeoutSeconds)};
 }
 
 Result<Done> take_frames(const std::string& text, RenderPlan& plan) {

@@ -1,4 +1,4 @@
-// What a render is to write, worked out and checked before anything is simulated.
+// The plan of a render, checked before anything is simulated.
 #pragma once
 
 #include "fault_guard.h"

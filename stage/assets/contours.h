@@ -1,4 +1,4 @@
-// Closed contours as fonts and pictures give them: flattening their curves, and telling outer contours from holes.
+// Closed contours of fonts and pictures: flattens their curves and separates outer contours from holes.
 #pragma once
 
 #include <vector>
@@ -13,10 +13,10 @@ struct ContourPoint {
     double y;
 };
 
-/// A closed row of corners; the last one joins the first.
+/// Corners of a closed line; the last one is joined to the first.
 using Contour = std::vector<ContourPoint>;
 
-/// Which areas several contours enclose together: those wound around an odd number of times, or any number but 0.
+/// The area that contours enclose together: where the winding number is odd, or where it is not 0.
 enum class FillRule { kEvenOdd, kNonZero };
 
 /// Appends the curve that starts at the contour's last point, its end included, as chords that stay within `tolerance`

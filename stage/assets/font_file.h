@@ -1,4 +1,4 @@
-// Where the font of a given name is installed.
+// Finds the file of a font.
 #pragma once
 
 #include <string>
@@ -14,9 +14,8 @@ struct FontFile {
 };
 
 /// `font`: the path of a font file (anything with a '/' in it, or that ends in .ttf, .otf, .ttc, .pfb or .woff), or the
-/// name of an installed family, which fontconfig looks up, with its properties where wanted ("DejaVu Sans:bold").
-/// Empty: DejaVu Sans. Error: no such file; no such family (the message names the family that would be taken in its
-/// place).
+/// name of an installed family, which fontconfig looks up, optionally with properties ("DejaVu Sans:bold").
+/// Empty: DejaVu Sans. Error: no such file; no such family (the message names the nearest one).
 STAGE_EXPORT Result<FontFile> find_font(const std::string& font);
 
 }  // namespace stage

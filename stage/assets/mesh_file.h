@@ -1,4 +1,4 @@
-// Meshes from files of other programs, their vertices in the order in which the file stores them.
+// Reads mesh files, with the vertices in the order of the file.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@
 namespace stage {
 
 /// The meshes of a file, by its extension: .obj (Wavefront OBJ), .gltf or .glb (glTF 2.0). Coordinates are taken as
-/// they stand, without the transformations of glTF nodes: placing a geometry is its container's part.
+/// they stand, without the transformations of glTF nodes: a container places its geometry.
 ///
 /// OBJ: a mesh for each object or group (and one for what stands before the first), in file order. Its vertices are
-/// those that its faces, lines and points refer to, each once, in the order of the `v` lines; one without any of these
-/// has the vertices that were declared under it and that nothing in the file refers to. Materials are not read.
+/// those that its faces, lines and points refer to, each once, in the order of the `v` lines; a section without any of
+/// these has the vertices declared in it that nothing in the file refers to. Materials are not read.
 ///
 /// glTF: a mesh for each primitive, mesh after mesh, with the vertices of its POSITION accessor in their order; its
-/// `indices` are not used. Of other files only the buffers and images that it names are looked at.
+/// `indices` are not used. Other files are read only where buffers name them.
 ///
 /// Errors: file missing, longer than 128 MB or not readable; more than a million vertices; no mesh with a vertex in it;
 /// a vertex that is not three finite numbers; an index, accessor or buffer outside what there is. Messages name the

@@ -1,4 +1,4 @@
-// A command that is fed through its standard input. Inside the library only.
+// Runs a command that reads its standard input. Inside the library only.
 #pragma once
 
 #include <sys/types.h>
@@ -12,7 +12,7 @@
 
 namespace stage {
 
-/// A started command. Its output goes nowhere; what it says on standard error is kept. Destroyed while it runs, it is
+/// A started command. Its standard output is discarded, its standard error kept. Destroyed while it runs, it is
 /// killed and waited for; so it is when a fault or a signal ends this process (stage/output/unfinished.h). Move only.
 class ChildProcess {
   public:
@@ -25,17 +25,17 @@ class ChildProcess {
 
     /// False when the command reads no more.
     bool feed(std::span<const unsigned char> bytes);
-    /// Ends its input and waits for it. How it failed, such as "failed with exit status 1"; empty
-    /// for exit status 0.
+    /// Closes its input and waits for its end. Returns how it failed, such as "failed with exit status 1"; empty for
+    /// exit status 0.
     std::string wait();
-    /// The last lines that it said, at most `count`, without the newline at the end. After wait().
+    /// The last lines of its standard error, at most `count`, without the final newline. Call after wait().
     std::string last_lines(size_t count) const;
 
   private:
     ChildProcess() = default;
     pid_t pid_ = -1;
-    int input_ = -1;     // our end
-    int messages_ = -1;  // a nameless file in memory
+    int input_ = -1;     // this process's end of the socket pair
+    int messages_ = -1;  // its standard error, a file in memory
 };
 
 }  // namespace stage

@@ -22,7 +22,7 @@ STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);
 /// Removes partial_name(target) if it is there.
 STAGE_EXPORT void discard_partial(const std::filesystem::path& target) noexcept;
 
-/// All of it in one go, for what is in memory.
+/// Writes a file that is in memory.
 STAGE_EXPORT Result<Done> write_whole_file(const std::filesystem::path& target, std::string_view bytes);
 
 }  // namespace stage

@@ -41,7 +41,7 @@ int64_t due(const ImageTrack& track, double seconds) {
     return static_cast<int64_t>(track.description.files.size()) + passed - 1;
 }
 
-// `position` as in ImageTrack::shown; -1 is as large as the first picture, and all 0.
+// position: as in ImageTrack::shown; -1 gives zeros in the size of the first picture.
 Result<Picture> picture_of(const ImageTrack& track, int64_t position) {
     const std::vector<std::filesystem::path>& files = track.description.files;
     const size_t index = static_cast<size_t>(std::max<int64_t>(position, 0));
@@ -54,7 +54,7 @@ Result<Picture> picture_of(const ImageTrack& track, int64_t position) {
     return picture;
 }
 
-void tell_plugins(Stage& stage, const std::string& image) {
+void notify_plugins(Stage& stage, const std::string& image) {
     const std::vector<int32_t> instances = stage.instance_handles;
     for (const int32_t handle : instances) {
         const Geometry* geometry = find_geometry(stage, handle);
@@ -106,7 +106,7 @@ Result<Done> show_image(Stage& stage, ImageTrack& track, double seconds) {
     const Result<Done> replaced =
         replace_image(stage, track.handle, picture->width, picture->height, picture->format, std::move(picture->bytes));
     if (!replaced) return Error{track.description.place + ": " + replaced.error().message};
-    if (!same) tell_plugins(stage, track.name);
+    if (!same) notify_plugins(stage, track.name);
     return Done{};
 }
 

@@ -1,5 +1,5 @@
-// Reading the keys of a TOML table into a plain struct, with an error for everything that is not right.
-// Only for the scene file's own readers: others take the finished description.
+// Reads the keys of a TOML table into a plain struct and reports every mistake.
+// Only for the readers of this folder.
 #pragma once
 
 #include <toml++/toml.h>
@@ -14,9 +14,9 @@
 
 namespace stage {
 
-/// What goes through all readers of one file. Reading goes on after an error, so that one run reports all of them.
+/// State of reading one file. Reading continues after an error, so that one run reports all of them.
 struct KeyReader {
-    std::string file;                 // as the user gave it
+    std::string file;                 // as given by the user
     std::filesystem::path folder;     // where relative paths start
     std::vector<std::string> errors;  // "file:line:column: what is wrong and what would be right"
 };
@@ -39,7 +39,7 @@ void report(KeyReader& reader, const toml::source_region& source, const std::str
 void report_at(KeyReader& reader, const Place& place, const std::string& message);
 void report_parse_error(KeyReader& reader, const toml::parse_error& error);
 
-/// `the text "abc"`, `the number 5`, `a table`: what stands there instead of what would be right.
+/// The value in words for messages: `the text "abc"`, `the number 5`, `a table`.
 std::string describe(const toml::node& node);
 
 /// A day: the limit of all times and lengths of time, in seconds.
@@ -66,9 +66,9 @@ bool read_file_path(KeyReader& reader, const KeyedNode& entry, std::filesystem::
 /// One of `choices`: stores its position.
 bool read_choice(KeyReader& reader, const KeyedNode& entry, const std::vector<std::string>& choices, size_t& out);
 
-/// The table behind the key, or nothing after reporting that it must be one.
+/// The table that is the key's value, or null after reporting that it must be one.
 const toml::table* read_table(KeyReader& reader, const KeyedNode& entry);
-/// The array of tables behind the key ([[key]]), or nothing after reporting.
+/// The array of tables that is the key's value ([[key]]), or none after reporting.
 std::vector<const toml::table*> read_tables(KeyReader& reader, const KeyedNode& entry);
 
 /// The entries of a table in the order they were written (the parser keeps them by name).

@@ -1,4 +1,4 @@
-// Written parameter values against what a plug-in registered.
+// Checks parameter values of a scene against the plug-in's registration.
 #pragma once
 
 #include "scene_description.h"
@@ -18,7 +18,7 @@ void check_button(const Plugin& plugin, const std::string& button, const Place& 
 /// Whether `name` is one of the scene's images or a built-in sprite.
 bool is_image_name(const SceneDescription& scene, const std::string& name);
 
-/// The names that is_image_name takes: the scene's own first.
+/// The names that is_image_name accepts: the scene's own first.
 std::vector<std::string> image_names(const SceneDescription& scene);
 
 }  // namespace stage

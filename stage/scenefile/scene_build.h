@@ -1,4 +1,4 @@
-// From a scene's description to a Stage with everything in it.
+// Creates a Stage from a scene's description.
 #pragma once
 
 #include <string>
@@ -22,10 +22,10 @@ struct BuiltScene {
     std::vector<std::string> warnings;  // "file:line:column: …": what can be rendered, but hardly as intended
 };
 
-/// Makes a Stage at its first frame, pre-warming ones included: images, containers, shapes, plug-in instances with
-/// their parameters, the camera. smoke_plugin: the library that "smoke", or no plug-in named, stands for. The error has
-/// a line for each mistake, "file:line:column: …": names and values of parameters (those of the timeline too),
-/// textures, images, plug-ins and shapes that cannot be had.
+/// Creates a Stage at its first frame (a pre-warming one, if there are any): images, containers, shapes, plug-in
+/// instances with their parameters, the camera. smoke_plugin: the library for "smoke" and for containers that name no
+/// plug-in. The error has a line for each mistake, "file:line:column: …": wrong names and values of parameters (those
+/// of the timeline too), textures, images, plug-ins and shapes.
 STAGE_EXPORT Result<BuiltScene> build_scene(const SceneDescription& description, const std::string& smoke_plugin);
 
 }  // namespace stage

@@ -1,4 +1,4 @@
-// What a scene file says, as plain values: the reader fills it, the builder makes a scene of it.
+// The content of a scene file as plain values: the reader fills them, the builder creates a scene from them.
 #pragma once
 
 #include <array>
@@ -17,7 +17,7 @@ namespace stage {
 
 using Triple = std::array<float, 3>;
 
-/// Where a value was written: "file:line:column", or the option that gave it. Starts the message about a wrong value.
+/// Where a value was written: "file:line:column", or the option that set it. Messages about the value start with it.
 using Place = std::string;
 
 /// Lines about a scene, "file:line:column: …" each.
@@ -63,12 +63,12 @@ struct GeometryDescription {
 };
 
 struct ContainerDescription {
-    std::string name;             // not used twice in a scene
+    std::string name;             // unique in the scene
     int32_t parent = -1;          // index of an earlier container, -1 for none
     Triple position = {0, 0, 0};  // parent's units
     Triple rotation = {0, 0, 0};  // degrees about X, Y, Z
     Triple scale = {1, 1, 1};     // factors
-    bool has_plugin = false;      // carries a plug-in's geometry: `plugin` or `parameters` was given
+    bool has_plugin = false;      // `plugin` or `parameters` was given
     std::string plugin;           // "smoke", a library beside it or a file name; empty means the smoke
     Place plugin_place;
     std::vector<ParameterSetting> parameters;  // in the order written
@@ -80,31 +80,31 @@ struct ContainerDescription {
     Place place;
 };
 
-/// What happens once, before the first frame whose time is not below `time`.
+/// A change that happens once, before the first frame whose time is at least `time`.
 struct TimelineEntry {
     double time = 0.0;       // seconds from the first picture, 0 or more
     int32_t container = -1;  // index; -1 for an entry about an image
     std::vector<ParameterSetting> parameters;
     std::string press;  // name of a push button, empty for none
     Place press_place;
-    std::optional<GeometryDescription> geometry;  // the container's shape from then on
+    std::optional<GeometryDescription> geometry;  // the container's new shape
     std::string image;                            // name of an image of the scene, empty for none
-    std::filesystem::path file;                   // its picture from then on
+    std::filesystem::path file;                   // its new picture
     Place file_place;
     Place place;
 };
 
-enum class Ease { kLinear, kSmooth, kStep };  // step: not at all until the key's time
+enum class Ease { kLinear, kSmooth, kStep };  // step: the value before until the key's time
 enum class TrackProperty { kPosition, kRotation, kScale, kGeometry };
 
 struct TrackKey {
     double time = 0.0;                            // seconds, above the key before
     Triple value = {0, 0, 0};                     // of every property but geometry
     std::optional<GeometryDescription> geometry;  // of the property geometry
-    Ease ease = Ease::kLinear;                    // of the way from the key before to this one
+    Ease ease = Ease::kLinear;                    // of the change from the key before
 };
 
-/// Motion or deformation of one container between keyed values: held before the first key and after the last.
+/// Motion or deformation of one container between keyed values; constant before the first key and after the last.
 struct Track {
     int32_t container = -1;  // index
     TrackProperty property = TrackProperty::kPosition;
@@ -112,8 +112,8 @@ struct Track {
 };
 
 enum class Play {
-    kLoop,  // from the first picture again after the last
-    kHold,  // the last picture stays
+    kLoop,  // after the last picture the first one again; the first one before the start
+    kHold,  // the last picture stays; the first one before the start
     kOnce,  // black and transparent before the first picture and after the last
 };
 
@@ -122,7 +122,7 @@ struct ImageDescription {
     std::vector<std::filesystem::path> files;  // one or more, in the order they are shown
     double frame_rate = 50.0;                  // sequence: pictures per second, above 0
     double start = 0.0;                        // sequence: seconds from the scene's first picture to its own first
-    Play play = Play::kLoop;                   // sequence; but for kOnce its first picture is there before its start
+    Play play = Play::kLoop;                   // sequence
     Place place;
 };
 

@@ -1,4 +1,4 @@
-// Pictures of a running scene, through real OpenGL.
+// Draws a running scene through real OpenGL.
 #pragma once
 
 #include <map>

@@ -11,13 +11,13 @@ struct SceneRun {
     size_t next_entry = 0;   // of the timeline
 };
 
-/// A scene just built, before its first frame. Going back in time is starting anew.
+/// A run of a scene just built, before its first frame. To seek back, start a new run.
 STAGE_EXPORT SceneRun start_run(BuiltScene built);
 
-/// Runs frames, pre-warming ones included, until `frame` (0 is the first picture) has been run; draws nothing. Nothing
-/// happens when it has been run already. What the timeline says for a frame counts before the plug-ins simulate it;
-/// containers in motion stand where they are at the frame's start, and so do shapes and images. The error names the
-/// place in the scene file.
+/// Runs frames, pre-warming ones included, up to and with `frame` (0 is the first picture), without drawing. Does
+/// nothing when it was run before.
+/// Timeline entries of a frame apply before the plug-ins simulate it; containers in motion, shapes and images have
+/// their state at the frame's start. The error names the place in the scene file.
 STAGE_EXPORT Result<Done> run_until(SceneRun& run, int64_t frame);
 
 }  // namespace stage

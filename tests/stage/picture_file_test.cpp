@@ -33,16 +33,6 @@ std::string bmp_file() {
                     0,   0,   0,  0, 0, 0, 0, 0,  0, 0, 0,  0, 3, 2, 1,  0, 6, 5, 4, 0});
 }
 
-/// 1 × 2 grey pixels, bottom row first.
-std::string tga_file() {
-    return text_of({0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 2, 0, 8, 0, 10, 20});
-}
-
-/// The same as packets: a run of two would be one; here two of one.
-std::string packed_tga_file() {
-    return text_of({0, 0, 11, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 2, 0, 8, 0, 0x80, 10, 0x80, 20});
-}
-
 TEST(PictureFile, ComesBackFromAPngAsItWent) {
     const TemporaryFolder folder;
     for (const auto format :
@@ -59,18 +49,6 @@ TEST(PictureFile, ComesBackFromAPngAsItWent) {
     }
 }
 
-/// 8 × 8 pixels of one grey, the shortest that a JPEG can be: one block of luminance with only a DC value.
-std::string jpeg_file() {
-    std::string file = text_of({0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0});
-    file += std::string(64, '\1');                                                 // quantisation by 1
-    file += text_of({0xFF, 0xC0, 0, 11, 8, 0, 8, 0, 8, 1, 1, 0x11, 0});            // 8 × 8, one component
-    file += text_of({0xFF, 0xC4, 0, 20, 0x00, 1}) + std::string(15, '\0') + '\6';  // DC code "0": 6 bits follow
-    file += text_of({0xFF, 0xC4, 0, 20, 0x10, 1}) + std::string(15, '\0') + '\0';  // AC code "0": end of block
-    file += text_of({0xFF, 0xDA, 0, 8, 1, 1, 0x00, 0, 63, 0});
-    // DC: "0" and 40 in six bits, AC: "0": 0 101000 0; 40/8 = 5 above mid grey.
-    return file + text_of({0x50, 0xFF, 0xD9});
-}
-
 std::string png_file() {
     const TemporaryFolder folder;
     EXPECT_TRUE(stage::write_png(folder / "a.png", counted_picture(64, 64, stage::kPictureRgba)));
@@ -82,44 +60,30 @@ stage::Result<Picture> decode(const std::string& bytes) {
 }
 
 TEST(PictureFile, IsReadWithTheBottomRowFirst) {
-    const std::tuple<const char*, std::string, stage::PictureFormat, std::vector<uint8_t>> cases[] = {
-        {"bmp", bmp_file(), stage::kPictureRgb, {1, 2, 3, 4, 5, 6}},
-        {"tga", tga_file(), stage::kPictureLuminance, {10, 20}},
-        {"packed tga", packed_tga_file(), stage::kPictureLuminance, {10, 20}},
-        {"jpeg", jpeg_file(), stage::kPictureLuminance, std::vector<uint8_t>(64, 128 + 5)},
-    };
-    for (const auto& [name, file, format, pixels] : cases) {
-        SCOPED_TRACE(name);
-        const auto picture = decode(file);
-        ASSERT_TRUE(picture) << picture.error().message;
-        EXPECT_EQ(format, picture->format);
-        EXPECT_EQ(pixels, picture->bytes);
-    }
+    const auto picture = decode(bmp_file());
+    ASSERT_TRUE(picture) << picture.error().message;
+    EXPECT_EQ(stage::kPictureRgb, picture->format);
+    EXPECT_EQ((std::vector<uint8_t>{1, 2, 3, 4, 5, 6}), picture->bytes);
 }
 
 TEST(PictureFile, EveryFaultIsNamed) {
-    std::string too_wide = tga_file(), damaged = png_file();
-    too_wide[12] = 1;
-    too_wide[13] = 64;                                    // 16385 pixels
+    std::string too_wide = bmp_file(), damaged = png_file();
+    too_wide[18] = 1;
+    too_wide[19] = 64;                                    // 16385 pixels
     damaged[41] = static_cast<char>(damaged[41] ^ 0x7F);  // in the compressed pixels' header
     const auto cut = [](const std::string& file, size_t bytes) { return file.substr(0, file.size() - bytes); };
     const std::tuple<const char*, std::string, const char*> cases[] = {
-        {"empty", "", "not a PNG"},
         {"text", "[scene]\nname = 'not a picture at all'\n", "not a PNG"},
         {"png cut in its pixels", cut(png_file(), png_file().size() / 2), "too early"},
         {"png cut before its end", cut(png_file(), 20), "too early"},
-        {"jpeg cut in its pixels", cut(jpeg_file(), 3), "too early"},
         {"bmp cut", cut(bmp_file(), 5), "too early"},
-        {"tga cut", cut(tga_file(), 1), "too early"},
-        {"packed tga cut", cut(packed_tga_file(), 1), "too early"},
         {"damaged", damaged, "damaged"},
         {"too wide", too_wide, "16385 x 2 pixels, each side must be 1 to 16384"},
     };
     for (const auto& [name, file, problem] : cases) {
-        SCOPED_TRACE(name);
         const auto picture = decode(file);
-        ASSERT_FALSE(picture);
-        EXPECT_THAT(picture.error().message, testing::AllOf(HasSubstr("some.picture: "), HasSubstr(problem)));
+        ASSERT_FALSE(picture) << name;
+        EXPECT_THAT(picture.error().message, testing::AllOf(HasSubstr("some.picture: "), HasSubstr(problem))) << name;
     }
     const TemporaryFolder folder;
     EXPECT_THAT(stage::read_picture(folder / "none.png").error().message,
