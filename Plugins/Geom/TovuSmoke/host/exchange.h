@@ -8,36 +8,36 @@
 
 /*
  * A consumer sends both requests to the smoke's geometry through `_api__geom_dispatcher`, from any of its own entry
- * points that are given an instance, and works on the records in those calls only. One consumer at a time: a second one
- * would take over the first one's attachment.
+ * points that have an instance, and accesses the records only in those calls. Attach one consumer at a time: the
+ * attachment of a second one replaces that of the first.
  *
  * While a consumer is attached
- * - at most `birth_limit` particles are born in a frame; what that holds back stays due;
- * - live particles with neither `claimed` nor `released` set stand still, do not age and are not drawn: newborn ones
- *   are such, so look through the live particles every frame;
- * - a released particle has its remaining life cut once to `death_acceleration` percent, except under the smoke's Spawn
- *   Type Image, where being off the mask alone decides;
- * - records that leave the pool because Number of Particles dropped go to the deleted list. There the smoke frees those
- *   with `claimed` 0 in its next frame: clear it on every one that you let go.
- * A particle that dies goes to the pooled records with `claimed` as it was; its next birth clears both flags.
+ * - at most `birth_limit` particles are born per frame; further births stay due;
+ * - live particles with neither `claimed` nor `released` set do not move, do not age and are not drawn. New particles
+ *   have neither set, so check the live particles every frame;
+ * - the remaining life of a released particle is cut once to `death_acceleration` percent. Under the smoke's Spawn Type
+ *   Image that happens only to particles off the mask;
+ * - records that leave the pool because Number of Particles dropped move to the deleted list. In its next frame the
+ *   smoke frees those whose `claimed` is 0: clear it on each record that you no longer need.
+ * A particle that dies keeps `claimed` in the pool; its next birth clears both flags.
  */
 
 /**
  * Attach to a smoke, or refresh an attachment. data: a `ParticleAttachRequest`; reply: the address of a
- * `ParticleExchangeBlock *` that the smoke sets. Set it to null before: another plug-in leaves it as it was.
- * Ignored where either is missing. May be sent every frame, which brings the snapshots of the block up to date.
+ * `ParticleExchangeBlock *` that the smoke sets. Set it to null before: other plug-ins leave it unchanged.
+ * Ignored if `data` or `reply` is null. May be sent every frame, which updates the copied values in the block.
  */
 #define TOVU_REQUEST_ATTACH INT32_C(0x52414431) /* 'RAD1' */
 
 /**
- * Detach: every live particle vanishes into the pool, every `claimed` is cleared, the deleted list is freed.
- * data: not read; reply: the address of a `ParticleExchangeBlock *` that the smoke sets to null (may be null itself).
+ * Detach: all live particles return to the pool, `claimed` is cleared on all records, the deleted list is freed.
+ * data: not read; reply: the address of a `ParticleExchangeBlock *` that the smoke sets to null, or null.
  */
 #define TOVU_REQUEST_DETACH INT32_C(0x52414432) /* 'RAD2' */
 
-/** What a consumer asks for. The consumer's own, read during the attach request only. */
+/** The data of an attach request. The consumer owns it; the smoke reads it only during the request. */
 typedef struct ParticleAttachRequest {
-    int32_t birth_limit;      /**< [0] most births in one frame while attached; 0 or less: none */
+    int32_t birth_limit;      /**< [0] maximum births per frame while attached; 0 or less: none */
     float death_acceleration; /**< [4] 0 to 100, percent of the remaining life that a released particle keeps, and,
                                  under Spawn Type Container or Image, any one outside the shape or off the mask. Becomes
                                  the smoke's own Death Acceleration, which keeps it after the detach. 100: no cut */
@@ -46,9 +46,9 @@ typedef struct ParticleAttachRequest {
 } ParticleAttachRequest;
 
 /**
- * What the smoke hands out; offsets with 4-byte pointers. It lies inside the smoke's instance: valid until the smoke's
- * container or geometry goes away, which is not announced, so test the geometry's handle with `_api__object_valid`
- * before each use. The heads are the smoke's: read them, never write them.
+ * The reply to an attach request; offsets in brackets apply to 4-byte pointers. It is part of the smoke's instance and
+ * valid until the smoke's container or geometry is removed. That is not announced: test the geometry's handle with
+ * `_api__object_valid` before each use. The smoke owns the list heads: read them, never write them.
  */
 typedef struct ParticleExchangeBlock {
     Particle** active_head;   /**< [0] address of the head of the live particles, youngest first */

@@ -3,17 +3,16 @@
 #define TOVU_HOST_OPENGL_H
 
 /*
- * Each is OpenGL's own function behind the prefix `ormixGL_`, with OpenGL's own prototype; the types are written out
- * so that no OpenGL header is needed, and agree with one that is, included before or after this one.
+ * Each function is the OpenGL function of the same name after the prefix `ormixGL_`, with the same prototype. The types
+ * are written out, so no OpenGL header is needed; one may be included before or after this header.
  *
  * Callable inside PLUGIN_RENDER_OPENGL, where the host's context is current; `ormixGL_glTexCoordPointer`, which only
- * notes an address, in PLUGIN_INIT_FUNCTION too. The host keeps none of the plug-in's arrays: OpenGL reads what the
- * three pointer calls name at the next `ormixGL_glDrawArrays`, so it must lie there until then.
+ * stores an address, also in PLUGIN_INIT_FUNCTION. The host does not copy the plug-in's arrays: OpenGL reads them in
+ * `ormixGL_glDrawArrays`, so they must stay valid until then.
  *
- * As a pass begins, GL_PROJECTION holds projection × view and GL_MODELVIEW the container's transformation alone: what
- * is drawn lies in container units, and in world units once the identity is loaded. Texture coordinates run
- * from 0 to 32767 across the texture. Texture, material, blend and alpha-test functions are the host's. Match every
- * push by a pop.
+ * At the start of a pass GL_PROJECTION is projection × view and GL_MODELVIEW is the container's transformation: drawing
+ * is in container coordinates, or in world coordinates after loading the identity. Texture coordinates run from 0 to
+ * 32767 across the texture. The host sets texture, material, blend and alpha-test functions. Match every push by a pop.
  */
 
 #ifndef GL_POINTS
@@ -89,58 +88,58 @@
 extern "C" {
 #endif
 
-/** Begins primitives of the kind `mode`, GL_POINTS to GL_POLYGON: the corners up to glEnd. */
+/** Begins primitives of the kind `mode`, GL_POINTS to GL_POLYGON. Their vertices follow, up to glEnd. */
 void ormixGL_glBegin(unsigned int mode);
-/** Ends what glBegin began. Between the two only the next five are allowed. */
+/** Ends the primitives. Between glBegin and glEnd only the next five functions are allowed. */
 void ormixGL_glEnd(void);
-/** A corner, in the coordinates that GL_MODELVIEW starts from. */
+/** A vertex, in the coordinates that GL_MODELVIEW transforms from. */
 void ormixGL_glVertex3f(float x, float y, float z);
-/** A corner from three floats, read during the call. */
+/** A vertex from three floats, read during the call. */
 void ormixGL_glVertex3fv(const float* xyz);
-/** Colour of the corners to come, components 0 to 1; alpha 1 is opaque. */
+/** Colour of the following vertices, components 0 to 1; alpha 1 is opaque. */
 void ormixGL_glColor4f(float red, float green, float blue, float alpha);
 /** The same with components 0 to 255. */
 void ormixGL_glColor4ub(unsigned char red, unsigned char green, unsigned char blue, unsigned char alpha);
-/** Texture coordinates of the corners to come, 0 to 32767 across the texture. */
+/** Texture coordinates of the following vertices, 0 to 32767 across the texture. */
 void ormixGL_glTexCoord2s(short s, short t);
 /**
- * Corners for glDrawArrays: `size` elements of `type` each, `stride` bytes from one to the next, 0 where they are
- * packed. The array stays the plug-in's.
+ * Vertices for glDrawArrays: `size` elements of `type` each, `stride` bytes from one to the next, or 0 if packed. The
+ * plug-in owns the array.
  */
 void ormixGL_glVertexPointer(int size, unsigned int type, int stride, const void* pointer);
-/** Colours, likewise; those of whole-number types span their range. */
+/** Colours, likewise. Integer types use their full range for 0 to 1. */
 void ormixGL_glColorPointer(int size, unsigned int type, int stride, const void* pointer);
 /** Texture coordinates, likewise; not scaled by their type. */
 void ormixGL_glTexCoordPointer(int size, unsigned int type, int stride, const void* pointer);
-/** Draws `count` corners from the enabled arrays, the 0-based `first` one first. Reads the arrays during the call. */
+/** Draws `count` vertices of the enabled arrays from index `first` on. Reads the arrays during the call. */
 void ormixGL_glDrawArrays(unsigned int mode, int first, int count);
-/** Has glDrawArrays use one of the client arrays, GL_VERTEX_ARRAY to GL_EDGE_FLAG_ARRAY. */
+/** Makes glDrawArrays use a client array, GL_VERTEX_ARRAY to GL_EDGE_FLAG_ARRAY. */
 void ormixGL_glEnableClientState(unsigned int array);
-/** Has it leave that array alone. */
+/** Makes glDrawArrays ignore a client array. */
 void ormixGL_glDisableClientState(unsigned int array);
 /** Switches a capability on. */
 void ormixGL_glEnable(unsigned int capability);
 /** Switches a capability off. */
 void ormixGL_glDisable(unsigned int capability);
-/** Whether what is drawn writes its depth: GL_TRUE or GL_FALSE. */
+/** Whether drawing writes depth: GL_TRUE or GL_FALSE. */
 void ormixGL_glDepthMask(unsigned char flag);
-/** Speed or looks, GL_FASTEST, GL_NICEST or GL_DONT_CARE, for the target, one of the hints. */
+/** Speed or quality for `target`, one of the hints: `mode` is GL_FASTEST, GL_NICEST or GL_DONT_CARE. */
 void ormixGL_glHint(unsigned int target, unsigned int mode);
 /** Width of lines, pixels. */
 void ormixGL_glLineWidth(float width);
 /** Size of points, pixels. */
 void ormixGL_glPointSize(float size);
-/** Which matrix the next five work on: GL_MODELVIEW, GL_PROJECTION or GL_TEXTURE. */
+/** Selects the matrix that the next five functions change: GL_MODELVIEW, GL_PROJECTION or GL_TEXTURE. */
 void ormixGL_glMatrixMode(unsigned int mode);
-/** The matrix becomes the identity. */
+/** Sets the matrix to the identity. */
 void ormixGL_glLoadIdentity(void);
-/** Keeps a copy of the matrix, to come back to. */
+/** Pushes a copy of the matrix on the stack. */
 void ormixGL_glPushMatrix(void);
-/** Comes back to the copy kept last. */
+/** Restores the matrix pushed last. */
 void ormixGL_glPopMatrix(void);
 /** Multiplies the matrix on its right by 16 floats in column order, read during the call. */
 void ormixGL_glMultMatrixf(const float* matrix);
-/** Multiplies the matrix on its right by a displacement, in the units of what is drawn. */
+/** Multiplies the matrix on its right by a translation. */
 void ormixGL_glTranslatef(float x, float y, float z);
 
 #ifdef __cplusplus

@@ -2,7 +2,7 @@
 #ifndef TOVU_HOST_VECTOR3_H
 #define TOVU_HOST_VECTOR3_H
 
-/** Three contiguous floats: a pointer to `x` is a pointer to three floats, as OpenGL and requests take it. */
+/** Three contiguous floats: a pointer to `x` can be passed to OpenGL and in requests as `float[3]`. */
 typedef struct Vector3 {
     float x;
     float y;
