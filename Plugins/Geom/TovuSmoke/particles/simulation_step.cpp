@@ -8,10 +8,10 @@
 #include "active_array.h"
 #include "camera_alignment.h"
 #include "emission.h"
-#include "fetch_ahead.h"
 #include "instance_caches.h"
 #include "particle_motion.h"
 #include "pool.h"
+#include "prefetch_record.h"
 
 namespace tovu {
 namespace {
@@ -21,7 +21,8 @@ namespace {
 void prefetch_first(const SmokeInstance& instance) {
     constexpr int32_t kFirstRecords = 32;
     const ActiveRecords active = active_records(instance);
-    for (int32_t i = active.count - 1; i >= 0 && i >= active.count - kFirstRecords; --i) fetch_ahead(active.records[i]);
+    for (int32_t i = active.count - 1; i >= 0 && i >= active.count - kFirstRecords; --i)
+        prefetch_record(active.records[i]);
     if (active.count == 0) return;
     const char* const tables = reinterpret_cast<const char*>(&instance) + offsetof(SmokeInstance, color_table);
     for (size_t i = 0; i < sizeof(ColorTable) + sizeof(AlphaTable); i += 64) __builtin_prefetch(tables + i);

@@ -1,4 +1,4 @@
-// What a step's walk over the particles depends on and no particle changes: worked out once, before it.
+// The values of a step that are the same for all particles. They are computed once, before the walk.
 #pragma once
 
 #include "../instance/smoke_instance.h"
@@ -7,38 +7,42 @@
 namespace tovu {
 
 struct StepValues {
-    float time_step;    // seconds
-    Vector3 wind_step;  // units per frame, added to the position; of an image: not here but per particle
-    bool wind_active;
-    bool wind_from_image;
-    float gravity_step;  // units per frame, added to velocity.y
+    float time_step;       // seconds
+    Vector3 wind_step;     // units per frame, added to the position; 0 with a wind image
+    bool wind_active;      // there is wind, from the parameters or from an image
+    bool wind_from_image;  // the wind depends on the particle's position
+    float gravity_step;    // units per frame, added to velocity.y
     bool gravity_active;
-    float drag;          // velocity factor per frame; exactly 1 means none
-    Vector3 turbulence;  // range of the random displacement, units per frame
-    Vector3 half_turbulence;
-    bool turbulent_x;
+    float drag;               // velocity factor per frame; exactly 1 means none
+    Vector3 turbulence;       // units per frame: a random share of it, minus half of it, is added to the position
+    Vector3 half_turbulence;  // units per frame
+    bool turbulent_x;         // a random number is drawn for this axis
     bool turbulent_y;
     bool turbulent_z;
-    bool consumer;     // attached: only claimed or released particles take part
-    bool store_alpha;  // the drawing that reads the record needs it; the arrays look the tables up themselves
-    bool store_color;
-    bool follow_path;
-    bool path_in_world;  // the path's direction is seen through rotation_scale_matrix
+    bool consumer;       // one is attached: only claimed and released particles take part
+    bool store_alpha;    // into the record; the vertex-array path reads the tables itself
+    bool store_color;    // likewise, unless the consumer owns the colour
+    bool follow_path;    // path_angle follows the direction of motion
+    bool path_in_world;  // rotation_scale_matrix is applied to the direction of motion first
     bool accelerate;     // Death Acceleration is below 100
-    float life_factor;   // share of the remaining life that it leaves
+    float life_factor;   // the share of the remaining life that Death Acceleration leaves
     SpawnType spawn_type;
-    WindImage wind_image;
-    InsideTest inside;
-    ImageReader mask;
+    WindImage wind_image;  // opened only if wind_from_image
+    InsideTest inside;     // opened only for Death Acceleration and Spawn Type Container
+    ImageReader mask;      // opened only for Death Acceleration and Spawn Type Image
 };
 
-/// Brings up to date what a request to a spawn plug-in may have changed under the walk: the image's pixels, since the
-/// host may have loaded it anew, and the attachment of a consumer.
-void update_after_request(StepValues& values, const SmokeInstance& instance);
+inline bool is_turbulent(const StepValues& values) {
+    return values.turbulent_x || values.turbulent_y || values.turbulent_z;
+}
 
-/// Fills `values` for the instance's time step and opens the sources that a particle can need. `spare_angles` must live
-/// as long: it is used where the instance has no place for the table.
+/// Fills `values` for the instance's time step and opens the sources that a particle can need.
+/// spare_angles: used when the instance has no caches; must live as long as `values`.
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles);
+
+/// Updates what a request to a spawn plug-in can change during the walk: the pixels of the wind image, which the host
+/// may have loaded anew, and the attachment of a consumer.
+void update_after_request(StepValues& values, const SmokeInstance& instance);
 
 /// The wind of `wind_force`, without an image, units per second. Under Reference World it is scaled by the container.
 Vector3 global_wind(const SmokeInstance& instance);

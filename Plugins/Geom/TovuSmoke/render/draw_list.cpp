@@ -1,7 +1,7 @@
 #include "draw_list.h"
 
 #include "../particles/active_array.h"
-#include "../particles/fetch_ahead.h"
+#include "../particles/prefetch_record.h"
 #include "../services/host_queries.h"
 #include "truncate.h"
 
@@ -56,7 +56,7 @@ int32_t list_records(const SmokeInstance& instance) {
     const int32_t live = active.count < kMaxParticles ? active.count : kMaxParticles;
     for (int32_t i = active.count - 1, end = active.count - live; i >= end; --i) {
         if (instance.consumer_attached != 0) {
-            __builtin_prefetch(&active.records[i - kFetchAhead > end ? i - kFetchAhead : end]->claimed);
+            __builtin_prefetch(&active.records[i - kPrefetchDistance > end ? i - kPrefetchDistance : end]->claimed);
             if (left_out(instance, *active.records[i])) continue;
         }
         draw_list[count++].particle = active.records[i];
@@ -66,7 +66,7 @@ int32_t list_records(const SmokeInstance& instance) {
 
 void write_keys(const ViewAxis& view, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
-        __builtin_prefetch(draw_list[i + kFetchAhead < count ? i + kFetchAhead : count - 1].particle);
+        __builtin_prefetch(draw_list[i + kPrefetchDistance < count ? i + kPrefetchDistance : count - 1].particle);
         draw_list[i].key = depth_key(view, draw_list[i].particle->position);
     }
 }

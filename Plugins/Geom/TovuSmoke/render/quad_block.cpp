@@ -7,7 +7,7 @@
 #include "../math/fast_sine_cosine.h"
 #include "../math/float4.h"
 #include "../particles/curves.h"
-#include "../particles/fetch_ahead.h"
+#include "../particles/prefetch_record.h"
 
 namespace tovu {
 namespace {
@@ -87,7 +87,7 @@ void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corner
     const DrawEntry* const entries = block.entries;
     const int32_t next_count = block.next_count;
     for (int32_t i = 0, count = block.count; i < count; ++i) {
-        if (i < next_count) fetch_ahead(entries[kQuadsPerBlock + i].particle);
+        if (i < next_count) prefetch_record(entries[kQuadsPerBlock + i].particle);
         const char* const record = reinterpret_cast<const char*>(entries[i].particle);
         const Float4 stored = load_float4(record);  // its fourth is the first of the velocity
         const Float4 sizes = load_float4(record + kSizes);
@@ -128,7 +128,7 @@ void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& blo
     block.count = of_block(draw_count - first);
     block.next_count = of_block(draw_count - first - block.count);
     if (first == 0)
-        for (int32_t i = 0; i < block.count; ++i) fetch_ahead(block.entries[i].particle);
+        for (int32_t i = 0; i < block.count; ++i) prefetch_record(block.entries[i].particle);
     for (int32_t i = 0; i < block.count; ++i) {
         const Particle& p = *block.entries[i].particle;
         if (turned) block.degrees[i] = p.rotation + p.path_angle;
