@@ -1,8 +1,12 @@
 #include "sort.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
+
+#include "../math/float4.h"
 
 namespace tovu {
 
@@ -10,19 +14,19 @@ SortScratch sort_scratch;
 
 namespace {
 
-constexpr int32_t kMergeLimit = 6;      // up to here merging is cheapest,
-constexpr int32_t kCountingLimit = 80;  // up to here comparing all pairs, above it keeping counters
-constexpr int32_t kCountingBlock = 16;  // entries whose counts are made together
-static_assert(kCountingLimit % kCountingBlock == 0);
-constexpr int32_t kMostDigitBits = 11;  // 2048 counters: those of all passes together stay in the first-level cache
+constexpr int32_t kMaxMerged = 6;       // largest count for which the merge sort is fastest
+constexpr int32_t kMaxCounted = 80;     // largest count for which comparing all pairs is faster than a radix sort
+constexpr int32_t kCountingBlock = 16;  // entries that are compared with the others together
+static_assert(kMaxCounted % kCountingBlock == 0);
+constexpr int32_t kMaxDigitBits = 11;  // 2048 counters for each pass: all passes fit the first-level cache
 
 /// Bits needed to write `value`.
 constexpr int32_t bits_in(uint32_t value) {
     return 32 - std::countl_zero(value);
 }
 
-constexpr int32_t kFewestDigitBits = bits_in(kCountingLimit);  // as `digits_for` chooses for larger counts
-constexpr int32_t kMostPasses = (32 + kFewestDigitBits - 1) / kFewestDigitBits;
+constexpr int32_t kMinDigitBits = bits_in(kMaxCounted);  // `digits_for` chooses no fewer for counts above kMaxCounted
+constexpr int32_t kMaxPasses = (32 + kMinDigitBits - 1) / kMinDigitBits;
 
 bool grow_scratch(int32_t count) {
     if (count <= sort_scratch.capacity) return true;
@@ -32,12 +36,13 @@ bool grow_scratch(int32_t count) {
     return true;
 }
 
-/// Does to the entries what the merge sort's leaves do and no stable sort by key would: of three entries with the first
-/// two keys equal and the third less, the exchange of the first with the third turns the equal two around. All other
-/// leaves, ties or not, leave equal keys in the order they had.
+/// Applies the one effect of the merge sort's leaves that a stable sort does not have. In a leaf of three whose first
+/// two keys are equal and greater than the third, the exchange of the first with the third reverses the equal two.
+/// Every other leaf keeps the order of equal keys.
 ///
-/// Halving `count` `depth` times leaves 2^depth runs; run i has (count + i with its bits reversed) >> depth entries. At
-/// the depth where that gives 2 and 3, or 3 and 4, the threes are leaves, and a four is two leaves of two.
+/// Halving `count` `depth` times gives 2^depth runs. Run i has (count + r) >> depth entries, r being i with its bits
+/// reversed. At the depth where runs have 2 or 3 entries, or 3 or 4, those of three are leaves, and a run of four is
+/// two leaves of two.
 void reverse_ties_of_leaves(DrawEntry* entries, int32_t count) {
     const int32_t depth = count < 4 ? 0 : bits_in(static_cast<uint32_t>(count)) - 2;
     const uint32_t runs = 1u << depth;
@@ -45,25 +50,18 @@ void reverse_ties_of_leaves(DrawEntry* entries, int32_t count) {
     DrawEntry* run = entries;
     for (uint32_t i = 0; i < runs; ++i) {
         const uint32_t size = (static_cast<uint32_t>(count) + reversed) >> depth;
-        if (size == 3 && run[0].key == run[1].key && run[2].key < run[0].key) {
-            const DrawEntry entry = run[0];
-            run[0] = run[1];
-            run[1] = entry;
-        }
+        if (size == 3 && run[0].key == run[1].key && run[2].key < run[0].key) std::swap(run[0], run[1]);
         run += size;
-        reversed ^= runs - (runs >> (std::countr_one(i) + 1));  // adds 1 from the other end
+        reversed ^= runs - (runs >> (std::countr_one(i) + 1));  // adds 1 to the reversed number
     }
 }
 
 void compare_exchange(DrawEntry& first, DrawEntry& second) {
-    if (first.key <= second.key) return;
-    const DrawEntry entry = first;
-    first = second;
-    second = entry;
+    if (first.key > second.key) std::swap(first, second);
 }
 
-/// Merges the first `left_count` entries with the rest. Only the left run leaves its place: what is written never
-/// overtakes what is still to be read of the right one.
+/// Merges the first `left_count` entries with the rest. Only the left run is copied: writing never overtakes reading in
+/// the right run.
 void merge_runs(DrawEntry* entries, int32_t left_count, int32_t count) {
     if (entries[left_count - 1].key <= entries[left_count].key) return;
     DrawEntry* const left_run = sort_scratch.entries;
@@ -91,54 +89,52 @@ void sort_by_merging(DrawEntry* entries, int32_t count) {
     }
 }
 
-/// Four keys or counts, compared and added as one; a comparison gives -1 where it holds. Written out, since the counts
-/// of a block have to stay in registers, where compilers do not keep an array.
-typedef int32_t Lanes __attribute__((vector_size(16)));
-
-/// Stable, by counting for each entry those that come before it: all pairs are compared, without a branch.
+/// A stable counting sort by comparison: the place of an entry is the number of entries that come before it. Compares
+/// all pairs without branches. The counts of a block are four variables, since compilers do not keep an array in
+/// registers.
 void sort_by_counting(DrawEntry* entries, int32_t count) {
-    alignas(16) int32_t keys[kCountingLimit];
+    alignas(16) int32_t keys[kMaxCounted];
     for (int32_t i = 0; i < count; ++i) keys[i] = entries[i].key;
     for (int32_t i = count; i % kCountingBlock != 0; ++i) keys[i] = 0;
 
     for (int32_t block = 0; block < count; block += kCountingBlock) {
         const int32_t block_end = block + kCountingBlock < count ? block + kCountingBlock : count;
-        Lanes own[4];
+        Int4 own[4];
         std::memcpy(own, keys + block, sizeof(own));
-        // Of those in front all come before but the greater ones, of those behind only the lesser ones.
-        Lanes a = {block, block, block, block}, b = a, c = a, d = a;
+        // Entries in front of the block come before unless their key is greater, entries behind it only if it is less.
+        Int4 a = {block, block, block, block}, b = a, c = a, d = a;
         for (int32_t j = 0; j < block; ++j) {
-            const Lanes key = {keys[j], keys[j], keys[j], keys[j]};
+            const Int4 key = {keys[j], keys[j], keys[j], keys[j]};
             a += key > own[0];
             b += key > own[1];
             c += key > own[2];
             d += key > own[3];
         }
         for (int32_t j = block_end; j < count; ++j) {
-            const Lanes key = {keys[j], keys[j], keys[j], keys[j]};
+            const Int4 key = {keys[j], keys[j], keys[j], keys[j]};
             a -= key < own[0];
             b -= key < own[1];
             c -= key < own[2];
             d -= key < own[3];
         }
-        const Lanes within = {0, 1, 2, 3};
+        const Int4 within = {0, 1, 2, 3};
         for (int32_t j = 0; j < block_end - block; ++j) {
             const int32_t key_j = keys[block + j];
-            const Lanes key = {key_j, key_j, key_j, key_j};
-            a -= (key < own[0]) | ((key == own[0]) & (within > j));  // of equal keys those in front come before
+            const Int4 key = {key_j, key_j, key_j, key_j};
+            a -= (key < own[0]) | ((key == own[0]) & (within > j));  // equal keys keep their order
             b -= (key < own[1]) | ((key == own[1]) & (within + 4 > j));
             c -= (key < own[2]) | ((key == own[2]) & (within + 8 > j));
             d -= (key < own[3]) | ((key == own[3]) & (within + 12 > j));
         }
-        const Lanes places[4] = {a, b, c, d};
+        const Int4 places[4] = {a, b, c, d};
         for (int32_t i = block; i < block_end; ++i)
             sort_scratch.entries[places[(i - block) / 4][(i - block) % 4]] = entries[i];
     }
     std::memcpy(entries, sort_scratch.entries, static_cast<size_t>(count) * sizeof(DrawEntry));
 }
 
-/// Leaves the greater key, or the first of equal ones, in `held`. Written with a mask, since compilers would take a
-/// branch, which nothing could predict.
+/// Leaves the entry with the greater key, or the first of equal keys, in `held`. Uses a mask, since compilers would
+/// generate a branch, which is unpredictable here.
 inline void exchange_without_branch(DrawEntry& held, DrawEntry& entry) {
     const auto own = reinterpret_cast<uintptr_t>(held.particle);
     const auto other = reinterpret_cast<uintptr_t>(entry.particle);
@@ -149,9 +145,10 @@ inline void exchange_without_branch(DrawEntry& held, DrawEntry& entry) {
     entry = {reinterpret_cast<Particle*>(other ^ differing), less};
 }
 
-/// Stable, and quick where entries stand near their places, as they do in the order of the frame before: the greatest
-/// so far is held back, without a branch, and whatever passes it is then hardly ever out of place. Gives up, with some
-/// entries sorted, once they had to be moved by more than kFreeMoves and one place each; returns whether it did not.
+/// A stable insertion sort, fast when entries are near their places, as in a list that was sorted in the frame before.
+/// The entry with the greatest key so far is held back without a branch; most other entries are then in their place
+/// already. Returns false, with the entries partly sorted, as soon as the moves exceed kFreeMoves and one for each
+/// entry read.
 bool sort_by_insertion(DrawEntry* entries, int32_t count) {
     constexpr int32_t kFreeMoves = 32;
     int32_t moves = 0;
@@ -181,33 +178,24 @@ bool sort_by_insertion(DrawEntry* entries, int32_t count) {
     return true;
 }
 
-int32_t count_falls(const DrawEntry* entries, int32_t count) {
-    int32_t falls = 0;  // keys that are less than the one before
-    for (int32_t i = 1; i < count; ++i) falls += entries[i].key < entries[i - 1].key;
-    return falls;
+/// Number of keys that are less than the one before.
+int32_t count_descents(const DrawEntry* entries, int32_t count) {
+    int32_t descents = 0;
+    for (int32_t i = 1; i < count; ++i) descents += entries[i].key < entries[i - 1].key;
+    return descents;
 }
 
-// Of most lists the first keys tell that they are neither of these.
+// Both checks return early on most lists.
 
 bool is_ascending(const DrawEntry* entries, int32_t count) {
-    for (int32_t i = 1; i < count; ++i)
-        if (entries[i].key < entries[i - 1].key) return false;
-    return true;
+    return std::is_sorted(entries, entries + count,
+                          [](const DrawEntry& a, const DrawEntry& b) { return a.key < b.key; });
 }
 
 /// Whether every key is less than the one before.
-bool is_descending(const DrawEntry* entries, int32_t count) {
-    for (int32_t i = 1; i < count; ++i)
-        if (entries[i].key >= entries[i - 1].key) return false;
-    return true;
-}
-
-void reverse(DrawEntry* entries, int32_t count) {
-    for (int32_t low = 0, high = count - 1; low < high; ++low, --high) {
-        const DrawEntry entry = entries[low];
-        entries[low] = entries[high];
-        entries[high] = entry;
-    }
+bool is_strictly_descending(const DrawEntry* entries, int32_t count) {
+    const auto not_less = [](const DrawEntry& a, const DrawEntry& b) { return b.key >= a.key; };
+    return std::adjacent_find(entries, entries + count, not_less) == entries + count;
 }
 
 struct KeyRange {
@@ -219,30 +207,29 @@ KeyRange key_range(const DrawEntry* entries, int32_t count) {
     KeyRange range{entries[0].key, entries[0].key};
     for (int32_t i = 1; i < count; ++i) {
         const int32_t key = entries[i].key;
-        range.lowest = key < range.lowest ? key : range.lowest;
-        range.highest = key > range.highest ? key : range.highest;
+        range.lowest = std::min(range.lowest, key);
+        range.highest = std::max(range.highest, key);
     }
     return range;
 }
 
-/// How a radix sort cuts the keys.
+/// The digits into which a radix sort divides the keys.
 struct Digits {
     int32_t passes;  // number of digits
     int32_t bits;    // of each digit
 };
 
-/// The widest digits whose counters are not more work than the entries, evened out over as many passes as they need.
+/// As few passes as possible with at most about as many counters as entries; then the narrowest digits for these
+/// passes.
 Digits digits_for(int32_t count, int32_t range_bits) {
     const int32_t size_bits = bits_in(static_cast<uint32_t>(count));
-    const int32_t widest = size_bits > kMostDigitBits     ? kMostDigitBits
-                           : size_bits < kFewestDigitBits ? kFewestDigitBits
-                                                          : size_bits;
-    const int32_t bits = range_bits > 0 ? range_bits : 1;  // equal keys have none
+    const int32_t widest = std::clamp(size_bits, kMinDigitBits, kMaxDigitBits);
+    const int32_t bits = std::max(range_bits, 1);  // 0 when all keys are equal
     const int32_t passes = (bits + widest - 1) / widest;
     return {passes, (bits + passes - 1) / passes};
 }
 
-using Counters = int32_t[kMostPasses][1 << kMostDigitBits];
+using Counters = int32_t[kMaxPasses][1 << kMaxDigitBits];
 
 /// Counts the entries with each value of each digit of key - lowest.
 void count_digits(const DrawEntry* entries, int32_t count, uint32_t lowest, Digits digits, Counters& counters) {
@@ -252,7 +239,7 @@ void count_digits(const DrawEntry* entries, int32_t count, uint32_t lowest, Digi
         uint32_t rest = static_cast<uint32_t>(entries[i].key) - lowest;
         for (int32_t pass = 0; pass < digits.passes; ++pass, rest >>= digits.bits) ++counters[pass][rest & mask];
     };
-    // From four places at once: neighbours in a list that is nearly in order share their upper digit, and each count
+    // In four parts of the list at once: neighbours in a nearly sorted list share their upper digit, and each increment
     // would wait for the one before.
     const int32_t quarter = count / 4;
     for (int32_t i = 0; i < quarter; ++i)
@@ -260,7 +247,7 @@ void count_digits(const DrawEntry* entries, int32_t count, uint32_t lowest, Digi
     for (int32_t i = 4 * quarter; i < count; ++i) count_entry(i);
 }
 
-/// Turns counts into the places where the first entry with each value goes.
+/// Replaces each count by the place of the first entry with that digit value.
 void counts_to_places(int32_t* counters, uint32_t values) {
     int32_t place = 0;
     for (uint32_t value = 0; value < values; ++value) {
@@ -270,7 +257,8 @@ void counts_to_places(int32_t* counters, uint32_t values) {
     }
 }
 
-/// Stable, least significant digit first: all digits are counted in one reading, then the entries moved once for each.
+/// A stable radix sort, least significant digit first. One pass counts all digits; then each digit takes one pass that
+/// moves the entries.
 void radix_sort(DrawEntry* entries, int32_t count, uint32_t lowest, Digits digits) {
     const uint32_t mask = (1u << digits.bits) - 1;
     Counters counters;
@@ -284,15 +272,13 @@ void radix_sort(DrawEntry* entries, int32_t count, uint32_t lowest, Digits digit
         const int32_t shift = pass * digits.bits;
         for (int32_t i = 0; i < count; ++i)
             to[places[((static_cast<uint32_t>(from[i].key) - lowest) >> shift) & mask]++] = from[i];
-        DrawEntry* const swapped = from;
-        from = to;
-        to = swapped;
+        std::swap(from, to);
     }
     if (from != entries) std::memcpy(entries, from, static_cast<size_t>(count) * sizeof(DrawEntry));
 }
 
 void sort_few(DrawEntry* entries, int32_t count) {
-    if (count_falls(entries, count) < count / 4) {  // most runs are found in order
+    if (count_descents(entries, count) < count / 4) {  // nearly sorted: most runs merge at once
         sort_by_merging(entries, count);
         return;
     }
@@ -313,14 +299,14 @@ void sort_many(DrawEntry* entries, int32_t count) {
 
 void merge_sort_entries(DrawEntry* entries, int32_t count) {
     if (count < 1 || !grow_scratch(count)) return;
-    if (count <= kMergeLimit) {
+    if (count <= kMaxMerged) {
         sort_by_merging(entries, count);
         return;
     }
     if (is_ascending(entries, count)) return;
-    if (is_descending(entries, count))
-        reverse(entries, count);
-    else if (count <= kCountingLimit)
+    if (is_strictly_descending(entries, count))
+        std::reverse(entries, entries + count);
+    else if (count <= kMaxCounted)
         sort_few(entries, count);
     else
         sort_many(entries, count);

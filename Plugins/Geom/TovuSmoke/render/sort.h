@@ -1,4 +1,4 @@
-// Ordering of the draw list.
+// Sorting of the draw list.
 #pragma once
 
 #include <cstdint>
@@ -10,22 +10,24 @@ namespace tovu {
 /// One particle to draw.
 struct DrawEntry {
     Particle* particle;
-    int32_t key;  // negated depth in thousandths of a unit; written only where the list is to be sorted
+    int32_t key;  // negated depth in thousandths of a unit; written only when the list is sorted
 };
 
-/// Room for the sort, one for the whole library: grows to the largest count sorted, never shrinks, is never freed.
+/// The sort's scratch memory, one block for the whole library. Grows to the largest count sorted; never shrinks and is
+/// never freed.
 struct SortScratch {
     DrawEntry* entries;
     int32_t capacity;  // entries
 };
 extern SortScratch sort_scratch;
 
-/// Sorts `count` entries in place by ascending key. Where the scratch cannot grow to `count`, they stay as they are.
+/// Sorts `count` entries in place by ascending key. If the scratch memory cannot grow to `count`, the entries keep
+/// their order.
 ///
 /// The order, ties included, is that of this merge sort: halve (the first half rounded down) until two or three are
-/// left; order these by exchanging pairs where the first key is the greater, (0, 1) for two, (0, 1), (0, 2), (1, 2)
-/// for three; merge, the left run first where keys are equal. The exchanges can turn equal keys around, the merges
-/// cannot. So the exchanges of all twos and threes are done first; what is left is any stable sort.
+/// left; exchange pairs of these whose first key is greater, (0, 1) of two, (0, 1), (0, 2), (1, 2) of three; merge,
+/// taking the left run first among equal keys. The exchanges can reverse equal keys, the merges cannot. So the
+/// exchanges of all twos and threes are done first; any stable sort does the rest.
 void merge_sort_entries(DrawEntry* entries, int32_t count);
 
 }  // namespace tovu
