@@ -123,7 +123,7 @@ std::vector<Particle*> listed(const Smoke& smoke) {
 }
 
 void links_changed(Smoke& smoke) {
-    smoke.block->caches->active.follows_links = false;
+    smoke.block->caches->active.mirrors_links = false;
 }
 
 void copy_in_memory_order(const Smoke& smoke, MemoryOrder& copy) {

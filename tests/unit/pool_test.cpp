@@ -39,7 +39,7 @@ struct Pool {
         if (p == nullptr) return;
         move_to_active(instance, *p);
         if (!found) return move_to_inactive(instance, *p);
-        enter_youngest(instance, *p);
+        append_youngest(instance, *p);
         p->age = 0;
         p->life = life;
         p->rotation = ++births;

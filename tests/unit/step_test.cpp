@@ -217,7 +217,7 @@ TEST_P(Step, IsThatOfItsRules) {
         if (has_array) {
             fast.instance.caches = &fast.caches;
             ASSERT_TRUE(fast.caches.active.records.reserve(2 * kRecords));
-            fast.caches.active.follows_links = false;
+            fast.caches.active.mirrors_links = false;
         }
         for (int step = 0; step < kSteps; ++step) {
             std::srand(seed);

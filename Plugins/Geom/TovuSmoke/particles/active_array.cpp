@@ -7,12 +7,13 @@
 namespace tovu {
 namespace {
 
-// The array is emptied at its front, as old particles die, and filled at its end: twice the pool's size means that it
-// has to be shifted only once in as many births as the pool has records.
+// Births append at the end, and compaction after deaths frees room at the front. With room for twice the pool, the
+// array is shifted to the front at most once in as many births as the pool has records.
 constexpr int32_t kRoomFactor = 2;
 
-bool matches_links(const ActiveArray& active, const Particle* active_head) {
-    if (!active.follows_links) return false;
+// The head is compared too: a consumer may have changed the links.
+bool is_current(const ActiveArray& active, const Particle* active_head) {
+    if (!active.mirrors_links) return false;
     if (active.begin == active.end) return active_head == nullptr;
     return active.records[active.end - 1] == active_head;
 }
@@ -25,7 +26,7 @@ bool fill_from_links(ActiveArray& active, Particle* active_head) {
     }
     active.begin = position;
     active.end = active.records.capacity();
-    active.follows_links = true;
+    active.mirrors_links = true;
     return true;
 }
 
@@ -42,7 +43,7 @@ void shift_to_front(ActiveArray& active) {
 ActiveRecords active_records(const SmokeInstance& instance) {
     if (instance.caches == nullptr) return {nullptr, 0};
     const ActiveArray& active = instance.caches->active;
-    if (active.records.data() == nullptr || !matches_links(active, instance.active_head)) return {nullptr, 0};
+    if (active.records.data() == nullptr || !is_current(active, instance.active_head)) return {nullptr, 0};
     return {active.records.data() + active.begin, active.end - active.begin};
 }
 
@@ -50,38 +51,38 @@ ActiveArray* current_active_array(SmokeInstance& instance) {
     if (instance.caches == nullptr) return nullptr;
     ActiveArray& active = instance.caches->active;
     if (active.records.data() == nullptr) return nullptr;
-    if (!matches_links(active, instance.active_head) && !fill_from_links(active, instance.active_head)) return nullptr;
+    if (!is_current(active, instance.active_head) && !fill_from_links(active, instance.active_head)) return nullptr;
     return &active;
 }
 
 void reserve_active_array(SmokeInstance& instance, int32_t count) {
     if (instance.caches == nullptr) return;
-    instance.caches->active.records.reserve(kRoomFactor *
-                                            count);  // too small an array clears follows_links when it is full
+    // If it fails, a birth that finds the array full clears mirrors_links.
+    instance.caches->active.records.reserve(kRoomFactor * count);
 }
 
-void enter_youngest(SmokeInstance& instance, Particle& particle) {
+void append_youngest(SmokeInstance& instance, Particle& particle) {
     if (instance.caches == nullptr) return;
     ActiveArray& active = instance.caches->active;
-    if (!active.follows_links) return;
+    if (!active.mirrors_links) return;
     if (active.end == active.records.capacity() && active.begin > 0) shift_to_front(active);
     if (active.end == active.records.capacity())
-        active.follows_links = false;
+        active.mirrors_links = false;
     else
         active.records[active.end++] = &particle;
 }
 
-void forget_youngest(SmokeInstance& instance) {
+void remove_youngest(SmokeInstance& instance) {
     if (instance.caches == nullptr) return;
     ActiveArray& active = instance.caches->active;
-    if (active.follows_links && active.end > active.begin) --active.end;
+    if (active.mirrors_links && active.end > active.begin) --active.end;
 }
 
-void forget_all(SmokeInstance& instance) {
+void clear_active_array(SmokeInstance& instance) {
     if (instance.caches == nullptr) return;
     ActiveArray& active = instance.caches->active;
     active.begin = active.end = 0;
-    active.follows_links = true;
+    active.mirrors_links = true;
 }
 
 }  // namespace tovu

@@ -13,17 +13,17 @@ struct ColorStop {
     float rgb[3];
 };
 
-float held_to_fraction(float value) {
-    return value > 0.0f ? (value < 1.0f ? value : 1.0f) : 0.0f;
+float clamp_to_fraction(float value) {
+    return value > 0.0f ? (value < 1.0f ? value : 1.0f) : 0.0f;  // NaN gives 0
 }
 
-// A group that the text's end cuts short does not count.
+// Returns false when the text ends. An incomplete group at the end is ignored.
 bool next_stop(const char*& text, ColorStop& stop) {
     float numbers[4];
     for (float& number : numbers)
         if (!next_number(text, number)) return false;
-    stop.position = held_to_fraction(numbers[0]);
-    for (int i = 0; i < 3; ++i) stop.rgb[i] = held_to_fraction(numbers[1 + i]);
+    stop.position = clamp_to_fraction(numbers[0]);
+    for (int i = 0; i < 3; ++i) stop.rgb[i] = clamp_to_fraction(numbers[1 + i]);
     return true;
 }
 
@@ -40,7 +40,7 @@ void fill_segment(ColorTable& table, const ColorStop& from, const ColorStop& to)
     }
 }
 
-// Returns how many points the text holds, the ones past the limit left out.
+// Returns the number of points read. Points after the limit are ignored.
 int32_t read_points(const char* text, float* x, float* y) {
     int32_t count = 0;
     while (count < kMaxSplinePoints && next_number(text, x[count]) && next_number(text, y[count])) ++count;
@@ -68,12 +68,12 @@ void build_alpha_table(SmokeInstance& instance) {
     build_spline(spline, count, x, y);
     if (spline.error != kSplineOk) return;
     for (int32_t i = 0; i < kAlphaEntries - 1; ++i)
-        table.alpha[i] = held_to_fraction(static_cast<float>(spline_value(spline, i / 511.0)));
+        table.alpha[i] = clamp_to_fraction(static_cast<float>(spline_value(spline, i / 511.0)));
 }
 
 void build_alpha_text(SmokeInstance& instance) {
-    if (instance.parameters.return_value == 0) return;  // a host that keeps no buffer
-    // Written as x of the readers' scale (i / 512), not of the sampling (i / 511); the last pair closes the curve at 1.
+    if (instance.parameters.return_value == 0) return;  // the host has no buffer
+    // x is i / 512, where the table is read, although it was sampled at i / 511. The last pair ends the curve at x = 1.
     const auto out_start = reinterpret_cast<char*>(static_cast<uintptr_t>(instance.parameters.return_value));
     char* out = out_start;
     for (int32_t i = 0; i <= 510; i += 5) {

@@ -1,4 +1,4 @@
-// Colour and opacity over a particle's life: texts become tables, tables are looked up by age and life.
+// Colour and opacity over a particle's life: building the tables from the curve texts, and looking them up.
 #pragma once
 
 #include <bit>
@@ -11,23 +11,21 @@
 
 namespace tovu {
 
-/// trunc(age × 1024 / life) of four particles, the entries of the ColorTable: 0…1024 whatever the numbers are; 1024
-/// where the fraction is not a number (age and life both 0). In two parts, since the first takes its time.
-inline Float4 color_phases(Float4 age, Float4 life) {
-    return age * broadcast(1024.0f) / life;
-}
-inline Int4 color_indices(Float4 phases) {
-    const Float4 below = phases < broadcast(1024.0f) ? phases : broadcast(1024.0f);  // also where it is not a number
-    const Float4 held = below > broadcast(0.0f) ? below : broadcast(0.0f);
-    return __builtin_convertvector(held, Int4);
+/// Entries of the ColorTable for four particles: trunc(age × 1024 / life), clamped to 0…1024. NaN (age and life both 0)
+/// gives 1024.
+inline Int4 color_indices(Float4 age, Float4 life) {
+    const Float4 phases = age * broadcast(1024.0f) / life;
+    const Float4 below = phases < broadcast(1024.0f) ? phases : broadcast(1024.0f);  // NaN compares false
+    const Float4 clamped = below > broadcast(0.0f) ? below : broadcast(0.0f);
+    return __builtin_convertvector(clamped, Int4);
 }
 
-/// The same of one particle.
+/// The entry of the ColorTable of one particle.
 inline uint32_t color_index(float age, float life) {
-    return static_cast<uint32_t>(color_indices(color_phases(broadcast(age), broadcast(life)))[0]);
+    return static_cast<uint32_t>(color_indices(broadcast(age), broadcast(life))[0]);
 }
 
-/// The entry of the AlphaTable, 0…512, from that of the ColorTable: trunc(512 × f) is trunc(1024 × f) halved.
+/// The entry of the AlphaTable, 0…512, from the entry of the ColorTable: trunc(512 × f) equals trunc(1024 × f) / 2.
 inline uint32_t alpha_index(uint32_t color_index) {
     return color_index / 2;
 }
@@ -43,12 +41,13 @@ inline uint32_t color_entry(const SmokeInstance& instance, uint32_t index) {
     return rgb;
 }
 
-/// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all held to 0…1. Each pair
-/// of neighbouring stops fills the entries from the first up to but not including the second; all others are black.
+/// Rebuilds `color_table` from the parameter `color`: groups of position, red, green, blue, all clamped to 0…1. Two
+/// neighbouring stops fill the entries from the first up to but not including the second. All other entries are black.
 void build_color_table(SmokeInstance& instance);
 
-/// Rebuilds `alpha_table` from the parameter `alpha_curve`: pairs of x and alpha, joined by Akima's spline and held to
-/// 0…1. Fewer than two points, or x that does not strictly increase, leave the table 0; points past 1000 are ignored.
+/// Rebuilds `alpha_table` from the parameter `alpha_curve`: pairs of x and alpha, joined by Akima's spline and clamped
+/// to 0…1. With fewer than two points, or x that does not strictly increase, all entries are 0. Points after 1000 are
+/// ignored.
 void build_alpha_table(SmokeInstance& instance);
 
 /// Writes the sampled alpha curve as 104 pairs in the format of `alpha_curve` into the host's buffer of `return_value`.

@@ -206,7 +206,7 @@ Birth bring_to_life(SmokeInstance& instance, const EmissionSetup& setup, SpawnSe
     const bool found = spawn_position(instance, setup, search, particle.position);
     if (instance.active_head == nullptr) return Birth::kCutShort;
     if (found) {
-        enter_youngest(instance, particle);
+        append_youngest(instance, particle);
     } else {
         move_to_inactive(instance, particle);
         particle.position = {0, 0, 0};

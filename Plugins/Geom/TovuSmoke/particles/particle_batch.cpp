@@ -26,8 +26,7 @@ void draw_turbulence(Batch& batch, const StepValues& values) {
 
 void fill_color_indices(Batch& batch) {
     for (int32_t i = 0; i < batch.count; i += 4)
-        store(batch.color_index + i,
-              color_indices(color_phases(load_float4(batch.age + i), load_float4(batch.life + i))));
+        store(batch.color_index + i, color_indices(load_float4(batch.age + i), load_float4(batch.life + i)));
 }
 
 /// The position after velocity and turbulence, before wind.

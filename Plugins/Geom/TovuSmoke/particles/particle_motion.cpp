@@ -72,7 +72,7 @@ void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values
     RecordPrefetcher prefetcher{first, end};
     prefetcher.next(most);
     Batch batch;
-    active.follows_links = false;  // until the survivors are compacted; calls from inside a request use the links
+    active.mirrors_links = false;  // until the survivors are compacted; calls from inside a request use the links
     while (end != first) {
         Particle** const begin = end - first > most ? end - most : first;
         if (!gather_batch(instance, values, begin, end, survivors, batch)) return;  // the array was emptied too
@@ -81,7 +81,7 @@ void walk_array(SmokeInstance& instance, ActiveArray& active, StepValues& values
         end = begin;
     }
     active.begin = static_cast<int32_t>(survivors - active.records.data());
-    active.follows_links = true;
+    active.mirrors_links = true;
 }
 
 }  // namespace

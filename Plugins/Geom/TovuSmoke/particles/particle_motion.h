@@ -1,4 +1,4 @@
-// What one step does to the live particles.
+// The motion of all live particles in one step.
 #pragma once
 
 #include "../instance/smoke_instance.h"
@@ -6,13 +6,13 @@
 
 namespace tovu {
 
-/// The smallest box around positions; empty it is minimum 1e7, maximum -1e7 on every axis.
+/// The smallest box around a set of positions. Without positions: minimum 1e7, maximum -1e7 on every axis.
 struct Bounds {
     Vector3 low{1e7f, 1e7f, 1e7f};
     Vector3 high{-1e7f, -1e7f, -1e7f};
 };
 
-/// Widens the box by a position; components that are not a number do not count.
+/// Widens the box to contain a position. NaN components are ignored.
 inline void widen(Bounds& bounds, Vector3 p) {
     bounds.low.x = p.x < bounds.low.x ? p.x : bounds.low.x;
     bounds.low.y = p.y < bounds.low.y ? p.y : bounds.low.y;
@@ -22,9 +22,9 @@ inline void widen(Bounds& bounds, Vector3 p) {
     bounds.high.z = p.z > bounds.high.z ? p.z : bounds.high.z;
 }
 
-/// Ages, retires, colours, moves, turns and grows every live particle, youngest first, and returns their bounds.
-/// Particles that an attached consumer has neither claimed nor released are left exactly as they are.
-/// Allocates nothing.
+/// Ages, retires, colours, moves, rotates and grows every live particle, youngest first, and returns their bounds.
+/// While a consumer is attached, particles that are neither claimed nor released do not change and do not count in the
+/// bounds. Draws the random numbers of the turbulence, particle by particle. Allocates nothing.
 Bounds move_particles(SmokeInstance& instance);
 
 }  // namespace tovu

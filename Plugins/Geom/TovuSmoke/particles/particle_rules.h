@@ -27,7 +27,7 @@ inline bool asks_plugin(const StepValues& values) {
     return values.inside.way == InsideTest::kAskPlugin;
 }
 
-/// The angle in degrees that turns a quad's +y to the direction of motion in the x-y plane.
+/// The angle in degrees that rotates a quad's +y to the direction of motion in the x-y plane.
 float path_angle(Vector3 direction, const StepValues& values, const SmokeInstance& instance);
 
 }  // namespace tovu

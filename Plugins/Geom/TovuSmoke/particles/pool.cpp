@@ -44,7 +44,7 @@ int32_t grow_pool(SmokeInstance& instance, int32_t count) {
 }
 
 void remove_from_pool(SmokeInstance& instance, Particle& particle) {
-    if (&particle == instance.active_head) forget_youngest(instance);
+    if (&particle == instance.active_head) remove_youngest(instance);
     if (instance.consumer_attached) {
         move_to_deleted(instance, particle);  // the consumer may still use it
         return;
@@ -120,7 +120,7 @@ void purge_deleted(SmokeInstance& instance) {
 
 void reset_particles(SmokeInstance& instance) {
     while (instance.active_head != nullptr) move_to_inactive(instance, *instance.active_head);
-    forget_all(instance);
+    clear_active_array(instance);
 }
 
 void detach_particles(SmokeInstance& instance) {
@@ -130,7 +130,7 @@ void detach_particles(SmokeInstance& instance) {
         move_to_inactive(instance, *p);
         p = next;
     }
-    forget_all(instance);
+    clear_active_array(instance);
     for (Particle* p = instance.inactive_head; p != nullptr; p = p->next) p->claimed = 0;
     destroy_list(instance.deleted_head);
 }
@@ -139,7 +139,7 @@ void release_particles(SmokeInstance& instance) {
     destroy_list(instance.active_head);
     destroy_list(instance.inactive_head);
     destroy_list(instance.deleted_head);
-    forget_all(instance);
+    clear_active_array(instance);
 }
 
 }  // namespace tovu

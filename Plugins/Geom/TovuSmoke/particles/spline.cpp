@@ -5,7 +5,7 @@
 namespace tovu {
 namespace {
 
-// The interval of the last evaluation, of whichever spline: neighbouring arguments mostly fall into the same one.
+// The interval of the last evaluation, shared by all splines: consecutive arguments mostly fall into the same one.
 int32_t last_interval = 0;
 
 int32_t interval_at(const AkimaSpline& spline, double u) {
@@ -28,7 +28,7 @@ SplineError check_points(int32_t count, const float* x) {
     return kSplineOk;
 }
 
-// Slopes between the points, and two more beyond either end: m[k] of the method is slopes[k + 2].
+// Slopes between the points and two more at each end. slopes[k + 2] is m[k] of the method, k from -2 to n.
 void find_slopes(const AkimaSpline& spline, double* slopes) {
     const int32_t n = spline.count;
     double* m = slopes + 2;
@@ -56,7 +56,7 @@ void build_spline(AkimaSpline& spline, int32_t count, const float* x, const floa
         spline.x[k] = static_cast<double>(x[k]);
         spline.y[k] = static_cast<double>(y[k]);
     }
-    double slopes[kMaxSplinePoints + 3] = {};  // with two points one is used that no pair of points defines
+    double slopes[kMaxSplinePoints + 3] = {};  // m[1] is read even with two points, and is 0 then
     find_slopes(spline, slopes);
     const double* m = slopes + 2;
     for (int32_t k = 0; k < count; ++k) spline.t[k] = derivative(m, k);

@@ -38,7 +38,7 @@ void set_forces(StepValues& values, const SmokeInstance& instance) {
     values.half_turbulence = values.turbulence * 0.5f;
 }
 
-// All that an attach request changes.
+// Everything that an attach request changes.
 void set_attachment(StepValues& values, const SmokeInstance& instance) {
     values.consumer = instance.consumer_attached != 0;
     values.store_color = values.store_alpha && !(values.consumer && instance.consumer_owns_colour);
@@ -56,7 +56,7 @@ void set_life_rules(StepValues& values, const SmokeInstance& instance) {
     set_attachment(values, instance);
 }
 
-// Worked out once per instance; into `spare` at every step where memory ran out.
+// Filled once per instance. Without caches, `spare` is filled in every step.
 const WindAngles* wind_angles(InstanceCaches* caches, WindAngles& spare) {
     if (caches == nullptr) {
         fill_wind_angles(spare);
@@ -67,7 +67,7 @@ const WindAngles* wind_angles(InstanceCaches* caches, WindAngles& spare) {
     return &caches->wind_angles;
 }
 
-// Whatever has to be asked of the host or looked up is opened once for the walk, and only if a particle can need it.
+// Host queries are made once per walk, and only for the sources that a particle can need.
 void open_sources(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles) {
     const bool any = instance.active_head != nullptr;
     InstanceCaches* caches = instance.caches;

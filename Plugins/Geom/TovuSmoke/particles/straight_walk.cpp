@@ -29,12 +29,11 @@ void walk_straight(SmokeInstance& instance, ActiveArray& active, const StepValue
             continue;
         }
         *--survivors = &p;
-        const Float4 phase = color_phases(broadcast(p.age), broadcast(p.life));
         const Float4 position = load_position(p) + load_velocity(p) + forces.wind_step;
         widen(widened, position);
         uint32_t color = load_color(p);
         if (stores_color) {
-            const auto index = static_cast<uint32_t>(color_indices(phase)[0]);
+            const uint32_t index = color_index(p.age, p.life);
             color = color_entry(instance, index);
             write_alpha(p, instance, index);
         }

@@ -13,10 +13,10 @@ DrawEntry draw_list[kMaxParticles];
 
 namespace {
 
-/// Where depth is measured from and along, in the coordinates of the particles' positions.
+/// The origin and direction of depth, in the coordinates of the particles' positions.
 struct ViewAxis {
     Vector3 eye;
-    Vector3 direction;  // length 1; 0 where the camera has none
+    Vector3 direction;  // length 1, or 0 if the camera has no direction
 };
 
 ViewAxis view_axis(const SmokeInstance& instance) {
@@ -33,31 +33,31 @@ ViewAxis view_axis(const SmokeInstance& instance) {
     return {eye, direction};
 }
 
-/// Thousandths of a unit, negated, so that ascending keys run from the farthest to the nearest.
+/// The depth in thousandths of a unit, negated: ascending keys run from the farthest to the nearest.
 int32_t depth_key(const ViewAxis& view, Vector3 position) {
     return truncated(-dot(view.direction, position - view.eye) * 1000.0f);
 }
 
-bool left_out(const SmokeInstance& instance, const Particle& particle) {
+bool is_skipped(const SmokeInstance& instance, const Particle& particle) {
     return instance.consumer_attached != 0 && particle.claimed == 0 && particle.released == 0;
 }
 
-/// Lists every particle that is not left out, in active-list order, and returns how many there are.
+/// Lists every particle that is not skipped, in active-list order, and returns their number.
 int32_t list_records(const SmokeInstance& instance) {
     const ActiveRecords active = active_records(instance);
     int32_t count = 0;
     if (active.records == nullptr) {
-        // Bounded, since a consumer may have bent a link into a ring.
+        // Bounded, since a consumer may have joined the links into a ring.
         int32_t walked = 0;
         for (Particle* p = instance.active_head; p != nullptr && walked < kMaxParticles; p = p->next, ++walked)
-            if (!left_out(instance, *p)) draw_list[count++].particle = p;
+            if (!is_skipped(instance, *p)) draw_list[count++].particle = p;
         return count;
     }
     const int32_t live = active.count < kMaxParticles ? active.count : kMaxParticles;
     for (int32_t i = active.count - 1, end = active.count - live; i >= end; --i) {
         if (instance.consumer_attached != 0) {
             __builtin_prefetch(&active.records[i - kPrefetchDistance > end ? i - kPrefetchDistance : end]->claimed);
-            if (left_out(instance, *active.records[i])) continue;
+            if (is_skipped(instance, *active.records[i])) continue;
         }
         draw_list[count++].particle = active.records[i];
     }

@@ -1,4 +1,4 @@
-// The particles of one pass in drawing order.
+// The particles of one pass in the order in which they are drawn.
 #pragma once
 
 #include "../instance/smoke_instance.h"
@@ -6,7 +6,7 @@
 
 namespace tovu {
 
-/// One list for the whole library: entries 0 to draw_count - 1 of the instance whose pass is running.
+/// One list for the whole library. Entries 0 to draw_count - 1 belong to the instance whose pass is running.
 extern DrawEntry draw_list[kMaxParticles];
 
 /// Profiling events, registered once for all instances.
@@ -14,8 +14,9 @@ extern int32_t sort_event;   // "Sort": all of `collect_draw_list`
 extern int32_t qsort_event;  // "qsort": the ordering within it
 
 /// Lists the instance's live particles in `draw_list` and sets `draw_count`: in active-list order or, with `sort` on,
-/// farthest along the render camera's direction first. While a consumer is attached, particles that it neither claimed
-/// nor released are left out. At most kMaxParticles are listed, whatever a consumer made of the links.
+/// farthest along the render camera's direction first. While a consumer is attached, particles that are neither claimed
+/// nor released are skipped. At most kMaxParticles are visited, so that links that a consumer has joined into a ring
+/// end.
 void collect_draw_list(SmokeInstance& instance);
 
 }  // namespace tovu

@@ -6,7 +6,7 @@
 namespace tovu {
 namespace {
 
-constexpr float kGravityMagnification = 10.0f;  // one frame's worth of gravity would be too short to see
+constexpr float kGravityMagnification = 10.0f;  // at its own length gravity is too short to see
 
 void draw_line(Vector3 from, Vector3 to) {
     ormixGL_glVertex3f(from.x, from.y, from.z);
@@ -60,7 +60,7 @@ void draw_force_display(const SmokeInstance& instance) {
     const ParameterSlots& parameters = instance.parameters;
     const bool world = param::reference(parameters) == kReferenceWorld;
 
-    // Under Reference World the forces act along the world's axes: draw them so, from where the container is.
+    // Under Reference World the forces act along the world's axes: they are drawn there, from the container's position.
     float gravity = param::gravity(parameters);
     if (world) {
         ormixGL_glPushMatrix();
@@ -81,7 +81,7 @@ void draw_force_display(const SmokeInstance& instance) {
         draw_vector(instance.emission_vector);
     }
 
-    if (world) ormixGL_glMultMatrixf(instance.rotation_scale_matrix.m);  // the cube turns and scales with the container
+    if (world) ormixGL_glMultMatrixf(instance.rotation_scale_matrix.m);  // the cube follows the container
     draw_spawn_cube(parameters);
     ormixGL_glLineWidth(1.0f);
     if (world) ormixGL_glPopMatrix();

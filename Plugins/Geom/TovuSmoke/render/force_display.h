@@ -1,4 +1,4 @@
-// Lines that show a designer what moves the particles.
+// Lines that show the forces on the particles to a designer.
 #pragma once
 
 #include "../instance/smoke_instance.h"
@@ -6,7 +6,7 @@
 namespace tovu {
 
 /// Draws gravity, wind and the direction of emission as lines from the container's position, and the spawn cube.
-/// Leaves GL_TEXTURE_2D off, the line width at 1, the point size at 7; matrices as they were.
+/// Leaves GL_TEXTURE_2D disabled, the line width at 1 and the point size at 7. Restores the matrices.
 void draw_force_display(const SmokeInstance& instance);
 
 }  // namespace tovu

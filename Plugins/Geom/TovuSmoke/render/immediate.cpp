@@ -1,4 +1,4 @@
-// The path that sends quads corner by corner.
+// The drawing path that sends quads corner by corner.
 #include "../host/opengl.h"
 #include "quad_block.h"
 #include "quads.h"
@@ -7,12 +7,12 @@
 namespace tovu {
 namespace {
 
-/// Here a factor of exactly 0 leaves its axis unscaled.
+/// On this path a factor of exactly 0 leaves its axis unscaled.
 Vector3 nonzero_scale(Vector3 scale) {
     return {scale.x == 0.0f ? 1.0f : scale.x, scale.y == 0.0f ? 1.0f : scale.y, scale.z == 0.0f ? 1.0f : scale.z};
 }
 
-/// Turns apply to every particle that has one: those of 0 are exact, so all are turned.
+/// Every particle is rotated by its own angle, whatever the parameters say. A rotation by 0 is exact.
 QuadPlacement immediate_placement(const SmokeInstance& instance) {
     switch (instance.draw_mode) {
         case kDrawLocalBillboard:
@@ -46,7 +46,7 @@ void draw_immediate(const SmokeInstance& instance, bool full_pass, float opacity
     QuadBlock block;
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
         float corners[kQuadsPerBlock * kFloatsPerQuad + 1];
-        gather_block(first, instance.draw_count, placement.turned, block);
+        gather_block(first, instance.draw_count, placement.rotated, block);
         build_corners(placement, block, corners);
         for (int32_t i = 0; i < block.count; ++i) {
             const Particle& p = *draw_list[first + i].particle;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-/// The columns of a matrix that maps positions.
+/// The columns of a matrix, which it applies to positions.
 struct Mapping {
     Float4 x, y, z, origin;
 
@@ -25,10 +25,9 @@ struct Mapping {
     }
 };
 
-/// The four corners from the position and half the quad's diagonals. Each store is four floats, the last of which the
-/// next one overwrites.
-/// rising: from the position to the top right; its opposite leads to the bottom left.
-/// falling: to the top left; its opposite leads to the bottom right.
+/// Writes the four corners from the position and the halves of the diagonals. Each store writes four floats; the next
+/// one overwrites the fourth.
+/// rising: from the position to the top right corner. falling: from the position to the top left corner.
 inline void write_corners(Float4 position, Float4 rising, Float4 falling, float* corners) {
     store(corners, position + falling);
     store(corners + 3, position - rising);
@@ -36,67 +35,67 @@ inline void write_corners(Float4 position, Float4 rising, Float4 falling, float*
     store(corners + 9, position + rising);
 }
 
-// Beyond it, rounding an angle to float radians, as a matrix turns by it, shows in the corners: there the matrices'
-// turn is the right one.
-constexpr float kLargestPlainTurn = 4096.0f;  // degrees
+// Up to this angle the fast sine and cosine agree with the matrices'. Above it, the matrices' rounding of the angle to
+// float radians shows in the corners, so their sine and cosine are used.
+constexpr float kMaxFastDegrees = 4096.0f;
 
-/// Of the turns of a block's quads.
-struct Turns {
+/// Sine and cosine of the rotation of each quad of a block.
+struct Rotations {
     alignas(16) float sines[kQuadsPerBlock];
     alignas(16) float cosines[kQuadsPerBlock];
 };
 
-bool all_plain(const QuadBlock& block) {
+bool all_fast(const QuadBlock& block) {
     constexpr Int4 kAllButSign = {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
-    Int4 plain = {-1, -1, -1, -1};
+    Int4 fast = {-1, -1, -1, -1};
     for (int32_t i = 0; i < block.count; i += 4)
-        plain &= masked(load_float4(block.degrees + i), kAllButSign) <= broadcast(kLargestPlainTurn);
-    return (plain[0] & plain[1] & plain[2] & plain[3]) != 0;
+        fast &= masked(load_float4(block.degrees + i), kAllButSign) <= broadcast(kMaxFastDegrees);
+    return (fast[0] & fast[1] & fast[2] & fast[3]) != 0;
 }
 
-/// Turns beyond kLargestPlainTurn are rare and made one by one.
-void find_turns(const QuadBlock& block, Turns& turns) {
+/// Angles above kMaxFastDegrees are rare and computed one by one.
+void find_rotations(const QuadBlock& block, Rotations& rotations) {
     for (int32_t i = 0, count = (block.count + 3) & ~3; i < count; ++i) {
-        const SineCosine turn = fast_sine_cosine_degrees(block.degrees[i]);
-        turns.sines[i] = turn.sine;
-        turns.cosines[i] = turn.cosine;
+        const SineCosine rotation = fast_sine_cosine_degrees(block.degrees[i]);
+        rotations.sines[i] = rotation.sine;
+        rotations.cosines[i] = rotation.cosine;
     }
-    if (all_plain(block)) return;
+    if (all_fast(block)) return;
     for (int32_t i = 0; i < block.count; ++i) {
-        if (std::fabs(block.degrees[i]) <= kLargestPlainTurn) continue;
-        const SineCosine turn = sine_cosine_degrees(block.degrees[i]);
-        turns.sines[i] = turn.sine;
-        turns.cosines[i] = turn.cosine;
+        if (std::fabs(block.degrees[i]) <= kMaxFastDegrees) continue;
+        const SineCosine rotation = sine_cosine_degrees(block.degrees[i]);
+        rotations.sines[i] = rotation.sine;
+        rotations.cosines[i] = rotation.cosine;
     }
 }
 
 constexpr size_t kSizes = offsetof(Particle, size_x);
 static_assert(offsetof(Particle, position) == 0 && offsetof(Particle, size_y) == kSizes + 2 * sizeof(float));
 
-/// paint(i) is called for each quad.
-template <bool turned, bool mapped, class Paint>
+/// Calls paint(i) after writing the corners of quad i.
+template <bool rotated, bool mapped, class Paint>
 void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corners, Paint paint) {
     const Mapping map(mapped ? placement.position_matrix : kIdentity);
-    // A turn acts on corners that are scaled already: each of its columns has one factor.
+    // Scale acts before rotation, so width and height each carry their factor to both axes.
     const Float4 x_by_width = load_float4(placement.axes) * broadcast(placement.scale_x);
     const Float4 y_by_width = load_float4(placement.axes + 4) * broadcast(placement.scale_x);
     const Float4 x_by_height = load_float4(placement.axes) * broadcast(placement.scale_y);
     const Float4 y_by_height = load_float4(placement.axes + 4) * broadcast(placement.scale_y);
-    Turns turns;
-    if constexpr (turned) find_turns(block, turns);
+    Rotations rotations;
+    if constexpr (rotated) find_rotations(block, rotations);
     const DrawEntry* const entries = block.entries;
     const int32_t next_count = block.next_count;
     for (int32_t i = 0, count = block.count; i < count; ++i) {
         if (i < next_count) prefetch_record(entries[kQuadsPerBlock + i].particle);
         const char* const record = reinterpret_cast<const char*>(entries[i].particle);
-        const Float4 stored = load_float4(record);  // its fourth is the first of the velocity
+        const Float4 stored = load_float4(record);  // lane 3 holds velocity.x and is not used
         const Float4 sizes = load_float4(record + kSizes);
         const Float4 position = mapped ? map(stored) : stored;
         Float4 right = x_by_width;
         Float4 up = y_by_height;
-        if constexpr (turned) {
-            const Float4 cosine = broadcast(turns.cosines[i]);
-            const Float4 sine = broadcast(turns.sines[i]);
+        if constexpr (rotated) {
+            const Float4 cosine = broadcast(rotations.cosines[i]);
+            const Float4 sine = broadcast(rotations.sines[i]);
             right = x_by_width * cosine + y_by_width * sine;
             up = y_by_height * cosine - x_by_height * sine;
         }
@@ -110,9 +109,9 @@ void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corner
 template <class Paint>
 void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corners, Paint paint) {
     const bool mapped = placement.position_matrix != nullptr;
-    if (placement.turned && mapped)
+    if (placement.rotated && mapped)
         write_quads<true, true>(placement, block, corners, paint);
-    else if (placement.turned)
+    else if (placement.rotated)
         write_quads<true, false>(placement, block, corners, paint);
     else if (mapped)
         write_quads<false, true>(placement, block, corners, paint);
@@ -122,33 +121,33 @@ void write_quads(const QuadPlacement& placement, QuadBlock& block, float* corner
 
 }  // namespace
 
-void gather_block(int32_t first, int32_t draw_count, bool turned, QuadBlock& block) {
-    const auto of_block = [](int32_t left) { return left < kQuadsPerBlock ? left : kQuadsPerBlock; };
+void gather_block(int32_t first, int32_t draw_count, bool rotated, QuadBlock& block) {
+    const auto block_size = [](int32_t left) { return left < kQuadsPerBlock ? left : kQuadsPerBlock; };
     block.entries = draw_list + first;
-    block.count = of_block(draw_count - first);
-    block.next_count = of_block(draw_count - first - block.count);
+    block.count = block_size(draw_count - first);
+    block.next_count = block_size(draw_count - first - block.count);
     if (first == 0)
         for (int32_t i = 0; i < block.count; ++i) prefetch_record(block.entries[i].particle);
     for (int32_t i = 0; i < block.count; ++i) {
         const Particle& p = *block.entries[i].particle;
-        if (turned) block.degrees[i] = p.rotation + p.path_angle;
+        if (rotated) block.degrees[i] = p.rotation + p.path_angle;
         block.age[i] = p.age;
         block.life[i] = p.life;
     }
     for (int32_t i = block.count; i % 4 != 0; ++i) block.degrees[i] = block.age[i] = block.life[i] = 0.0f;
 }
 
-QuadPlacement flat_placement(bool turned) {
-    return {nullptr, kIdentity, 1.0f, 1.0f, turned};
+QuadPlacement flat_placement(bool rotated) {
+    return {nullptr, kIdentity, 1.0f, 1.0f, rotated};
 }
 
 QuadPlacement local_billboard_placement(const SmokeInstance& instance, const float* position_matrix, Vector3 scale,
-                                        bool turned) {
-    return {position_matrix, instance.billboard_matrix.m, scale.x, scale.y, turned};
+                                        bool rotated) {
+    return {position_matrix, instance.billboard_matrix.m, scale.x, scale.y, rotated};
 }
 
-QuadPlacement world_billboard_placement(const SmokeInstance& instance, bool turned) {
-    return {nullptr, instance.billboard_matrix.m, 1.0f, 1.0f, turned};
+QuadPlacement world_billboard_placement(const SmokeInstance& instance, bool rotated) {
+    return {nullptr, instance.billboard_matrix.m, 1.0f, 1.0f, rotated};
 }
 
 void build_corners(const QuadPlacement& placement, QuadBlock& block, float* corners) {
@@ -159,13 +158,13 @@ void build_quads(const SmokeInstance& instance, const QuadPlacement& placement, 
                  float* corners, uint8_t* colors) {
     alignas(16) uint32_t index[kQuadsPerBlock];
     for (int32_t i = 0; i < block.count; i += 4)
-        store(index + i, color_indices(color_phases(load_float4(block.age + i), load_float4(block.life + i))));
+        store(index + i, color_indices(load_float4(block.age + i), load_float4(block.life + i)));
     write_quads(placement, block, corners, [&instance, alpha_scale, &index, colors](int32_t i) {
         const float alpha = instance.alpha_table.alpha[alpha_index(index[i])] * alpha_scale;
         const uint32_t rgb = color_entry(instance, index[i]) & 0x00FFFFFFu;
         const uint32_t rgba = rgb | static_cast<uint32_t>(static_cast<int32_t>(alpha)) << 24;
-        const uint32_t of_corners[4] = {rgba, rgba, rgba, rgba};
-        std::memcpy(colors + kBytesPerQuad * i, of_corners, kBytesPerQuad);
+        const uint32_t at_corners[4] = {rgba, rgba, rgba, rgba};
+        std::memcpy(colors + kBytesPerQuad * i, at_corners, kBytesPerQuad);
     });
 }
 

@@ -1,5 +1,8 @@
-// The path through the client arrays.
+// The drawing path through the client arrays.
 #include "quads.h"
+
+#include <algorithm>
+#include <cmath>
 
 #include "../host/opengl.h"
 #include "quad_block.h"
@@ -7,21 +10,19 @@
 namespace tovu {
 namespace {
 
-constexpr float kLargestInt32 = 2147483520.0f;  // the largest float that is one
+constexpr float kMaxInt32 = 2147483520.0f;  // the largest float in the int32 range
 
-/// opacity × 255, held to what can be converted to an integer after a factor of 0 to 1; 0 where it is not a number.
+/// opacity × 255, clamped to the int32 range, so that its product with 0 to 1 can be converted. NaN gives 0.
 float alpha_scale_of(float opacity) {
     const float scale = opacity * 255.0f;
-    const float below = scale < kLargestInt32 ? scale : kLargestInt32;
-    if (scale != scale) return 0.0f;
-    return below > -kLargestInt32 ? below : -kLargestInt32;
+    return std::isnan(scale) ? 0.0f : std::clamp(scale, -kMaxInt32, kMaxInt32);
 }
 
 void build_quads(SmokeInstance& instance, const QuadPlacement& placement, float opacity) {
     const float alpha_scale = alpha_scale_of(opacity);
     QuadBlock block;
     for (int32_t first = 0; first < instance.draw_count; first += kQuadsPerBlock) {
-        gather_block(first, instance.draw_count, placement.turned, block);
+        gather_block(first, instance.draw_count, placement.rotated, block);
         build_quads(instance, placement, alpha_scale, block, quad_vertices + kFloatsPerQuad * first,
                     quad_colors + kBytesPerQuad * first);
     }

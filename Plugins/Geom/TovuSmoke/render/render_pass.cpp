@@ -9,10 +9,10 @@
 namespace tovu {
 namespace {
 
-/// Asked for in the first passes of every instance too, whichever path draws. The count keeps falling below 0, which
-/// changes nothing.
+/// Runs in the passes of the array path and in the first passes of every instance. The count continues below 0, which
+/// has no effect.
 void enable_client_arrays(SmokeInstance& instance) {
-    // Through unsigned, so that a show of years cannot overflow it.
+    // Unsigned, since signed overflow is undefined.
     instance.array_warmup_frames = static_cast<int32_t>(static_cast<uint32_t>(instance.array_warmup_frames) - 1u);
     ormixGL_glEnableClientState(GL_COLOR_ARRAY);
     ormixGL_glEnableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -20,7 +20,7 @@ void enable_client_arrays(SmokeInstance& instance) {
     ormixGL_glDisableClientState(GL_NORMAL_ARRAY);
 }
 
-/// What a full pass needs. Blend and alpha-test functions are the host's.
+/// The state of a full pass. The blend and alpha-test functions stay as the host set them.
 void set_drawing_state(bool disable_depth) {
     if (disable_depth) ormixGL_glDepthMask(GL_FALSE);
     ormixGL_glDisable(GL_LIGHTING);
@@ -28,7 +28,7 @@ void set_drawing_state(bool disable_depth) {
     ormixGL_glEnable(GL_ALPHA_TEST);
 }
 
-/// Turns a quad's +Z toward the camera: rolled in its own plane first, then tilted.
+/// Rotates a quad's +Z toward the camera: first the roll in its own plane, then the tilt.
 void build_billboard_matrix(SmokeInstance& instance) {
     instance.billboard_matrix = Matrix4{};
     rotate(instance.billboard_matrix, instance.billboard_tilt, instance.billboard_axis);
@@ -70,7 +70,7 @@ void render_pass(SmokeInstance& instance, int32_t render_flags, float opacity) {
     collect_draw_list(instance);
     draw_quads(instance, full_pass, opacity);
 
-    // The count as it is after this pass: the last of the warm-up leaves the colour and vertex arrays enabled.
+    // The count after this pass: the last warm-up pass leaves the colour and vertex arrays enabled.
     if (instance.array_warmup_frames > 0 || use_array) {
         ormixGL_glDisableClientState(GL_COLOR_ARRAY);
         ormixGL_glDisableClientState(GL_VERTEX_ARRAY);

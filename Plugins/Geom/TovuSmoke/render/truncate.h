@@ -1,15 +1,16 @@
-// Conversion to whole numbers, toward zero, defined for every float.
+// Conversion of float to integer, toward zero, defined for every value.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 namespace tovu {
 
-/// trunc(value), held to the int32 range; 0 where `value` is not a number.
+/// trunc(value), clamped to the int32 range. NaN gives 0.
 inline int32_t truncated(float value) {
     if (value >= 2147483648.0f) return INT32_MAX;
     if (value <= -2147483648.0f) return INT32_MIN;
-    return value == value ? static_cast<int32_t>(value) : 0;
+    return std::isnan(value) ? 0 : static_cast<int32_t>(value);
 }
 
 /// The low byte of trunc(value).
