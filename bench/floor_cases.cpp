@@ -1,10 +1,10 @@
 #include <benchmark/benchmark.h>
+#include <tovu/opengl.h>
 
 #include <cstdlib>
 #include <cstring>
 
 #include "cases.h"
-#include "host/opengl.h"
 #include "rand_choice.h"
 
 namespace bench {

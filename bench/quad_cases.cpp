@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
+#include <tovu/opengl.h>
 
 #include "cases.h"
-#include "host/opengl.h"
 #include "plain_frame.h"
 #include "plain_quads.h"
 #include "render/draw_list.h"

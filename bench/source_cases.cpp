@@ -1,10 +1,10 @@
 #include <benchmark/benchmark.h>
+#include <tovu/opengl.h>
 
 #include <cmath>
 #include <stdexcept>
 
 #include "cases.h"
-#include "host/opengl.h"
 #include "particles/curves.h"
 #include "particles/instance_caches.h"
 #include "sources/container_source.h"

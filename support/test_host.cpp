@@ -90,9 +90,9 @@ void TestHost::render(SmokeHandle smoke, int32_t render_flags, float opacity) {
 }
 
 SmokeInstance& TestHost::block(SmokeHandle smoke) {
-    void* block = stage::instance_block(*stage_, smoke.container);
-    if (!block) throw std::runtime_error("no such smoke");
-    return *static_cast<SmokeInstance*>(block);
+    const stage::Instance* instance = stage::instance_of(*stage_, smoke.container);
+    if (!instance) throw std::runtime_error("no such smoke");
+    return *static_cast<SmokeInstance*>(static_cast<void*>(instance->block));
 }
 
 int TestHost::active_count(SmokeHandle smoke) {

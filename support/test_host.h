@@ -41,7 +41,7 @@ class TestHost {
     /// Gives a container an instance of another plug-in.
     void add_instance(int32_t container_handle, const char* library, const stage::ParameterValues& values);
 
-    /// For its placement, visibility and look. The reference stays good while the container lives.
+    /// For its placement, visibility and appearance. The reference stays good while the container lives.
     stage::Container& container(SmokeHandle smoke);
     stage::Container& container(int32_t container_handle);
 

@@ -115,7 +115,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
         report.complaints.push_back(stage::to_string(complaint));
     if (const int64_t dropped = run.built.stage->complaints.dropped; dropped > 0)
         report.complaints.push_back(
-            fmt::format("{} more were dropped after the first {}", dropped, stage::kMostComplaints));
+            fmt::format("{} more were dropped after the first {}", dropped, stage::kMaxComplaints));
     return report;
 }
 

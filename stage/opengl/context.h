@@ -9,26 +9,26 @@
 
 namespace stage {
 
-/// What answers: texts as OpenGL gives them.
+/// Texts that OpenGL gives about itself.
 struct OpenGlDescription {
     std::string vendor;
     std::string renderer;  // "llvmpipe (LLVM 15.0.6, 256 bits)"
     std::string version;   // "4.5 (Compatibility Profile) Mesa 22.3.6"
 };
 
-/// An OpenGL compatibility context made through EGL: on a surface-less platform where there is one, else on the first
-/// device that offers OpenGL, else with a 1 × 1 pbuffer on the default display. Current in the thread that made it.
-/// Releases it when destroyed. Move only.
+/// An OpenGL context with the compatibility profile, made through EGL: on the surface-less platform where there is one,
+/// else on the first device that offers OpenGL, else on the default display. Becomes current in the thread that makes
+/// it. The destructor destroys the context. Move only.
 class STAGE_EXPORT OpenGlContext {
   public:
-    /// Fails with a message that lists what was tried and why each failed.
+    /// The error lists every display that was tried, and why it failed.
     static Result<OpenGlContext> create();
 
     OpenGlContext(OpenGlContext&&) noexcept;
     OpenGlContext& operator=(OpenGlContext&&) noexcept;
     ~OpenGlContext();
 
-    /// Makes this the calling thread's context again.
+    /// Makes this context current in the calling thread.
     Result<Done> make_current() const;
     const OpenGlDescription& description() const;
 
@@ -37,11 +37,5 @@ class STAGE_EXPORT OpenGlContext {
     explicit OpenGlContext(std::unique_ptr<Handles> handles);
     std::unique_ptr<Handles> handles_;
 };
-
-/// Of the context that is current, whoever made it.
-STAGE_EXPORT OpenGlDescription describe_current_opengl();
-
-/// The renderer's name without its build details ("llvmpipe"): what stored pictures are tied to.
-STAGE_EXPORT std::string renderer_family(const OpenGlDescription& description);
 
 }  // namespace stage

@@ -1,4 +1,4 @@
-#include "stage/opengl/dispatch.h"
+#include "dispatch.h"
 
 namespace stage {
 namespace {
@@ -10,7 +10,7 @@ void do_nothing(Arguments...) {}
 
 constexpr OpenGlDispatch kSilentOpenGl = {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) .name = do_nothing,
-#include "stage/opengl/opengl_functions.def"
+#include "opengl_functions.def"
 };
 
 constinit OpenGlDispatch opengl_in_force = kSilentOpenGl;

@@ -1,4 +1,4 @@
-#include "stage/opengl/errors.h"
+#include "errors.h"
 
 #include <epoxy/gl.h>
 #include <fmt/format.h>
@@ -28,13 +28,13 @@ std::string error_words(GLenum error) {
 }
 
 /// A lost context answers with errors for ever.
-constexpr int kMostFlags = 16;
+constexpr int kMaxFlags = 16;
 
 }  // namespace
 
 std::vector<std::string> take_opengl_errors() {
     std::vector<std::string> errors;
-    for (int i = 0; i < kMostFlags; ++i) {
+    for (int i = 0; i < kMaxFlags; ++i) {
         const GLenum error = glGetError();
         if (error == GL_NO_ERROR) break;
         errors.push_back(error_words(error));

@@ -1,4 +1,4 @@
-#include "stage/opengl/framebuffer.h"
+#include "framebuffer.h"
 
 #include <epoxy/gl.h>
 #include <fmt/format.h>
@@ -100,10 +100,6 @@ int32_t Framebuffer::width() const {
 
 int32_t Framebuffer::height() const {
     return objects_->height;
-}
-
-unsigned int Framebuffer::texture() const {
-    return objects_->color;
 }
 
 void Framebuffer::bind() const {

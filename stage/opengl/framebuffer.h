@@ -42,8 +42,6 @@ class STAGE_EXPORT Framebuffer {
 
     int32_t width() const;
     int32_t height() const;
-    /// OpenGL's number of the colour texture: colour × alpha and alpha, for whoever shows the frame in a window.
-    unsigned int texture() const;
 
     /// Makes this the target of drawing, with the viewport over all of it.
     void bind() const;

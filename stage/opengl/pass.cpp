@@ -1,10 +1,11 @@
-#include "stage/opengl/pass.h"
+#include "pass.h"
 
 #include <epoxy/gl.h>
 #include <fmt/format.h>
 
-#include "stage/opengl/dispatch.h"
-#include "stage/opengl/errors.h"
+#include "dispatch.h"
+#include "errors.h"
+#include "real_opengl.h"
 
 namespace stage {
 namespace {
@@ -26,7 +27,7 @@ constexpr StackKind kStacks[kStackCount] = {
     {GL_TEXTURE, GL_TEXTURE_STACK_DEPTH, GL_TEXTURE_MATRIX, "GL_TEXTURE"},
 };
 
-/// Matrix stacks, programs and vertex array objects are no part of OpenGL's attribute stacks.
+/// What glPushAttrib and glPushClientAttrib do not save.
 struct SavedState {
     GLint depths[kStackCount];
     Matrix matrices[kStackCount];
@@ -41,10 +42,10 @@ SavedState save_state() {
     glGetIntegerv(GL_CURRENT_PROGRAM, &saved.program);
     glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &saved.vertex_array);
     glUseProgram(0);
-    glBindVertexArray(0);  // first: the client attributes to save are those of the object that plug-ins change
+    glBindVertexArray(0);  // first, since the client attributes saved below belong to the bound object
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
-    glActiveTexture(GL_TEXTURE0);  // the texture stack and the client arrays are those of the first unit
+    glActiveTexture(GL_TEXTURE0);  // texture matrices and texture coordinate arrays are per unit; plug-ins use unit 0
     glClientActiveTexture(GL_TEXTURE0);
     for (int i = 0; i < kStackCount; ++i) {
         glGetIntegerv(kStacks[i].depth_query, &saved.depths[i]);
@@ -54,8 +55,7 @@ SavedState save_state() {
 }
 
 void set_matrices(const PassSettings& settings) {
-    constexpr float kShortToOne =
-        1.0f / 32767.0f;  // texture coordinates come as shorts, which OpenGL doesn't normalise
+    constexpr float kShortToOne = 1.0f / 32767.0f;  // OpenGL does not scale texture coordinates given as shorts
     glMatrixMode(GL_PROJECTION);
     glLoadMatrixf(settings.projection_view.data());
     glMatrixMode(GL_TEXTURE);
@@ -103,7 +103,7 @@ void set_state(const PassSettings& settings) {
     glColor4fv(settings.color.data());
 }
 
-/// Between glBegin and glEnd OpenGL answers no question: the value asked for stays as it was.
+/// Between glBegin and glEnd glGetIntegerv is an error and leaves its output unchanged.
 bool is_inside_begin() {
     GLint depth = -1;
     glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
@@ -113,7 +113,7 @@ bool is_inside_begin() {
 void end_open_begin(std::vector<std::string>& complaints) {
     if (!is_inside_begin()) return;
     glEnd();
-    take_opengl_errors();  // of the question
+    take_opengl_errors();  // of is_inside_begin
     complaints.emplace_back("a glBegin was left without its glEnd");
 }
 
@@ -145,15 +145,15 @@ void restore_state(const SavedState& saved, std::vector<std::string>& complaints
 
 }  // namespace
 
-std::vector<std::string> draw_pass(const PassSettings& settings, const PassCallback& draw) {
+std::vector<std::string> draw_pass(const PassSettings& settings, const std::function<void()>& draw) {
     std::vector<std::string> complaints;
     const SavedState saved = save_state();
     set_state(settings);
-    take_opengl_errors();  // of others
+    take_opengl_errors();  // errors from before this pass
     take_opengl_complaints();
 
     use_opengl(settings.check_every_call ? checking_opengl() : real_opengl());
-    draw(settings.render_flags, settings.opacity);
+    draw();
 
     end_open_begin(complaints);
     for (std::string& complaint : take_opengl_complaints()) complaints.push_back(std::move(complaint));

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "stage/scene/container.h"
+#include "stage/scene/transform.h"
 #include "stage/stage_export.h"
 
 namespace stage {
@@ -15,28 +15,28 @@ namespace stage {
 struct PassSettings {
     Matrix projection_view = kIdentity;  // projection × view, for GL_PROJECTION
     Matrix world = kIdentity;            // the container's transformation alone, for GL_MODELVIEW
-    unsigned int texture = 0;            // OpenGL's number; 0: texturing off
+    unsigned int texture = 0;            // OpenGL's number of the texture; 0 draws without one
     Blend blend = Blend::kAlpha;
-    float opacity = 1.0f;                                   // 0…1, handed to the callback
-    int32_t render_flags = 0;                               // handed to the callback; bit 0: a reduced pass
-    std::array<float, 4> color = {1.0f, 1.0f, 1.0f, 1.0f};  // the current colour at the start
-    bool check_every_call = false;                          // name each faulty OpenGL call; slow
+    std::array<float, 4> color = {1.0f, 1.0f, 1.0f, 1.0f};  // the current colour when drawing begins
+    bool check_every_call = false;                          // asks for errors after each OpenGL call; slow
 };
 
-/// Draws: called with the settings' render_flags and opacity, calls OpenGL directly or through the exported services.
-using PassCallback = std::function<void(int32_t render_flags, float opacity)>;
-
-/// Sets up the state, calls `draw` with the exported services on the real OpenGL, and puts server state, client state,
-/// the three matrix stacks and the services' target back as they were, whatever `draw` left.
+/// Sets the OpenGL state, sends the exported services to the real OpenGL and calls `draw`, which may call OpenGL
+/// directly as well. Afterwards restores the server state, the client state, the three matrix stacks and where the
+/// services went before.
 ///
-/// What `draw` finds: GL_PROJECTION and GL_MODELVIEW as in the settings, GL_MODELVIEW selected, the texture matrix
-/// scaling 0…32767 to 0…1, the texture bound and enabled with GL_MODULATE, blending, alpha test (alpha above 0
-/// passes) and depth test (GL_LEQUAL, depth written) on, lighting, culling and fog off, no client array enabled, no
-/// buffer, program or vertex array object bound, line width and point size 1. Alpha is blended with ONE,
-/// ONE_MINUS_SRC_ALPHA whatever the colour's blend.
+/// What `draw` finds:
+/// - GL_PROJECTION and GL_MODELVIEW as in the settings, GL_MODELVIEW selected, a texture matrix that scales 0…32767 to
+///   0…1;
+/// - the texture bound and enabled with GL_MODULATE;
+/// - blending on: colours with SRC_ALPHA and ONE_MINUS_SRC_ALPHA or, for Blend::kAdditive, ONE; alpha always with ONE,
+///   ONE_MINUS_SRC_ALPHA;
+/// - the alpha test GL_GREATER 0, the depth test GL_LEQUAL, depth written;
+/// - lighting, culling, fog and stencil test off; line width and point size 1;
+/// - no client array enabled, no buffer, program or vertex array object bound.
 ///
-/// A context must be current and the target bound. Returns what is wrong with the calls of `draw`, a line for each:
-/// an open glBegin, unbalanced matrix stacks, OpenGL errors; empty when all is well.
-STAGE_EXPORT std::vector<std::string> draw_pass(const PassSettings& settings, const PassCallback& draw);
+/// A context must be current and the framebuffer bound. Returns what `draw` did wrong, one line each: a glBegin without
+/// glEnd, unbalanced matrix stacks, OpenGL errors. Empty when nothing was wrong.
+STAGE_EXPORT std::vector<std::string> draw_pass(const PassSettings& settings, const std::function<void()>& draw);
 
 }  // namespace stage

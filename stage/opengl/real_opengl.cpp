@@ -1,13 +1,13 @@
-// The dispatch table on the real OpenGL, plain and with a look for errors after every call.
+#include "real_opengl.h"
+
 #include <epoxy/gl.h>
 #include <fmt/format.h>
 
 #include <type_traits>
 #include <utility>
 
+#include "errors.h"
 #include "stage/call_log.h"
-#include "stage/opengl/dispatch.h"
-#include "stage/opengl/errors.h"
 #include "stage/plugins/random_stream.h"
 
 namespace stage {
@@ -20,11 +20,10 @@ constinit const OpenGlDispatch kRealOpenGl = {
         const DrawFrom outside(nullptr);                       \
         gl##name arguments;                                    \
     },
-#include "stage/opengl/opengl_functions.def"
+#include "opengl_functions.def"
 };
 
-/// Most complaints that are kept: a plug-in that does something wrong for every particle says so often enough.
-constexpr size_t kMostComplaints = 100;
+constexpr size_t kMaxComplaints = 100;  // a fault for each particle would fill the memory
 
 struct Checker {
     bool between_begin_and_end = false;
@@ -44,13 +43,13 @@ std::string call_text(const char* name, Arguments... arguments) {
     return to_string(call);
 }
 
-/// `text` makes the call's text, which is wanted only when something is wrong.
+/// text: called only after an error, returns the call as text.
 template <class Text>
 void check_call(const Text& text) {
-    // Between glBegin and glEnd glGetError itself is an error; what went wrong there shows after glEnd.
+    // Between glBegin and glEnd glGetError is an error itself; errors made there are reported after glEnd.
     if (checker().between_begin_and_end) return;
     for (const std::string& error : take_opengl_errors())
-        if (checker().complaints.size() < kMostComplaints)
+        if (checker().complaints.size() < kMaxComplaints)
             checker().complaints.push_back(fmt::format("{}: {}", text(), error));
         else
             ++checker().dropped;
@@ -72,7 +71,7 @@ constinit const OpenGlDispatch kCheckingOpenGl = {
         note_begin_and_end(&OpenGlDispatch::name);             \
         check_call([&] { return call_text recorded; });        \
     },
-#include "stage/opengl/opengl_functions.def"
+#include "opengl_functions.def"
 };
 
 }  // namespace

@@ -1,11 +1,11 @@
-// The dispatch table that writes down what it is told, client arrays included.
+#include "recording_opengl.h"
+
 #include <epoxy/gl.h>
 
 #include <algorithm>
 #include <cstring>
 
 #include "stage/call_log.h"
-#include "stage/opengl/dispatch.h"
 
 namespace stage {
 namespace {
@@ -96,7 +96,7 @@ void record_draw(unsigned int mode, int first, int count) {
     recorder().draws.push_back(std::move(draw));
 }
 
-/// Takes the arguments that are not written down, addresses, as used.
+/// Marks the arguments that are not recorded (addresses) as used.
 template <class... Arguments>
 void leave_out(Arguments...) {}
 
@@ -106,10 +106,10 @@ constexpr OpenGlDispatch kPlainRecording = {
         leave_out arguments;                                   \
         record_call recorded;                                  \
     },
-#include "stage/opengl/opengl_functions.def"
+#include "opengl_functions.def"
 };
 
-/// Six calls say more than their numbers: which arrays there are, and when they are read.
+/// Six calls do more than record: they set up the client arrays, and read them.
 constexpr OpenGlDispatch recording_with_arrays() {
     OpenGlDispatch dispatch = kPlainRecording;
     dispatch.VertexPointer = [](int size, unsigned int type, int stride, const void* pointer) {

@@ -1,4 +1,4 @@
-#include "stage/opengl/shapes.h"
+#include "shapes.h"
 
 #include <epoxy/gl.h>
 
@@ -9,14 +9,8 @@ namespace {
 
 constexpr size_t kFloatsPerPoint = 3;
 
-/// The outlines send no colour of their own, so that the opacity goes into the current one.
-PassSettings untextured(PassSettings settings) {
-    settings.color[3] *= settings.opacity;
-    settings.texture = 0;
-    return settings;
-}
-
-/// A fan from each outline's first point: every pixel is covered an odd number of times exactly where it is inside.
+/// A triangle fan from each outline's first point. It covers the pixels inside the outlines an odd number of times, all
+/// others an even number of times.
 void send_fans(std::span<const float> points, std::span<const int32_t> outline_sizes) {
     size_t first = 0;
     for (const int32_t size : outline_sizes) {
@@ -33,25 +27,23 @@ void send_fans(std::span<const float> points, std::span<const int32_t> outline_s
 
 void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                           std::span<const int32_t> outline_sizes) {
-    const PassSettings outline_settings = untextured(settings);
-    if (!(outline_settings.color[3] > 0.0f)) return;  // not seen, so that it must not hide anything in the depth buffer
-    draw_pass(outline_settings, [&](int32_t, float) {
-        // First the stencil alone: the fans flip a bit wherever they lie, seen or hidden.
+    if (!(settings.color[3] > 0.0f)) return;  // not seen, so that it must not hide anything in the depth buffer
+    draw_pass(settings, [&] {
+        // First the stencil alone: each triangle flips the stencil bit of its pixels, whatever their depth.
         glEnable(GL_STENCIL_TEST);
         glStencilMask(1);
         glStencilFunc(GL_ALWAYS, 0, 1);
         glStencilOp(GL_INVERT, GL_INVERT, GL_INVERT);
         glPushAttrib(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-        glDisable(GL_ALPHA_TEST);
         glDisable(GL_DEPTH_TEST);
         send_fans(points, outline_sizes);
         glPopAttrib();
 
-        // Then the colour where the bit is set. The first triangle on a pixel clears it, so none is blended twice.
+        // Then the colour where the bit is set. The first triangle on a pixel clears the bit: no pixel is blended
+        // twice.
         glStencilFunc(GL_EQUAL, 1, 1);
         glStencilOp(GL_KEEP, GL_ZERO, GL_ZERO);
-        glDisable(GL_ALPHA_TEST);  // a dropped fragment would leave its bit set
         send_fans(points, outline_sizes);
     });
 }

@@ -1,27 +1,27 @@
-#include "stage/opengl/textures.h"
+#include "textures.h"
 
 #include <epoxy/gl.h>
 #include <fmt/format.h>
 
-#include "stage/opengl/errors.h"
+#include "errors.h"
 
 namespace stage {
 namespace {
 
-/// What is wrong with a picture, or nothing.
-std::string picture_problem(const Picture& picture) {
+Result<Done> check_picture(const Picture& picture) {
     if (picture.width < 1 || picture.height < 1)
-        return fmt::format("a texture of {} x {} pixels: both must be at least 1", picture.width, picture.height);
+        return Error{
+            fmt::format("a texture of {} x {} pixels: both must be at least 1", picture.width, picture.height)};
     const size_t needed = picture_byte_count(picture.width, picture.height, picture.format);
     if (picture.bytes.size() < needed)
-        return fmt::format("a texture of {} x {} pixels with {} bytes: it needs {}", picture.width, picture.height,
-                           picture.bytes.size(), needed);
+        return Error{fmt::format("a texture of {} x {} pixels with {} bytes: it needs {}", picture.width,
+                                 picture.height, picture.bytes.size(), needed)};
     GLint limit = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &limit);
     if (picture.width > limit || picture.height > limit)
-        return fmt::format("a texture of {} x {} pixels: the renderer takes at most {} x {}", picture.width,
-                           picture.height, limit, limit);
-    return {};
+        return Error{fmt::format("a texture of {} x {} pixels: the renderer takes at most {} x {}", picture.width,
+                                 picture.height, limit, limit)};
+    return Done{};
 }
 
 GLint sized_format(PictureFormat format) {
@@ -40,10 +40,11 @@ GLint sized_format(PictureFormat format) {
     return GL_RGBA8;
 }
 
-void set_sampling(TextureFilter filter) {
-    const bool nearest = filter == TextureFilter::kNearest;
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, nearest ? GL_NEAREST : GL_LINEAR_MIPMAP_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, nearest ? GL_NEAREST : GL_LINEAR);
+void set_sampling() {
+    // Linear between mipmaps as well takes a quarter more time for a frame of soft sprites on a software renderer, and
+    // does not look better.
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
@@ -54,9 +55,9 @@ Texture::~Texture() {
     if (number_ != 0) glDeleteTextures(1, &number_);
 }
 
-Result<Texture> make_texture(const Picture& picture, TextureFilter filter) {
-    if (std::string problem = picture_problem(picture); !problem.empty()) return Error{problem};
-    take_opengl_errors();  // of others
+Result<Texture> make_texture(const Picture& picture) {
+    if (const Result<Done> checked = check_picture(picture); !checked) return checked.error();
+    take_opengl_errors();  // errors from before this call
 
     glPushAttrib(GL_TEXTURE_BIT);
     glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
@@ -65,7 +66,7 @@ Result<Texture> make_texture(const Picture& picture, TextureFilter filter) {
     Texture texture(number);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, number);
-    set_sampling(filter);
+    set_sampling();
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
@@ -73,7 +74,7 @@ Result<Texture> make_texture(const Picture& picture, TextureFilter filter) {
     glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
     glTexImage2D(GL_TEXTURE_2D, 0, sized_format(picture.format), picture.width, picture.height, 0,
                  static_cast<GLenum>(picture.format), GL_UNSIGNED_BYTE, picture.bytes.data());
-    if (filter != TextureFilter::kNearest) glGenerateMipmap(GL_TEXTURE_2D);
+    glGenerateMipmap(GL_TEXTURE_2D);
     glPopClientAttrib();
     glPopAttrib();
 

@@ -9,13 +9,7 @@
 
 namespace stage {
 
-enum class TextureFilter {
-    kSprite,  // linear within the nearest mipmap: a fifth less time for a frame than with linear between mipmaps too on
-              // a software renderer, and as good on soft sprites
-    kNearest,  // the nearest pixel of the picture itself
-};
-
-/// One texture; frees it when destroyed, which must happen while its context is current. Move only.
+/// One texture; the destructor frees it and needs its context current. Move only.
 class STAGE_EXPORT Texture {
   public:
     Texture() = default;
@@ -27,15 +21,16 @@ class STAGE_EXPORT Texture {
     }
     ~Texture();
 
-    /// OpenGL's number; 0 is none.
+    /// OpenGL's number; 0: no texture.
     unsigned int number() const { return number_; }
 
   private:
     unsigned int number_ = 0;
 };
 
-/// Uploads a picture; its first row is at texture coordinate t = 0, and its edge goes on beyond it. Leaves the texture
-/// binding as it was. Fails when the picture is empty, has too few bytes, or is larger than the renderer takes.
-STAGE_EXPORT Result<Texture> make_texture(const Picture& picture, TextureFilter filter = TextureFilter::kSprite);
+/// Uploads a picture with its mipmaps. Its first row is at texture coordinate t = 0; coordinates beyond 0…1 are clamped
+/// to the edge. Leaves the texture binding unchanged. An error when the picture is empty, has too few bytes, or is
+/// larger than the renderer takes.
+STAGE_EXPORT Result<Texture> make_texture(const Picture& picture);
 
 }  // namespace stage

@@ -4,6 +4,7 @@
 
 #include "entry_point_call.h"
 #include "instance_memory.h"
+#include "parameter_values.h"
 #include "stage/scene/stage.h"
 
 namespace stage {
@@ -66,11 +67,6 @@ const Instance* instance_of(const Stage& stage, int32_t container_handle) {
 
 Instance* instance_of(Stage& stage, int32_t container_handle) {
     return const_cast<Instance*>(instance_of(std::as_const(stage), container_handle));
-}
-
-void* instance_block(Stage& stage, int32_t container_handle) {
-    Instance* instance = instance_of(stage, container_handle);
-    return instance ? instance->block : nullptr;
 }
 
 bool dispatch(Stage& stage, int32_t container_handle, int32_t request, void* data, void* reply) {

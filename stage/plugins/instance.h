@@ -39,9 +39,6 @@ STAGE_EXPORT Result<int32_t> add_instance(Stage& stage, int32_t container_handle
 STAGE_EXPORT Instance* instance_of(Stage& stage, int32_t container_handle);
 STAGE_EXPORT const Instance* instance_of(const Stage& stage, int32_t container_handle);
 
-/// The block of the container's instance as the plug-in sees it, or null.
-STAGE_EXPORT void* instance_block(Stage& stage, int32_t container_handle);
-
 /// Sends a request to the container's instance as another plug-in would: `_api__geom_dispatcher` without the log.
 /// False when the container carries no instance.
 STAGE_EXPORT bool dispatch(Stage& stage, int32_t container_handle, int32_t request, void* data, void* reply);

@@ -11,7 +11,7 @@ namespace {
 constexpr uint64_t kEnd = uint64_t{1} << 32;
 constexpr uint64_t kFirstWanted = 0x10000000;  // behind the heap of a program that is loaded at a fixed low address
 constexpr uint64_t kStep = 0x10000;            // the largest page size of any processor
-constexpr uint64_t kMostTries = (kEnd - kFirstWanted) / kStep;
+constexpr uint64_t kMaxTries = (kEnd - kFirstWanted) / kStep;
 
 // Where the next search begins, behind what the one before it found.
 std::atomic<uint64_t> next_wanted = kFirstWanted;
@@ -21,7 +21,7 @@ std::atomic<uint64_t> next_wanted = kFirstWanted;
 void* map_low(size_t bytes) {
     if (bytes > kEnd - kFirstWanted) return nullptr;
     uint64_t wanted = next_wanted;
-    for (uint64_t tries = 0; tries < kMostTries; ++tries, wanted += kStep) {
+    for (uint64_t tries = 0; tries < kMaxTries; ++tries, wanted += kStep) {
         if (wanted + bytes > kEnd) wanted = kFirstWanted;
         void* pages = mmap(reinterpret_cast<void*>(static_cast<uintptr_t>(wanted)), bytes, PROT_READ | PROT_WRITE,
                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -1,10 +1,11 @@
-// From a parameter's value to the bits and the text of its slot.
+// Values of parameters: checked against what the plug-in registered, and as the bits and the text of a slot.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-#include "parameters.h"
+#include "plugin.h"
 
 namespace stage {
 
@@ -13,7 +14,17 @@ struct SlotValue {
     std::string text;   // of String, Container and Image
 };
 
-/// The value as its slot holds it. Errors as those of check_parameter.
+/// The value as its slot holds it. Errors as for check_parameter.
 Result<SlotValue> encode_value(const ParameterInfo& parameter, const ParameterValue& value);
+
+/// Whether the parameter takes this value. The error names the parameter, not the container or file: callers put those
+/// in front. It says what is right: the kind, the range, the choices, the longest text.
+STAGE_EXPORT Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValue& value);
+
+/// "parameter 'birth_rat' is not known to TovuSmoke: did you mean 'birth_rate'?"
+STAGE_EXPORT Error unknown_parameter(const Plugin& plugin, std::string_view name);
+
+/// "TovuSmoke has no push button 'rest': did you mean 'reset'?"
+STAGE_EXPORT Error unknown_button(const Plugin& plugin, std::string_view name);
 
 }  // namespace stage

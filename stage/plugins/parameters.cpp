@@ -4,6 +4,7 @@
 
 #include "entry_point_call.h"
 #include "instance_memory.h"
+#include "parameter_values.h"
 #include "stage/scene/stage.h"
 
 namespace stage {

@@ -1,4 +1,4 @@
-// Values of parameters: checked against what the plug-in registered, written into the instance's slots and read back.
+// Parameters and buttons of an instance: values are checked, written into its slots and read back.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +13,6 @@ namespace stage {
 
 /// By name, in the order they are to be set.
 using ParameterValues = std::vector<std::pair<std::string, ParameterValue>>;
-
-/// Would the parameter take this value? The error says what would be right: the kind, the range, the choices, the
-/// longest text. It names the parameter, not the container or file: callers put those in front.
-STAGE_EXPORT Result<Done> check_parameter(const ParameterInfo& parameter, const ParameterValue& value);
-
-/// "parameter 'birth_rat' is not known to TovuSmoke: did you mean 'birth_rate'?"
-STAGE_EXPORT Error unknown_parameter(const Plugin& plugin, std::string_view name);
-
-/// "TovuSmoke has no push button 'rest': did you mean 'reset'?"
-STAGE_EXPORT Error unknown_button(const Plugin& plugin, std::string_view name);
 
 struct SetOptions {
     bool notify = true;  // tell the instance by PLUGIN_CHANGED_CALLBACK, when the value differs from the one before

@@ -3,11 +3,11 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <tovu/entry_points.h>
 
 #include <algorithm>
 #include <filesystem>
 
-#include "entry_points.h"
 #include "plugin_code.h"
 #include "registration.h"
 #include "stage/scene/stage.h"

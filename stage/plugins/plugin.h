@@ -41,7 +41,7 @@ struct ParameterInfo {
 };
 
 /// Longest name of a container or image that a parameter takes, bytes.
-constexpr int32_t kLongestObjectName = 4095;
+constexpr int32_t kMaxObjectNameBytes = 4095;
 
 struct InfoText {
     std::string name;

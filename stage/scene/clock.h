@@ -15,9 +15,4 @@ struct Clock {
     double post_time_seconds = 0;  // the post-recording clock; goes on with the frames while post_recording is set
 };
 
-/// Seconds from frame 0 to the current one.
-inline double current_time_seconds(const Clock& clock) {
-    return static_cast<double>(clock.frame) * clock.frame_period_seconds;
-}
-
 }  // namespace stage

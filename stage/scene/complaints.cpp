@@ -29,7 +29,7 @@ void complain(Stage& stage, std::string call, std::string message) {
     });
     if (same != list.end())
         ++same->times;
-    else if (list.size() < kMostComplaints)
+    else if (list.size() < kMaxComplaints)
         list.push_back(std::move(complaint));
     else
         ++stage.complaints.dropped;

@@ -20,12 +20,12 @@ struct Complaint {
     int64_t times = 1;    // the same complaint is kept once
 };
 
-/// At most kMostComplaints different ones are kept; `dropped` counts those beyond.
+/// At most kMaxComplaints different ones are kept; `dropped` counts those beyond.
 struct Complaints {
     std::vector<Complaint> list;
     int64_t dropped = 0;
 };
-constexpr int kMostComplaints = 1000;
+constexpr int kMaxComplaints = 1000;
 
 /// Notes a complaint; the caller is the entry point that is running.
 STAGE_EXPORT void complain(Stage& stage, std::string call, std::string message);

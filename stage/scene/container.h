@@ -1,4 +1,4 @@
-// Containers: the nodes of the scene's tree. Each has a place, a draw style and at most one geometry.
+// Containers: the nodes of the scene's tree. Each has a placement, an appearance and at most one geometry.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,8 @@ enum class Blend {
 };
 
 /// How the container's geometry is drawn.
-struct DrawStyle {
-    int32_t texture_handle = kNoObject;  // an image; none draws without a texture
+struct Appearance {
+    int32_t texture_handle = kNoObject;  // an image; kNoObject draws without a texture
     Blend blend = Blend::kAlpha;
 };
 
@@ -32,7 +32,7 @@ struct BoundingBox {
     Vector3 maximum;
 };
 
-/// All but the placement, visibility, opacity and draw style is kept by the functions below: read it, leave it alone.
+/// Callers may change placement, visible, opacity and appearance. The functions below maintain the other fields.
 struct Container {
     int32_t handle = kNoObject;
     std::string name;  // not necessarily the only one of that name
@@ -44,7 +44,7 @@ struct Container {
     Placement placement;
     bool visible = true;  // an invisible one hides its children as well; its plug-in still simulates
     float opacity = 1;    // 0 to 1, multiplied down the tree
-    DrawStyle draw_style;
+    Appearance appearance;
 };
 
 /// Adds a container as its parent's last child, or as the last root for kNoObject. Returns its handle; kNoObject when

@@ -18,7 +18,7 @@ enum class ObjectKind : int32_t {
 };
 
 constexpr int32_t kNoObject = -1;
-constexpr int32_t kLargestNumber = 0xFFFFFF;
+constexpr int32_t kMaxObjectNumber = 0xFFFFFF;
 constexpr int32_t kCameraNumber = 0;  // outside the count, so that the first container made is #1
 
 /// The kind stands in the bits from 24 up, so that an object of a wrong kind is never mistaken for another one.
@@ -27,7 +27,7 @@ constexpr int32_t make_handle(ObjectKind kind, int32_t number) {
 }
 /// The number that users write behind a '#'. Meaningless for a negative handle.
 constexpr int32_t number_of(int32_t handle) {
-    return handle & kLargestNumber;
+    return handle & kMaxObjectNumber;
 }
 constexpr bool has_kind(int32_t handle, ObjectKind kind) {
     return handle >= 0 && handle >> 24 == static_cast<int32_t>(kind);

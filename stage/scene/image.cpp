@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "opengl.h"
 #include "stage.h"
 
 namespace stage {
@@ -13,8 +12,7 @@ namespace {
 Result<Done> check_size(const std::string& name, int32_t width, int32_t height, int32_t format, size_t bytes) {
     if (width < 1 || height < 1)
         return Error{fmt::format("image '{}': {} x {} pixels; both must be at least 1", name, width, height)};
-    const size_t wanted =
-        static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(bytes_per_pixel(format));
+    const size_t wanted = picture_byte_count(width, height, format);
     if (bytes != wanted)
         return Error{fmt::format("image '{}': {} x {} pixels of {} bytes need {} bytes, but {} were given", name, width,
                                  height, bytes_per_pixel(format), wanted, bytes)};
@@ -22,20 +20,6 @@ Result<Done> check_size(const std::string& name, int32_t width, int32_t height, 
 }
 
 }  // namespace
-
-int32_t bytes_per_pixel(int32_t format) {
-    switch (format) {
-        case GL_ALPHA:
-        case GL_LUMINANCE:
-            return 1;
-        case GL_LUMINANCE_ALPHA:
-            return 2;
-        case GL_RGB:
-            return 3;
-        default:
-            return 4;
-    }
-}
 
 Result<int32_t> add_image(Stage& stage, std::string name, int32_t width, int32_t height, int32_t format,
                           std::vector<uint8_t> pixels) {

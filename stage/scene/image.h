@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "handles.h"
+#include "pixel_format.h"
 #include "stage/result.h"
 #include "stage/stage_export.h"
 
@@ -15,30 +16,27 @@ namespace stage {
 struct Stage;
 
 /// Rows without padding, channels in the order of the format, one byte each. The first row is the bottom of the
-/// picture: it is where OpenGL puts texture coordinate 0 and where the smoke puts its smallest y. Loaders turn pictures
-/// over.
+/// picture, at texture coordinate t = 0. Picture files begin with the top row: their loaders turn them over.
 struct Image {
     int32_t handle = kNoObject;
     std::string name;
     int32_t width = 0;            // pixels
     int32_t height = 0;           // pixels
-    int32_t format = 0;           // OpenGL's constant: GL_ALPHA, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA
-    std::vector<uint8_t> pixels;  // empty: plug-ins that ask for them get a null pointer
-    int64_t revision = 0;         // goes up with every change, for whoever keeps a copy
+    int32_t format = 0;           // a PictureFormat
+    std::vector<uint8_t> pixels;  // where empty, plug-ins that ask for the pixels get a null pointer
+    int64_t revision = 0;         // goes up with every change, so that copies can be kept up to date
 };
-
-/// 1 for GL_ALPHA and GL_LUMINANCE, 2 for GL_LUMINANCE_ALPHA, 3 for GL_RGB, 4 for GL_RGBA and every other code.
-STAGE_EXPORT int32_t bytes_per_pixel(int32_t format);
 
 /// Adds an image. pixels: width × height × bytes_per_pixel(format) bytes. An error names the image and the sizes when
 /// they do not agree, a size is below 1, or the name is taken.
 STAGE_EXPORT Result<int32_t> add_image(Stage& stage, std::string name, int32_t width, int32_t height, int32_t format,
                                        std::vector<uint8_t> pixels);
 
-/// Gives an image other pixels, of any size and format. Errors as above; the image then stays as it was.
+/// Gives an image other pixels, of any size and format. Errors as for add_image; the image then stays unchanged.
 STAGE_EXPORT Result<Done> replace_image(Stage& stage, int32_t image_handle, int32_t width, int32_t height,
                                         int32_t format, std::vector<uint8_t> pixels);
 
+/// False when it is no image.
 STAGE_EXPORT bool remove_image(Stage& stage, int32_t image_handle);
 
 /// Null for anything but a live image. The pointer stays good until the image is removed.

@@ -1,9 +1,9 @@
 // The smallest piece of a geometry that plug-ins can read.
 #pragma once
 
-#include <vector>
+#include <tovu/vector3.h>
 
-#include "vector3.h"
+#include <vector>
 
 namespace stage {
 

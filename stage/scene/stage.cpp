@@ -46,7 +46,7 @@ bool is_alive(const Stage& stage, int32_t handle) {
 }
 
 int32_t find_object_by_number(const Stage& stage, int32_t number) {
-    if (number < 1 || number > kLargestNumber) return kNoObject;
+    if (number < 1 || number > kMaxObjectNumber) return kNoObject;
     for (const ObjectKind kind : {ObjectKind::kContainer, ObjectKind::kGeometry, ObjectKind::kImage}) {
         const int32_t handle = make_handle(kind, number);
         if (is_alive(stage, handle)) return handle;
@@ -55,7 +55,7 @@ int32_t find_object_by_number(const Stage& stage, int32_t number) {
 }
 
 int32_t new_handle(Stage& stage, ObjectKind kind) {
-    if (stage.last_number == kLargestNumber) return kNoObject;
+    if (stage.last_number == kMaxObjectNumber) return kNoObject;
     return make_handle(kind, ++stage.last_number);
 }
 

@@ -13,8 +13,8 @@
 #include "geometry.h"
 #include "handles.h"
 #include "image.h"
+#include "overrides.h"
 #include "profile.h"
-#include "stage/services/overrides.h"
 
 namespace stage {
 

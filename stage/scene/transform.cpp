@@ -2,26 +2,14 @@
 
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
-#include <glm/gtc/type_ptr.hpp>
 #include <glm/mat3x3.hpp>
-#include <glm/mat4x4.hpp>
+
+#include "glm_matrix.h"
 
 namespace stage {
 namespace {
 
-// Everything is worked out in double precision and rounded once.
-glm::dmat4 to_glm(const Matrix& matrix) {
-    return glm::dmat4(glm::make_mat4(matrix.data()));
-}
-
-Matrix from_glm(const glm::dmat4& matrix) {
-    Matrix result;
-    for (int column = 0; column < 4; ++column)
-        for (int row = 0; row < 4; ++row)
-            result[static_cast<size_t>(4 * column + row)] = static_cast<float>(matrix[column][row]);
-    return result;
-}
-
+// All arithmetic is in double precision; results are rounded once.
 glm::dvec3 to_glm(Vector3 v) {
     return {v.x, v.y, v.z};
 }
@@ -55,10 +43,6 @@ std::optional<Matrix> inverse(const Matrix& matrix) {
     const glm::dmat4 source = to_glm(matrix);
     if (glm::determinant(source) == 0) return std::nullopt;
     return from_glm(glm::inverse(source));
-}
-
-Vector3 transform_point(const Matrix& matrix, Vector3 point) {
-    return from_glm(glm::dvec3(to_glm(matrix) * glm::dvec4(to_glm(point), 1)));
 }
 
 Vector3 scaling_of(const Matrix& matrix) {

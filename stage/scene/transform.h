@@ -1,11 +1,12 @@
 // Placement of containers and cameras: matrices in OpenGL's column order and what can be read off them.
 #pragma once
 
+#include <tovu/vector3.h>
+
 #include <array>
 #include <optional>
 
 #include "stage/stage_export.h"
-#include "vector3.h"
 
 namespace stage {
 
@@ -28,8 +29,6 @@ STAGE_EXPORT Matrix multiply(const Matrix& a, const Matrix& b);
 
 /// Nothing where the matrix flattens space (a scale of 0).
 STAGE_EXPORT std::optional<Matrix> inverse(const Matrix& matrix);
-
-STAGE_EXPORT Vector3 transform_point(const Matrix& matrix, Vector3 point);
 
 /// Lengths of the first three columns. Where the matrix mirrors, x is negative, so that rotation and scaling together
 /// still say what the matrix does.

@@ -6,6 +6,7 @@
 
 #include "stage/assets/sprites.h"
 #include "stage/names.h"
+#include "stage/plugins/parameter_values.h"
 
 namespace stage {
 

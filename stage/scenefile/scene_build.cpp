@@ -99,10 +99,10 @@ void set_container(Builder& builder, const ContainerDescription& description, Co
     container.placement = {vector_of(description.position), vector_of(description.rotation),
                            vector_of(description.scale)};
     container.opacity = description.opacity;
-    container.draw_style.blend = description.blend;
+    container.appearance.blend = description.blend;
     if (description.texture == "none") return;
-    container.draw_style.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
-    if (container.draw_style.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
+    container.appearance.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
+    if (container.appearance.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
         builder.messages.errors.push_back(fmt::format("{}: unknown texture '{}': {}", description.texture_place,
                                                       description.texture,
                                                       name_hint(description.texture, image_names(builder.scene))));

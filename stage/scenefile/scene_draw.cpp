@@ -29,11 +29,11 @@ std::optional<Triple> fill_of(const BuiltScene& scene, int32_t container_handle)
 }
 
 // Shapes are there for plug-ins to read; the ones with a fill colour are seen as well.
-void draw_shape(PassSettings settings, const BuiltScene& scene, const Container& container) {
+void draw_shape(PassSettings settings, const BuiltScene& scene, const Container& container, float opacity) {
     const std::optional<Triple> fill = fill_of(scene, container.handle);
     const Geometry* geometry = geometry_of(*scene.stage, container.handle);
     if (geometry == nullptr || !fill) return;
-    settings.color = {(*fill)[0], (*fill)[1], (*fill)[2], 1.0f};
+    settings.color = {(*fill)[0], (*fill)[1], (*fill)[2], opacity};
     settings.texture = 0;
     std::vector<float> points;
     std::vector<int32_t> outline_sizes;
@@ -46,23 +46,21 @@ void draw_shape(PassSettings settings, const BuiltScene& scene, const Container&
 
 Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& projection_view, const DrawItem& item) {
     Stage& stage = *scene.stage;
-    const DrawStyle& style = item.container.draw_style;
-    const Result<unsigned int> texture = texture_of(canvas, stage, style.texture_handle);
+    const Appearance& appearance = item.container.appearance;
+    const Result<unsigned int> texture = texture_of(canvas, stage, appearance.texture_handle);
     if (!texture) return texture.error();
     PassSettings settings;
     settings.projection_view = projection_view;
     settings.world = item.world;
     settings.texture = *texture;
-    settings.blend = style.blend;
-    settings.opacity = item.opacity;
+    settings.blend = appearance.blend;
     settings.check_every_call = canvas.check_opengl;
     if (!item.has_instance) {
-        draw_shape(settings, scene, item.container);
+        draw_shape(settings, scene, item.container, item.opacity);
         return Done{};
     }
     const int32_t handle = item.container.handle;
-    const auto wrong = draw_pass(
-        settings, [&stage, handle](int32_t flags, float opacity) { call_render(stage, handle, flags, opacity); });
+    const auto wrong = draw_pass(settings, [&] { call_render(stage, handle, 0, item.opacity); });
     for (const std::string& complaint : wrong)
         complain(stage, describe_call(stage, "PLUGIN_RENDER_OPENGL", *instance_of(stage, handle)), complaint);
     return Done{};

@@ -1,7 +1,7 @@
 // The camera that renders the scene.
 #include <fmt/format.h>
+#include <tovu/host_services.h>
 
-#include "host_services.h"
 #include "serve.h"
 
 namespace stage {

@@ -1,5 +1,6 @@
 // Images: look-up, size, format, pixels.
-#include "host_services.h"
+#include <tovu/host_services.h>
+
 #include "serve.h"
 
 namespace stage {

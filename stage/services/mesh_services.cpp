@@ -1,10 +1,10 @@
 // Access to the meshes of a geometry, vertex by vertex. A mesh cursor is the mesh's index and 1, so that a cursor that
 // was never set is noticed; how vertex cursors count is said where geometries make them.
 #include <fmt/format.h>
+#include <tovu/host_services.h>
 
 #include <algorithm>
 
-#include "host_services.h"
 #include "serve.h"
 
 namespace stage {

@@ -1,7 +1,7 @@
 // Scene objects: look-up, placement, notices, and requests to other plug-ins.
 #include <fmt/format.h>
+#include <tovu/host_services.h>
 
-#include "host_services.h"
 #include "serve.h"
 #include "stage/plugins/entry_point_call.h"
 

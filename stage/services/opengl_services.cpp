@@ -1,5 +1,6 @@
 // The contract's OpenGL family: each call goes where the dispatch table in force sends it.
-#include "Plugins/Geom/TovuSmoke/host/opengl.h"
+
+#include <tovu/opengl.h>
 
 #include "stage/opengl/dispatch.h"
 

@@ -1,9 +1,9 @@
 // Sections of work that plug-ins bracket for the host's clock.
 #include <fmt/format.h>
+#include <tovu/host_services.h>
 
 #include <algorithm>
 
-#include "host_services.h"
 #include "serve.h"
 
 namespace stage {

@@ -1,7 +1,7 @@
 // What plug-ins call inside PLUGIN_INIT.
 #include <fmt/format.h>
+#include <tovu/host_services.h>
 
-#include "host_services.h"
 #include "serve.h"
 
 namespace stage {
@@ -131,7 +131,7 @@ void pelRegisterParameterContainer(const char* name, const char* label, const ch
         [&](Registration& registration) {
             add_text(registration,
                      parameter_info(name, label, ParameterKind::kContainer, std::string(text_of(initial))), 0,
-                     kLongestObjectName);
+                     kMaxObjectNameBytes);
         },
         name, label, initial);
 }
@@ -141,7 +141,7 @@ void pelRegisterParameterImage(const char* name, const char* label, const char* 
         __func__,
         [&](Registration& registration) {
             add_text(registration, parameter_info(name, label, ParameterKind::kImage, std::string(text_of(initial))), 0,
-                     kLongestObjectName);
+                     kMaxObjectNameBytes);
         },
         name, label, initial);
 }

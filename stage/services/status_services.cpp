@@ -1,5 +1,6 @@
 // Status and time.
-#include "host_services.h"
+#include <tovu/host_services.h>
+
 #include "serve.h"
 
 namespace stage {

@@ -37,7 +37,7 @@ class SceneRun : public testing::Test {
     /// The newest particles' x and y: those as old as the one that was born last.
     static std::vector<std::array<float, 2>> births(stage::SceneRun& run) {
         std::vector<std::array<float, 2>> places;
-        const auto* block = stage::instance_block(*run.built.stage, container(run, "smoke"));
+        const void* block = stage::instance_of(*run.built.stage, container(run, "smoke"))->block;
         const Particle* newest = static_cast<const tovu::SmokeInstance*>(block)->active_head;
         for (const Particle* p = newest; p; p = p->next)
             if (p->age == newest->age) places.push_back({p->position.x, p->position.y});

@@ -46,7 +46,8 @@ class Scenes : public testing::TestWithParam<std::string> {
             drawn.push_back(std::move(*picture));
         }
         for (const auto& complaint : run.built.stage->complaints.list) ADD_FAILURE() << to_string(complaint);
-        renderer = stage::renderer_family(canvas->context.description());
+        renderer = canvas->context.description().renderer;
+        renderer.resize(std::min(renderer.size(), renderer.find(" (")));  // "llvmpipe", without details of its build
         return drawn;
     }
 

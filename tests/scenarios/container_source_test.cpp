@@ -1,11 +1,11 @@
 // Births from another container: what is asked of the host, what is kept of the answers, and geometries that answer
 // for themselves.
 #include <gmock/gmock.h>
+#include <tovu/spawn_requests.h>
 
 #include <cmath>
 #include <cstring>
 
-#include "host/spawn_requests.h"
 #include "math/polygon.h"
 #include "render_host.h"
 

@@ -1,10 +1,10 @@
 // A consumer plug-in on the other side of the exchange: attaching, holding, letting go.
 #include <gmock/gmock.h>
+#include <tovu/exchange.h>
+#include <tovu/spawn_requests.h>
 
 #include <cstring>
 
-#include "host/exchange.h"
-#include "host/spawn_requests.h"
 #include "render_host.h"
 
 namespace tovu {

@@ -1,12 +1,12 @@
 // Images as masks and winds: which pixel lies under a position, and images that change behind the smoke's back.
 #include <gmock/gmock.h>
 #include <sys/mman.h>
+#include <tovu/spawn_requests.h>
 #include <unistd.h>
 
 #include <cmath>
 #include <cstring>
 
-#include "host/spawn_requests.h"
 #include "render_host.h"
 
 namespace tovu {

@@ -1,13 +1,14 @@
 // A host whose OpenGL writes down what it is told, and smokes whose particles a test places itself.
 #pragma once
 
+#include <tovu/opengl.h>
+
 #include <string>
 #include <vector>
 
 #include "expect.h"
-#include "host/opengl.h"
 #include "stage/call_log.h"
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl/recording_opengl.h"
 #include "test_host.h"
 
 namespace tovu {

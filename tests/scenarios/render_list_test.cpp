@@ -1,9 +1,9 @@
 // The draw list: what is in it, in which order, and what the host is asked for it.
 #include <gmock/gmock.h>
+#include <tovu/exchange.h>
 
 #include <utility>
 
-#include "host/exchange.h"
 #include "render_host.h"
 #include "stage/plugins/frames.h"
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "expect.h"
 #include "render_host.h"
 
 namespace tovu {
@@ -122,8 +123,8 @@ TEST(BothPathsOfDrawing, FaceTheCamera) {
         const BothPaths drawn = draw_by_both(host, smoke, 1);  // reduced passes build the matrix too
         for (const std::vector<float>& corners : {drawn.immediate, drawn.arrays}) {
             const auto seen = [&](size_t corner) {
-                return stage::transform_point(view,
-                                              {corners.at(corner), corners.at(corner + 1), corners.at(corner + 2)});
+                return tovu::transform_point(view,
+                                             {corners.at(corner), corners.at(corner + 1), corners.at(corner + 2)});
             };
             expect_near({0, 10, 0}, seen(0) - seen(3), 2e-4);
             expect_near({10, 0, 0}, seen(9) - seen(0), 2e-4);

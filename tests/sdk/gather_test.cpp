@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "expect.h"
 #include "stage/plugins/instance.h"
 #include "stage/plugins/parameters.h"
 #include "stage/scene/geometry.h"
@@ -78,8 +79,8 @@ double mean_distance(Scene& scene, bool world) {
     const stage::Matrix to_world = stage::world_matrix(scene.stage(), scene.smoke.container);
     double sum = 0;
     for (const Particle* particle : scene.active(scene.smoke)) {
-        const Vector3 placed = world ? particle->position : stage::transform_point(to_world, particle->position);
-        const Vector3 p = stage::transform_point(to_target, placed);
+        const Vector3 placed = world ? particle->position : tovu::transform_point(to_world, particle->position);
+        const Vector3 p = tovu::transform_point(to_target, placed);
         sum += std::hypot(std::max(std::abs(p.x), std::abs(p.y - 200)) - 50, p.z);
     }
     return sum / scene.live();

@@ -1,6 +1,6 @@
 // The sample that supplies spawn points: requests from the test, and from a smoke.
 #include <gmock/gmock.h>
-#include <spawn_requests.h>
+#include <tovu/spawn_requests.h>
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 
 #include "expect.h"
 #include "random_seed.h"
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl/recording_opengl.h"
 #include "test_host.h"
 
 namespace tovu {

@@ -2,14 +2,14 @@
 #include <epoxy/gl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
+#include <tovu/host_services.h>
 
 #include <cstdlib>
 #include <utility>
 
 #include "expect.h"
-#include "host_services.h"
 #include "probe_plugin.h"
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl/real_opengl.h"
 #include "stage/plugins/frames.h"
 #include "stage/plugins/low_memory.h"
 #include "stage/scene/stage.h"
@@ -35,7 +35,10 @@ class Instances : public testing::Test {
         if (!added) throw std::runtime_error(added.error().message);
         return container;
     }
-    ProbeInstance& block(int32_t container) { return *static_cast<ProbeInstance*>(instance_block(*stage_, container)); }
+    ProbeInstance& block(int32_t container) {
+        void* block = instance_of(*stage_, container)->block;
+        return *static_cast<ProbeInstance*>(block);
+    }
     /// The numbers of the last order that drew any.
     std::vector<int32_t> drawn(int32_t container) {
         const auto& numbers = block(container).random;
@@ -70,7 +73,7 @@ TEST_F(Instances, BlockHoldsTheValuesBeforeItIsBuilt) {
 
 TEST_F(Instances, EveryTextOfManyInstancesIsWithinReachOf32Bits) {
     for (int i = 0; i < 200; ++i) {
-        const std::string text = "text " + std::to_string(i), name(kLongestObjectName, 'n');
+        const std::string text = "text " + std::to_string(i), name(kMaxObjectNameBytes, 'n');
         const int32_t container = add_probe("probe", {{"text", text}});
         ASSERT_TRUE(set_parameter(*stage_, container, "picture", name));
         ASSERT_EQ(text_at(block(container).text), text);

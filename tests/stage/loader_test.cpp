@@ -1,7 +1,7 @@
 // Loading plug-in libraries: what is registered, and what is refused and why.
 #include <gmock/gmock.h>
+#include <tovu/host_services.h>
 
-#include "host_services.h"
 #include "probe_plugin.h"
 #include "stage/scene/stage.h"
 #include "temporary_folder.h"

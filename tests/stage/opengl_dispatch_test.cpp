@@ -1,9 +1,9 @@
 // Where the exported OpenGL services send their calls.
 #include <gmock/gmock.h>
+#include <tovu/opengl.h>
 
-#include "Plugins/Geom/TovuSmoke/host/opengl.h"
 #include "stage/call_log.h"
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl/recording_opengl.h"
 
 namespace {
 

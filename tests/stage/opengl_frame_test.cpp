@@ -1,10 +1,10 @@
 // What comes out of the frame: coverage, straight alpha, the pixels of a pass, and textures the right way up.
 #include <epoxy/gl.h>
+#include <tovu/opengl.h>
 
 #include <cmath>
 #include <span>
 
-#include "Plugins/Geom/TovuSmoke/host/opengl.h"
 #include "opengl_fixture.h"
 #include "stage/opengl/pass.h"
 #include "stage/opengl/shapes.h"
@@ -48,7 +48,7 @@ class FrameTest : public OpenGlTest {
     /// A square that fills the frame, at this place in depth.
     static void cover(PassSettings settings, float z = 0) {
         settings.world[14] = z;
-        stage::draw_pass(settings, [](int32_t, float) { glRectf(-1, -1, 1, 1); });
+        stage::draw_pass(settings, [] { glRectf(-1, -1, 1, 1); });
     }
 };
 
@@ -75,7 +75,7 @@ constexpr float kCorners[4][3] = {{1, 7, 0}, {1, 1, 0}, {7, 1, 0}, {7, 7, 0}};
 constexpr short kTexcoords[4][2] = {{0, kWhole}, {0, 0}, {kWhole, 0}, {kWhole, kWhole}};
 constexpr Pixel kColor = {255, 128, 64, 255};
 
-/// A quad of 6 × 6 pixels from (1, 1), as plug-ins send it.
+/// A quad of 6 × 6 pixels from (1, 1), sent as plug-ins do.
 void send_quad_immediate() {
     ormixGL_glBegin(GL_QUADS);
     for (int i = 0; i < 4; ++i) {
@@ -111,25 +111,26 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
     settings.projection_view = kPixels;
     settings.check_every_call = true;
     for (const auto& [format, bytes] : kFormats)
-        for (const auto filter : {stage::TextureFilter::kNearest, stage::TextureFilter::kSprite}) {
-            const bool arrays = filter == stage::TextureFilter::kNearest;
+        for (const bool arrays : {true, false}) {
             SCOPED_TRACE(testing::Message() << "format " << format << (arrays ? ", arrays" : ", immediate"));
-            stage::Picture picture{3, 2, format, {}};  // rows of 3 to 12 bytes
-            const auto bytes_per_pixel = stage::picture_byte_count(1, 1, format);
-            for (size_t i = 0; i < 6 * bytes_per_pixel; ++i) picture.bytes.push_back(static_cast<uint8_t>(250 - 7 * i));
-            const auto texture = stage::make_texture(picture, filter);
+            // One pixel of the frame for each of the picture, or 2 × 3: there neighbours blend but in the corners,
+            // where the picture's edge goes on.
+            stage::Picture picture{arrays ? 6 : 3, arrays ? 6 : 2, format, {}};  // rows of 3 to 24 bytes
+            const auto bytes_per_pixel = static_cast<size_t>(stage::bytes_per_pixel(format));
+            const size_t size = stage::picture_byte_count(picture.width, picture.height, format);
+            for (size_t i = 0; i < size; ++i) picture.bytes.push_back(static_cast<uint8_t>(250 - 7 * i));
+            const auto texture = stage::make_texture(picture);
             ASSERT_TRUE(texture) << texture.error().message;
             settings.texture = texture->number();
             stage::Framebuffer frame = make_frame(kSize);
-            const auto draw = [&](int32_t, float) { arrays ? send_quad_arrays() : send_quad_immediate(); };
-            EXPECT_THAT(stage::draw_pass(settings, draw), testing::IsEmpty());
+            EXPECT_THAT(stage::draw_pass(settings, arrays ? send_quad_arrays : send_quad_immediate),
+                        testing::IsEmpty());
             const stage::Picture drawn = frame.read();
-            // A pixel of the picture covers 2 × 3 of the frame. Where neighbours blend, the quad's own corners do not:
-            // the picture's edge goes on.
             for (int y = 1; y < 7; ++y)
                 for (int x = 1; x < 7; ++x) {
                     if (!arrays && ((x > 1 && x < 6) || (y > 1 && y < 6))) continue;
-                    const auto first = static_cast<size_t>((y - 1) / 3 * 3 + (x - 1) / 2) * bytes_per_pixel;
+                    const int column = (x - 1) * picture.width / 6, row = (y - 1) * picture.height / 6;
+                    const auto first = static_cast<size_t>(row * picture.width + column) * bytes_per_pixel;
                     Pixel expected = kColor;
                     for (size_t channel = 0; channel < 4; ++channel)
                         if (bytes[channel] >= 0)
@@ -148,18 +149,17 @@ TEST_F(FrameTest, DepthHidesWhatLiesBehind) {
     PassSettings far;
     far.color = {1, 0, 0, 1};
     cover(far, 0.5f);
-    expect_pixel({255, 255, 255, 255}, pixel_at(frame.read(), 4, 4), "near");
+    expect_pixel({255, 255, 255, 255}, pixel_at(frame.read(), 4, 4), "behind");
 }
 
 TEST_F(FrameTest, ShowsShapes) {
     stage::Framebuffer frame = make_frame(kSize);
     const float points[] = {0, 0, 0, 8, 0, 0, 8, 8, 0, 0, 8, 0, 2, 6, 0, 2, 2, 0, 6, 2, 0, 6, 6, 0};
-    const auto draw_shape = [&](std::array<float, 4> color, float z, std::vector<int32_t> sizes, float opacity = 1) {
+    const auto draw_shape = [&](std::array<float, 4> color, float z, std::vector<int32_t> sizes) {
         PassSettings settings;
         settings.projection_view = kPixels;
         settings.world[14] = z;
         settings.color = color;
-        settings.opacity = opacity;
         stage::draw_filled_outlines(settings, points, sizes);
     };
     const auto expect_ring_and_hole = [&](Pixel ring, Pixel hole, const char* when) {
@@ -168,7 +168,7 @@ TEST_F(FrameTest, ShowsShapes) {
             expect_pixel(ring, pixel_at(picture, x, y), when);
         for (const auto& [x, y] : {std::pair{4, 4}, {2, 2}, {5, 3}}) expect_pixel(hole, pixel_at(picture, x, y), when);
     };
-    for (int i = 0; i < 2; ++i) draw_shape({0, 1, 0, 1}, 0, {4, 4}, 0.5f);
+    for (int i = 0; i < 2; ++i) draw_shape({0, 1, 0, 0.5f}, 0, {4, 4});
     expect_ring_and_hole({0, 255, 0, 191}, {0, 0, 0, 0}, "an outline in an outline is a hole; drawn twice over");
     draw_shape({0, 1, 0, 1}, 0, {4, 4});
     PassSettings behind;
@@ -177,7 +177,7 @@ TEST_F(FrameTest, ShowsShapes) {
     expect_ring_and_hole({0, 255, 0, 255}, {255, 255, 255, 255}, "it hides what lies behind, its hole does not");
     draw_shape({1, 0, 0, 1}, 0.25f, {4});
     expect_ring_and_hole({0, 255, 0, 255}, {255, 0, 0, 255}, "and hides the part of a shape");
-    draw_shape({0, 0, 1, 1}, -0.25f, {4}, 0);
+    draw_shape({0, 0, 1, 0}, -0.25f, {4});
     draw_shape({0, 0, 1, 1}, -0.125f, {4});
     expect_ring_and_hole({0, 0, 255, 255}, {0, 0, 255, 255}, "what is hidden, or clear, leaves nothing to the next");
 }

@@ -1,10 +1,10 @@
 // What a pass leaves behind: nothing, and a line for everything that its drawing did wrong.
 #include <epoxy/gl.h>
+#include <tovu/opengl.h>
 
 #include <map>
 #include <span>
 
-#include "Plugins/Geom/TovuSmoke/host/opengl.h"
 #include "opengl_fixture.h"
 #include "stage/opengl/dispatch.h"
 #include "stage/opengl/pass.h"
@@ -113,7 +113,7 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
     settings.texture = texture->number();
     settings.blend = stage::Blend::kAdditive;
     State inside;
-    const auto complaints = stage::draw_pass(settings, [&](int32_t, float) {
+    const auto complaints = stage::draw_pass(settings, [&] {
         change_everything();
         inside = whole_state();
     });
@@ -140,11 +140,7 @@ TEST_F(PassTest, ShowsTheDrawingItsTwoMatrices) {
     stage::PassSettings settings;
     settings.projection_view[12] = 5;
     settings.world[12] = 7;
-    settings.opacity = 0.5f;
-    settings.render_flags = 3;
-    stage::draw_pass(settings, [&](int32_t render_flags, float opacity) {
-        EXPECT_EQ(3, render_flags);
-        EXPECT_EQ(0.5f, opacity);
+    stage::draw_pass(settings, [&] {
         State state = whole_state();
         EXPECT_EQ(5, state[GL_PROJECTION_MATRIX][12]);
         EXPECT_EQ(7, state[GL_MODELVIEW_MATRIX][12]);
@@ -182,12 +178,11 @@ TEST_F(PassTest, NamesFaultsAndUndoesThem) {
     const State before = whole_state();
     for (const auto& [draw, complaint] : cases) {
         SCOPED_TRACE(complaint);
-        const auto callback = [draw = draw](int32_t, float) { draw(); };
         stage::PassSettings settings;
-        EXPECT_EQ(1u, stage::draw_pass(settings, callback).size());
+        EXPECT_EQ(1u, stage::draw_pass(settings, draw).size());
         EXPECT_EQ(before, whole_state());
         settings.check_every_call = true;
-        EXPECT_THAT(stage::draw_pass(settings, callback), ElementsAre(testing::HasSubstr(complaint)));
+        EXPECT_THAT(stage::draw_pass(settings, draw), ElementsAre(testing::HasSubstr(complaint)));
         EXPECT_EQ(before, whole_state());
         EXPECT_EQ(GLenum{GL_NO_ERROR}, glGetError());
     }
@@ -198,7 +193,7 @@ TEST_F(PassTest, NamesAPopBelowTheCallersMatrices) {
     glPushMatrix();
     glTranslatef(1, 2, 3);
     const State before = whole_state();
-    EXPECT_THAT(stage::draw_pass({}, [](int32_t, float) { ormixGL_glPopMatrix(); }),
+    EXPECT_THAT(stage::draw_pass({}, [] { ormixGL_glPopMatrix(); }),
                 ElementsAre("1 glPopMatrix on GL_MODELVIEW without glPushMatrix"));
     EXPECT_EQ(before, whole_state());
     glPopMatrix();

@@ -1,9 +1,10 @@
 // Placement: what containers and cameras do to points, and what can be read off their matrices.
 #include <gmock/gmock.h>
+#include <tovu/host_services.h>
 
 #include <cmath>
 
-#include "host_services.h"
+#include "expect.h"
 #include "stage/scene/stage.h"
 
 namespace stage {
@@ -12,6 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::FloatNear;
 using testing::Pointwise;
+using tovu::transform_point;
 
 auto is_near(Vector3 expected, float tolerance = 1e-4f) {
     return testing::AllOf(testing::Field("x", &Vector3::x, FloatNear(expected.x, tolerance)),
@@ -148,12 +150,13 @@ TEST_F(PlacedContainer, CameraLooksWhereItIsTurned) {
 TEST(Projection, FieldOfViewIsVertical) {
     Camera camera;
     camera.field_of_view_degrees = 90;
-    camera.near_distance = 1;
-    camera.far_distance = 3;
     const Matrix m = projection_matrix(camera, 2);
     // At distance d the picture reaches d up and 2d to the side; near and far become -1 and 1 after the division by w.
-    EXPECT_THAT(m,
-                ElementsAre(FloatNear(0.5f, 1e-6f), 0, 0, 0, 0, FloatNear(1, 1e-6f), 0, 0, 0, 0, -2, -1, 0, 0, -3, 0));
+    constexpr double kRange = kFarDistance - kNearDistance;
+    const auto z = static_cast<float>(-(kFarDistance + kNearDistance) / kRange);
+    const auto offset = static_cast<float>(-2 * kFarDistance * kNearDistance / kRange);
+    EXPECT_THAT(
+        m, ElementsAre(FloatNear(0.5f, 1e-6f), 0, 0, 0, 0, FloatNear(1, 1e-6f), 0, 0, 0, 0, z, -1, 0, 0, offset, 0));
 }
 
 }  // namespace

@@ -2,12 +2,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <tovu/vector3.h>
 
 #include <cctype>
 #include <cstdlib>
 #include <string>
 
-#include "host/vector3.h"
+#include "stage/scene/transform.h"
 
 namespace tovu {
 
@@ -15,6 +16,15 @@ inline void expect_near(Vector3 expected, Vector3 value, double tolerance) {
     EXPECT_NEAR(expected.x, value.x, tolerance) << "x";
     EXPECT_NEAR(expected.y, value.y, tolerance) << "y";
     EXPECT_NEAR(expected.z, value.z, tolerance) << "z";
+}
+
+/// The matrix times the point, in double precision.
+inline Vector3 transform_point(const stage::Matrix& matrix, Vector3 point) {
+    const auto row = [&](size_t i) {
+        return static_cast<float>(double{matrix[i]} * point.x + double{matrix[i + 4]} * point.y +
+                                  double{matrix[i + 8]} * point.z + matrix[i + 12]);
+    };
+    return {row(0), row(1), row(2)};
 }
 
 /// How many numbers the process-wide generator has given since it was seeded with `seed`; -1 when it was not. Draws.

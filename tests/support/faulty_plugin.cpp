@@ -1,13 +1,13 @@
 // A plug-in that breaks one rule: the one that FAULT names. With AT_WORK it registers as it should, and the environment
 // variable FAULTY names an entry point (or "loading") and a deed, as in "PLUGIN_NEW_GEOM:crash".
+#include <tovu/entry_points.h>
+#include <tovu/host_services.h>
+#include <tovu/opengl.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
-
-#include "entry_points.h"
-#include "host_services.h"
-#include "opengl.h"
 
 enum class Fault {
     NAME_MISSING,

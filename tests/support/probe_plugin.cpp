@@ -1,10 +1,10 @@
 // A plug-in that does what tests tell it, right and wrong.
 #include "probe_plugin.h"
 
-#include <cstdlib>
+#include <tovu/entry_points.h>
+#include <tovu/host_services.h>
 
-#include "entry_points.h"
-#include "host_services.h"
+#include <cstdlib>
 
 namespace {
 

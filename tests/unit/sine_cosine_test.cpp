@@ -1,13 +1,13 @@
 #include "math/fast_sine_cosine.h"
 
 #include <gtest/gtest.h>
+#include <tovu/vector3.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 
-#include "host/vector3.h"
 #include "render/truncate.h"
 
 namespace tovu {

@@ -1,10 +1,10 @@
 // For tests: answers that stand in for the Stage's own, so that plug-ins can be shown a host that is wrong.
 #pragma once
 
+#include <tovu/host_services.h>
+
 #include <cstdint>
 #include <functional>
-
-#include "host_services.h"
 
 namespace stage {
 
