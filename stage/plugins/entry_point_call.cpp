@@ -22,7 +22,7 @@ const char* container_name(const Stage& stage, const Instance& instance) {
 void close_sections(Stage& stage, size_t count, const char* entry_point) {
     Profile& profile = stage.profile;
     while (profile.open.size() > count) {
-        const std::string& event = profile.totals[profile.open.back().event].name;
+        const std::string& event = profile.open.back().event->name;
         complain(stage, "pelEventStart", fmt::format("'{}' was still open when {} returned", event, entry_point));
         profile.open.pop_back();
     }

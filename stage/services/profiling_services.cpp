@@ -1,8 +1,6 @@
-// Sections of work that plug-ins bracket for the host's clock.
+// Profiling: plug-ins begin and end sections of work.
 #include <fmt/format.h>
 #include <tovu/host_services.h>
-
-#include <algorithm>
 
 #include "serve.h"
 
@@ -17,42 +15,32 @@ const ProfilingEvent* find_event(int32_t handle) {
 }
 
 void start_section(Stage& stage, int32_t handle) {
-    EventTotals& totals = stage.profile.totals[handle];
-    if (totals.name.empty()) {
-        const ProfilingEvent* event = find_event(handle);
-        if (!event) {
-            stage.profile.totals.erase(handle);
-            complain(stage, "pelEventStart", fmt::format("{} is not the handle of a profiling event", handle));
-            return;
-        }
-        totals.name = event->name;
-    }
-    stage.profile.open.push_back({handle, std::chrono::steady_clock::now()});
+    if (const ProfilingEvent* event = find_event(handle))
+        stage.profile.open.push_back({event, std::chrono::steady_clock::now()});
+    else
+        complain(stage, "pelEventStart", fmt::format("{} is not the handle of a profiling event", handle));
 }
 
-void report_span(const Stage& stage, const EventTotals& totals, Profile::TimePoint start, double seconds) {
+void report_span(const Stage& stage, const Profile::OpenSection& section) {
     if (!stage.profile.sink) return;
+    const auto seconds = [](Profile::TimePoint::duration time) { return std::chrono::duration<double>(time).count(); };
     const Container* container =
         stage.running.empty() ? nullptr : find_container(stage, stage.running.back().instance->container_handle);
-    const double start_seconds = std::chrono::duration<double>(start - stage.profile.origin).count();
-    stage.profile.sink(
-        {totals.name, container ? std::string_view(container->name) : std::string_view(), start_seconds, seconds});
+    stage.profile.sink({section.event->name, container ? std::string_view(container->name) : std::string_view(),
+                        seconds(section.start - stage.profile.origin),
+                        seconds(std::chrono::steady_clock::now() - section.start)});
 }
 
 void end_section(Stage& stage, int32_t handle) {
     Profile& profile = stage.profile;
     const size_t outer = stage.running.empty() ? 0 : stage.running.back().open_sections;
-    if (profile.open.size() <= outer || profile.open.back().event != handle) {
+    if (profile.open.size() <= outer || profile.open.back().event->handle != handle) {
         complain(stage, "pelEventEnd", fmt::format("profiling event {} does not end the section begun last", handle));
         return;
     }
-    const Profile::TimePoint start = profile.open.back().start;
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const Profile::OpenSection section = profile.open.back();
     profile.open.pop_back();
-    EventTotals& totals = profile.totals[handle];
-    ++totals.count;
-    totals.seconds += seconds;
-    report_span(stage, totals, start, seconds);
+    report_span(stage, section);
 }
 
 }  // namespace
