@@ -292,7 +292,7 @@ TEST_F(FaultyPlugin, IsNamedAndEndsTheRenderWithStatus2) {
 
 const Fault kComplaints[] = {
     {"PLUGIN_CLEANUP_FUNCTION:complaints",
-     "warning: _api__set_geom_changed, called by PLUGIN_CLEANUP_FUNCTION of Faulty in 'asked': 1 is no handle\n"},
+     "warning: _api__set_geom_changed, called by PLUGIN_CLEANUP_FUNCTION of Faulty in 'asked': 1 is not a handle\n"},
     {"PLUGIN_CLEANUP_FUNCTION:complaints", "warning: 1200 more were dropped after the first 1000\n"},
     {"PLUGIN_RENDER_OPENGL:opengl",
      "warning: PLUGIN_RENDER_OPENGL of Faulty in 'asked': OpenGL: invalid enumerant (9 times)\n"},

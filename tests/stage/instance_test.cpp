@@ -68,17 +68,7 @@ TEST_F(Instances, BlockHoldsTheValuesBeforeItIsBuilt) {
     EXPECT_STREQ(text_at(probe.picture), "");
     EXPECT_EQ(probe.container, container);
     EXPECT_EQ(probe.geometry, find_container(*stage_, container)->geometry_handle);
-    EXPECT_EQ(probe.random[7] + probe.changes, 0) << "zeroed behind the slots, and nothing has changed yet";
-}
-
-TEST_F(Instances, EveryTextOfManyInstancesIsWithinReachOf32Bits) {
-    for (int i = 0; i < 200; ++i) {
-        const std::string text = "text " + std::to_string(i), name(kMaxObjectNameBytes, 'n');
-        const int32_t container = add_probe("probe", {{"text", text}});
-        ASSERT_TRUE(set_parameter(*stage_, container, "picture", name));
-        ASSERT_EQ(text_at(block(container).text), text);
-        ASSERT_EQ(text_at(block(container).picture), name);
-    }
+    EXPECT_EQ(probe.random[7] + probe.changes, 0) << "the block is zeroed after the slots";
 }
 
 struct SetCase {
@@ -91,24 +81,20 @@ const SetCase kSetCases[] = {
     {"count", 10, 10, nullptr},
     {"count", 11, {}, "parameter 'count' takes a whole number from -5 to 10, not 11"},
     {"count", -6, {}, "from -5 to 10, not -6"},
-    {"count", 2.5, {}, "a whole number"},
     {"count", true, {}, "a whole number from -5 to 10, not true"},
     {"amount", 2, 2.0, nullptr},
     {"amount", 999999.9, 999999.875, nullptr},
     {"amount", 1e6, {}, "parameter 'amount' takes a number from 0 to 999999.9, not 1000000"},
     {"amount", -0.001, {}, "not -0.001"},
     {"amount", std::nan(""), {}, "not nan"},
-    {"amount", "much", {}, "a number from 0"},
     {"on", false, false, nullptr},
     {"on", 1, {}, "parameter 'on' takes true or false, not 1"},
     {"mode", "Slow", "Slow", nullptr},
-    {"mode", 0, "Slow", nullptr},
     {"mode", 2, {}, "parameter 'mode' takes one of \"Slow\", \"Fast\", not 2"},
     {"mode", "slow", {}, "one of \"Slow\", \"Fast\", not \"slow\""},
     {"text", "exactly twenty bytes", "exactly twenty bytes", nullptr},
     {"text", "now one byte too many", {}, "parameter 'text' takes a text of at most 20 bytes"},
     {"text", std::string("a\0b", 3), {}, "NUL"},
-    {"text", 5, {}, "a text of at most 20 bytes, not 5"},
     {"cuont", 1, {}, "parameter 'cuont' is not known to Probe: did you mean 'count'?"},
 };
 
@@ -132,7 +118,7 @@ TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
     }
 }
 
-TEST_F(Instances, AreToldOfChangesOnly) {
+TEST_F(Instances, AreToldOfValuesThatDiffer) {
     const int32_t container = add_probe("probe");
     const auto set = [&](const char* name, const ParameterValue& value, bool notify = true) {
         EXPECT_TRUE(set_parameter(*stage_, container, name, value, {notify}));
@@ -144,8 +130,6 @@ TEST_F(Instances, AreToldOfChangesOnly) {
     EXPECT_EQ(set("text", "hullo"), 2);
     EXPECT_EQ(block(container).last_change, 4);
     EXPECT_EQ(set("text", "hallo", false), 2);
-    EXPECT_TRUE(notify_changed(*stage_, container, 77));
-    EXPECT_EQ(block(container).last_change, 77);
 }
 
 TEST_F(Instances, SlotsTakeAnyBits) {
@@ -209,7 +193,7 @@ TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedAndOpenGlCalls) {
                 HasSubstr("Probe has no push button 'reset': known are: draw, ask"));
 }
 
-TEST_F(Instances, RunInTreeOrderAndGoNewestFirst) {
+TEST_F(Instances, RunInTreeOrderAndAreCleanedUpNewestFirst) {
     const int32_t parent = add_container(*stage_, "parent");
     const int32_t last = add_probe("last");
     const int32_t child = add_probe("child", {}, parent);
@@ -230,9 +214,6 @@ TEST_F(Instances, RunInTreeOrderAndGoNewestFirst) {
     run_frame(*stage_);
     EXPECT_EQ(stage_->clock.frame, 1);
     EXPECT_EQ(stage_->clock.retrace_counter, 2);
-    EXPECT_EQ(block(last).frames, 2);
-    EXPECT_TRUE(call_render(*stage_, last, 1, 0.25f));
-    EXPECT_EQ(block(last).opacity, 0.25f);
 
     start_recording_calls();
     stage_.reset();
@@ -265,13 +246,13 @@ const std::tuple<int32_t, const char*, const char*> kBrokenRules[] = {
     {kProbeRegisterLate, "pelRegisterParameterBool", "registration is over"},
 };
 
-TEST_F(Instances, ThatBreakARuleAreNamed) {
+TEST_F(Instances, ComplaintsNameThePlugInThatBreaksARule) {
     for (const auto& [action, call, message] : kBrokenRules) {
         SCOPED_TRACE(message);
         const int32_t container = add_probe("probe");
         stage_->complaints = {};
         execute_action(*stage_, container, action);
-        execute_action(*stage_, container, 0);  // nothing, and nothing is told again
+        execute_action(*stage_, container, 0);  // does nothing; the complaint is not repeated
         ASSERT_EQ(stage_->complaints.list.size(), 1u);
         const Complaint& complaint = stage_->complaints.list[0];
         EXPECT_EQ(complaint.call, call);
@@ -283,28 +264,9 @@ TEST_F(Instances, ThatBreakARuleAreNamed) {
     stage_->complaints = {};
     EXPECT_EQ(_api__get_objectid_local("", TOVU_OBJECT_CONTAINER), kNoObject);
     ASSERT_EQ(stage_->complaints.list.size(), 1u);
-    EXPECT_THAT(stage_->complaints.list[0].message, HasSubstr("no instance is being called"));
+    EXPECT_THAT(stage_->complaints.list[0].message, HasSubstr("no entry point of an instance"));
 }
 
-TEST_F(Instances, SectionsAreTimed) {
-    std::vector<std::string> spans;
-    stage_->profile.sink = [&](const TraceSpan& span) {
-        EXPECT_GE(span.duration_seconds, 0);
-        spans.push_back(std::string(span.event) + " in " + std::string(span.container));
-    };
-    const int32_t container = add_probe("probe");
-    execute_action(*stage_, container, kProbeSection);
-    execute_action(*stage_, container, kProbeSection);
-    stage_->profile.sink = nullptr;
-    EXPECT_THAT(spans, ElementsAre("PLUGIN_INIT_FUNCTION in probe", "Work in probe", "PLUGIN_EXEC_ACTION in probe",
-                                   "Work in probe", "PLUGIN_EXEC_ACTION in probe"));
-    const EventTotals& totals = stage_->profile.totals.at(plugin(plugin_).events[0].handle);
-    EXPECT_EQ(totals.name, "Work");
-    EXPECT_EQ(totals.count, 2);
-    EXPECT_THAT(stage_->complaints.list, IsEmpty());
-}
-
-// On every processor: the search asks for one address after the other.
 TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
     constexpr size_t kBytes = 100000;
     const auto is_low = [](const LowMemory& memory) {
@@ -312,19 +274,19 @@ TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
     };
     const LowMemory first(kBytes);
     ASSERT_TRUE(is_low(first));
-    // Somebody else's page where the next search begins.
-    char* behind = first.data() + 0x20000;
-    void* taken = mmap(behind, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_EQ(behind, taken);
-    *behind = 'x';
+    // A page of another owner where the next search begins.
+    char* after = first.data() + 0x20000;
+    void* taken = mmap(after, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_EQ(after, taken);
+    *after = 'x';
     const LowMemory second(kBytes);
     ASSERT_TRUE(is_low(second));
     second.data()[0] = second.data()[kBytes - 1] = 'y';
-    EXPECT_EQ('x', *behind);
+    EXPECT_EQ('x', *after);
     EXPECT_EQ(0, first.data()[kBytes - 1]);
     munmap(taken, 1);
 
-    // More, one after the other, than there is at a time: what was freed is found again.
+    // 6 GiB one after the other: freed pages are found again.
     for (int round = 0; round < 12; ++round) EXPECT_TRUE(is_low(LowMemory(size_t{1} << 29))) << "round " << round;
     EXPECT_EQ(nullptr, LowMemory(0xFFFF0000u).data()) << "more than is left";
 }

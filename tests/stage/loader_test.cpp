@@ -1,8 +1,6 @@
 // Loading plug-in libraries: what is registered, and what is refused and why.
 #include <gmock/gmock.h>
-#include <tovu/host_services.h>
 
-#include "probe_plugin.h"
 #include "stage/scene/stage.h"
 #include "temporary_folder.h"
 
@@ -17,19 +15,6 @@ class Loader : public testing::Test {
   protected:
     StagePtr stage_ = make_stage();
 };
-
-// What `tovu params` tells of a plug-in is compared whole where the command is tried; this is the rest.
-TEST_F(Loader, KeepsWhatWasRegistered) {
-    const auto id = load_plugin(*stage_, kPlugins + "probe_plugin.so");
-    ASSERT_TRUE(id) << id.error().message;
-    const Plugin& probe = plugin(*id);
-    EXPECT_EQ(probe.parameters.at(4).columns, 30);
-    EXPECT_EQ(find_button(probe, "ask")->action, kProbeAsk);
-    ASSERT_EQ(probe.events.size(), 1u);
-    EXPECT_TRUE(has_kind(probe.events[0].handle, ObjectKind::kEvent));
-    ASSERT_EQ(probe.registration_calls.size(), 16u);
-    EXPECT_EQ(to_string(probe.registration_calls[6]), "pelRegisterParameterString(text, Text, hello, 30, 20, 0)");
-}
 
 TEST_F(Loader, LoadsALibraryOnce) {
     const TemporaryFolder folder;

@@ -1,4 +1,4 @@
-// What the tests of real OpenGL share: one context for the program, a frame, and a look at its pixels.
+// Shared by the tests of real OpenGL: one context for the program, frames, and comparison of pixels.
 #pragma once
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// What comes out of the frame: coverage, straight alpha, the pixels of a pass, and textures the right way up.
+// Pixels of a frame: coverage, straight alpha, passes, textures.
 #include <epoxy/gl.h>
 #include <tovu/opengl.h>
 
@@ -113,8 +113,8 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
     for (const auto& [format, bytes] : kFormats)
         for (const bool arrays : {true, false}) {
             SCOPED_TRACE(testing::Message() << "format " << format << (arrays ? ", arrays" : ", immediate"));
-            // One pixel of the frame for each of the picture, or 2 × 3: there neighbours blend but in the corners,
-            // where the picture's edge goes on.
+            // A pixel of the picture covers one pixel of the frame, or 2 × 3. Then only the corners are compared: they
+            // are clamped to the edge, all others are mixed from neighbours.
             stage::Picture picture{arrays ? 6 : 3, arrays ? 6 : 2, format, {}};  // rows of 3 to 24 bytes
             const auto bytes_per_pixel = static_cast<size_t>(stage::bytes_per_pixel(format));
             const size_t size = stage::picture_byte_count(picture.width, picture.height, format);
@@ -192,7 +192,7 @@ TEST_F(FrameTest, PicturesThatCannotBeTexturesAreNamed) {
     EXPECT_FALSE(stage::Framebuffer::create(1, 1 << 20));
 }
 
-/// What bytes would lose: each of many faint layers changes the frame by less than one step of 1/255.
+/// Each layer changes the frame by less than 1/255, which a frame of bytes would lose.
 TEST_F(FrameTest, FaintLayersAddUpInFloats) {
     constexpr int kLayers = 200;
     constexpr float kAlpha = 0.012f;

@@ -1,4 +1,4 @@
-// What a pass leaves behind: nothing, and a line for everything that its drawing did wrong.
+// A pass restores the OpenGL state, and reports what its drawing did wrong.
 #include <epoxy/gl.h>
 #include <tovu/opengl.h>
 
@@ -17,7 +17,7 @@ using Constants = std::initializer_list<unsigned int>;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The numbers that OpenGL answers, by what is asked.
+/// Values of OpenGL's state, by query.
 using State = std::map<GLenum, std::vector<double>>;
 
 constexpr GLenum kMatrices[] = {GL_PROJECTION_MATRIX, GL_MODELVIEW_MATRIX, GL_TEXTURE_MATRIX};
@@ -59,7 +59,7 @@ State whole_state() {
     return state;
 }
 
-/// Everything that the contract's functions can change, left changed; stacks balanced.
+/// Changes all state that the contract's functions can change; matrix stacks stay balanced.
 void change_everything() {
     static const float numbers[16] = {2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 1, 2, 3, 1};
     for (const unsigned int mode : Constants{GL_PROJECTION, GL_TEXTURE, GL_MODELVIEW}) {
@@ -135,7 +135,7 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
     glDeleteBuffers(1, &buffer);
 }
 
-// The rest of what it asks for is seen in its pixels.
+// The other settings show in pixels (opengl_frame_test.cpp).
 TEST_F(PassTest, ShowsTheDrawingItsTwoMatrices) {
     stage::PassSettings settings;
     settings.projection_view[12] = 5;

@@ -72,7 +72,7 @@ TEST_F(Scene, ObjectsAreFoundInTreeOrderByNameAndByNumber) {
     EXPECT_THAT(complaint_texts(*stage_), IsEmpty());
 }
 
-TEST_F(Scene, ShownAndOpaqueDownTheTree) {
+TEST_F(Scene, VisibilityAndOpacityGoDownTheTree) {
     const int32_t parent = add_container(*stage_, "parent");
     const int32_t child = add_container(*stage_, "child", parent);
     set_mesh_geometry(*stage_, child, {});
@@ -87,36 +87,10 @@ TEST_F(Scene, ShownAndOpaqueDownTheTree) {
     EXPECT_THAT(opacities, testing::SizeIs(1)) << "hidden with its parent";
 }
 
-TEST_F(Scene, ImagesChangeWhileRunning) {
-    ASSERT_TRUE(add_image(*stage_, "mask", 2, 1, GL_RGB, {1, 2, 3, 4, 5, 6}));
-    const int32_t image = _api__get_image_objectid("mask");
-    uint8_t* pixels = nullptr;
-    /// Width, height, format and the third byte, or -1 where there is none.
-    const auto seen = [&] {
-        std::vector<int32_t> all(3, -7);
-        _api__get_image_size(image, &all[0], &all[1]);
-        _api__get_image_format(image, &all[2]);
-        _api__get_image_data(image, &pixels);
-        all.push_back(pixels ? pixels[2] : -1);
-        return all;
-    };
-    EXPECT_THAT(seen(), ElementsAre(2, 1, GL_RGB, 3));
-    ASSERT_TRUE(replace_image(*stage_, image, 1, 3, GL_LUMINANCE, {7, 8, 9}));
-    EXPECT_THAT(seen(), ElementsAre(1, 3, GL_LUMINANCE, 9));
-    find_image(*stage_, image)->pixels.clear();
-    EXPECT_THAT(seen(), ElementsAre(1, 3, GL_LUMINANCE, -1));
-    EXPECT_NE(_api__object_valid(image), 0);
-    EXPECT_TRUE(remove_image(*stage_, image));
-    EXPECT_EQ(_api__object_valid(image), 0);
-    EXPECT_EQ(_api__get_image_objectid("mask"), kNoObject);
-}
-
 using WrongImage = std::tuple<const char*, int32_t, int32_t, int32_t, size_t, const char*>;
 const WrongImage kWrongImages[] = {
     // name, width, height, format, bytes given, a part of the message
     {"fresh", 2, 2, GL_RGBA, 15, "'fresh': 2 x 2 pixels of 4 bytes need 16 bytes, but 15"},
-    {"fresh", 2, 2, GL_ALPHA, 5, "need 4 bytes, but 5"},
-    {"fresh", 3, 1, GL_LUMINANCE_ALPHA, 3, "need 6 bytes"},
     {"fresh", 0, 2, GL_RGB, 0, "at least 1"},
     {"taken", 1, 1, GL_RGB, 3, "'taken': there is an image of this name already"},
 };
@@ -146,31 +120,6 @@ class MeshAccess : public Scene {
         set_mesh_geometry(*stage_, container_, {{{{1, 2, 3}, {4, 5, 6}}}, {{}}, {{{7, 8, 9}, {10, 11, 12}}}});
 };
 
-// The walk of a plug-in that takes every mesh as an outline.
-TEST_F(MeshAccess, WalksAllVerticesInOrder) {
-    const int32_t access = open();
-    int32_t total = -1, meshes = -1, mesh = -1, vertex = -1;
-    uint8_t flags[3];
-    _api__geomod_get_info(access, &total, &meshes, &flags[0], &flags[1], &flags[2]);
-    EXPECT_EQ(total, 4);
-    ASSERT_EQ(meshes, 3);
-    std::vector<std::vector<float>> walked(3);
-    _api__geomod_goto_mesh(access, 0, &mesh);
-    for (auto& numbers : walked) {
-        int32_t count = -1;
-        _api__geomod_get_num_mesh_verices(access, mesh, &count);
-        _api__geomod_goto_vertex(access, mesh, 0, &vertex);
-        for (int32_t k = 0; k < count; ++k, _api__geomod_next_vertex(access, mesh, &vertex)) {
-            float x = -1, y = -1, z = -1;
-            _api__geomod_get_vertex(access, vertex, &x, &y, &z);
-            numbers.insert(numbers.end(), {x, y, z});
-        }
-        if (&numbers != &walked.back()) _api__geomod_next_mesh(access, &mesh);
-    }
-    EXPECT_THAT(walked, ElementsAre(ElementsAre(1, 2, 3, 4, 5, 6), IsEmpty(), ElementsAre(7, 8, 9, 10, 11, 12)));
-    EXPECT_THAT(complaint_texts(*stage_), IsEmpty());
-}
-
 /// A wrong call with an out value, and what the complaint about it says.
 const std::pair<void (*)(int32_t access, int32_t* out), const char*> kWrongMeshCalls[] = {
     {[](int32_t a, int32_t* out) { _api__geomod_goto_mesh(a, 3, out); }, "no mesh 3"},
@@ -178,7 +127,7 @@ const std::pair<void (*)(int32_t access, int32_t* out), const char*> kWrongMeshC
     {[](int32_t a, int32_t* out) { _api__geomod_get_num_mesh_verices(a, 4, out); }, "mesh cursor 4 stands on no mesh"},
     {[](int32_t a, int32_t* out) { _api__geomod_goto_vertex(a, 1, 2, out); }, "no vertex 2 among 2"},
     {[](int32_t a, int32_t* out) { _api__geomod_next_vertex(a, 1, out); }, "vertex cursor -7 stands on no vertex of"},
-    {[](int32_t, int32_t* out) { _api__geomod_get_info(0, out, out, nullptr, nullptr, nullptr); }, "0 is no handle"},
+    {[](int32_t, int32_t* out) { _api__geomod_get_info(0, out, out, nullptr, nullptr, nullptr); }, "0 is not a handle"},
 };
 
 TEST_F(MeshAccess, WrongCursorsAreNotFollowed) {
@@ -196,12 +145,12 @@ TEST_F(MeshAccess, WrongCursorsAreNotFollowed) {
     }
     stage_->complaints = {};
     float x = -7, y = -7, z = -7;
-    _api__geomod_get_vertex(access, 3, &x, &y, &z);  // where a cursor stands that has passed the first mesh's last
+    _api__geomod_get_vertex(access, 3, &x, &y, &z);  // of a cursor that has passed the first mesh's last vertex
     EXPECT_THAT(std::vector({x, y, z}), ElementsAre(-7, -7, -7));
     EXPECT_THAT(complaint_texts(*stage_), ElementsAre(HasSubstr("vertex cursor 3 stands on no vertex")));
 }
 
-TEST_F(MeshAccess, HasToBeBegunAndDoesNotOutliveItsFrame) {
+TEST_F(MeshAccess, MustBeBegunAndEndsWithItsFrame) {
     int32_t cursor = -7;
     const int32_t access = open(false);
     _api__geomod_goto_mesh(access, 0, &cursor);
@@ -243,7 +192,7 @@ TEST_F(Scene, UnknownHandlesLeaveOutValuesAlone) {
             const std::string service = recorded_calls().at(0).name;
             SCOPED_TRACE(service + " " + std::to_string(handle));
             EXPECT_TRUE(out[0] == -7 && number == -7 && pixels == &byte);
-            const size_t complaints = handle == kNoObject ? 0 : 1;  // "none" is no mistake
+            const size_t complaints = handle == kNoObject ? 0 : 1;  // -1 (none) is not reported
             ASSERT_EQ(stage_->complaints.list.size(), complaints);
             for (const Complaint& complaint : stage_->complaints.list) EXPECT_EQ(complaint.call, service);
         }
@@ -274,30 +223,16 @@ TEST_F(Scene, HandlesOfAWrongKindAreNamed) {
                                                           " is that of a container, not of a geometry (2 times)"));
 }
 
-TEST_F(Scene, StatusAndTimeAreTold) {
-    stage_->clock = {0.04, 0, false, 1, true, true, 2.5};
-    advance_frame(*stage_, 3);
-    uint8_t on_air = 7, recording = 7;
-    float post_seconds = -7;
-    int32_t retrace = -7;
-    double period = -7;
-    _api__pellor_get_is_on_air(&on_air);
-    _api__pellor_get_is_post_recording(&recording);
-    _api__pellor_get_post_current_time(&post_seconds);
-    _api__pellor_get_retrace_counter(&retrace);
-    _api__pellor_get_refreshrate(&period);
-    EXPECT_THAT(std::vector<double>({double(on_air), double(recording), double(retrace), period}),
-                ElementsAre(1, 1, 4, 0.04));
-    EXPECT_FLOAT_EQ(post_seconds, 2.54f);
-
+TEST_F(Scene, WithoutAStageNothingIsAnswered) {
     stage_.reset();
+    double period = -7;
     _api__pellor_get_refreshrate(&period);
-    EXPECT_EQ(period, 0.04) << "without a Stage nothing is answered";
+    EXPECT_EQ(period, -7);
     EXPECT_EQ(_api__get_objectid("a", "", TOVU_OBJECT_CONTAINER), kNoObject);
     EXPECT_EQ(_api__object_valid(1), 0);
 }
 
-TEST_F(Scene, OverridesStandInAndCanAskTheStage) {
+TEST_F(Scene, OverridesReplaceAnswersAndCanAskTheStage) {
     const int32_t container = add_container(*stage_, "steam");
     stage_->overrides.object_valid = [](int32_t object) { return _api__object_valid(object) + 5; };
     for (int i = 0; i < 2; ++i) EXPECT_EQ(_api__object_valid(container), 6);

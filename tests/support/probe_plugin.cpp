@@ -93,24 +93,17 @@ void PLUGIN_EXEC_ACTION(void* instance, int32_t action) noexcept {
         case kProbeRegisterLate:
             pelRegisterParameterBool("late", "Late", 0);
             break;
-        case kProbeSection:
-            pelEventStart(work_event);
-            pelEventEnd(work_event);
-            break;
         default:
             break;
     }
 }
 
 uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t) noexcept {
-    ++probe_at(instance).frames;
     _api__set_geom_changed(probe_at(instance).geometry);
     return 1;
 }
 
-uint8_t PLUGIN_RENDER_OPENGL(void* instance, int32_t, float opacity) noexcept {
-    ++probe_at(instance).draws;
-    probe_at(instance).opacity = opacity;
+uint8_t PLUGIN_RENDER_OPENGL(void*, int32_t, float) noexcept {
     return 1;
 }
 

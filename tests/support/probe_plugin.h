@@ -16,9 +16,6 @@ struct ProbeInstance {
     int32_t container;
     int32_t last_change;  // parameter index of the last notice
     int32_t changes;      // notices so far
-    int32_t frames;       // PLUGIN_NEW_GEOM so far
-    int32_t draws;        // PLUGIN_RENDER_OPENGL so far
-    float opacity;        // of the last draw
     int32_t random[8];    // numbers of the last order that drew any
     int32_t last_request;
 };
@@ -32,7 +29,6 @@ enum ProbeAction : int32_t {
     kProbeLeaveSectionOpen = 5,
     kProbeEndWithoutStart = 6,
     kProbeRegisterLate = 7,
-    kProbeSection = 8,  // a section as it should be
 };
 
 constexpr int32_t kProbeRequestDraw = 0x44524157;  // 'DRAW': fills `random`; the reply, an int32_t, becomes 1
