@@ -1,4 +1,4 @@
-// A record of every call that plug-ins make to the host, services and OpenGL alike, in the order they came. For tests.
+// The log of the calls that plug-ins make to the host, services and OpenGL, in order. For tests.
 #pragma once
 
 #include <string>
@@ -12,14 +12,14 @@ namespace stage {
 
 using CallArgument = std::variant<double, std::string>;
 
-/// One call: its exported name, and its arguments in order (numbers as double, texts as text; out pointers and plain
-/// addresses are left out, `const float*` matrices and vectors are spread into their numbers).
+/// One call: its exported name and its arguments in order. Numbers are doubles, texts are strings. Pointers are left
+/// out, except that vectors and matrices given to OpenGL as `const float*` appear as their numbers.
 struct Call {
     std::string name;
     std::vector<CallArgument> arguments;
 };
 
-/// Recording is off until started; starting drops what was recorded before. Process-wide, as the services are.
+/// Recording is off at first; starting it clears the log. There is one log for the process.
 STAGE_EXPORT void start_recording_calls();
 STAGE_EXPORT void stop_recording_calls();
 STAGE_EXPORT bool is_recording_calls();
@@ -30,7 +30,7 @@ STAGE_EXPORT std::string to_string(const Call& call);
 
 STAGE_EXPORT void append_call(Call call);
 
-/// A call with its numbers and texts (a null text is an empty one); other pointers are left out.
+/// Makes a Call of the numbers and texts; a null text becomes an empty one, other pointers are left out.
 template <class... Arguments>
 Call make_call(const char* name, Arguments... arguments) {
     Call call{name, {}};
@@ -47,7 +47,7 @@ Call make_call(const char* name, Arguments... arguments) {
     return call;
 }
 
-/// Notes a call when recording is on.
+/// Adds a call to the log while recording is on.
 template <class... Arguments>
 void record_call(const char* name, Arguments... arguments) {
     if (is_recording_calls()) append_call(make_call(name, arguments...));

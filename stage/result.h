@@ -13,7 +13,7 @@ struct Error {
     std::string message;
 };
 
-/// Either a value or an error; test it before use.
+/// A value or an error; true as bool when it is a value. Test it before use.
 template <class T>
 class Result {
   public:
@@ -32,7 +32,7 @@ class Result {
     Error error_;
 };
 
-/// The value of an operation that has none.
+/// The value type of operations that only succeed or fail.
 struct Done {};
 
 }  // namespace stage

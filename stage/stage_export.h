@@ -1,4 +1,4 @@
-// Marks what the Stage's shared library offers to apps and tests. The services for plug-ins are exported as well.
+// Marks what the Stage's shared library exports for apps and tests.
 #pragma once
 
 #define STAGE_EXPORT __attribute__((visibility("default")))

@@ -20,7 +20,7 @@ struct Framebuffer::Objects {
     Objects(const Objects&) = delete;
     Objects& operator=(const Objects&) = delete;
     ~Objects() {
-        glDeleteFramebuffers(1, &framebuffer);  // numbers that are 0 are passed over
+        glDeleteFramebuffers(1, &framebuffer);  // OpenGL ignores numbers that are 0
         glDeleteTextures(1, &color);
         glDeleteRenderbuffers(1, &depth_stencil);
     }
@@ -53,7 +53,7 @@ GLuint make_depth_stencil(int32_t width, int32_t height) {
     return depth_stencil;
 }
 
-/// Added before the truncation, it rounds to nearest without a library call for each channel of each pixel.
+/// Added before the truncation, it rounds to nearest without a library call per channel.
 constexpr float kHalfStep = 0.5f;
 
 /// 0…255, nearest; what is not a number is 0.
@@ -114,7 +114,7 @@ void Framebuffer::clear(const FrameColor& color) const {
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glDepthMask(GL_TRUE);
     glStencilMask(~0u);
-    // What is stored is colour × coverage.
+    // The frame holds colour × coverage.
     glClearColor(color.red * color.alpha, color.green * color.alpha, color.blue * color.alpha, color.alpha);
     glClearDepth(1.0);
     glClearStencil(0);

@@ -12,9 +12,9 @@ namespace stage {
 
 enum class FrameDepth {
     kFloat16,  // per channel; the default
-    /// 8 bits per channel, for half the memory. Layers fainter than one step of 255 are lost or rounded up to
-    /// one: three columns of 400 puffs each, of alpha 0 to 0.03, came out 2.3 of 255 away from kFloat16 on average and
-    /// 39 at most, a third of the pixels by more than 2, with coloured fringes and hard contours that everybody sees.
+    /// 8 bits per channel, half the memory. Layers fainter than one step of 255 are lost or rounded up to one. Measured
+    /// with three columns of 400 puffs each, of alpha 0 to 0.03: 2.3 of 255 away from kFloat16 on average, 39 at most,
+    /// more than 2 for a third of the pixels, with visible coloured fringes and hard contours.
     kBytes,
 };
 
@@ -29,8 +29,8 @@ struct FrameColor {
 /// Colour with alpha, depth and stencil of one size, off screen. Belongs to the context that was current when it was
 /// made and must be destroyed while that one is current. Move only.
 ///
-/// Colour is blended by SRC_ALPHA, ONE_MINUS_SRC_ALPHA (or SRC_ALPHA, ONE) and alpha by ONE, ONE_MINUS_SRC_ALPHA, so
-/// that what is stored is colour × coverage and coverage: colours over transparency come back by a division.
+/// Colour is blended by SRC_ALPHA, ONE_MINUS_SRC_ALPHA (or SRC_ALPHA, ONE) and alpha by ONE, ONE_MINUS_SRC_ALPHA. So
+/// the frame holds colour × coverage in red, green and blue, and the coverage in alpha; read() divides.
 class STAGE_EXPORT Framebuffer {
   public:
     /// width, height: 1 to the renderer's limit (at least 4096), in pixels.
@@ -43,13 +43,13 @@ class STAGE_EXPORT Framebuffer {
     int32_t width() const;
     int32_t height() const;
 
-    /// Makes this the target of drawing, with the viewport over all of it.
+    /// Binds this framebuffer for drawing and sets the viewport to its size.
     void bind() const;
-    /// Fills it with one colour and the farthest depth, and leaves it bound; alpha 0 is a transparent frame.
+    /// Fills it with one colour, the farthest depth and a stencil of 0, and leaves it bound.
     void clear(const FrameColor& color) const;
 
-    /// The frame as RGBA bytes with straight alpha, rounded to nearest; where alpha is 0 all four are 0. Light that
-    /// additive blending piled up beyond the coverage is held to white × coverage, since straight alpha can't say more.
+    /// The frame as RGBA bytes with straight alpha, rounded to nearest; where alpha is 0 all four are 0. Where
+    /// additive blending made colour × coverage greater than the coverage, the colour is clamped to 255.
     Picture read() const;
 
   private:

@@ -1,4 +1,4 @@
-// One drawing pass: the OpenGL state that a plug-in finds, and the state that is there again afterwards.
+// One drawing pass: sets the OpenGL state for a plug-in, and restores the earlier state afterwards.
 #pragma once
 
 #include <array>

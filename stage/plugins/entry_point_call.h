@@ -1,4 +1,4 @@
-// How the Stage calls into an instance: with its random numbers, under its name, and checked afterwards.
+// Calls of an instance's entry points: with the instance's random numbers, and checked afterwards.
 #pragma once
 
 #include "instance.h"
@@ -8,9 +8,9 @@ namespace stage {
 
 struct Stage;
 
-/// While it lives, the instance's entry point is the running one: services are answered by the instance's Stage and
-/// know who asks, and `rand` draws from the instance's stream. When it ends, all is as before; sections left open and
-/// guard bytes overwritten become complaints. Nests, since dispatcher calls do.
+/// While it lives, the instance's entry point is the running one: the instance's Stage answers the services, complaints
+/// name the instance, and `rand` draws from the instance's stream. The destructor restores what was before; sections
+/// left open and overwritten guard bytes become complaints. Nests, since dispatcher calls do.
 class EntryPointCall {
   public:
     EntryPointCall(Stage& stage, Instance& instance, const char* entry_point);
@@ -26,7 +26,7 @@ class EntryPointCall {
     PluginCode code_;
 };
 
-/// One of the entry points is running, or waits for a dispatcher call.
+/// Whether an entry point of the instance is running, or waits for a dispatcher call that it made.
 bool is_running(const Stage& stage, const Instance& instance);
 
 template <class EntryPoint, class... Arguments>

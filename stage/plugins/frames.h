@@ -1,4 +1,4 @@
-// Frames: the clock goes on, the plug-ins simulate, the scene is drawn.
+// Frames: the clock advances, plug-ins simulate and draw.
 #pragma once
 
 #include <cstdint>
@@ -12,18 +12,18 @@ namespace stage {
 struct Stage;
 struct Container;
 
-/// Goes on to the next frame: frame and clocks by one period, the retrace counter by `retraces` (1 or more; more stands
-/// for frames that were dropped).
+/// Advances to the next frame: frame number and clocks by one period, the retrace counter by `retraces` (1, or more
+/// when frames were dropped).
 STAGE_EXPORT void advance_frame(Stage& stage, int32_t retraces = 1);
 
-/// Lets every instance simulate the current frame, shown or not, in tree order (PLUGIN_NEW_GEOM). Again in the same
-/// frame, plug-ins find that no time has passed.
+/// Lets every instance, visible or not, simulate the current frame in tree order (PLUGIN_NEW_GEOM). When called again
+/// in the same frame, plug-ins see that no time has passed.
 STAGE_EXPORT void new_frame(Stage& stage);
 
 /// Simulates a frame: the current one when it has not run yet, else the next. The first call runs frame 0.
 STAGE_EXPORT void run_frame(Stage& stage);
 
-/// One container as it is to be drawn.
+/// A container to draw.
 struct DrawItem {
     const Container& container;
     Matrix world;       // container to world coordinates
@@ -31,7 +31,7 @@ struct DrawItem {
     bool has_instance;  // call_render draws it; otherwise its geometry is meshes
 };
 
-/// Calls `draw` for every container that is shown and carries a geometry, in tree order.
+/// Calls `draw` for every container that is shown (is_shown) and has a geometry, in tree order.
 STAGE_EXPORT void for_each_shown(Stage& stage, const std::function<void(const DrawItem&)>& draw);
 
 /// Lets the container's instance draw into the current OpenGL context (PLUGIN_RENDER_OPENGL). render_flags: bit 0 set

@@ -30,8 +30,8 @@ struct Instance {
 };
 
 /// Gives the container an instance of the plug-in: the block with the defaults and then `values` in its slots, then
-/// PLUGIN_INIT_FUNCTION. A geometry that is there makes way. Returns the geometry's handle. The error names the
-/// container and the parameter; nothing is changed then.
+/// PLUGIN_INIT_FUNCTION. An earlier geometry is removed first. Returns the geometry's handle. The error names
+/// the container and the parameter, and nothing is changed.
 STAGE_EXPORT Result<int32_t> add_instance(Stage& stage, int32_t container_handle, PluginId plugin,
                                           const ParameterValues& values = {});
 

@@ -9,15 +9,15 @@ namespace stage {
 namespace {
 
 constexpr uint64_t kEnd = uint64_t{1} << 32;
-constexpr uint64_t kFirstWanted = 0x10000000;  // behind the heap of a program that is loaded at a fixed low address
-constexpr uint64_t kStep = 0x10000;            // the largest page size of any processor
+constexpr uint64_t kFirstWanted = 0x10000000;  // above the heap of a program that is loaded at a fixed low address
+constexpr uint64_t kStep = 0x10000;            // the largest page size of the supported processors
 constexpr uint64_t kMaxTries = (kEnd - kFirstWanted) / kStep;
 
-// Where the next search begins, behind what the one before it found.
+// Where the next search begins: after what the last one found.
 std::atomic<uint64_t> next_wanted = kFirstWanted;
 
-// MAP_32BIT, which does this in one call, exists on x86-64 alone. The kernel grants an address that is asked for where
-// its range is free, and another one where it is not.
+// MAP_32BIT would do this in one call, but exists on x86-64 only. The kernel maps at the requested address when that
+// range is free, and elsewhere when it is not.
 void* map_low(size_t bytes) {
     if (bytes > kEnd - kFirstWanted) return nullptr;
     uint64_t wanted = next_wanted;

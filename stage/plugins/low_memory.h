@@ -8,7 +8,7 @@
 
 namespace stage {
 
-/// Pages below 4 GiB, zeroed, freed with the object. Moves, does not copy.
+/// Zeroed pages below 4 GiB; the destructor frees them. Move only.
 class STAGE_EXPORT LowMemory {
   public:
     LowMemory() = default;

@@ -52,7 +52,7 @@ Result<Done> set_parameter(Stage& stage, int32_t container_handle, std::string_v
 }
 
 Result<ParameterValue> get_parameter(const Stage& stage, int32_t container_handle, std::string_view name) {
-    // Looking up changes nothing; the instance is reached through a Stage that may be changed only elsewhere.
+    // Finding and reading change nothing; set_parameter needs the same function with a Stage that is not const.
     const auto target = find_target(const_cast<Stage&>(stage), container_handle, name);
     if (!target) return target.error();
     auto value = read_value(*target->instance, *target->parameter);

@@ -15,7 +15,7 @@
 namespace stage {
 namespace {
 
-std::vector<std::unique_ptr<Plugin>> the_plugins;  // libraries are the process's, whatever Stage asked for them
+std::vector<std::unique_ptr<Plugin>> the_plugins;  // for the whole process, shared by all Stages
 
 struct CloseLibrary {
     void operator()(void* library) const { dlclose(library); }

@@ -1,5 +1,5 @@
-// Plug-in libraries: loading, and what they registered. Loaded once for the process and kept until it ends, as their
-// process-wide state is; instances belong to a Stage.
+// Plug-in libraries: loading, and what they registered. A library is loaded once and stays loaded until the process
+// ends, since plug-ins have process-wide state; instances belong to a Stage.
 #pragma once
 
 #include <cstdint>
@@ -82,7 +82,7 @@ struct Plugin {
     int32_t total_size = 0;  // bytes of an instance's block
     bool uses_lod = false;
     bool uses_events = false;
-    std::vector<Call> registration_calls;  // everything PLUGIN_INIT called of the registration, in order
+    std::vector<Call> registration_calls;  // calls of registration services in PLUGIN_INIT, in order
     EntryPoints entry_points;
     void* library = nullptr;
 };
@@ -98,7 +98,7 @@ using PluginId = int32_t;
 /// each.
 STAGE_EXPORT Result<PluginId> load_plugin(Stage& stage, const std::string& path);
 
-/// All that are loaded, in the order of loading. References to elements stay good.
+/// All that are loaded, in the order of loading. References to elements stay valid.
 STAGE_EXPORT const std::vector<std::unique_ptr<Plugin>>& loaded_plugins();
 STAGE_EXPORT const Plugin& plugin(PluginId id);
 

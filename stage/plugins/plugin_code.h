@@ -25,7 +25,8 @@ struct PluginCode {
 /// The innermost plug-in code that runs, or null. Async-signal-safe.
 STAGE_EXPORT const PluginCode* running_plugin_code() noexcept;
 
-/// Counts outermost calls into plug-ins: the same number twice, with code running, is the same call. Async-signal-safe.
+/// How many outermost calls into plug-ins have begun. While code is running, an unchanged number means that it is the
+/// same call. Async-signal-safe.
 STAGE_EXPORT uint64_t plugin_calls_begun() noexcept;
 
 /// Calls into a plug-in. No exception may cross the boundary: one that does ends the process through std::terminate.

@@ -7,17 +7,17 @@
 
 namespace stage {
 
-/// A place in a sequence of the additive feedback generator r[i] = r[i - 3] + r[i - 31] mod 2^32 (Knuth, The Art of
-/// Computer Programming, volume 2, 3.2.2), which is also glibc's default. Its 128 bytes hold a state of the C library's
-/// generator instead where `rand` is the C library's. Must stay where it is while it is in force.
+/// State of the additive feedback generator r[i] = r[i - 3] + r[i - 31] mod 2^32 (Knuth, The Art of Computer
+/// Programming, volume 2, 3.2.2), which is also glibc's default. Where `rand` is the C library's, these 128 bytes hold
+/// a state of the C library's generator instead. Must not move while it is in force.
 struct RandomStream {
     static constexpr uint32_t kLength = 31;
     uint32_t values[kLength] = {};  // the last 31, oldest first
     uint32_t drawn = kLength;       // of `values`; at 31 the next 31 are computed in their place
 };
 
-/// Seeds a stream with FNV-1a (Fowler, Noll, Vo) over the four bytes of the scene's seed, lowest first, and the name:
-/// another smoke in the scene changes nothing for this one. The stream in force goes on where it was.
+/// Seeds a stream with FNV-1a (Fowler, Noll, Vo) over the four bytes of the scene's seed, lowest first, and the name,
+/// so that another smoke in the scene does not change the numbers of this one. The stream in force is not affected.
 void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view container_name);
 
 /// The stream that `rand` draws from in this thread; null: the thread's own numbers, outside all instances.

@@ -1,4 +1,4 @@
-// Frames, time and status, as plug-ins are told them.
+// Frame number, time and status, which the services tell plug-ins.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ struct Clock {
     int32_t retrace_counter = 1;
     bool on_air = false;
     bool post_recording = false;
-    double post_time_seconds = 0;  // the post-recording clock; goes on with the frames while post_recording is set
+    double post_time_seconds = 0;  // advances with the frames while post_recording is set
 };
 
 }  // namespace stage

@@ -1,5 +1,5 @@
-// What plug-ins did against the contract. Nothing of it stops the Stage: a wrong call is answered like one about an
-// unknown object.
+// Violations of the contract by plug-ins. They do not stop the Stage: it answers a wrong call as it answers one with an
+// unknown handle.
 #pragma once
 
 #include <cstdint>
@@ -17,17 +17,17 @@ struct Complaint {
     std::string call;     // the service or entry point, "_api__get_image_size"
     std::string caller;   // "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'"; empty for calls from outside of plug-ins
     std::string message;  // what was wrong
-    int64_t times = 1;    // the same complaint is kept once
+    int64_t times = 1;    // how often this complaint was made
 };
 
-/// At most kMaxComplaints different ones are kept; `dropped` counts those beyond.
+/// Keeps at most kMaxComplaints different complaints; `dropped` counts the others.
 struct Complaints {
     std::vector<Complaint> list;
     int64_t dropped = 0;
 };
 constexpr int kMaxComplaints = 1000;
 
-/// Notes a complaint; the caller is the entry point that is running.
+/// Adds a complaint about the innermost entry point that is running.
 STAGE_EXPORT void complain(Stage& stage, std::string call, std::string message);
 
 /// "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'".

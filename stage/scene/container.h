@@ -35,27 +35,27 @@ struct BoundingBox {
 /// Callers may change placement, visible, opacity and appearance. The functions below maintain the other fields.
 struct Container {
     int32_t handle = kNoObject;
-    std::string name;  // not necessarily the only one of that name
+    std::string name;  // several containers may have the same name
     int32_t parent_handle = kNoObject;
     std::vector<int32_t> child_handles;  // in the order they were added
     int32_t geometry_handle = kNoObject;
-    std::optional<BoundingBox> bounding_box;  // in container units, as its plug-in sent it last
+    std::optional<BoundingBox> bounding_box;  // in container units; the last one that its plug-in sent
 
     Placement placement;
-    bool visible = true;  // an invisible one hides its children as well; its plug-in still simulates
+    bool visible = true;  // where false, its children are hidden too; plug-ins still simulate
     float opacity = 1;    // 0 to 1, multiplied down the tree
     Appearance appearance;
 };
 
 /// Adds a container as its parent's last child, or as the last root for kNoObject. Returns its handle; kNoObject when
-/// the parent is not a container, or all 16777215 object numbers of the Stage are used.
+/// the parent is not a container, or all object numbers are used.
 STAGE_EXPORT int32_t add_container(Stage& stage, std::string name, int32_t parent_handle = kNoObject);
 
 /// Destroys the container, its geometry and its children, the newest child first. False when it is no container, or
 /// when an entry point of a plug-in below it is running.
 STAGE_EXPORT bool remove_container(Stage& stage, int32_t container_handle);
 
-/// Null for anything but a live container. The pointer stays good until the container is removed.
+/// Null for anything but a live container. The pointer stays valid until the container is removed.
 STAGE_EXPORT Container* find_container(Stage& stage, int32_t container_handle);
 STAGE_EXPORT const Container* find_container(const Stage& stage, int32_t container_handle);
 
@@ -65,10 +65,10 @@ STAGE_EXPORT int32_t find_container_by_name(const Stage& stage, std::string_view
 /// Every container, parents before children, siblings in the order they were added: the order of drawing.
 STAGE_EXPORT std::vector<int32_t> containers_in_tree_order(const Stage& stage);
 
-/// From the container's coordinates to the world's: the parents' matrices times its own. Identity for no container.
+/// From container to world coordinates: the parents' matrices times its own. The identity when it is no container.
 STAGE_EXPORT Matrix world_matrix(const Stage& stage, int32_t container_handle);
 
-/// The container and all its parents are visible.
+/// Whether the container and all its parents are visible.
 STAGE_EXPORT bool is_shown(const Stage& stage, int32_t container_handle);
 
 /// Product of its own and its parents' opacity.

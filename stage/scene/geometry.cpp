@@ -8,8 +8,8 @@
 namespace stage {
 namespace {
 
-// A vertex cursor counts vertices through all meshes, from 1. Behind each mesh one number stays unused: it is where a
-// cursor stands that has passed the mesh's last vertex, and no vertex can be read there by mistake.
+// Vertex cursors number the vertices of all meshes from 1. After each mesh one number is unused: a cursor that has
+// passed the mesh's last vertex holds it, and does not read the next mesh's first vertex by mistake.
 std::vector<int32_t> first_cursors_of(const std::vector<Mesh>& meshes) {
     std::vector<int32_t> cursors;
     int32_t next = 1;

@@ -17,23 +17,24 @@ struct Geometry {
     int32_t container_handle = kNoObject;
     std::vector<Mesh> meshes;
     std::unique_ptr<Instance> instance;  // null for meshes
-    int64_t changed_count = 0;           // how often it was reported as changed, by its plug-in or by new meshes
+    int64_t changed_count = 0;           // how often its plug-in reported a change, or it got new meshes
 
     // Mesh access.
     std::vector<int32_t> first_cursors;  // the vertex cursor of each mesh's first vertex
-    int64_t access_frame = INT64_MIN;    // the frame in which access to the meshes was given last
-    bool access_begun = false;           // and whether the access was begun since
+    int64_t access_frame = INT64_MIN;    // the frame of the last _api__get_geom_geomod
+    bool access_begun = false;           // whether _api__geomod_init was called since
 };
 
-/// Gives the container these meshes. Meshes that are there already are replaced under the same handle (a geometry that
-/// deforms); an instance makes way. Returns the geometry's handle; kNoObject when it is no container.
+/// Gives the container these meshes. They replace earlier meshes under the same handle, so that a geometry can deform;
+/// an instance is removed first. Returns the geometry's handle; kNoObject when it is no container, the instance is
+/// running, or all object numbers are used.
 STAGE_EXPORT int32_t set_mesh_geometry(Stage& stage, int32_t container_handle, std::vector<Mesh> meshes);
 
 /// Destroys what the container carries: an instance is cleaned up first. False when there is nothing to destroy, or
 /// when an entry point of that instance is running.
 STAGE_EXPORT bool remove_geometry(Stage& stage, int32_t container_handle);
 
-/// Null for anything but a live geometry. The pointer stays good until the geometry is removed.
+/// Null for anything but a live geometry. The pointer stays valid until the geometry is removed.
 STAGE_EXPORT Geometry* find_geometry(Stage& stage, int32_t geometry_handle);
 STAGE_EXPORT const Geometry* find_geometry(const Stage& stage, int32_t geometry_handle);
 

@@ -19,13 +19,13 @@ enum class ObjectKind : int32_t {
 
 constexpr int32_t kNoObject = -1;
 constexpr int32_t kMaxObjectNumber = 0xFFFFFF;
-constexpr int32_t kCameraNumber = 0;  // outside the count, so that the first container made is #1
+constexpr int32_t kCameraNumber = 0;  // not from the count, so that the first container is #1
 
-/// The kind stands in the bits from 24 up, so that an object of a wrong kind is never mistaken for another one.
+/// The kind is in the bits from 24 up: handles of different kinds are never equal.
 constexpr int32_t make_handle(ObjectKind kind, int32_t number) {
     return static_cast<int32_t>(kind) << 24 | number;
 }
-/// The number that users write behind a '#'. Meaningless for a negative handle.
+/// The number that users write after a '#'. Meaningless for a negative handle.
 constexpr int32_t number_of(int32_t handle) {
     return handle & kMaxObjectNumber;
 }

@@ -39,7 +39,7 @@ STAGE_EXPORT Result<Done> replace_image(Stage& stage, int32_t image_handle, int3
 /// False when it is no image.
 STAGE_EXPORT bool remove_image(Stage& stage, int32_t image_handle);
 
-/// Null for anything but a live image. The pointer stays good until the image is removed.
+/// Null for anything but a live image. The pointer stays valid until the image is removed.
 STAGE_EXPORT Image* find_image(Stage& stage, int32_t image_handle);
 STAGE_EXPORT const Image* find_image(const Stage& stage, int32_t image_handle);
 STAGE_EXPORT int32_t find_image_by_name(const Stage& stage, std::string_view name);

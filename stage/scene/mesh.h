@@ -1,4 +1,4 @@
-// The smallest piece of a geometry that plug-ins can read.
+// A part of a geometry, with its vertices.
 #pragma once
 
 #include <tovu/vector3.h>

@@ -1,4 +1,4 @@
-// For tests: answers that stand in for the Stage's own, so that plug-ins can be shown a host that is wrong.
+// For tests: functions that answer services in place of the Stage, to show plug-ins a host with wrong answers.
 #pragma once
 
 #include <tovu/host_services.h>
@@ -9,8 +9,8 @@
 namespace stage {
 
 /// Where a function is set, the service of that name calls it instead of answering itself; the call is recorded as
-/// usual. While it runs it is out of force, so it may call the service to get the Stage's own answer. It must not
-/// replace itself.
+/// usual. While the function runs it is disabled, so that it can call the service for the Stage's own answer. It must
+/// not assign its own field.
 struct Overrides {
     std::function<decltype(_api__get_objectid_local)> get_objectid_local;
     std::function<decltype(_api__get_objectid)> get_objectid;

@@ -21,8 +21,8 @@ namespace stage {
 struct StageOptions {
     uint32_t seed = 1;
     double frame_period_seconds = 0.02;  // above 0
-    /// All instances draw from the process-wide `rand`, seeded once when the Stage is made, instead of each from a
-    /// stream of its own. For tests that want to know every number drawn.
+    /// All instances draw from the process-wide `rand`, seeded when the Stage is made, instead of from streams of their
+    /// own: tests can then repeat every number drawn.
     bool shared_random = false;
 };
 
@@ -33,9 +33,9 @@ struct RunningCall {
     size_t open_sections;  // profiling sections that were open when it began
 };
 
-/// One scene and everything in it. Fields may be read freely; of what a function keeps, change nothing by hand.
-/// Change freely: camera, clock, overrides, complaints, the profile's totals and sink, and what Container says.
-/// A Stage and its plug-ins belong to one thread.
+/// One scene and everything in it. All fields may be read. Callers may change camera, clock, overrides, complaints, the
+/// profile's sink, and the fields that Container names; functions maintain the others.
+/// A Stage and its plug-ins are used from one thread.
 struct Stage {
     StageOptions options;
     int32_t last_number = 0;  // object numbers count up from 1 in the order of making and are never used again
@@ -59,21 +59,22 @@ struct DestroyStage {
 /// Destroying it cleans up its instances, the newest first. Not while one of their entry points is running.
 using StagePtr = std::unique_ptr<Stage, DestroyStage>;
 
-/// Cleans up all instances, the newest first, as the Stage's end would; what they do wrong is among the complaints
-/// then. Their containers carry no geometry afterwards.
+/// Cleans up all instances, the newest first, as the Stage's destructor does, but so that complaints about it can still
+/// be read. Afterwards their containers carry no geometry.
 STAGE_EXPORT void remove_instances(Stage& stage);
 
 /// Makes an empty Stage with a camera, and makes it current.
 STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
 
-/// The Stage that answers the exported services, or null. Functions that run plug-ins make theirs current meanwhile.
+/// The Stage that answers the exported services, or null. Functions that call a plug-in make its Stage current until
+/// they return.
 STAGE_EXPORT Stage* current_stage();
 STAGE_EXPORT void make_current(Stage* stage);
 
-/// The object is there: container, geometry, image, camera, or the position or direction of one.
+/// Whether the object exists: a container, geometry, image or camera, or the position or direction of a camera.
 STAGE_EXPORT bool is_alive(const Stage& stage, int32_t handle);
 
-/// The live container, geometry or image with this number, or kNoObject.
+/// The handle of the container, geometry or image with this number, or kNoObject.
 STAGE_EXPORT int32_t find_object_by_number(const Stage& stage, int32_t number);
 
 /// The next free number as a handle of this kind, or kNoObject when all are used.

@@ -28,7 +28,7 @@ glm::dvec3 signed_scaling(const glm::dmat3& axes) {
 Matrix local_matrix(const Placement& placement) {
     const glm::dvec3 radians = glm::radians(to_glm(placement.rotation_degrees));
     glm::dmat4 matrix = glm::translate(glm::dmat4(1), to_glm(placement.position));
-    // Few containers are turned, and a plug-in asks for their matrices several times a frame.
+    // Most containers have no rotation, and a plug-in asks for their matrices several times a frame.
     if (radians.x != 0) matrix = glm::rotate(matrix, radians.x, {1, 0, 0});
     if (radians.y != 0) matrix = glm::rotate(matrix, radians.y, {0, 1, 0});
     if (radians.z != 0) matrix = glm::rotate(matrix, radians.z, {0, 0, 1});
@@ -61,7 +61,7 @@ Vector3 rotation_degrees_of(const Matrix& matrix) {
     // (sin y, -sin x cos y, cos x cos y).
     const double cos_y = std::hypot(axes[0][0], axes[1][0]);
     const double y = std::atan2(axes[2][0], cos_y);
-    // Near the pole the other two angles are told apart by rounding errors alone.
+    // Near the pole only rounding errors would distinguish the other two angles.
     const bool at_pole = cos_y < 1e-6;
     const double x = at_pole ? std::atan2(axes[1][2], axes[1][1]) : std::atan2(-axes[2][1], axes[2][2]);
     const double z = at_pole ? 0 : std::atan2(-axes[1][0], axes[0][0]);

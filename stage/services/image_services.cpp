@@ -1,4 +1,4 @@
-// Images: look-up, size, format, pixels.
+// Images: handle by name, size, format, pixels.
 #include <tovu/host_services.h>
 
 #include "serve.h"

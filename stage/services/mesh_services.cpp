@@ -1,5 +1,5 @@
-// Access to the meshes of a geometry, vertex by vertex. A mesh cursor is the mesh's index and 1, so that a cursor that
-// was never set is noticed; how vertex cursors count is said where geometries make them.
+// Access to the meshes of a geometry, vertex by vertex. A mesh cursor is the mesh's index + 1, so that a cursor of 0
+// that was never set is reported. Vertex cursors: see scene/geometry.cpp.
 #include <fmt/format.h>
 #include <tovu/host_services.h>
 
@@ -38,7 +38,7 @@ void open_access(const Service& service, int32_t handle, int32_t kind, int32_t, 
     service.put(out, has_meshes ? make_handle(ObjectKind::kMeshAccess, number_of(handle)) : 0);
 }
 
-/// The geometry behind an access given in this frame.
+/// The geometry of a mesh access that was opened in this frame, or null after a complaint.
 Geometry* opened(const Service& service, int32_t access) {
     Geometry* geometry = has_kind(access, ObjectKind::kMeshAccess)
                              ? find_geometry(service.stage, make_handle(ObjectKind::kGeometry, number_of(access)))
@@ -84,7 +84,7 @@ void goto_mesh(const Service& service, int32_t access, int32_t index, int32_t* c
     service.put(cursor, index + 1);
 }
 
-/// The index of the mesh under a cursor, or -1.
+/// The index of the mesh that a cursor points to, or -1 after a complaint.
 int32_t mesh_under(const Service& service, const Geometry& geometry, int32_t cursor) {
     if (cursor >= 1 && cursor <= mesh_count(geometry)) return cursor - 1;
     service.complain(fmt::format("mesh cursor {} stands on no mesh", cursor));
@@ -110,7 +110,7 @@ void goto_vertex(const Service& service, int32_t access, int32_t mesh_cursor, in
     if (!geometry) return;
     const int32_t mesh = mesh_under(service, *geometry, mesh_cursor);
     if (mesh < 0) return;
-    // A walk over a mesh without vertices begins where it ends.
+    // Index 0 is right for a mesh without vertices too: a walk over it begins there and ends at once.
     if (index < 0 || index >= std::max(vertex_count(*geometry, mesh), 1))
         return service.complain(fmt::format("there is no vertex {} among {}", index, vertex_count(*geometry, mesh)));
     service.put(cursor, first_cursor(*geometry, mesh) + index);
@@ -135,7 +135,7 @@ void vertex(const Service& service, int32_t access, int32_t cursor, float* x, fl
     const auto mesh =
         static_cast<int32_t>(std::upper_bound(cursors.begin(), cursors.end(), cursor) - cursors.begin()) - 1;
     const int32_t index = mesh < 0 ? -1 : cursor - first_cursor(*geometry, mesh);
-    // Whoever begins with the first vertex finds nothing in a mesh without vertices, as with an unknown object.
+    // The first vertex of a mesh without vertices is not reported; the out values stay unchanged.
     if (index == 0 && vertex_count(*geometry, mesh) == 0) return;
     if (index < 0 || index >= vertex_count(*geometry, mesh))
         return service.complain(fmt::format("vertex cursor {} stands on no vertex", cursor));

@@ -1,4 +1,4 @@
-// Scene objects: look-up, placement, notices, and requests to other plug-ins.
+// Scene objects: handles by name or number, placement, reports of changes, and requests to other plug-ins.
 #include <fmt/format.h>
 #include <tovu/host_services.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 int32_t local_object(const Service& service, const char* name, int32_t type) {
     if (service.stage.running.empty()) {
-        service.complain("no instance is being called whose objects could be meant");
+        service.complain("there are no local objects: no entry point of an instance is running");
         return kNoObject;
     }
     const Instance& instance = *service.stage.running.back().instance;
@@ -60,7 +60,7 @@ void transformation(const Service& service, int32_t handle, float* matrix) {
     if (service.container(handle)) service.put_matrix(matrix, world_matrix(service.stage, handle));
 }
 
-// A container that is scaled to nothing has no inverse; the identity stands in.
+// A container with a scale of 0 has no inverse; the answer is the identity.
 void inverse_transformation(const Service& service, int32_t handle, float* matrix) {
     if (service.container(handle))
         service.put_matrix(matrix, inverse(world_matrix(service.stage, handle)).value_or(kIdentity));

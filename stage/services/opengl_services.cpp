@@ -1,11 +1,11 @@
-// The contract's OpenGL family: each call goes where the dispatch table in force sends it.
+// The OpenGL services: each call goes through the current dispatch table.
 
 #include <tovu/opengl.h>
 
 #include "stage/opengl/dispatch.h"
 
-// The shared header's declarations and these definitions are of the same functions: a prototype that drifts in either
-// place is a conflict that doesn't compile.
+// The shared header declares the same functions: where a prototype differs from opengl_functions.def, this file does
+// not compile.
 extern "C" {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
     STAGE_EXPORT void ormixGL_gl##name parameters {            \

@@ -35,11 +35,11 @@ void Service::complain_about(int32_t handle, ObjectKind wanted) const {
     if (handle == kNoObject) return;
     const ObjectKind kind = handle < 0 ? ObjectKind{} : static_cast<ObjectKind>(handle >> 24);
     if (kind == wanted)
-        complain(fmt::format("{} #{} is gone or never was", kind_name(kind), number_of(handle)));
+        complain(fmt::format("{} #{} does not exist", kind_name(kind), number_of(handle)));
     else if (kind_name(kind))
         complain(fmt::format("handle {} is that of a {}, not of a {}", handle, kind_name(kind), kind_name(wanted)));
     else
-        complain(fmt::format("{} is no handle", handle));
+        complain(fmt::format("{} is not a handle", handle));
 }
 
 const Container* Service::container(int32_t handle) const {

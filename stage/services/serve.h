@@ -1,4 +1,4 @@
-// What all services have in common: the log, the Stage that answers, overrides, complaints.
+// What all services share: the call log, the current Stage, overrides, complaints.
 #pragma once
 
 #include <functional>
@@ -11,14 +11,15 @@
 
 namespace stage {
 
-/// A service that is being answered.
+/// A call of a service.
 struct Service {
     Stage& stage;
     const char* name;  // as exported
 
     void complain(std::string message) const { stage::complain(stage, name, std::move(message)); }
 
-    /// Complains about a handle that names no live object of the wanted kind. "None" is a question, not a mistake.
+    /// Complains about a handle that is not that of a live object of the wanted kind. A handle of -1 (none) is not
+    /// reported.
     void complain_about(int32_t handle, ObjectKind wanted) const;
 
     const Container* container(int32_t handle) const;
@@ -26,7 +27,7 @@ struct Service {
     const Image* image(int32_t handle) const;
     const Camera* camera(int32_t handle) const;
 
-    /// Writes an out value. A null address is a complaint.
+    /// Writes an out value; complains about a null address.
     template <class Value>
     void put(Value* out, Value value) const {
         if (out)
@@ -47,8 +48,8 @@ inline const char* text_of(const char* text) {
     return text ? text : "";
 }
 
-/// Records the call (pointers are left out), then lets the override answer, or else `own`. Without a Stage, and inside
-/// PLUGIN_INIT, where scenes are out of reach, the answer is `fallback`.
+/// Records the call (without pointers), then calls the override where one is set, `own` otherwise. Returns `fallback`
+/// when there is no current Stage, and inside PLUGIN_INIT, where there is no scene.
 template <int32_t fallback = 0, class Signature, class Own, class... Arguments>
 auto serve(const char* name, std::function<Signature> Overrides::*override_field, Own own, Arguments... arguments) {
     using Answer = decltype(own(std::declval<const Service&>(), arguments...));
