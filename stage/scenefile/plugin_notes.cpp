@@ -8,7 +8,7 @@
 
 #include "key_reader.h"
 #include "stage/names.h"
-#include "stage/plugins/parameters.h"
+#include "stage/plugins/parameter_values.h"
 
 namespace stage {
 
