@@ -86,7 +86,7 @@ for bits in 64 32; do
     [ $bits = 64 ] || toolchain=-DCMAKE_TOOLCHAIN_FILE=$source/cmake/i686-linux-gnu.cmake
     build_against_prefix "$HOME/swirl" swirl$bits "" "$toolchain"
     expect_entry_points "$work/swirl$bits/Swirl.so"
-    for sample in gather spiral; do
+    for sample in gather probe spiral; do
         build_against_prefix "$prefix/share/tovu/samples/$sample" $sample$bits "" "$toolchain"
         for library in "$work/$sample$bits"/*.so; do expect_entry_points "$library"; done
     done
@@ -94,6 +94,8 @@ done
 build_against_prefix "$prefix/share/tovu/samples/host" host "$flags"
 "$work/host/tovu_sample_host" "$prefix/lib/tovu/plugins/TovuSmoke.so" | grep -q '^after 100 frames: .* 59 quads$' ||
     fail "the sample host did not run the installed plug-in"
+"$work/host/tovu_sample_host" "$work/probe64/TovuProbe.so" >"$work/log"
+tail -n 1 "$work/log" | grep -q '^TovuProbe: PASS: 27 of 35 checks ran, 0 failed' || fail "the probe finds: $(cat "$work/log")"
 
 if grep -rIl -e "$source/" -e "$build/" "$prefix/include" "$prefix/lib/cmake" "$prefix/lib/pkgconfig" "$prefix/share"; then
     fail "these installed files name the folders they came from"
