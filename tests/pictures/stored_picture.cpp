@@ -22,15 +22,6 @@ std::string big_endian(size_t value) {
     return bytes;
 }
 
-std::string stored_renderer(const std::filesystem::path& path) {
-    const std::string bytes = file_bytes(path);
-    const size_t start = bytes.find(kChunkStart);
-    if (start == std::string::npos || start < 4) return {};
-    size_t length = 0;
-    for (size_t i = start - 4; i < start; ++i) length = length << 8 | static_cast<unsigned char>(bytes[i]);
-    return bytes.substr(start + kChunkStart.size(), length + 4 - kChunkStart.size());
-}
-
 /// The message of the first write that failed, or nothing.
 std::string write(const std::filesystem::path& path, const stage::Picture& picture, const std::string& renderer) {
     if (const auto written = stage::write_png(path, picture); !written) return "\n" + written.error().message;
@@ -60,9 +51,9 @@ PictureCheck check_stored_picture(const std::filesystem::path& folder, const std
         return {PictureVerdict::kMissing,
                 fmt::format("{} is not there; look at {}, then run with TOVU_STORE_PICTURES=1{}", stored_path.string(),
                             new_path.string(), write(new_path, actual, renderer))};
-    if (const std::string other = stored_renderer(stored_path); other != renderer)
+    if (file_bytes(stored_path).find(kChunkStart + renderer) == std::string::npos)
         return {PictureVerdict::kOtherRenderer,
-                fmt::format("NOT COMPARED: {} was drawn by '{}', this is '{}'", stored_path.string(), other, renderer)};
+                fmt::format("NOT COMPARED: {} was not drawn by '{}'", stored_path.string(), renderer)};
     const auto expected = stage::read_picture(stored_path);
     if (!expected) return {PictureVerdict::kDifferent, expected.error().message};
     const auto difference = stage::compare_pictures(*expected, actual, tolerance.threshold);

@@ -9,24 +9,8 @@
 #include <cstring>
 #include <stdexcept>
 
-enum class Fault {
-    NAME_MISSING,
-    NAME_TWICE,
-    NAME_OF_ANOTHER,
-    TYPE_MISSING,
-    TYPE_WRONG,
-    SIZE_MISSING,
-    SIZE_TOO_SMALL,
-    INIT_NOT_ZERO,
-    ENTRY_POINT_MISSING,
-    PARAMETER_TWICE,
-    DEFAULT_OUTSIDE,
-    SCENE_TOO_EARLY,
-    AT_WORK
-};
-
-static bool breaks(Fault rule) {
-    return rule == Fault::FAULT;
+static bool breaks(const char* rule) {
+    return std::strcmp(rule, FAULT) == 0;
 }
 
 namespace {
@@ -60,7 +44,7 @@ void do_deed(const char* deed) {
 }
 
 void work(const char* entry_point) {
-    if (!breaks(Fault::AT_WORK)) return;
+    if (!breaks("AT_WORK")) return;
     const char* fault = std::getenv("FAULTY");
     const size_t length = std::strlen(entry_point);
     if (fault && std::strncmp(fault, entry_point, length) == 0 && fault[length] == ':') do_deed(fault + length + 1);
@@ -74,15 +58,15 @@ __attribute__((constructor)) void load() {
 
 int32_t PLUGIN_INIT() noexcept {
     work("PLUGIN_INIT");
-    if (!breaks(Fault::NAME_MISSING)) pelRegisterPlugin(breaks(Fault::NAME_OF_ANOTHER) ? "Probe" : "Faulty");
-    if (breaks(Fault::NAME_TWICE)) pelRegisterPlugin("Faulty again");
-    if (!breaks(Fault::TYPE_MISSING)) pelRegisterPluginType(breaks(Fault::TYPE_WRONG) ? 7 : 1);
+    if (!breaks("NAME_MISSING")) pelRegisterPlugin(breaks("NAME_OF_ANOTHER") ? "Probe" : "Faulty");
+    if (breaks("NAME_TWICE")) pelRegisterPlugin("Faulty again");
+    if (!breaks("TYPE_MISSING")) pelRegisterPluginType(breaks("TYPE_WRONG") ? 7 : 1);
     pelRegisterParameterInt("first", "First", 1, 0, 10);
-    if (breaks(Fault::PARAMETER_TWICE)) pelRegisterParameterBool("first", "First", 0);
-    if (breaks(Fault::DEFAULT_OUTSIDE)) pelRegisterParameterFloat("second", "Second", 11.5f, 0.0f, 10.0f);
-    if (breaks(Fault::SCENE_TOO_EARLY)) _api__object_valid(1);
-    if (!breaks(Fault::SIZE_MISSING)) pelRegisterTotalSize(breaks(Fault::SIZE_TOO_SMALL) ? 3 : 64);
-    return breaks(Fault::INIT_NOT_ZERO) ? 5 : 0;
+    if (breaks("PARAMETER_TWICE")) pelRegisterParameterBool("first", "First", 0);
+    if (breaks("DEFAULT_OUTSIDE")) pelRegisterParameterFloat("second", "Second", 11.5f, 0.0f, 10.0f);
+    if (breaks("SCENE_TOO_EARLY")) _api__object_valid(1);
+    if (!breaks("SIZE_MISSING")) pelRegisterTotalSize(breaks("SIZE_TOO_SMALL") ? 3 : 64);
+    return breaks("INIT_NOT_ZERO") ? 5 : 0;
 }
 
 void PLUGIN_INIT_FUNCTION(void*) noexcept {
@@ -95,7 +79,7 @@ void PLUGIN_CHANGED_CALLBACK(void*, int32_t) noexcept {}
 void PLUGIN_EXEC_ACTION(void*, int32_t) noexcept {}
 uint8_t PLUGIN_NEW_GEOM(void*, int32_t) noexcept {
     if (++frames > 4) work("PLUGIN_NEW_GEOM");
-    if (!breaks(Fault::AT_WORK)) return 1;
+    if (!breaks("AT_WORK")) return 1;
     int32_t geometry = -1;
     _api__container_get_geometry(_api__get_objectid("asked", "", TOVU_OBJECT_CONTAINER), &geometry);
     _api__geom_dispatcher(geometry, 1, nullptr, nullptr);

@@ -71,31 +71,13 @@ void PLUGIN_CHANGED_CALLBACK(void* instance, int32_t parameter_index) noexcept {
 
 void PLUGIN_EXEC_ACTION(void* instance, int32_t action) noexcept {
     ProbeInstance& probe = probe_at(instance);
-    switch (action) {
-        case kProbeDraw:
-            draw_numbers(probe, 0, 8);
-            break;
-        case kProbeAsk:
-            ask_target(probe);
-            break;
-        case kProbeWritePastBlock:
-            static_cast<char*>(instance)[sizeof(ProbeInstance)] = 1;
-            break;
-        case kProbeWritePastText:
-            text_at(probe.text)[kProbeTextLength + 1] = 1;
-            break;
-        case kProbeLeaveSectionOpen:
-            pelEventStart(work_event);
-            break;
-        case kProbeEndWithoutStart:
-            pelEventEnd(work_event);
-            break;
-        case kProbeRegisterLate:
-            pelRegisterParameterBool("late", "Late", 0);
-            break;
-        default:
-            break;
-    }
+    if (action == kProbeDraw) draw_numbers(probe, 0, 8);
+    if (action == kProbeAsk) ask_target(probe);
+    if (action == kProbeWritePastBlock) static_cast<char*>(instance)[sizeof(ProbeInstance)] = 1;
+    if (action == kProbeWritePastText) text_at(probe.text)[kProbeTextLength + 1] = 1;
+    if (action == kProbeLeaveSectionOpen) pelEventStart(work_event);
+    if (action == kProbeEndWithoutStart) pelEventEnd(work_event);
+    if (action == kProbeRegisterLate) pelRegisterParameterBool("late", "Late", 0);
 }
 
 uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t) noexcept {
