@@ -53,7 +53,9 @@ inline Quad array_quad(const tovu::SmokeInstance& instance, const Particle& p, f
     const uint8_t* rgb = instance.color_table.rgb[color];
     Quad quad{corner_offsets(p),
               {rgb[0], rgb[1], rgb[2], low_byte_of(instance.alpha_table.alpha[alpha] * alpha_scale)}};
-    const bool turned = tovu::has_rotation(instance);
+    const tovu::ParameterSlots& slots = instance.parameters;
+    const bool turned = slots.rot_start != 0 || slots.rot_start_spread != 0 || slots.rot_change != 0 ||
+                        slots.rot_change_spread != 0 || slots.rot_follow_path;
     const float turn = p.rotation + p.path_angle;
     if (instance.draw_mode == tovu::kDrawLocalFlat || instance.draw_mode == tovu::kDrawWorldFlat) {
         tovu::Matrix4 matrix;

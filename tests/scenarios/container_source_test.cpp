@@ -1,5 +1,4 @@
-// Births from another container: what is asked of the host, what is kept of the answers, and geometries that answer
-// for themselves.
+// Births from another container: the calls to the host, the data that is kept, and spawn plug-ins.
 #include <gmock/gmock.h>
 #include <tovu/spawn_requests.h>
 
@@ -18,7 +17,7 @@ constexpr int kBirths = 20;
 const stage::Mesh kSquare{{{0, 0, 1}, {100, 0, 2}, {100, 100, 3}, {0, 100, 4}}};
 const stage::Mesh kSmall{{{20, 20, 9}, {40, 20, 9}, {40, 40, -9}}};
 
-/// A smoke that is born in the container "shape", whose name it has picked up.
+/// A smoke whose spawn container "shape" is known since the first frame.
 struct Source {
     explicit Source(std::vector<stage::Mesh> meshes, const stage::ParameterValues& values = {}) {
         shape = host.add_outlines("shape", std::move(meshes));
@@ -57,7 +56,7 @@ TEST(ContainerSource, ReadsEveryMeshVertexByVertex) {
                                                        logged("_api__geom_dispatcher", geometry, 0x5350574E)}));
 }
 
-TEST(ContainerSource, KeepsOutlinesWithoutGapsInStoresThatNeverShrink) {
+TEST(ContainerSource, StoresOutlinesWithoutGapsAndNeverShrinks) {
     Source s({kSquare, kSmall});
     s.host.run_frames(1);
     const ContainerSpawnSource& c = s.kept();
@@ -70,20 +69,16 @@ TEST(ContainerSource, KeepsOutlinesWithoutGapsInStoresThatNeverShrink) {
     expect_near({0, 0, -9}, c.bbox_min, 0);
     expect_near({100, 100, 9}, c.bbox_max, 0);
     const Vector3* store = c.vertex_store;
-    stage::set_mesh_geometry(s.host.stage(), s.shape, {kSmall});
-    s.host.run_frames(1);
-    EXPECT_EQ(1, c.outline_count);
-    EXPECT_EQ(14, c.vertex_capacity);
-    EXPECT_EQ(store, c.vertex_store);
-    EXPECT_EQ(20.0f, c.bbox_min.x);
     stage::set_mesh_geometry(s.host.stage(), s.shape, {{}, kSmall});
     s.host.run_frames(1);
     EXPECT_THAT((std::vector<int32_t>{c.outline_sizes[0], c.outline_sizes[1]}), ElementsAre(0, 3));
-    EXPECT_EQ(0.0f, c.bbox_min.x) << "begun with a first vertex that is not there";
+    EXPECT_EQ(14, c.vertex_capacity);
+    EXPECT_EQ(store, c.vertex_store);
+    EXPECT_EQ(0.0f, c.bbox_min.x) << "an empty first mesh adds the origin";
     EXPECT_THAT(s.host.complaints(), testing::IsEmpty());
 }
 
-TEST(ContainerSource, CoordinatesFollowOneRefreshLate) {
+TEST(ContainerSource, CoordinatesTakeEffectAtTheNextRefresh) {
     Source s({kSquare});
     s.host.container(s.shape).placement.position = {1000, 0, 0};
     const auto smallest_x = [&](int coordinates) {
@@ -93,10 +88,10 @@ TEST(ContainerSource, CoordinatesFollowOneRefreshLate) {
     };
     std::vector<float> x;
     for (const int coordinates : {0, 0, 0, 1, 1}) x.push_back(smallest_x(coordinates));
-    EXPECT_THAT(x, ElementsAre(1000, 0, 0, 0, 1000)) << "in the world at first, whatever the parameter says";
+    EXPECT_THAT(x, ElementsAre(1000, 0, 0, 0, 1000)) << "world coordinates at first, whatever the parameter says";
 }
 
-TEST(ContainerSource, NeedsAHundredthAlongBothAxes) {
+TEST(ContainerSource, NeedsAnExtentOfAHundredthAlongBothAxes) {
     const struct {
         const char* name;
         Vector3 extent;  // of a right triangle along two of its axes
@@ -113,7 +108,7 @@ TEST(ContainerSource, NeedsAHundredthAlongBothAxes) {
     }
 }
 
-// A line of corners there and, a little beside it, back.
+/// A thin outline: a line of corners, and back beside it.
 stage::Mesh stroke(int corners, Vector3 beside, Vector3 (*corner)(int)) {
     stage::Mesh mesh;
     for (int i = 0; i < corners; ++i) mesh.vertices.push_back(corner(i));
@@ -125,20 +120,23 @@ TEST(ContainerSource, GivesEveryBirthAPointInTheThinnestShapes) {
     const struct {
         const char* name;
         stage::Mesh mesh;
-    } rows[] = {{"a sliver", {{{0, 0, 7}, {1000, 1000, 7}, {1000, 1000.25f, 7}}}},
-                {"a spiral", stroke(720, {0.01f, 0, 0},
+    } rows[] = {{"a spiral", stroke(720, {0.01f, 0, 0},
                                     [](int i) {
                                         const float angle = 0.35f * static_cast<float>(i);
                                         const float radius = 10 + 0.5f * static_cast<float>(i);
                                         return Vector3{radius * std::cos(angle), radius * std::sin(angle), 7};
                                     })},
-                {"a zigzag", stroke(2400, {0.002f, 0, 0}, [](int i) {
-                     const float height = 50.0f + static_cast<float>(i * 7919 % 1000) * 0.05f;
-                     return Vector3{static_cast<float>(i), i % 2 == 0 ? height : -height, 7};
-                 })}};
+                {"a zigzag", stroke(2400, {0.002f, 0, 0},
+                                    [](int i) {
+                                        const float height = 50.0f + static_cast<float>(i * 7919 % 1000) * 0.05f;
+                                        return Vector3{static_cast<float>(i), i % 2 == 0 ? height : -height, 7};
+                                    })},
+                {"a sliver", {{{0, 0, 7}, {1000, 1000, 7}, {1000, 1000.25f, 7}}}}};
+    Source s({}, {{"spawn_range_z", 2.0}, {"birth_rate", 50.05 * kBirths}});
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Source s({row.mesh}, {{"spawn_range_z", 2.0}, {"birth_rate", 50.05 * kBirths}});
+        stage::set_mesh_geometry(s.host.stage(), s.shape, {row.mesh});
+        s.host.press(s.smoke, "reset");
         s.host.run_frames(1);
         ASSERT_EQ(kBirths, s.host.active_count(s.smoke)) << "in the first frame that knows the shape";
         const auto corners = static_cast<int32_t>(row.mesh.vertices.size());
@@ -149,7 +147,7 @@ TEST(ContainerSource, GivesEveryBirthAPointInTheThinnestShapes) {
     }
 }
 
-TEST(ContainerSource, SaysOnceAStepWhatIsMissing) {
+TEST(ContainerSource, ReportsWhatIsMissingInEveryStep) {
     Source s({kSquare});
     const auto said_in_two_frames = [&s] {
         testing::internal::CaptureStdout();
@@ -167,7 +165,7 @@ TEST(ContainerSource, SaysOnceAStepWhatIsMissing) {
     EXPECT_EQ("", said_in_two_frames()) << "a container that is gone is not refreshed";
 }
 
-TEST(ContainerSource, AContainerThatGoesAsBirthsBeginDrawsNoCandidates) {
+TEST(ContainerSource, ARemovedContainerDrawsNoCandidates) {
     Source s({kSquare}, {{"opening_angle_x", 0.0}, {"opening_angle_z", 0.0}});
     int asked = 0;
     s.host.stage().overrides.object_valid = [&](int32_t) { return ++asked <= 4 ? 1 : 0; };  // the last before births
@@ -178,7 +176,7 @@ TEST(ContainerSource, AContainerThatGoesAsBirthsBeginDrawsNoCandidates) {
     s.host.stage().overrides.object_valid = nullptr;
 }
 
-TEST(ContainerSource, AGeometryMaySupplyItsOwnPoints) {
+TEST(ContainerSource, ASpawnPluginSuppliesPoints) {
     const struct {
         const char* name;
         int32_t dispatched, replied;
@@ -187,9 +185,9 @@ TEST(ContainerSource, AGeometryMaySupplyItsOwnPoints) {
         int refusals = 0;  // before the first point
     } rows[] = {{"yes", 1, 5, 0, true, true},
                 {"no", 1, 0, 0, false, false},
-                {"nobody listened", 0, 1, 0, false, false},
-                {"not this one", 1, 5, TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, false, false},
-                {"but no point", 1, 5, TOVU_REQUEST_NEW_SPAWN_POINT, true, false, 25000},
+                {"not dispatched", 0, 1, 0, false, false},
+                {"refused", 1, 5, TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, false, false},
+                {"no point", 1, 5, TOVU_REQUEST_NEW_SPAWN_POINT, true, false, 25000},
                 {"after many refusals", 1, 5, 0, true, true, 24999}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -228,19 +226,19 @@ TEST(ContainerSource, AGeometryMaySupplyItsOwnPoints) {
     }
 }
 
-TEST(ContainerSource, CountsThatDoNotAddUpStayWithinTheStore) {
+TEST(ContainerSource, ContradictoryCountsStayWithinTheStore) {
     const struct {
         const char* name;
-        int32_t total, meshes, per_mesh;  // as the host claims them; 0 per mesh: the truth
+        int32_t total, meshes, per_mesh;  // as the host reports them; 0 per mesh: the true count
         std::vector<int32_t> sizes;       // kept of two squares
-    } rows[] = {{"more in the meshes than in all", 3, 2, 0, {4, 2}},
+    } rows[] = {{"meshes hold more than the total", 3, 2, 0, {4, 2}},
                 {"more meshes than vertices", 2, 20000000, 0, {4, 0}},
-                {"none in all", 0, 2, 0, {0}},
-                {"fewer than none", -5, 2, 0, {0}},
-                {"meshes of fewer than none", 8, 2, -1, {0, 0}},
-                {"fewer meshes than none", 8, -2, 0, {}},
+                {"a total of 0", 0, 2, 0, {0}},
+                {"negative", -5, 2, 0, {0}},
+                {"meshes of negative size", 8, 2, -1, {0, 0}},
+                {"a negative number of meshes", 8, -2, 0, {}},
                 {"more than memory", 2147483647, 2, 0, {}},
-                {"endless meshes", 3, 2, 2147483647, {6, 0}}};
+                {"meshes of the largest size", 3, 2, 2147483647, {6, 0}}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Source s({kSquare, kSquare});

@@ -26,13 +26,13 @@ double identity(double u) {
 const struct {
     const char* name;
     std::string text;
-    double (*at)(double u);  // before it is held to 0 to 1
+    double (*at)(double u);  // before it is clamped to 0 to 1
 } kAlphas[] = {
     {"as registered: with two points the second slope counts as 0", "0.0 1.0 1.0 0.0",
      [](double u) { return 1 - 1.5 * u + 0.5 * u * u; }},
     {"uneven points on a line", "0 0.9 0.1 0.84 0.7 0.48 1 0.3", [](double u) { return 0.9 - 0.6 * u; }},
-    {"held to 0 and 1", "-1 -2 0 -1 0.5 0.5 1 2", [](double u) { return -1 + 3 * u; }},
-    {"the ends go on", "0.4 0.4 0.5 0.5 0.6 0.6", identity},
+    {"clamped to 0 and 1", "-1 -2 0 -1 0.5 0.5 1 2", [](double u) { return -1 + 3 * u; }},
+    {"extrapolated at both ends", "0.4 0.4 0.5 0.5 0.6 0.6", identity},
     {"a last x alone is ignored", "0 0.9 0.5 0.6 1 0.3 2", [](double u) { return 0.9 - 0.6 * u; }},
     {"points past the thousandth are ignored", line_of(1000) + "5 0 6 1 7 0", identity},
     {"x falls", "0 1 0.5 1 0.4 1", nothing},
@@ -64,20 +64,20 @@ const struct {
 } kColors[] = {
     {"as registered: white", "0.0 1.0 1.0 1.0 1.0 1.0 1.0 1.0", 0, {255, 255, 255}},
     {"as registered: to the end", "0.0 1.0 1.0 1.0 1.0 1.0 1.0 1.0", 1023, {255, 255, 255}},
-    {"as registered: the end itself is black", "0.0 1.0 1.0 1.0 1.0 1.0 1.0 1.0", 1024, {0, 0, 0}},
+    {"as registered: the last entry is black", "0.0 1.0 1.0 1.0 1.0 1.0 1.0 1.0", 1024, {0, 0, 0}},
     {"a quarter of the way, truncated", "0 0 1 0.5 1 1 0 0.25", 256, {63, 191, 111}},
     {"a segment begins with its own colour", "0 1 0 0 0.5 0 1 0 1 0 0 1", 512, {0, 255, 0}},
     {"and ends one step short of the next", "0 1 0 0 0.5 0 1 0 1 0 0 1", 511, {0, 254, 0}},
     {"black before the first stop", "0.5 1 1 1 1 1 1 1", 511, {0, 0, 0}},
     {"from the first stop", "0.5 1 1 1 1 1 1 1", 512, {255, 255, 255}},
     {"black from the last stop on", "0 1 1 1 0.5 1 1 1", 512, {0, 0, 0}},
-    {"stops in one entry fill nothing", "0 1 1 1 0.5 1 1 1 0.5004 0 0 1 1 0 0 1", 512, {0, 0, 255}},
-    {"a stop behind its neighbour fills nothing", "0.8 1 1 1 0.2 1 1 1 0.4 1 1 1", 600, {0, 0, 0}},
+    {"two stops in one entry fill nothing", "0 1 1 1 0.5 1 1 1 0.5004 0 0 1 1 0 0 1", 512, {0, 0, 255}},
+    {"a stop before its predecessor fills nothing", "0.8 1 1 1 0.2 1 1 1 0.4 1 1 1", 600, {0, 0, 0}},
     {"one stop is black", "0 1 1 1", 0, {0, 0, 0}},
-    {"a group cut short is ignored", "0 1 1 1 0.5 1 1 1 1 1 1", 600, {0, 0, 0}},
-    {"positions and components are held to 0 and 1", "-3 7 -2 1 9 7 -2 1", 1023, {255, 0, 255}},
-    {"also -1, which is no mark of its own", "-1 1 1 1 1 1 1 1", 0, {255, 255, 255}},
-    {"no number counts as 0", "0 nan inf 1 1 x y 1", 500, {0, 0, 255}},
+    {"an incomplete group is ignored", "0 1 1 1 0.5 1 1 1 1 1 1", 600, {0, 0, 0}},
+    {"positions and components are clamped to 0 and 1", "-3 7 -2 1 9 7 -2 1", 1023, {255, 0, 255}},
+    {"a position of -1 is clamped too", "-1 1 1 1 1 1 1 1", 0, {255, 255, 255}},
+    {"a word counts as 0", "0 nan inf 1 1 x y 1", 500, {0, 0, 255}},
 };
 
 TEST(ColorTable, SegmentsBetweenStops) {

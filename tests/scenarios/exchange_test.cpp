@@ -1,10 +1,12 @@
-// A consumer plug-in on the other side of the exchange: attaching, holding, letting go.
+// The exchange protocol: a consumer attaches, claims and releases particles, and detaches.
 #include <gmock/gmock.h>
 #include <tovu/exchange.h>
 #include <tovu/spawn_requests.h>
 
-#include <cstring>
+#include <random>
 
+#include "particles/instance_caches.h"
+#include "random_seed.h"
 #include "render_host.h"
 
 namespace tovu {
@@ -12,7 +14,7 @@ namespace {
 
 using Records = std::vector<Particle*>;
 
-/// A smoke of some particles, alive and at rest, and a consumer that sends it requests. Frames of 0.25 s.
+/// A smoke of live particles at rest and a consumer that sends it requests. Frames of 0.25 s.
 struct Exchange {
     explicit Exchange(int particles = 4) {
         host.stage().clock.frame_period_seconds = 0.25;
@@ -20,10 +22,9 @@ struct Exchange {
         host.set(smoke, "birth_rate", 0.0);
         block().birth_accumulator = 0;
     }
-    ParticleExchangeBlock* attach(ParticleAttachRequest request = {1000, 100, 0}) { return attach(request, smoke); }
-    ParticleExchangeBlock* attach(ParticleAttachRequest request, SmokeHandle to) {
+    ParticleExchangeBlock* attach(ParticleAttachRequest request = {1000, 100, 0}) {
         ParticleExchangeBlock* reply = nullptr;
-        stage::dispatch(host.stage(), to.container, TOVU_REQUEST_ATTACH, &request, &reply);
+        stage::dispatch(host.stage(), smoke.container, TOVU_REQUEST_ATTACH, &request, &reply);
         return reply;
     }
     void detach() {
@@ -58,7 +59,7 @@ TEST(Exchange, AttachHandsOutTheHeads) {
     }
     host.run_frames(5);
     EXPECT_EQ(70u, host.inactive(smoke).size());
-    stage::remove_geometry(host.stage(), smoke.container);  // while attached: nobody is told
+    stage::remove_geometry(host.stage(), smoke.container);  // while attached: no request is sent
     EXPECT_TRUE(host.complaints().empty());
 }
 
@@ -87,10 +88,10 @@ TEST(Exchange, BirthsAreCappedAndTheRestStaysDue) {
         int32_t limit;
         int born;
         float due;  // seconds left over, of 0.25 at 32 births a second
-    } rows[] = {{"above what is due", 9, 8, 0},
+    } rows[] = {{"above the births due", 9, 8, 0},
                 {"below", 3, 3, 5 / 32.0f},
                 {"none", 0, 0, 0.25f},
-                {"fewer than none", -2, 0, 10 / 32.0f}};
+                {"negative", -2, 0, 10 / 32.0f}};
     for (const auto& row : rows) {
         Exchange x(20);
         x.attach({row.limit, 100, 0});
@@ -108,21 +109,27 @@ TEST(Exchange, OnlyClaimedAndReleasedParticlesTakePart) {
     const Records p = x.host.active(x.smoke);
     for (Particle* each : p) {
         each->velocity = {1, 0, 0};
-        each->life = 0.5f;  // far below its age, were it counted
+        each->life = 0.5f;  // it would die in the first frame
         each->age = 0;
     }
     const Particle untouched = *p[1];
     p[0]->claimed = 1;
     p[2]->released = 1;
     x.host.run_frames(1);
-    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): padding stays as it is too
-    EXPECT_EQ(0, std::memcmp(&untouched, p[1], sizeof untouched)) << "not even its look";
+    expect_same(untouched, *p[1]);
     EXPECT_EQ(1.0f, p[0]->position.x - untouched.position.x);
     EXPECT_EQ(0.25f, p[2]->age);
     x.host.run_frames(3);
-    EXPECT_EQ(Records{p[1]}, x.host.active(x.smoke)) << "the others have died";
+    EXPECT_EQ(Records{p[1]}, x.host.active(x.smoke)) << "the others died";
     EXPECT_EQ(1e7f, x.host.bounding_box(x.smoke).minimum.x) << "alive, but in no box";
     EXPECT_EQ(-1e7f, x.host.bounding_box(x.smoke).maximum.z);
+    x.host.set(x.smoke, "birth_rate", 1e7);
+    x.host.run_frames(1);
+    ASSERT_EQ(3, x.host.active_count(x.smoke));
+    for (const Particle* born : {p[0], p[2]}) {
+        EXPECT_EQ(0, born->claimed + born->released);
+        EXPECT_EQ(255.0f, born->alpha);
+    }
 }
 
 TEST(Exchange, AConsumerMayOwnTheColours) {
@@ -135,28 +142,28 @@ TEST(Exchange, AConsumerMayOwnTheColours) {
         p.alpha = -1;
         x.host.run_frames(1);
         EXPECT_EQ(owns ? 11 : 255, p.color[0]);
-        EXPECT_GT(p.alpha, 200.0f) << "opacity stays with the smoke";
+        EXPECT_GT(p.alpha, 200.0f) << "the smoke still sets the opacity";
         EXPECT_THAT(x.host.pass(x.smoke),
                     testing::Contains(testing::StartsWith(owns ? "glColor4ub(11, " : "glColor4ub(255, ")));
         x.host.set(x.smoke, "use_array", true);
         x.host.run_frames(1);
         x.host.pass(x.smoke);
-        EXPECT_EQ(255, stage::recorded_draws().at(0).colors.values.at(0)) << "arrays take the smoke's own in any case";
-        EXPECT_EQ(owns ? 11 : 255, p.color[0]) << "and leave the records alone";
+        EXPECT_EQ(255, stage::recorded_draws().at(0).colors.values.at(0)) << "arrays always use the smoke's colours";
+        EXPECT_EQ(owns ? 11 : 255, p.color[0]) << "and do not write the records";
         x.host.set(x.smoke, "use_array", false);
         x.detach();
         x.host.set(x.smoke, "birth_rate", 1e7);
         x.host.run_frames(1);
-        EXPECT_EQ(255, p.color[0]) << "once detached, nobody owns them";
+        EXPECT_EQ(255, p.color[0]) << "the smoke sets colours again";
     }
 }
 
-TEST(Exchange, ShrinkingKeepsWhatTheConsumerHolds) {
+TEST(Exchange, ShrinkingKeepsClaimedRecords) {
     Exchange x(6);
     x.attach();
     const Records p = x.host.active(x.smoke);
     x.claim_all();
-    p[1]->claimed = 0;  // will be gone
+    p[1]->claimed = 0;  // freed in the next frame
     x.host.set(x.smoke, "number_of_particles", 2);
     x.host.run_frames(1);
     EXPECT_EQ((Records{p[4], p[5]}), x.host.active(x.smoke)) << "the youngest went";
@@ -175,12 +182,13 @@ TEST(Exchange, ShrinkingKeepsWhatTheConsumerHolds) {
     EXPECT_EQ(0, p[4]->claimed + p[5]->claimed);
 }
 
-TEST(Exchange, DetachingSetsEverythingFree) {
+TEST(Exchange, DetachingReturnsAllParticles) {
     Exchange x(4);
     x.attach({0, 50, 1});
     x.claim_all();
     x.host.press(x.smoke, "reset");
     x.host.inactive(x.smoke)[2]->released = 1;
+    x.host.inactive(x.smoke)[2]->accelerated = 1;
     x.detach();
     for (const Particle* p : x.host.inactive(x.smoke)) EXPECT_EQ(0, p->claimed);
     EXPECT_EQ(50.0f, x.block().parameters.life_time_scale) << "the written value stays";
@@ -192,8 +200,8 @@ TEST(Exchange, DetachingSetsEverythingFree) {
     EXPECT_EQ(0, x.host.active_count(x.smoke));
 }
 
-/// A smoke of ten whose spawn plug-in is the test: it does `act` in the third request with this code of the frame that
-/// begins with no particle, and lets the second youngest die on the way.
+/// A smoke of ten with the test as its spawn plug-in: `act` runs in the third request with this code of the first frame
+/// with births. The second youngest particle dies in that frame.
 struct Asked {
     Asked(int32_t code, void (*act)(Asked&)) {
         host.add_outlines("shape", {});
@@ -202,7 +210,7 @@ struct Asked {
                                 {"birth_rate", 1e7},
                                 {"number_of_particles", 10},
                                 {"life_time_scale", 50.0}});
-        other = host.add_smoke({{"birth_rate", 1e7}, {"life_time", 0.05}}, "other");
+        host.add_smoke({{"birth_rate", 1e7}, {"life_time", 0.05}}, "other");
         host.run_frames(1);
         host.stage().overrides.geom_dispatcher = [this, code, act](int32_t, int32_t asked, void*, void* reply) {
             if (asked == TOVU_REQUEST_IS_INSIDE && inside_tests == 0) host.active(smoke)[1]->life = -1;
@@ -217,7 +225,7 @@ struct Asked {
         ParticleExchangeBlock* reply = nullptr;
         stage::dispatch(host.stage(), smoke.container, code, &request, &reply);
     }
-    /// As many on the lists as there should be, and drawn as many as live.
+    /// All records are on a list, and a pass draws the live ones.
     void expect_sound() {
         host.render(smoke);
         const SmokeInstance& block = host.block(smoke);
@@ -227,7 +235,6 @@ struct Asked {
     }
     RenderHost host;
     SmokeHandle smoke;
-    SmokeHandle other;
     int points = 0;
     int inside_tests = 0;
 };
@@ -236,11 +243,11 @@ struct Outcome {
     int live, points, inside_tests;
 };
 
-TEST(Exchange, WhatComesFromInsideARequestTakesEffectAtOnce) {
+TEST(Exchange, ActionsInsideARequestTakeEffectAtOnce) {
     const struct {
         const char* name;
         void (*act)(Asked&);
-        Outcome of_births, of_walk;  // inside a request for a point, or about one
+        Outcome of_births, of_walk;  // acting in a request for a point, or for an inside test
     } rows[] = {
         {"nothing", [](Asked&) {}, {9, 10, 9}, {9, 10, 9}},
         {"attaching", [](Asked& a) { a.send(TOVU_REQUEST_ATTACH); }, {10, 10, 0}, {9, 10, 3}},
@@ -275,37 +282,52 @@ TEST(Exchange, WhatComesFromInsideARequestTakesEffectAtOnce) {
             }
 }
 
-// One shrinks and grows while its particles are held, the other is cleaned up so. What a consumer keeps stays good: the
-// block's address, and each record that it holds.
-TEST(Exchange, TwoSmokesWithAConsumerEach) {
-    Exchange x(4);
-    const SmokeHandle other =
-        x.host.add_smoke({{"number_of_particles", 3}, {"birth_rate", 1e7}, {"life_time", 1000.0}}, "other");
-    ParticleExchangeBlock* const block = x.attach({0, 10, 1});
-    ParticleExchangeBlock* const other_block = x.attach({2, 60, 0}, other);
-    ASSERT_NE(block, other_block);
-    x.claim_all();
-    const Records held = x.host.active(x.smoke);
-    x.host.run_frames(1);
-    EXPECT_EQ(held, x.host.active(x.smoke)) << "none is born";
-    EXPECT_EQ(2, x.host.active_count(other));
-    EXPECT_EQ(10.0f, x.block().parameters.life_time_scale);
-    EXPECT_EQ(60.0f, x.host.block(other).parameters.life_time_scale);
+enum class Memory { kPlenty, kNoCaches, kArrayStaysSmall };
 
-    for (Particle* p : x.host.active(other)) p->claimed = 1;
-    x.host.set(other, "number_of_particles", 1);
-    for (const int size : {1, 4}) {
-        x.host.set(x.smoke, "number_of_particles", size);
+/// Draw count and lists of a smoke after each frame of random operations.
+std::vector<std::string> random_life(Memory memory, unsigned seed) {
+    Exchange x(8);
+    x.host.set(x.smoke, "life_time", 2.0);
+    x.host.set(x.smoke, "life_time_spread", 90.0);
+    std::srand(seed);
+    std::mt19937 random(seed);
+    InstanceCaches* const caches = x.block().caches;
+    if (memory == Memory::kNoCaches) x.block().caches = nullptr;
+    std::vector<std::string> frames;
+    for (int frame = 0; frame < 1000; ++frame) {
+        const auto choice = random() % 32, amount = random() % 200;
+        if (choice < 8) x.host.set(x.smoke, "birth_rate", static_cast<double>(amount));
+        if (choice == 9 || choice == 10) x.host.set(x.smoke, "number_of_particles", static_cast<int>(amount));
+        if (choice == 11) x.host.press(x.smoke, "reset");
+        if (choice == 12) x.attach({static_cast<int32_t>(amount), 100, 0});
+        if (choice == 13) x.detach();
+        for (Particle* p : x.host.active(x.smoke))
+            if (choice > 26) p->claimed = random() % 2;
+        if (memory == Memory::kArrayStaysSmall) {
+            ActiveArray small;
+            small.records.reserve(8);
+            caches->active = std::move(small);
+            caches->active.mirrors_links = frame % 2 == 0 && x.block().active_head == nullptr;
+        }
         x.host.run_frames(1);
+        x.host.render(x.smoke);
+        std::string& text = frames.emplace_back(std::to_string(x.block().draw_count));
+        for (const Records& list : {x.host.active(x.smoke), x.host.inactive(x.smoke), x.host.deleted(x.smoke)}) {
+            text += " |";
+            for (const Particle* p : list) text += ' ' + std::to_string(p->life) + '@' + std::to_string(p->age);
+        }
     }
-    EXPECT_EQ(1u, x.host.deleted(other).size());
-    stage::remove_geometry(x.host.stage(), other.container);
-    x.host.run_frames(1);
-    EXPECT_EQ(held[3], *block->active_head);
-    EXPECT_EQ(3u, x.host.inactive(x.smoke).size()) << "new ones";
-    EXPECT_EQ((Records{held[2], held[1], held[0]}), x.host.deleted(x.smoke));
-    for (const Particle* p : held) EXPECT_EQ(1, p->claimed);
-    EXPECT_EQ(block, x.attach());
+    x.block().caches = caches;
+    return frames;
+}
+
+TEST(ActiveArray, ChangesNothing) {
+    const RandomSeed seed;
+    const std::vector<std::string> expected = random_life(Memory::kNoCaches, seed.value);
+    for (const Memory memory : {Memory::kPlenty, Memory::kArrayStaysSmall}) {
+        const std::vector<std::string> frames = random_life(memory, seed.value);
+        for (size_t i = 0; i < frames.size(); ++i) ASSERT_EQ(expected[i], frames[i]) << "frame " << i;
+    }
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
-// Images as masks and winds: which pixel lies under a position, and images that change behind the smoke's back.
+// Images as masks and as wind: the pixel under a position, and images that change between two steps.
 #include <gmock/gmock.h>
-#include <sys/mman.h>
 #include <tovu/spawn_requests.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstring>
@@ -27,20 +25,20 @@ struct Weather {
                                        {"spawn_image", "wind"}},
                                       values));
     }
-    /// What the wind moves a particle by that stands here, in pixel values: 1020 · 0.25 s is 255.
+    /// Displacement by the wind of a particle at (x, y), in pixel values: 1020 · 0.25 s is 255.
     Vector3 wind_at(float x, float y) {
         Particle& p = *host.active(smoke).at(0);
         p.position = {x, y, 0};
         host.run_frames(1);
         return p.position - Vector3{x, y, 0};
     }
-    /// How many live once as many as `count` could be born on the image.
+    /// Live particles after births on the image, with room for `count`.
     int born_on_it(int count) {
         host.set(smoke, "spawn_range_x", 100.0);
         host.set(smoke, "spawn_range_y", 100.0);
         host.set(smoke, "spawn_type", 3);
         host.set(smoke, "number_of_particles", count);
-        host.set(smoke, "birth_rate", 4.4 * count);  // a frame and a bit to fill it: a dark image is searched for long
+        host.set(smoke, "birth_rate", 4.4 * count);  // enough for one frame; more would search a dark image for long
         host.run_frames(1);
         EXPECT_GE(1, host.active_count(smoke)) << "the mask has its rectangle from the next frame on";
         host.run_frames(2);
@@ -88,59 +86,36 @@ TEST(ImageSource, SecondAndThirdChannelTurnTheWind) {
         }
 }
 
-TEST(ImageSource, FormatsSayHowFarAPixelReaches) {
+TEST(ImageSource, FormatsDecideTheBytesOfAPixel) {
     const std::pair<int32_t, size_t> rows[] = {{GL_ALPHA, 1}, {GL_LUMINANCE, 1}, {GL_LUMINANCE_ALPHA, 2},
                                                {GL_RGB, 3},   {GL_RGBA, 4},      {0x80E1, 4}};
     for (const auto& [format, bytes] : rows) {
         SCOPED_TRACE(testing::Message() << "format " << format);
         std::vector<uint8_t> pixels(2 * bytes, 0);
         pixels[0] = 255;
-        pixels[bytes] = 100;  // under three bytes a pixel it is the first pixel's second or third channel as well
+        pixels[bytes] =
+            100;  // with fewer than three bytes a pixel this is the first pixel's second or third channel as well
         Weather weather(2, 1, format, pixels);
-        EXPECT_NEAR(100, weather.wind_at(10, 0).x, 1e-3f) << "what the last pixel lacks is 0";
+        EXPECT_NEAR(100, weather.wind_at(10, 0).x, 1e-3f) << "missing channels of the last pixel are 0";
         EXPECT_NEAR(255 * std::cos(bytes == 2 ? 100 / 255.0 * 2 * M_PI : 0), weather.wind_at(-10, 0).x, 1e-2f);
     }
 }
 
-/// Pixels that end where memory does: a byte read past them ends the test.
-class GuardedPixels {
-  public:
-    explicit GuardedPixels(size_t bytes) {
-        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        const size_t before = (bytes + page - 1) / page * page;
-        size_ = before + page;
-        memory_ =
-            static_cast<uint8_t*>(mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(memory_ + before, page, PROT_NONE);
-        pixels_ = memory_ + before - bytes;
-        std::memset(pixels_, 255, bytes);
-    }
-    ~GuardedPixels() { munmap(memory_, size_); }
-    GuardedPixels(const GuardedPixels&) = delete;
-    GuardedPixels& operator=(const GuardedPixels&) = delete;
-    uint8_t* data() { return pixels_; }
-
-  private:
-    size_t size_;
-    uint8_t* memory_;
-    uint8_t* pixels_;
-};
-
-TEST(ImageSource, NeverReadsPastTheDataOfTheMoment) {
+TEST(ImageSource, NeverReadsPastTheCurrentData) {
     const struct {
         const char* name;
-        int32_t width, height, format;  // of the moment; loaded as 8 × 8 RGBA
-        int lit_rows;                   // of 8, that the data still reach in full
+        int32_t width, height, format;  // current; loaded as 8 × 8 RGBA
+        int lit_rows;                   // of 8, that the current data hold completely
         bool answers = true;            // with data
     } rows[] = {{"as loaded", 8, 8, GL_RGBA, 8},     {"half as high", 8, 4, GL_RGBA, 4},
                 {"one pixel", 1, 1, GL_RGBA, 0},     {"fewer bytes", 8, 8, GL_LUMINANCE, 2},
-                {"empty", 0, 8, GL_RGBA, 0},         {"less than empty", -8, -8, GL_RGBA, 0},
+                {"empty", 0, 8, GL_RGBA, 0},         {"negative", -8, -8, GL_RGBA, 0},
                 {"no data", 8, 8, GL_RGBA, 0, false}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const int32_t bytes = std::max(0, row.width) * std::max(0, row.height) * stage::bytes_per_pixel(row.format);
-        GuardedPixels guarded(static_cast<size_t>(bytes));
-        Weather weather(8, 8, GL_RGBA, std::vector<uint8_t>(256, 255));
+        std::vector<uint8_t> lit(256, 255);  // longer than the current data
+        Weather weather(8, 8, GL_RGBA, lit);
         stage::Overrides& overrides = weather.host.stage().overrides;
         overrides.get_image_size = [&row](int32_t, int32_t* width, int32_t* height) {
             *width = row.width;
@@ -148,22 +123,22 @@ TEST(ImageSource, NeverReadsPastTheDataOfTheMoment) {
         };
         overrides.get_image_format = [&row](int32_t, int32_t* format) { *format = row.format; };
         overrides.get_image_data = [&](int32_t, uint8_t** pixels) {
-            if (row.answers) *pixels = guarded.data();
+            if (row.answers) *pixels = lit.data();
         };
         for (int r = 0; r < 8; ++r) {
             const float wind = weather.wind_at(49, -50 + 12.5f * (static_cast<float>(r) + 0.5f)).x;
             EXPECT_EQ(r < row.lit_rows, (std::fabs(wind) > 1)) << "row " << r;
         }
-        EXPECT_EQ(bytes > 0 && row.answers ? 200 : 1, weather.born_on_it(200)) << "one pixel is enough to be born on";
+        EXPECT_EQ(bytes > 0 && row.answers ? 200 : 1, weather.born_on_it(200)) << "one lit pixel is enough for births";
     }
 }
 
-TEST(ImageSource, IsAskedForAnewAfterEachRequest) {
+TEST(ImageSource, IsReadAgainAfterEachRequest) {
     using Pixels = std::vector<uint8_t>;
     const struct {
         const char* name;
         void (*act)(stage::Stage&, int32_t image);  // by the host, while the smoke asks a spawn plug-in
-        float wind;                                 // of the last pixel's first byte then, 200 before
+        float wind;                                 // from the last pixel's first byte afterwards, 200 before
     } rows[] = {
         {"other pixels", [](auto& s, int32_t i) { stage::replace_image(s, i, 1, 2, GL_RGB, Pixels(6, 100)); }, 100},
         {"too few", [](auto& s, int32_t i) { stage::replace_image(s, i, 1, 1, GL_RGB, Pixels(3, 100)); }, 0},
@@ -185,12 +160,12 @@ TEST(ImageSource, IsAskedForAnewAfterEachRequest) {
     }
 }
 
-TEST(ImageSource, AnImageThatIsGoneIsDarkAndStill) {
+TEST(ImageSource, ARemovedImageIsDarkAndWindless) {
     Weather weather(1, 1, GL_LUMINANCE, {255});
     stage::remove_image(weather.host.stage(), weather.image);
     EXPECT_EQ(0.0f, weather.wind_at(0, 0).x);
     weather.host.set(weather.smoke, "life_time_scale", 0.0);
-    EXPECT_EQ(0, weather.born_on_it(9)) << "nothing is born, and what lives stands off the mask";
+    EXPECT_EQ(0, weather.born_on_it(9)) << "no births, and live particles are off the mask";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// An instance from its making to its end: what it asks of the host, and how it follows the names of its sources.
+// An instance from creation to clean-up: its calls to the host, and how it follows the names of its sources.
 #include <gmock/gmock.h>
 
 #include "render_host.h"
@@ -24,10 +24,10 @@ TEST(Instance, AsksForItsHandlesAndLaysOutItsArrays) {
     EXPECT_EQ(1.0f, block.alpha_table.alpha[0]) << "the alpha table is built";
     host.start_recording();
     stage::remove_geometry(host.stage(), smoke.container);
-    EXPECT_THAT(host.calls(), IsEmpty()) << "nobody is told of the end";
+    EXPECT_THAT(host.calls(), IsEmpty()) << "clean-up calls nothing";
 }
 
-TEST(Instance, FirstFrameAsksInOrderAndASecondLookFindsNoTimePassed) {
+TEST(Instance, CallsOfTheFirstFrameAndOfARepeatedOne) {
     RenderHost host;
     const SmokeHandle smoke = host.add_smoke();
     const int32_t c = smoke.container;
@@ -51,7 +51,7 @@ TEST(Instance, FirstFrameAsksInOrderAndASecondLookFindsNoTimePassed) {
                                           logged("_api__set_geom_changed", smoke.geometry)));
 }
 
-/// A smoke with all sources named, some frames old.
+/// A smoke with all sources named, after two frames.
 struct NamedSources {
     NamedSources() {
         stage::add_image(host.stage(), "sky", 1, 1, GL_RGBA, {9, 9, 9, 9});
@@ -74,7 +74,7 @@ struct NamedSources {
     SmokeInstance& block() { return host.block(smoke); }
 };
 
-TEST(SourceNames, ChangesArePickedUpWithoutNotice) {
+TEST(SourceNames, AreReadAgainWithoutAChangeCallback) {
     NamedSources s;
     const struct {
         const char* parameter;
@@ -82,6 +82,7 @@ TEST(SourceNames, ChangesArePickedUpWithoutNotice) {
         std::string call;
     } rows[] = {{"spawn_cont_name", "#12", logged("_api__get_objectid_from_objectid", 12)},
                 {"spawn_cont_name", "#-7x", logged("_api__get_objectid_from_objectid", -7)},
+                {"spawn_cont_name", "#99999999999", logged("_api__get_objectid_from_objectid", 2147483647)},
                 {"spawn_cont_name", "#x", logged("_api__get_objectid_from_objectid", 0)},
                 {"spawn_cont_name", "12#", logged("_api__get_objectid", "12#", "", 2)},
                 {"spawn_cont_name", "no such", logged("_api__get_objectid", "no such", "", 2)},
@@ -89,13 +90,13 @@ TEST(SourceNames, ChangesArePickedUpWithoutNotice) {
                 {"spawn_image", "sky", logged("_api__get_image_objectid", "sky")}};
     for (const auto& row : rows) {
         EXPECT_THAT(s.look_ups_after(row.parameter, row.name), ElementsAre(row.call));
-        EXPECT_THAT(s.look_ups_after(row.parameter, row.name), IsEmpty()) << row.name << ": once is enough";
+        EXPECT_THAT(s.look_ups_after(row.parameter, row.name), IsEmpty()) << row.name << ": looked up once";
     }
     EXPECT_EQ(3, s.block().wind_source.bytes_per_pixel);
     EXPECT_EQ(4, s.block().spawn_image_source.bytes_per_pixel);
 }
 
-TEST(SourceNames, ClearedContainersGoAndImagesStay) {
+TEST(SourceNames, ClearingRemovesContainersButNotImages) {
     NamedSources s;
     const int32_t cloud = s.block().container_source.container;
     const int32_t sky = s.block().wind_source.image;
@@ -104,14 +105,14 @@ TEST(SourceNames, ClearedContainersGoAndImagesStay) {
     EXPECT_EQ(-1, s.block().container_source.container);
     EXPECT_EQ(sky, s.block().wind_source.image);
     EXPECT_STREQ("cloud", s.block().saved_container_name);
-    EXPECT_THAT(s.look_ups_after("spawn_cont_name", "cloud"), IsEmpty()) << "as saved: nothing seems changed";
+    EXPECT_THAT(s.look_ups_after("spawn_cont_name", "cloud"), IsEmpty()) << "the saved name is the same";
     EXPECT_EQ(-1, s.block().container_source.container);
     s.look_ups_after("spawn_cont_name", "");
     s.look_ups_after("spawn_cont_name", "cloud", true);
     EXPECT_EQ(cloud, s.block().container_source.container);
 }
 
-TEST(SourceNames, The999FirstCharactersCount) {
+TEST(SourceNames, TheFirst999CharactersCount) {
     NamedSources s;
     for (const char* parameter : {"spawn_cont_name", "wind_image", "spawn_image"}) {
         SCOPED_TRACE(parameter);
@@ -177,13 +178,13 @@ TEST(ImageRectangles, WindFallsBackToTheSpawnRange) {
         EXPECT_THAT(rect_of(wind), ElementsAre(-row.x, -row.y, row.x, row.y)) << row.name;
     }
     host.set(smoke, "spawn_range_y", 8.0);
-    stage::new_frame(host.stage());  // no time has passed, but the rest of a frame's work is done all the same
+    stage::new_frame(host.stage());  // a repeated frame still places the rectangles
     EXPECT_THAT(rect_of(mask), ElementsAre(-5, -4, 5, 4));
 }
 
 TEST(Buttons, BuildAlphaWritesThePairs) {
     RenderHost host;
-    const SmokeHandle smoke = host.add_smoke();
+    const SmokeHandle smoke = host.smoke_of(3);
     host.press(smoke, "build_alpha");
     const auto text = std::get<std::string>(host.get(smoke, "return_value"));
     EXPECT_EQ(1867u, text.size());
@@ -191,6 +192,7 @@ TEST(Buttons, BuildAlphaWritesThePairs) {
     EXPECT_TRUE(text.ends_with(" 1.0 0.000000 ")) << text.substr(1840);
     for (const int32_t action : {0, 3, -1}) stage::execute_action(host.stage(), smoke.container, action);
     EXPECT_EQ(text, std::get<std::string>(host.get(smoke, "return_value"))) << "unknown actions do nothing";
+    EXPECT_EQ(3, host.active_count(smoke));
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ Log vector_drawn(float red, float green, float blue, Vector3 v) {
            ends;
 }
 
-/// Twelve edges, those along z first, then y, then x; among them x, y, z count up like binary digits.
+/// Twelve edges: four along z, then four along y, then four along x, each in ascending order.
 Log cube_drawn(float hx, float hy, float hz) {
     Log log = {logged("glColor4f", 0.2f, 0.2f, 0.7f, 1.0f), logged("glBegin", GL_LINES)};
     const float ends[2] = {-1, 1};
@@ -48,7 +48,7 @@ const stage::ParameterValues kForces = {{"show_forces", true},    {"billboard", 
                                         {"gravity", 9.81},        {"wind_force", 4.0},     {"initial_speed", 0.0},
                                         {"opening_angle_x", 0.0}, {"opening_angle_z", 0.0}};
 
-/// What comes after the quads.
+/// The calls after the quads.
 Log force_calls(const Log& pass) {
     const auto quads = std::find(pass.begin(), pass.end(), logged("glDisableClientState", GL_TEXTURE_COORD_ARRAY));
     return quads == pass.end() ? Log{"no quads"} : Log(quads + 1, pass.end());
@@ -81,7 +81,7 @@ TEST(ForceDisplay, WorldFromTheContainersPosition) {
                          Log{logged("glPopMatrix")}));
 }
 
-TEST(ForceDisplay, CubeOnlyWhereBirthsFillOne) {
+TEST(ForceDisplay, CubeOnlyForACubeOfSomeExtent) {
     for (const stage::ParameterValues& values :
          {stage::ParameterValues{}, {{"spawn_type", "Sphere"}, {"spawn_range_x", 10.0}}}) {
         RenderHost host;

@@ -1,4 +1,4 @@
-// A host whose OpenGL writes down what it is told, and smokes whose particles a test places itself.
+// A host that records OpenGL calls, and smokes whose particles a test places itself.
 #pragma once
 
 #include <tovu/opengl.h>

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 /// A host whose camera stands at the origin and looks along -z.
 struct ListHost : RenderHost {
     ListHost() { stage().camera.position = {0, 0, 0}; }
-    /// Live particles, told apart by the red that each is given: its place in the active list.
+    /// The live particles; each gets its place in the active list as its red.
     std::vector<Particle*> numbered(SmokeHandle smoke) {
         uint8_t red = 0;
         for (Particle* p : active(smoke)) p->color[0] = red++;
@@ -34,7 +34,7 @@ struct ListHost : RenderHost {
     }
 };
 
-TEST(DrawList, AsksForTheCameraWhateverIsSorted) {
+TEST(DrawList, ReadsTheCameraSortedOrNot) {
     const Log camera = {"_api__get_cameraid", "_api__get_camera_position",
                         "_api__get_position", "_api__get_camera_direction",
                         "_api__get_position", "_api__container_get_inverse_matrix"};
@@ -56,16 +56,6 @@ TEST(DrawList, AsksForTheCameraWhateverIsSorted) {
     }
 }
 
-TEST(DrawList, TimesTheWholeAndTheSortApart) {
-    RenderHost host;
-    const SmokeHandle smoke = host.smoke_of(2, {{"sort", true}});
-    std::vector<std::string> sections;
-    host.stage().profile.sink = [&](const stage::TraceSpan& span) { sections.emplace_back(span.event); };
-    host.render(smoke);
-    host.stage().profile.sink = nullptr;
-    EXPECT_THAT(sections, ElementsAre("qsort", "Sort", "PLUGIN_RENDER_OPENGL"));  // in the order they ended
-}
-
 TEST(DrawList, RunsFromTheFarthestToTheNearest) {
     const struct {
         const char* name;
@@ -77,6 +67,7 @@ TEST(DrawList, RunsFromTheFarthestToTheNearest) {
         {"farthest first", true, {10, 30, 20}, {1, 2, 0}},
         {"behind the camera comes last", true, {-5, 10, 0}, {1, 2, 0}},
         {"less than a thousandth apart is equal", true, {0.0004f, -0.0004f}, {0, 1}},
+        {"a thousandth decides", true, {0.004f, 0.006f}, {1, 0}},
         {"equal before a farther one: turned around", true, {1, 1, 5}, {2, 1, 0}},
         {"too deep for a key is deepest", true, {1e30f, 3e9f, 1e6f, -1e30f}, {0, 1, 2, 3}},
     };
@@ -90,7 +81,7 @@ TEST(DrawList, RunsFromTheFarthestToTheNearest) {
     }
 }
 
-TEST(DrawList, MeasuresLocalDepthAlongTheDirectionAsTheContainerSeesIt) {
+TEST(DrawList, MeasuresDepthInTheContainersCoordinates) {
     for (const char* billboard : {"None", "Particle"})
         for (const std::string reference : {"Local", "World"}) {
             ListHost host;
@@ -108,7 +99,7 @@ TEST(DrawList, MeasuresLocalDepthAlongTheDirectionAsTheContainerSeesIt) {
         }
 }
 
-TEST(DrawList, LeavesOutWhatAConsumerNeitherClaimsNorReleases) {
+TEST(DrawList, OmitsParticlesNeitherClaimedNorReleased) {
     ListHost host;
     const SmokeHandle smoke = host.smoke_of(4, {{"sort", true}});
     ParticleAttachRequest request{100, 100.0f, 0};
@@ -122,7 +113,7 @@ TEST(DrawList, LeavesOutWhatAConsumerNeitherClaimsNorReleases) {
     EXPECT_THAT(host.drawn(smoke), ElementsAre(1, 3));
 }
 
-TEST(DrawList, FollowsTheLinksWhereTheArrayIsMissingButNoFurtherThanAPoolReaches) {
+TEST(DrawList, FollowsTheLinksWithoutCachesUpToThePoolLimit) {
     ListHost host;
     const SmokeHandle smoke = host.smoke_of(3);
     const std::vector<Particle*> active = host.numbered(smoke);

@@ -38,17 +38,6 @@ struct PassCase {
     int32_t render_flags;
     Log expected;
 };
-class RenderPass : public testing::TestWithParam<PassCase> {};
-
-TEST_P(RenderPass, CallsOpenGlInOrder) {
-    RenderHost host;
-    const SmokeHandle smoke = host.smoke_of(0, with({{"billboard", "None"}}, GetParam().values));
-    for (int i = 0; i < GetParam().passes_before; ++i) host.render(smoke);
-    Log calls = host.pass(smoke, GetParam().render_flags);
-    std::erase_if(calls, [](const std::string& call) { return !call.starts_with("gl"); });
-    EXPECT_THAT(calls, ElementsAreArray(GetParam().expected));
-}
-
 const stage::ParameterValues kDepth = {{"disable_depth", false}};
 const stage::ParameterValues kUseArray = {{"use_array", true}};
 const Log kWarmingUp = kWarmUp + kBegin + kDepthOff + kFullState + kQuads + kArraysOff + kEnd + kDepthOn;
@@ -56,15 +45,15 @@ const Log kUsual = kBegin + kDepthOff + kFullState + kQuads + kEnd + kDepthOn;
 const Log kUnderIdentity = kBegin + kPush + kQuads + kPop + kEnd;
 const PassCase kPassCases[] = {
     {"first pass", {}, 0, 0, kWarmingUp},
-    {"ninth pass still warms up and tidies", {}, 8, 0, kWarmingUp},
-    {"tenth pass leaves the arrays on", {}, 9, 0, kWarmUp + kUsual},
+    {"the ninth pass still disables the arrays", {}, 8, 0, kWarmingUp},
+    {"the tenth pass leaves the arrays enabled", {}, 9, 0, kWarmUp + kUsual},
     {"from the eleventh pass on", {}, 10, 0, kUsual},
     {"use array at any time", kUseArray, 15, 0,
      kWarmUp + kBegin + kDepthOff + kFullState + kArrays + kArraysOff + kEnd + kDepthOn},
     {"reduced pass sets the depth mask at the end only", {}, 10, 1, kBegin + kQuads + kEnd + kDepthOn},
     {"flags 2 is a full pass", {}, 10, 2, kUsual},
     {"flags 3 is a reduced pass", {}, 10, 3, kBegin + kQuads + kEnd + kDepthOn},
-    {"depth writes stay", kDepth, 10, 0, kBegin + kFullState + kQuads + kEnd},
+    {"depth writes stay enabled", kDepth, 10, 0, kBegin + kFullState + kQuads + kEnd},
     {"reduced with depth writes", kDepth, 10, 1, kBegin + kQuads + kEnd},
     {"world billboards under the identity", with(kDepth, {{"reference", "World"}, {"billboard", "Particle"}}), 10, 1,
      kUnderIdentity},
@@ -72,18 +61,16 @@ const PassCase kPassCases[] = {
     {"flat world arrays under the identity", with(kDepth, {{"reference", "World"}, {"use_array", true}}), 10, 1,
      kWarmUp + kBegin + kPush + kArrays + kPop + kArraysOff + kEnd},
 };
-INSTANTIATE_TEST_SUITE_P(States, RenderPass, testing::ValuesIn(kPassCases),
-                         name_of_row<testing::TestParamInfo<PassCase>>);
 
-TEST(RenderPassFlags, CountPassesWithArraysBelowZero) {
-    RenderHost host;
-    const SmokeHandle smoke = host.smoke_of(0, kUseArray);
-    EXPECT_EQ(10, host.block(smoke).array_warmup_frames);
-    for (int i = 0; i < 12; ++i) host.render(smoke);
-    EXPECT_EQ(-2, host.block(smoke).array_warmup_frames);
-    host.set(smoke, "use_array", false);
-    host.render(smoke);
-    EXPECT_EQ(-2, host.block(smoke).array_warmup_frames);
+TEST(RenderPass, CallsOpenGlInOrder) {
+    for (const PassCase& row : kPassCases) {
+        RenderHost host;
+        const SmokeHandle smoke = host.smoke_of(0, with({{"billboard", "None"}}, row.values));
+        for (int i = 0; i < row.passes_before; ++i) host.render(smoke);
+        Log calls = host.pass(smoke, row.render_flags);
+        std::erase_if(calls, [](const std::string& call) { return !call.starts_with("gl"); });
+        EXPECT_THAT(calls, ElementsAreArray(row.expected)) << row.name;
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "expect.h"
+#include "plain_quads.h"
 #include "render_host.h"
 
 namespace tovu {
@@ -70,40 +71,85 @@ BothPaths draw_by_both(RenderHost& host, SmokeHandle smoke, int32_t render_flags
     return paths;
 }
 
-TEST(BothPathsOfDrawing, GiveTheSameQuadsColoursAndTexture) {
-    for (const char* reference : {"Local", "World"})
-        for (const char* billboard : {"None", "Particle"}) {
-            SCOPED_TRACE(std::string(reference) + ", " + billboard);
+/// Single precision leaves 1e-5 of the quad's size, and less of a large coordinate.
+void expect_corners(const plain::Quad& expected, const float* corners, const SmokeInstance& block, const Particle& p) {
+    const Vector3 scale = block.draw_mode == kDrawLocalBillboard ? block.abs_scale : Vector3{1, 1, 1};
+    const float size = std::max(std::fabs(p.size_x * scale.x), std::fabs(p.size_y * scale.y));
+    for (const Vector3 corner : expected.corners) {
+        const float far = std::max({std::fabs(corner.x), std::fabs(corner.y), std::fabs(corner.z)});
+        expect_near(corner, {corners[0], corners[1], corners[2]}, 1e-5f * size + 2e-7f * far);
+        corners += 3;
+    }
+}
+
+TEST(BothPathsOfDrawing, GiveTheQuadsOfTheMatrices) {
+    const std::pair<const char*, stage::ParameterValues> rows[] = {
+        {"not turned", {}},
+        {"turned at birth", {{"rot_start_spread", 90.0}}},
+        {"turning", {{"rot_change", 100.0}}},
+        {"turned by many turns", {{"rot_start", 1e7}, {"rot_start_spread", 100.0}}},
+        {"turning by a spread", {{"rot_change_spread", 100.0}}},
+        {"along the path", {{"rot_follow_path", true}}}};
+    for (const auto& [name, values] : rows)
+        for (int mode = 0; mode < 4; ++mode) {
+            SCOPED_TRACE(testing::Message() << name << ", draw mode " << mode);
             RenderHost host;
             host.stage().camera = {
                 .position = {40, 30, 200}, .pan_degrees = 20, .tilt_degrees = -10, .roll_degrees = 15};
-            const SmokeHandle smoke = host.add_smoke({{"number_of_particles", 150},
-                                                      {"birth_rate", 2000.0},
-                                                      {"spawn_range_x", 50.0},
-                                                      {"rot_start_spread", 90.0},
-                                                      {"rot_change", 100.0},
-                                                      {"color", "0 1 0 0 1 0 0 1"},
-                                                      {"reference", reference},
-                                                      {"billboard", billboard}});
+            const SmokeHandle smoke = host.add_smoke(with({{"number_of_particles", 131},  // no multiple of a block
+                                                           {"birth_rate", 2000.0},
+                                                           {"spawn_range_x", 50.0},
+                                                           {"life_time_spread", 90.0},
+                                                           {"size_birth_spread_x", 90.0},
+                                                           {"color", "0 1 0 0 1 0 0 1"},
+                                                           {"reference", mode / 2},
+                                                           {"billboard", mode % 2}},
+                                                          values));
             host.container(smoke).placement = {{10, 20, 30}, {15, 25, 35}, {2, 0.5f, 1}};
             host.run_frames(10);
-            const BothPaths corners = draw_by_both(host, smoke);
-            ASSERT_EQ(12u * 150u, corners.immediate.size());
-            EXPECT_THAT(corners.arrays, testing::Pointwise(testing::FloatNear(1e-4f), corners.immediate));
-
-            const stage::RecordedDraw draw = stage::recorded_draws()[0];  // a copy: the next pass forgets it
-            host.set(smoke, "use_array", false);
-            host.pass(smoke);
-            const std::vector<float> sent = numbers_of("glColor4ub");
-            ASSERT_EQ(4u * sent.size(), draw.colors.values.size());
-            for (size_t i = 0; i < draw.colors.values.size(); ++i)
-                ASSERT_EQ(sent[i / 16 * 4 + i % 4], draw.colors.values[i]) << "colour byte " << i;
-            EXPECT_EQ(numbers_of("glTexCoord2s"), draw.texcoords.values);
+            host.pass(smoke, 0, 0.7f);
+            const std::vector<float> corners = numbers_of("glVertex3fv"), colors = numbers_of("glColor4ub");
+            const std::vector<float> texcoords = numbers_of("glTexCoord2s");
+            host.set(smoke, "use_array", true);
+            host.pass(smoke, 0, 0.7f);
+            const stage::RecordedDraw& draw = stage::recorded_draws().at(0);
+            EXPECT_EQ(texcoords, draw.texcoords.values);
+            const std::vector<Particle*> list = host.active(smoke);
+            ASSERT_EQ(131u, list.size());
+            ASSERT_EQ(12 * list.size(), corners.size());
+            ASSERT_EQ(12 * list.size(), draw.vertices.values.size());
+            const SmokeInstance& block = host.block(smoke);
+            for (size_t i = 0; i < list.size() && !HasFailure(); ++i) {
+                SCOPED_TRACE(testing::Message() << "quad " << i);
+                const plain::Quad sent = plain::immediate_quad(block, *list[i], 0.7f);
+                const plain::Quad stored = plain::array_quad(block, *list[i], 0.7f);
+                expect_corners(sent, &corners[12 * i], block, *list[i]);
+                expect_corners(stored, &draw.vertices.values[12 * i], block, *list[i]);
+                for (size_t k = 0; k < 4; ++k) EXPECT_EQ(sent.rgba[k], colors.at(4 * i + k)) << "component " << k;
+                for (size_t k = 0; k < 16; ++k)
+                    EXPECT_EQ(stored.rgba[k % 4], draw.colors.values.at(16 * i + k)) << "byte " << k;
+            }
         }
 }
 
-// However the camera stands, quads face it upright: seen by it, the left side goes straight up, the upper one straight
-// to the right.
+TEST(ArrayQuads, TakeTheirColourFromTheTableWhateverARecordHolds) {
+    const float odd_numbers[] = {0.0f, -1.0f, 1e38f, -1e38f, INFINITY, -INFINITY, NAN};
+    RenderHost host;
+    const SmokeHandle smoke = host.smoke_of(1, {{"use_array", true}, {"rot_start", 1.0}, {"color", "0 1 1 1 1 0 0 0"}});
+    Particle& p = *host.active(smoke).at(0);
+    for (const float age : odd_numbers)
+        for (const float life : odd_numbers)
+            for (const float odd : odd_numbers) {
+                p.age = age;
+                p.life = life;
+                p.rotation = p.size_x = p.position.y = odd;
+                host.pass(smoke, 0, odd);
+                const auto& colors = stage::recorded_draws().at(0).colors.values;
+                EXPECT_TRUE(colors.at(0) == colors.at(1) && colors[1] == colors.at(2)) << age << " of " << life;
+            }
+}
+
+// In view coordinates the left side of a quad points along +y and its upper side along +x, for every camera.
 TEST(BothPathsOfDrawing, FaceTheCamera) {
     const Vector3 rows[] = {{0, 0, 0},    {35, 0, 0},   {-100, 0, 0}, {0, 40, 0},
                             {25, -30, 0}, {140, 60, 0}, {20, 10, 50}, {-60, 5, -110}};

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <tovu/vector3.h>
+#include <tovu/particle_record.h>
 
-#include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "stage/scene/transform.h"
@@ -27,6 +27,21 @@ inline Vector3 transform_point(const stage::Matrix& matrix, Vector3 point) {
     return {row(0), row(1), row(2)};
 }
 
+/// Fails with the name of each field, links and consumer's marks aside, in which two records differ by a bit.
+inline void expect_same(const Particle& expected, const Particle& value) {
+    const char* const words[] = {"position.x", "position.y",  "position.z", "velocity.x",    "velocity.y",
+                                 "velocity.z", "color",       "alpha",      "size_x",        "size_step_x",
+                                 "size_y",     "size_step_y", "rotation",   "rotation_step", "path_angle",
+                                 "age",        "life",        "accelerated"};
+    for (size_t i = 0; i < std::size(words); ++i) {
+        float numbers[2] = {};
+        const size_t bytes = 4 * i == offsetof(Particle, color) ? sizeof expected.color : 4;
+        std::memcpy(&numbers[0], reinterpret_cast<const char*>(&expected) + 4 * i, bytes);
+        std::memcpy(&numbers[1], reinterpret_cast<const char*>(&value) + 4 * i, bytes);
+        EXPECT_EQ(0, std::memcmp(&numbers[0], &numbers[1], 4)) << words[i] << ": " << numbers[0] << ", " << numbers[1];
+    }
+}
+
 /// How many numbers the process-wide generator has given since it was seeded with `seed`; -1 when it was not. Draws.
 inline int draws_since(unsigned seed) {
     const int next = std::rand();
@@ -34,15 +49,6 @@ inline int draws_since(unsigned seed) {
     for (int draws = 0; draws < 100000; ++draws)
         if (std::rand() == next) return draws;
     return -1;
-}
-
-/// A row's `name` as the name of a test.
-template <class Info>
-std::string name_of_row(const Info& info) {
-    std::string name = info.param.name;
-    for (char& c : name)
-        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-    return name;
 }
 
 }  // namespace tovu

@@ -4,16 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "random_seed.h"
 
 namespace {
 
@@ -47,22 +43,6 @@ TEST(CurveText, ReadsDecimalNumbersBetweenSpaces) {
     for (const auto& [text, numbers] : kTexts) EXPECT_EQ(numbers, numbers_of(text)) << '"' << text << '"';
 }
 
-TEST(CurveText, ReadsWhatTheLibraryReads) {
-    const tovu::RandomSeed seed;
-    std::mt19937 generator(seed.value);
-    for (int round = 0; round < 20000; ++round) {
-        std::string text;
-        for (size_t left = generator() % 24 + 1; left > 0; --left) text += static_cast<char>('0' + generator() % 10);
-        text.insert(generator() % text.size(), ".");
-        if (generator() % 2) text += "e" + std::to_string(static_cast<int>(generator() % 80) - 40);
-        const float expected = std::strtof(text.c_str(), nullptr);
-        const float read = numbers_of(text.c_str()).at(0);
-        // The way there goes through a double, whose rounding may tip the float's by one step.
-        EXPECT_TRUE(std::nextafterf(expected, 0) <= read && read <= std::nextafterf(expected, kInfinite))
-            << text << " read as " << read;
-    }
-}
-
 TEST(CurveText, TakesNoNoticeOfTheLocale) {
     // Made for the test: few machines have a locale with a decimal comma.
     const std::string folder = testing::TempDir() + "tovu_locales";
@@ -81,11 +61,7 @@ TEST(CurveText, TakesNoNoticeOfTheLocale) {
 
 TEST(CurveText, WritesSixDecimalsAsPrintf) {
     std::vector<double> values = {0, 1, 0.9999995, 0.9999994, 5e-7, 1e-9};
-    for (int i = 0; i <= 512; ++i) values.push_back(i / 512.0);  // every eighth millionth of them is a tie
-    const tovu::RandomSeed seed;
-    std::mt19937 generator(seed.value);
-    for (int i = 0; i < 20000; ++i)
-        values.push_back(static_cast<double>(static_cast<float>(generator()) / 4294967296.0f));
+    for (int i = 0; i <= 4096; ++i) values.push_back(i / 4096.0);  // some are ties
     for (const double value : values) {
         char expected[16];
         std::snprintf(expected, sizeof expected, "%f", value);

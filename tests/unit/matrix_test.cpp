@@ -10,7 +10,9 @@
 namespace tovu {
 namespace {
 
-using M = Matrix4;
+constexpr Vector3 kBy{2, -1, 3};
+constexpr Vector3 kAngles{90, 180, -90};
+constexpr Vector3 kAxis{5, 5, 5};
 
 TEST(Matrix, OperationsActBeforeWhatTheMatrixHolds) {
     const struct {
@@ -18,35 +20,14 @@ TEST(Matrix, OperationsActBeforeWhatTheMatrixHolds) {
         void (*apply)(Matrix4&);
         Vector3 image;  // of (1, 2, 3)
     } rows[] = {
-        {"translate",
-         [](M& m) {
-             translate(m, {2, -1, 3});
-         },
-         {3, 1, 6}},
-        {"scale",
-         [](M& m) {
-             scale(m, {2, -1, 3});
-         },
-         {2, -2, 9}},
-        {"rotate_x", [](M& m) { rotate_x(m, 90); }, {1, -3, 2}},
-        {"rotate_y", [](M& m) { rotate_y(m, 90); }, {3, 2, -1}},
-        {"rotate_z", [](M& m) { rotate_z(m, 90); }, {-2, 1, 3}},
-        {"three angles: about z first, then y, then x",
-         [](M& m) {
-             rotate(m, {90, 180, -90});
-         },
-         {-2, 3, -1}},
-        {"about an axis of any length",
-         [](M& m) {
-             rotate(m, 120, {5, 5, 5});
-         },
-         {3, 1, 2}},
-        {"about the other end of it",
-         [](M& m) {
-             rotate(m, 120, {-2, -2, -2});
-         },
-         {2, 3, 1}},
-        {"no axis scales by the cosine", [](M& m) { rotate(m, 60, Vector3{}); }, {0.5f, 1, 1.5f}},
+        {"translate", [](Matrix4& m) { translate(m, kBy); }, {3, 1, 6}},
+        {"scale", [](Matrix4& m) { scale(m, kBy); }, {2, -2, 9}},
+        {"rotate_x", [](Matrix4& m) { rotate_x(m, 90); }, {1, -3, 2}},
+        {"rotate_y", [](Matrix4& m) { rotate_y(m, 90); }, {3, 2, -1}},
+        {"rotate_z", [](Matrix4& m) { rotate_z(m, 90); }, {-2, 1, 3}},
+        {"three angles: about z first, then y, then x", [](Matrix4& m) { rotate(m, kAngles); }, {-2, 3, -1}},
+        {"about an axis of any length", [](Matrix4& m) { rotate(m, 120, kAxis); }, {3, 1, 2}},
+        {"no axis scales by the cosine", [](Matrix4& m) { rotate(m, 60, Vector3{}); }, {0.5f, 1, 1.5f}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

@@ -18,7 +18,7 @@ namespace {
 
 using Entries = std::vector<DrawEntry>;
 
-/// Entries with these keys, whose particles stand for their places in the list and are never followed.
+/// Entries with these keys; their particle pointers number the entries.
 template <class KeyAt>
 Entries entries_with(int32_t count, KeyAt key_at) {
     Entries entries;
@@ -49,32 +49,20 @@ const KeyCase kKeyCases[] = {
     {"all equal", 200, [](int32_t, int32_t, int32_t) { return 7; }},
 };
 
-class MergeSort : public testing::TestWithParam<KeyCase> {};
-
-TEST_P(MergeSort, OrdersEveryCountAsTheRecursion) {
+TEST(MergeSort, OrdersEveryCountAsTheRecursion) {
     const RandomSeed seed;
     std::mt19937 random(seed.value);
-    std::vector<int32_t> counts = {333, 1000, 4095, 4096, 4097, 8191, 12345, 16384, 24999, 25000};
-    for (int32_t count = 0; count <= GetParam().every_count_to; ++count) counts.push_back(count);
-    for (const int32_t count : counts) {
-        Entries entries =
-            entries_with(count, [&](int32_t i) { return GetParam().key_at(i, count, static_cast<int32_t>(random())); });
-        Entries expected = entries;
-        plain::merge_sort(expected);
-        merge_sort_entries(entries.data(), count);
-        ASSERT_TRUE(entries == expected) << count << " entries";
-    }
-}
-INSTANTIATE_TEST_SUITE_P(Keys, MergeSort, testing::ValuesIn(kKeyCases), name_of_row<testing::TestParamInfo<KeyCase>>);
-
-TEST(SortScratch, GrowsToTheLargestCountAndNeverShrinks) {
-    std::free(sort_scratch.entries);
-    sort_scratch = {};
-    const std::pair<int32_t, int32_t> passes[] = {{0, 0}, {1, 1}, {5000, 5000}, {10, 5000}, {5001, 5001}};
-    for (const auto& [count, capacity] : passes) {
-        Entries entries = entries_with(count, [](int32_t i) { return i; });
-        merge_sort_entries(entries.data(), count);
-        EXPECT_EQ(capacity, sort_scratch.capacity) << count << " entries";
+    for (const KeyCase& row : kKeyCases) {
+        std::vector<int32_t> counts = {333, 1000, 4095, 4096, 4097, 8191, 12345, 16384, 24999, 25000};
+        for (int32_t count = 0; count <= row.every_count_to; ++count) counts.push_back(count);
+        for (const int32_t count : counts) {
+            Entries entries =
+                entries_with(count, [&](int32_t i) { return row.key_at(i, count, static_cast<int32_t>(random())); });
+            Entries expected = entries;
+            plain::merge_sort(expected);
+            merge_sort_entries(entries.data(), count);
+            ASSERT_TRUE(entries == expected) << row.name << ", " << count << " entries";
+        }
     }
 }
 
