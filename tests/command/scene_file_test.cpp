@@ -1,10 +1,7 @@
 // Scene files: what is read, and what each mistake is answered with.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <regex>
 
 #include "../stage/temporary_folder.h"
+#include "annotated_scene.h"
 #include "stage/names.h"
 #include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/scene_reader.h"
@@ -25,214 +22,133 @@ SceneDescription scene_of(const std::string& text) {
     return scene ? *scene : SceneDescription{};
 }
 
-std::vector<std::string> file_names(const SceneDescription& scene, const char* image) {
-    std::vector<std::string> names;
-    for (const std::filesystem::path& file : scene.images.at(image).files) names.push_back(file.string());
-    return names;
+std::string error_of(const std::string& text) {
+    const auto scene = read_scene(text, kFile);
+    EXPECT_FALSE(scene) << text;
+    return scene ? "" : scene.error().message;
 }
 
-struct MistakeCase {
-    const char* name;
-    const char* text;
-    const char* place;    // line:column
-    const char* message;  // part of it
+// Scene, place and message of mistakes that leave no room for others.
+const std::tuple<const char*, const char*, const char*> kSingleMistakes[] = {
+    {"size = [1280,", ":1:14: ", "this is not TOML"},
+    {"seed = 1 # \xe4", ":1:11: ", "this is not text in UTF-8: save the file in that encoding"},
+    {"seed = 1", ":1:1: ", "a scene needs at least one [[container]]"},
+    {"size = 5", ":1:8: ", "size must be [width, height] in pixels, not the number 5"},
+    {"background = '#12345g'", ":1:14: ", "background must be"},
 };
 
-// Every scene has its container first, in line 1, where the mistake is not the container itself.
-const MistakeCase kMistakes[] = {
-    {"NotToml", "size = [1280,", "1:14", "this is not TOML"},
-    {"NotUtf8", "seed = 1 # \xe4", "1:11", "this is not text in UTF-8: save the file in that encoding"},
-    {"UnknownKey", "container = [{name='a'}]\nsiez = [1, 1]", "2:1",
-     "unknown key 'siez' in the scene: did you mean 'size'?"},
-    {"SizeIsANumber", "size = 5", "1:8", "size must be [width, height] in pixels, not the number 5"},
-    {"WidthOutOfRange", "size = [0, 720]", "1:9", "width must be a whole number from 1 to 16384, not the number 0"},
-    {"RateIsText", "frame_rate = \"fast\"", "1:14",
-     "frame_rate must be a number from 1 to 1000, not the text \"fast\""},
-    {"SeedIsNegative", "seed = -1", "1:8", "seed must be a whole number from 0 to 4294967295, not the number -1"},
-    {"BitsUnknown", "bits = 12", "1:8", "bits must be 8 or 16, not the number 12"},
-    {"BackgroundDigits", "background = \"#12345g\"", "1:14", "background must be"},
-    {"BackgroundAboveOne", "background = [0, 0, 255]", "1:14",
-     "background must be [red, green, blue] with three numbers from 0 to 1"},
-    {"CameraIsText", "camera = \"left\"", "1:10", "camera must be a table"},
-    {"CameraTwoNumbers", "[camera]\nposition = [1, 2]", "2:12", "position must be [x, y, z] with three numbers"},
-    {"CameraTurnedTwice", "[camera]\nlook_at = [0, 0, 0]\ntilt = 3", "3:8", "tilt and look_at both turn the camera"},
-    {"CameraLooksAtItself", "[camera]\nposition = [1, 2, 3]\nlook_at = [1, 2, 3]", "3:11", "another point"},
-    {"ImageMissing", "[images]\npuff = \"no/such.png\"", "2:8",
-     "no/such.png'; relative paths start from the scene file's"},
-    {"ImageWithoutFile", "[images]\npuff = { play = 'loop' }", "2:8", "the image 'puff' needs a file"},
-    {"ImageKey", "[images]\npuff = { fiel = 'a.png' }", "2:10", "in the image 'puff': did you mean 'file'?"},
-    {"ImagePlay", "[images]\npuff = { file = 'assets/logo_wipe%02d.png', play = 'twice' }", "2:52",
-     "play must be one of \"loop\", \"hold\", \"once\""},
-    {"ImagePlayOfOneFile", "[images]\npuff = { file = 'assets/logo.png', play = 'loop' }", "2:43",
-     "play is for a sequence, whose file has a number in its name"},
-    {"SequenceWithoutFiles", "[images]\npuff = 'assets/no%d.png'", "2:8",
-     "there is no file that 'no%d.png' stands for in the folder"},
-    {"SequenceMalformed", "[images]\npuff = 'assets/logo%s.png'", "2:8", "holds one number such as %04d"},
-    {"SequenceOfFolders", "[images]\npuff = 'assets%d/logo.png'", "2:8", "the number belongs into the file's name"},
-    {"NoContainer", "seed = 1", "1:1", "a scene needs at least one [[container]]"},
-    {"ContainerWithoutName", "[[container]]\nopacity = 1", "1:1", "a container needs a name"},
-    {"NameTwice", "[[container]]\nname = \"a\"\n[[container]]\nname = \"a\"", "4:8",
-     "there is a container 'a' already"},
-    {"UnknownParent", "[[container]]\nname = \"fire\"\nparent = \"fier\"", "3:10",
-     "unknown container 'fier': did you mean 'fire'?"},
-    {"ParentsInACircle", "container = [{name='a', parent='b'},\n{name='b', parent='a'}]", "2:19",
-     "the parents form a circle"},
-    {"NestedWithParent", "[[container]]\nname='a'\n[[container.container]]\nname='b'\nparent='a'", "5:8",
-     "leave 'parent' out"},
-    {"Blend", "container = [{name='a', blend='add'}]", "1:31", "blend must be one of \"alpha\", \"additive\""},
-    {"ParameterIsArray", "container = [{name='a', parameters={gravity=[1]}}]", "1:45",
-     "gravity must be a number, true, false or a text"},
-    {"PluginAndShape", "container = [{name='a', plugin='smoke', geometry={kind='rectangle', width=1, height=1}}]",
-     "1:50", "carries a plug-in already"},
-    {"GeometryWithoutKind", "container = [{name='a', geometry={width=1}}]", "1:34",
-     "a geometry needs a kind: rectangle, ellipse"},
-    {"GeometryLacksKey", "container = [{name='a', geometry={kind='rectangle', width=1}}]", "1:34",
-     "a geometry of kind \"rectangle\" needs height"},
-    {"GeometryKeyOfOtherKind",
-     "container = [{name='a', geometry={kind='polygon', points=[[0,0],[1,0],[0,1]], size=2}}]", "1:79",
-     "size is not for a geometry of kind \"polygon\", which takes: points"},
-    {"FillOf255", "container = [{name='a', geometry={kind='ellipse', width=1, height=1, fill=[255, 0, 0]}}]", "1:75",
-     "fill must be [red, green, blue] with three numbers from 0 to 1"},
-    {"TooFewPoints", "container = [{name='a', geometry={kind='polygon', points=[[0,0],[1,0]]}}]", "1:58",
-     "points must be three or more"},
-    {"AtUnknownContainer",
-     "container = [{name='fire', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'fires'\npress = 'reset'", "4:13",
-     "unknown container 'fires': did you mean 'fire'?"},
-    {"AtWithoutPlugin", "container = [{name='a'}]\n[[at]]\ntime = 1\ncontainer = 'a'\npress = 'reset'", "4:13",
-     "carries no plug-in"},
-    {"AtDoesNothing", "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'", "2:1",
-     "[[at]] does nothing"},
-    {"AtImageUnknown",
-     "images = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'maks'\nfile = 'assets/pan.obj'", "4:9",
-     "unknown image 'maks': did you mean 'mask'?"},
-    {"AtImageWithoutFile", "images = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'mask'", "2:1",
-     "[[at]] about an image needs file"},
-    {"AtImageAndContainer",
-     "container = [{name='a'}]\nimages = { mask = 'assets/logo.png' }\n[[at]]\ntime = 1\nimage = 'mask'\n"
-     "file = 'assets/logo.png'\ncontainer = 'a'",
-     "7:13", "container is for a container: give it an [[at]] of its own"},
-    {"AtGeometryOfAPlugin",
-     "container = [{name='a', plugin='smoke'}]\n[[at]]\ntime = 1\ncontainer = 'a'\ngeometry = {kind='text', text='b'}",
-     "5:12", "carries a plug-in: give the shape a container of its own"},
-    {"TrackWithoutKeys", "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'scale'", "2:1",
-     "[[track]] needs keys"},
-    {"TrackKeysOutOfOrder",
-     "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'scale'\nkeys = [{time=1, "
-     "value=[1,1,1]},\n{time=1, value=[2,2,2]}]",
-     "6:7", "keys must be in order of time"},
-    {"TrackKeyWithoutValue",
-     "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'scale'\nkeys = [{time=1}]", "5:9",
-     "a key needs value"},
-    {"TrackOfShapesWithNumbers",
-     "container = [{name='a'}]\n[[track]]\ncontainer = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value=[1,1,1]}]",
-     "5:24", "value must be a table"},
-    {"TrackOfShapesBesideAGeometry",
-     "container = [{name='a', geometry={kind='text', text='b'}}]\n[[track]]\ncontainer = 'a'\nproperty = 'geometry'\n"
-     "keys = [{time=0, value={kind='text', text='c'}}]",
-     "2:1", "has a geometry already: make it the first key of this track"},
-    {"TrackOfShapesBesideASwitch",
-     "container = [{name='a'}]\nat = [{time=1, container='a', geometry={kind='text', text='b'}}]\n[[track]]\n"
-     "container = 'a'\nproperty = 'geometry'\nkeys = [{time=0, value={kind='text', text='c'}}]",
-     "2:40", "has a track for its geometry: make this a key of it, with ease = \"step\""},
-    {"TrackTwice",
-     "container = [{name='a'}]\ntrack = [{container='a', property='scale', keys=[{time=0, "
-     "value=[1,1,1]}]},\n{container='a', property='scale', keys=[{time=0, value=[1,1,1]}]}]",
-     "3:1", "has a track for this property already"},
-};
-
-class Mistakes : public testing::TestWithParam<MistakeCase> {};
-
-TEST_P(Mistakes, NameThePlaceAndWhatWouldBeRight) {
-    const auto scene = read_scene(GetParam().text, kFile);
-    ASSERT_FALSE(scene);
-    EXPECT_THAT(scene.error().message, HasSubstr(kFile.string() + ":" + GetParam().place + ": "));
-    EXPECT_THAT(scene.error().message, HasSubstr(GetParam().message));
+TEST(SceneFile, AMistakeNamesThePlaceAndWhatWouldBeRight) {
+    for (const auto& [text, place, message] : kSingleMistakes)
+        EXPECT_THAT(error_of(text), testing::AllOf(HasSubstr(kFile.string() + place), HasSubstr(message)));
 }
 
-INSTANTIATE_TEST_SUITE_P(SceneFile, Mistakes, testing::ValuesIn(kMistakes),
-                         [](const auto& one) { return std::string(one.param.name); });
+constexpr const char* kMistakes = R"(
+siez = [1, 1]             #! 1: unknown key 'siez' in the scene: did you mean 'size'?
+size = [0, 720]           #! 9: width must be a whole number from 1 to 16384, not the number 0
+frame_rate = "fast"       #! 14: frame_rate must be a number from 1 to 1000, not the text "fast"
+bits = 12                 #! 8: bits must be 8 or 16, not the number 12
+background = [0, 0, 255]  #! 14: background must be [red, green, blue] with three numbers from 0 to 1
+camera.position = [1, 2, 3]
+camera.look_at = [1, 2, 3]  #! 18: look_at must be another point than the camera's position
+camera.tilt = 3             #! 15: tilt and look_at both turn the camera
+images.mask = "assets/logo.png"
+images.none = { play = "loop" }                             #! 15: the image 'none' needs a file
+images.still = { file = "assets/logo.png", play = "loop" }  #! 51: play is for a sequence
+images.gone = "assets/no.png"       #! 15: gone: there is no file
+images.numbers = "assets/no%d.png"  #! 18: numbers: there is no file that 'no%d.png' stands for in the folder
+images.folders = "no%d/logo.png"    #! 18: folders: the number belongs into the file's name
+container = [
+    { opacity = 1 },  #! 5: a container needs a name
+    { name = "a", blend = "add" },  #! 27: blend must be one of "alpha", "additive"
+    { name = "a" },  #! 14: there is a container 'a' already
+    { name = "b", position = [1] },  #! 30: position must be [x, y, z] with three numbers
+    { name = "c", container = [{ name = "d", parent = "a" }] },  #! 55: a nested container has its parent already
+    { name = "fire", parent = "fier" },  #! 31: unknown container 'fier': did you mean 'fire'?
+    { name = "hen", parent = "egg" },  #! 30: 'egg' cannot be the parent of 'hen'
+    { name = "egg", parent = "hen" },  #! 30: 'hen' cannot be the parent of 'egg'
+    { name = "smoke", parameters = { gravity = [1] } },  #! 48: gravity must be a number, true, false or a text
+    { name = "both", plugin = "smoke", geometry = { kind = "text", text = "b" } },  #! 51: container 'both' carries
+    { name = "text", geometry = { kind = "text", text = "b" } },
+    { name = "switched" },
+    { name = "plain" },
+]
+at = [
+    { time = 1, container = "smoke" },  #! 5: [[at]] does nothing
+    { time = 1, container = "plain", press = "reset" },  #! 29: container 'plain' carries no plug-in
+    { time = 1, container = "smoke", geometry = { kind = "text", text = "b" } },  #! 49: container 'smoke' carries
+    { time = 1, container = "switched", geometry = { kind = "text", text = "b" } },  #! 52: container 'switched' has
+    { time = 1, image = "maks", file = "assets/logo.png" },  #! 25: unknown image 'maks': did you mean 'mask'?
+    { time = 1, image = "mask", container = "a" },  #! 5: [[at]] about an image needs file  #! 45: container is for
+]
+track = [
+    { container = "plain", property = "scale" },  #! 5: [[track]] needs keys
+    { container = "plain", property = "scale", keys = [] },  #! 55: keys must  #! 5: container 'plain' has a track for
+    { container = "text", property = "geometry", keys = [  #! 5: container 'text' has a geometry already
+        { time = 1, value = { kind = "text", text = "b" } },
+    ] },
+    { container = "switched", property = "geometry", keys = [
+        { time = 0, value = 1 },  #! 29: value must be a table
+        { time = 1, value = { width = 1 } },  #! 29: a geometry needs a kind
+        { time = 2, value = { kind = "rectangle", width = 1 } },  #! 29: a geometry of kind "rectangle"
+        { time = 3, value = { kind = "polygon", points = [[0, 0], [1, 0]] } },  #! 58: points must be three or more
+        { time = 3, value = { kind = "text", text = "b", width = 2 } },  #! 18: keys must be  #! 58: width is not
+        { time = 4 },  #! 9: a key needs value
+    ] },
+]
+)";
 
-TEST(SceneFile, ReportsAllMistakesOfAFileAtOnce) {
-    const auto scene = read_scene("seed = -1\nlenght = 3\n[[container]]\nname = 5", kFile);
-    ASSERT_FALSE(scene);
-    EXPECT_THAT(
-        scene.error().message,
-        testing::MatchesRegex(".*:2:1: unknown key 'lenght'[^\n]*\n[^\n]*:1:8: seed[^\n]*\n[^\n]*:4:8: name[^\n]*"));
+TEST(SceneFile, AllMistakesOfAFileAreReportedAtOnce) {
+    EXPECT_THAT(messages_about(kFile.string(), error_of(kMistakes)),
+                testing::UnorderedElementsAreArray(annotated_messages(kMistakes, kFile.string())));
 }
 
-TEST(SceneFile, ParentsComeBeforeTheirChildren) {
-    const SceneDescription scene = scene_of(R"(
-[[container]]
-name = "child"
-parent = "group"
-parameters = { zeta = 1, alpha = 2.5 }
-[[container]]
-name = "group"
-[[container.container]]
-name = "nested"
+TEST(SceneFile, ParentsComeBeforeChildrenAndEntriesInOrderOfTime) {
+    const SceneDescription scene = scene_of(R"(container = [
+    { name = "child", parent = "group", parameters = { zeta = 1, alpha = 2.5 } },
+    { name = "group", container = [{ name = "nested" }] },
+]
+at = [{ time = 2, container = "child", press = "reset" }, { time = 1, container = "child", parameters = { beta = 1 } }]
 )");
     ASSERT_EQ(3u, scene.containers.size());
     const auto& [group, nested, child] = std::tie(scene.containers[0], scene.containers[1], scene.containers[2]);
-    EXPECT_EQ("group", group.name);
-    EXPECT_FALSE(group.has_plugin);
-    EXPECT_EQ(0, nested.parent);
-    EXPECT_EQ(0, child.parent);
-    EXPECT_TRUE(child.has_plugin);
+    EXPECT_THAT((std::array{group.name, nested.name, child.name}), ElementsAre("group", "nested", "child"));
+    EXPECT_THAT((std::array{group.parent, nested.parent, child.parent}), ElementsAre(-1, 0, 0));
+    EXPECT_TRUE(child.has_plugin && !group.has_plugin);
     ASSERT_EQ(2u, child.parameters.size());
     EXPECT_EQ("zeta", child.parameters[0].name) << "in the order written";
     EXPECT_EQ(stage::ParameterValue(1), child.parameters[0].value);
     EXPECT_EQ(stage::ParameterValue(2.5), child.parameters[1].value);
-    EXPECT_EQ(kFile.string() + ":5:23", child.parameters[0].place);
+    EXPECT_EQ(kFile.string() + ":2:63", child.parameters[0].place);
+    ASSERT_EQ(2u, scene.timeline.size());
+    EXPECT_EQ("beta", scene.timeline[0].parameters.at(0).name);
+    EXPECT_EQ("reset", scene.timeline[1].press);
 }
 
-TEST(SceneFile, RelativePathsStartFromTheScenesFolder) {
-    const TemporaryFolder folder;
-    std::filesystem::create_directory(folder / "sub");
-    write_bytes(folder / "dot.png", "x");
-    write_bytes(folder / "sub/scene.toml", "container = [{name = 'a'}]\nimages = { dot = '../dot.png' }\n");
-    const auto scene = stage::load_scene_file(folder / "sub/scene.toml");
-    ASSERT_TRUE(scene) << scene.error().message;
-    EXPECT_THAT(file_names(*scene, "dot"), ElementsAre((folder / "dot.png").string()));
-    EXPECT_THAT(stage::load_scene_file(folder / "such.toml").error().message,
-                HasSubstr("/such.toml: cannot be read: No such file"));
-}
-
-TEST(SceneFile, SequencesAreTheFilesThatThereAre) {
+TEST(SceneFile, ImagesAreFilesOrSequencesBesideTheScene) {
     const TemporaryFolder outer;
     const std::filesystem::path folder = outer / "100%d sequences";
     std::filesystem::create_directory(folder);
-    for (const char* name : {"a9.png", "a10.png", "a11.png", "a011.png", "ab.png", "b9.png"})
+    for (const char* name : {"../dot.png", "a9.png", "a10.png", "a11.png", "a011.png", "ab.png", "b9.png"})
         write_bytes(folder / name, "x");
-    const std::string text = "container = [{name = 'a'}]\nframe_rate = 30\nimages = { a = 'a%d.png' }\n";
+    const std::string text =
+        "container = [{name = 'a'}]\nframe_rate = 30\nimages = { a = 'a%d.png', b = '../dot.png' }";
     const auto scene = read_scene(text, folder / "scene.toml");
     ASSERT_TRUE(scene) << scene.error().message;
-    EXPECT_THAT(file_names(*scene, "a"), ElementsAre((folder / "a9.png").string(), (folder / "a10.png").string(),
-                                                     (folder / "a11.png").string()));
-    EXPECT_EQ(30.0, scene->images.at("a").frame_rate) << "the scene's";
+    const stage::ImageDescription& sequence = scene->images.at("a");
+    EXPECT_THAT(sequence.files, ElementsAre(folder / "a9.png", folder / "a10.png", folder / "a11.png"));
+    EXPECT_EQ(30.0, sequence.frame_rate) << "the scene's";
+    EXPECT_THAT(scene->images.at("b").files, ElementsAre(outer / "dot.png"));
     std::filesystem::remove(folder / "a10.png");
-    EXPECT_THAT(
-        read_scene(text, folder / "scene.toml").error().message,
-        testing::AllOf(HasSubstr(":3:16: a: "), HasSubstr("a10.png' is missing: there are files from number 9 to 11")));
-}
-
-TEST(SceneFile, TimelineIsInOrderOfTime) {
-    const SceneDescription scene = scene_of(R"(
-container = [{ name = "a", plugin = "smoke" }]
-at = [{ time = 2, container = "a", press = "reset" }, { time = 1, container = "a", parameters = { gravity = 1 } }]
-)");
-    ASSERT_EQ(2u, scene.timeline.size());
-    EXPECT_EQ("gravity", scene.timeline[0].parameters.at(0).name);
-    EXPECT_EQ("reset", scene.timeline[1].press);
+    EXPECT_THAT(read_scene(text, folder / "scene.toml").error().message,
+                testing::ContainsRegex(":3:16: a: .*a10.png' is missing: there are files from number 9 to 11"));
 }
 
 TEST(SceneFile, OverridesAddASetting) {
     const std::pair<const char*, stage::ParameterValue> cases[] = {
         {"fire.gravity=-2.5", -2.5},
-        {"fire.gravity=3", 3},
         {"fire.sort=true", true},
         {"fire.color=0 1 1 1", "0 1 1 1"},
         {"fire.color=\"0 1 1 1\"", "0 1 1 1"},
-        {"fire.spawn_type=Sphere", "Sphere"},
     };
     SceneDescription scene = scene_of("container = [{ name = 'fire', plugin = 'smoke' }]");
     for (const auto& [assignment, value] : cases) {
@@ -240,18 +156,15 @@ TEST(SceneFile, OverridesAddASetting) {
         EXPECT_EQ(value, scene.containers[0].parameters.back().value) << assignment;
         EXPECT_EQ(std::string("--set ") + assignment, scene.containers[0].parameters.back().place);
     }
-    for (const char* wrong : {"fire", "fire.=1", ".gravity=1", "fire.gravity", "fier.gravity=1", "fire.gravity=[1]"})
+    for (const char* wrong : {"fire", "fire.=1", ".gravity=1", "fire.gravity", "fire.gravity=[1]"})
         EXPECT_FALSE(stage::override_parameter(scene, wrong)) << wrong;
 }
 
 TEST(Timeline, FramesOfATime) {
-    SceneDescription scene;
-    scene.frame_rate = 50.0;
-    scene.length = 2.0;
-    scene.prewarm = 0.5;
+    const SceneDescription scene = scene_of("length = 2\nprewarm = 0.5\ncontainer = [{ name = 'a' }]");
     EXPECT_EQ(100, stage::frame_count(scene));
     EXPECT_EQ(25, stage::prewarm_frames(scene));
-    EXPECT_EQ(14, stage::frame_at(scene, 0.28)) << "0.28 × 50 is a little above or below 14 as numbers go";
+    EXPECT_EQ(14, stage::frame_at(scene, 0.28)) << "in double, 0.28 * 50 is not exactly 14";
     EXPECT_EQ(14, stage::first_frame_from(scene, 0.28));
     EXPECT_EQ(14, stage::frame_at(scene, 0.299));
     EXPECT_EQ(15, stage::first_frame_from(scene, 0.281));
@@ -278,14 +191,14 @@ TEST(Names, NearestIsOfferedOnlyWhenNear) {
     EXPECT_EQ("there are none here", stage::name_hint("wind", {}));
 }
 
-// Documentation: docs/scenes.md has every key that the reader knows, and its examples are scenes.
 TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
-    const std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md");
+    const std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md"), begin = "```toml\n";
     for (const std::string& key : stage::scene_keys()) EXPECT_THAT(text, HasSubstr("`" + key + "`"));
-    const std::regex block("```toml\n([^`]*)```");
     int examples = 0;
-    for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match, ++examples)
-        scene_of((*match)[1].str());
+    for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at), ++examples) {
+        at += begin.size();
+        scene_of(text.substr(at, text.find("```", at) - at));
+    }
     EXPECT_GE(examples, 6);
 }
 
