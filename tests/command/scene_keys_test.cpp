@@ -18,6 +18,22 @@ prewarm = <prewarm: 0.3 -> 0.5>
 seed = <seed: 3 -> 4>
 background = <background: [0.1, 0.2, 0.3] -> "#203040">
 bits = <bits: 16 -> 8>
+at = [
+    { time = <at.time: 0.3 -> 0.7>, container = "smoke", parameters = { gravity = <at.parameters: 5 -> -5> } },
+    { time = 0.2, container = <at.container: "smoke" -> "defaults">, parameters = { gravity = 9 } },
+    { time = 0.6, container = "defaults", <at.press: press = "reset" -> parameters = {}> },
+    { time = 0.4, container = "round", geometry = { kind = "text", text = <at.geometry: "I" -> "M">, fill = [1, 0, 0] } },
+    { time = 0.5, image = <at.image: "switched" -> "sheet">, file = "assets/logo_flame.png" },
+    { time = 0.7, image = "switched", file = <at.file: "assets/wind_vortex.png" -> "assets/logo_wipe12.png"> },
+]
+[[track]]
+container = <track.container: "box" -> "round">
+property = <track.property: "position" -> "rotation">
+keys = [
+    { time = 0, value = [0, 0, 0] },
+    { time = <track.keys.time: 0.3 -> 0.5>, value = [9, 0, 0], ease = <track.keys.ease: "linear" -> "step"> },
+    { time = 0.7, value = <track.keys.value: [0, -30, 0] -> [20, -30, 0]> },
+]
 [camera]
 position = <camera.position: [0, 0, 150] -> [0, 5, 150]>
 <camera.look_at: -> look_at = [9, 0, 0] # >pan = <camera.pan: 2 -> 5>
@@ -93,33 +109,6 @@ geometry.width = 30
 geometry.height = 30
 geometry.fill = [1, 0, 1]
 
-[[at]]
-time = <at.time: 0.3 -> 0.7>
-container = <at.container: "smoke" -> "defaults">
-parameters = { gravity = <at.parameters: 5 -> -5> }
-[[at]]
-time = 0.6
-container = "defaults"
-<at.press: press = "reset" -> parameters = {}>
-[[at]]
-time = 0.4
-container = "corners"
-geometry = { kind = "rectangle", width = 9, height = <at.geometry: 9 -> 30>, fill = [1, 1, 1] }
-[[at]]
-time = 0.5
-image = <at.image: "switched" -> "sheet">
-file = <at.file: "assets/logo_flame.png" -> "assets/logo.png">
-
-[[track]]
-container = <track.container: "box" -> "round">
-property = <track.property: "position" -> "rotation">
-[[track.keys]]
-time = 0
-value = [0, 0, 0]
-[[track.keys]]
-time = <track.keys.time: 1 -> 0.5>
-value = <track.keys.value: [0, -30, 0] -> [20, -30, 0]>
-ease = <track.keys.ease: "linear" -> "step">
 )";
 
 /// The scene's variant for `changed`. Appends every key that has a variant to `keys`.

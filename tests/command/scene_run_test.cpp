@@ -49,8 +49,10 @@ class SceneRun : public testing::Test {
 
 constexpr const char* kShapes = R"(
 prewarm = 1
-[[container]]
-name = "bar"
+at = [
+    { time = 1, container = "late", geometry = { kind = "rectangle", width = 6, height = 6 } },
+    { time = 3.5, container = "smoke", parameters = { spawn_cont_name = "late" } },
+]
 [[track]]
 container = "bar"
 property = "geometry"
@@ -60,23 +62,12 @@ keys = [
     { time = 3, value = { kind = "ellipse", width = 2, height = 4, segments = 3 }, ease = "step" },
 ]
 [[container]]
+name = "bar"
+[[container]]
 name = "late"
-[[at]]
-time = 1
-container = "late"
-geometry = { kind = "rectangle", width = 6, height = 6 }
 [[container]]
 name = "smoke"
-[container.parameters]
-spawn_type = "Container"
-spawn_cont_name = "bar"
-birth_rate = 300
-life_time = 0.15
-initial_speed = 0
-[[at]]
-time = 3.5
-container = "smoke"
-parameters = { spawn_cont_name = "late" }
+parameters = { spawn_type = "Container", spawn_cont_name = "bar", birth_rate = 300, life_time = 0.15, initial_speed = 0 }
 )";
 
 struct ShapeCase {
@@ -115,7 +106,7 @@ TEST_F(SceneRun, ShapesDeformAndSmokeFollows) {
     EXPECT_TRUE(scene.complaints.list.empty());
 }
 
-// One patch of blue, two of red, three of green, one of half clear white and one of white in a clear picture.
+// In a transparent picture: one patch of blue, two of red, three of green, one of half transparent and one of white.
 // Brightness × opacity, with 77, 150 and 29 of 256 parts for red, green and blue, is 28, 76, 149, 128 and 255.
 TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
     const std::pair<int, size_t> rows[] = {{28, 8},  {29, 7},  {76, 7},  {77, 5}, {128, 5},
@@ -166,9 +157,8 @@ TEST_F(SceneRun, SequencesPlayAndDecodeNothingTwiceInARow) {
     }
 }
 
-// A mask of one pixel gives way to a larger one, of which only the corner at the smallest x and y is lit: where the
-// smoke was not told of the size, it would find that every place is on the corner's pixel. The scene's image stands in
-// for the built-in sprite of its name.
+// An image of one pixel is replaced by a larger one, of which only the corner at the smallest x and y is lit. With the
+// old size, all births would look up that corner's pixel. The image has the name of a built-in sprite and replaces it.
 TEST_F(SceneRun, SmokeLearnsOfAnImagesNewSize) {
     write_picture("small.png", 1, {255});
     std::vector<uint8_t> corner(16, 0);
@@ -176,20 +166,16 @@ TEST_F(SceneRun, SmokeLearnsOfAnImagesNewSize) {
     write_picture("large.png", 4, corner);
     stage::SceneRun run = start(R"(
 images = { puff = "small.png" }
+at = [{ time = 1, image = "puff", file = "large.png" }]
 [[container]]
 name = "smoke"
-[container.parameters]
-spawn_type = "Image"
-spawn_image = "puff"
-spawn_range_x = 80
-spawn_range_y = 80
-birth_rate = 300
-life_time = 0.15
-initial_speed = 0
-[[at]]
-time = 1
-image = "puff"
-file = "large.png"
+parameters.spawn_type = "Image"
+parameters.spawn_image = "puff"
+parameters.spawn_range_x = 80
+parameters.spawn_range_y = 80
+parameters.birth_rate = 300
+parameters.life_time = 0.15
+parameters.initial_speed = 0
 )");
     const auto outside = [](const std::array<float, 2>& place) { return place[0] >= -20 || place[1] >= -20; };
     ASSERT_TRUE(stage::run_until(run, 9));

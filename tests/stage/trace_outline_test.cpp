@@ -25,7 +25,6 @@ Mask mask_of(int width, int height, const std::function<bool(double, double)>& r
 using Rule = bool (*)(double x, double y);
 const std::tuple<const char*, Rule, size_t> kTraceCases[] = {
     // name, mask of 128 × 128 pixels, meshes
-    {"a ring", [](double x, double y) { return std::abs(std::hypot(x - 64, y - 64) - 40) < 12; }, 1},
     // A disc, two rings, and the fourth ring cut into the four corners.
     {"rings in rings", [](double x, double y) { return static_cast<int>(std::hypot(x - 64, y - 64) / 12) % 2 == 0; },
      3 + 4},
