@@ -78,12 +78,15 @@ TEST(HostileSlots, ReadAsTheStatedValue) {
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.parameter << " holds " << std::hex << row.bits);
         std::vector<Particle> records[2];
+        float due[2];
         for (const bool hostile : {false, true}) {
             Busy busy;
             busy.set_bits(stage::find_parameter(plugin, row.parameter)->index, hostile ? row.bits : row.stands_for);
             busy.run(4);
             records[hostile] = busy.records();
+            due[hostile] = busy.host.block(busy.smoke).birth_accumulator;
         }
+        EXPECT_EQ(due[0], due[1]);
         ASSERT_EQ(records[0].size(), records[1].size());
         for (size_t i = 0; i < records[0].size() && !HasFailure(); ++i) expect_same(records[0][i], records[1][i]);
     }

@@ -119,6 +119,7 @@ TEST(BothPathsOfDrawing, GiveTheQuadsOfTheMatrices) {
             ASSERT_EQ(12 * list.size(), corners.size());
             ASSERT_EQ(12 * list.size(), draw.vertices.values.size());
             const SmokeInstance& block = host.block(smoke);
+            EXPECT_THAT(block.transformation_copy, ElementsAreArray(block.transformation_matrix.m));
             for (size_t i = 0; i < list.size() && !HasFailure(); ++i) {
                 SCOPED_TRACE(testing::Message() << "quad " << i);
                 const plain::Quad sent = plain::immediate_quad(block, *list[i], 0.7f);
