@@ -139,7 +139,7 @@ const struct {
     {"the last column goes on", 3, 2, 1, {0, 0, 1, 1, 0, 0}},
     {"the last row goes on", 2, 3, 4, {1, 0, 0, 0, 1, 0}},
     {"all", 4, 2, 4, {1, 1, 1, 1, 1, 1, 1, 1}},
-    {"missing data is dark", 3, 3, 2, {0, 1, 0, 1, 0, 1, 1, 1, 1}, 9},
+    {"missing data is dark", 3, 3, 2, {0, 1, 0, 1, 1, 1, 1, 1, 1}, 11},
     {"none", 2, 1, 1, {0, 0}},
     {"no data", 2, 1, 1, {1, 1}, 2},
 };
