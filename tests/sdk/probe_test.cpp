@@ -54,7 +54,7 @@ struct Host : TestHost {
 
     stage::Overrides& services() { return stage().overrides; }
     const stage::EntryPoints& calls() { return stage::plugin(stage::instance_of(stage(), one)->plugin).entry_points; }
-    void* block(int32_t handle) { return stage::instance_block(stage(), handle); }
+    void* block(int32_t handle) { return stage::instance_of(stage(), handle)->block; }
     int32_t geometry(int32_t handle) { return container(handle).geometry_handle; }
     bool is_probe(int32_t object) { return object != -1 && (object == geometry(one) || object == geometry(two)); }
     void set_slot(int32_t index, uint32_t bits) { ASSERT_TRUE(stage::set_slot_bits(stage(), one, index, bits)); }
@@ -79,12 +79,12 @@ struct Host : TestHost {
     void run_frame(float opacity = 1) {
         run_frames(1);
         for (const int32_t handle : {one, two}) {
-            const auto draw = [&](int32_t flags, float share) {
+            const auto draw = [&] {
                 if (in_pass) in_pass(*this);
-                stage::call_render(stage(), handle, flags, share);
+                stage::call_render(stage(), handle, 0, opacity);
             };
             if (!in_opengl) {
-                draw(0, opacity);
+                draw();
                 continue;
             }
             stage::PassSettings settings;
