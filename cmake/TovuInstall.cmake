@@ -1,5 +1,5 @@
-# What `cmake --install` lays out. Component SDK: the headers, the CMake package, the pkg-config file, and samples and
-# documents to learn from. Component Plugins: the plug-in library.
+# Rules of `cmake --install`. Component SDK: the headers, the CMake package, the pkg-config file, samples and documents.
+# Component Plugins: the plug-in library.
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 
@@ -10,7 +10,7 @@ install(TARGETS tovu_sdk EXPORT TovuSmokeTargets COMPONENT SDK)
 install(EXPORT TovuSmokeTargets NAMESPACE TovuSmoke:: DESTINATION ${TOVU_PACKAGE_DIR} COMPONENT SDK)
 file(WRITE ${PROJECT_BINARY_DIR}/TovuSmokeConfig.cmake
   "include(\${CMAKE_CURRENT_LIST_DIR}/TovuSmokeTargets.cmake)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/TovuPlugin.cmake)\n")
-# Headers alone have no word size: one installation serves 64-bit and 32-bit builds.
+# The SDK contains no binaries, so that one installation serves 64-bit and 32-bit builds.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/TovuSmokeConfigVersion.cmake
   COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 install(FILES
@@ -21,7 +21,7 @@ install(FILES
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tovusmoke.pc.in ${PROJECT_BINARY_DIR}/tovusmoke.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION lib/pkgconfig COMPONENT SDK)
 
-# Each sample folder, without the list of them that builds them here.
+# The files in each sample folder, but not samples/CMakeLists.txt itself.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
   FILES_MATCHING REGEX "/samples/[^/]+/[^/]+$" PATTERN "faulty" EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/plugin-authors.md

@@ -1,7 +1,7 @@
-# For whoever builds a plug-in, here or against an installed SDK.
+# Functions that build a plug-in, in this source tree or with an installed SDK.
 set(TOVU_PLUGIN_EXPORTS ${CMAKE_CURRENT_LIST_DIR}/plugin_exports.map)
 
-# Lets a library export the eight entry points and nothing else, unoptimised builds included, under its plain name.
+# Makes a library export the eight entry points only, in unoptimised builds too, and names its file <target>.so.
 # Host functions stay undefined: the process that loads the library provides them.
 function(tovu_export_entry_points target)
   set_target_properties(${target} PROPERTIES

@@ -1,5 +1,5 @@
-# The headers that hosts and plug-ins share, as the target TovuSmoke::sdk: included as <tovu/…>, in this tree as in an
-# installed one. In this tree they are links, so that nothing but the shared headers can be reached.
+# The headers that hosts and plug-ins share, as the target TovuSmoke::sdk. They are included as <tovu/…>, in this tree
+# and in an installed one. Here they are links in a folder of their own, so that no other header can be included.
 set(TOVU_SDK_HEADERS
   entry_points.h exchange.h host_services.h opengl.h parameter_slots.h particle_record.h spawn_requests.h vector3.h)
 set(TOVU_SDK_SOURCE_DIR ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/host)
