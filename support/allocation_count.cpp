@@ -10,7 +10,8 @@ long allocation_count() {
 
 #include <cstddef>
 
-// The C library's allocator under its inner names, so that every allocation of the process passes by the counter.
+// glibc's internal names of its allocator. The functions below replace malloc, calloc and realloc in the whole process
+// and call these.
 extern "C" {
 void* __libc_malloc(size_t bytes);
 void* __libc_calloc(size_t count, size_t bytes);

@@ -1,4 +1,4 @@
-// Counts what a program that is built with allocation_count.cpp allocates, in its plug-ins too.
+// Counts the heap allocations of a program that is built with allocation_count.cpp, those of its plug-ins included.
 #pragma once
 
 /// Calls of malloc, calloc and realloc so far, of all libraries of the process; always 0 under the address sanitizer,

@@ -1,4 +1,5 @@
-// Quads one at a time, by the matrix operations that define them, with the library's sine and cosine.
+// Plain version of the quads: one at a time, with the matrix operations that define them and the library's sine and
+// cosine.
 #pragma once
 
 #include <array>
@@ -23,7 +24,8 @@ inline uint8_t low_byte_of(float value) {
     return static_cast<uint8_t>(static_cast<int32_t>(value) & 0xFF);
 }
 
-/// As immediate mode sends it: the record's own colour, turned where the particle is, zero factors leave their axis.
+/// The quad that immediate mode sends: the colour of the record; rotated if the particle has an angle; a scale factor
+/// of 0 leaves its axis unscaled.
 inline Quad immediate_quad(const tovu::SmokeInstance& instance, const Particle& p, float opacity) {
     Quad quad{corner_offsets(p), {p.color[0], p.color[1], p.color[2], low_byte_of(p.alpha * opacity)}};
     const bool turned = p.rotation != 0.0f || p.path_angle != 0.0f;
@@ -44,8 +46,8 @@ inline Quad immediate_quad(const tovu::SmokeInstance& instance, const Particle& 
     return quad;
 }
 
-/// As the array builders write it: colour from the tables, turned where any rotation parameter is set, every factor
-/// applied.
+/// The quad that the array builders write: the colour of the tables; rotated if any rotation parameter is set; a scale
+/// factor of 0 is applied like any other.
 inline Quad array_quad(const tovu::SmokeInstance& instance, const Particle& p, float opacity) {
     const float alpha_scale = opacity * 255.0f;
     const auto color = static_cast<int32_t>(p.age * 1024.0f / p.life);

@@ -1,4 +1,4 @@
-// The merge sort of the draw list as its rules state it: recursive, and right because it is simple.
+// Plain version of the draw list's sort: a recursive merge sort, whose order the plug-in's sort must reproduce.
 #pragma once
 
 #include <algorithm>

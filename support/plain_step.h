@@ -1,5 +1,5 @@
-// What one step does to the live particles, written down as its rules state it: one particle after the other, along the
-// links. The plug-in's own way through the list must come to the same, to the bit.
+// Plain version of one step of the live particles: one particle after the other, along the links. The plug-in's step
+// must give the same results to the bit.
 #pragma once
 
 #include <cmath>
@@ -47,7 +47,7 @@ inline void accelerate_death(const SmokeInstance& instance, Particle& p) {
     p.accelerated = 1;
 }
 
-// The index is held to the table, and 0 / 0 reads its end.
+// Clamps the index to the table; 0 / 0 gives the last entry.
 inline int32_t table_index(float age, float entries, float life) {
     const float index = age * entries / life;
     if (index >= entries || std::isnan(index)) return static_cast<int32_t>(entries);
@@ -74,7 +74,7 @@ inline float path_angle(const SmokeInstance& instance, Vector3 d) {
     return static_cast<float>(-static_cast<double>(d.y < 0 ? 3.1415927f - a : a) * 180 / 3.141592653589793);
 }
 
-/// Moves the particle and returns the wind that it met, in units per frame.
+/// Moves the particle and returns the wind at its position, in units per frame.
 inline Vector3 displace(const SmokeInstance& instance, Particle& p, const StepValues& values) {
     tovu::operator+=(p.position, p.velocity);
     const Vector3 t = values.turbulence;
@@ -90,7 +90,7 @@ inline Vector3 displace(const SmokeInstance& instance, Particle& p, const StepVa
     return wind_step;
 }
 
-/// As tovu::move_particles, except that an array of the live particles kept beside the links is not brought along.
+/// Like tovu::move_particles, but does not update the array that mirrors the links.
 inline tovu::Bounds move_particles(SmokeInstance& instance) {
     StepValues values;
     tovu::WindAngles spare_angles;

@@ -1,4 +1,4 @@
-// A host for scenarios: a Stage with the built smoke plug-in, driven frame by frame and looked at from outside.
+// A host for scenarios: a Stage with the built smoke plug-in, which tests run frame by frame and inspect from outside.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace tovu {
 
-/// `values` and behind them `more`, which win.
+/// `values` followed by `more`, whose values replace earlier ones of the same name.
 stage::ParameterValues with(stage::ParameterValues values, const stage::ParameterValues& more);
 
 /// A smoke in the scene.
@@ -22,9 +22,10 @@ struct SmokeHandle {
     int32_t geometry = -1;
 };
 
-/// A host with one Stage, current while it lives. All instances draw from the process-wide `rand`, seeded with `seed`
-/// here, so that a test can draw the same numbers itself. What goes wrong in its own functions is thrown as
-/// std::runtime_error with the Stage's message, which fails the test. OpenGL is silent until a test sets it.
+/// A host with one Stage, which is the current one while the host exists. All instances draw from the process-wide
+/// `rand`, seeded with `seed` here, so that a test can draw the same numbers itself. Errors in its own functions are
+/// thrown as std::runtime_error with the Stage's message, which fails the test. OpenGL calls do nothing until a test
+/// sets another function table.
 class TestHost {
   public:
     explicit TestHost(uint32_t seed = 1, double period_seconds = 0.02);
@@ -41,7 +42,7 @@ class TestHost {
     /// Gives a container an instance of another plug-in.
     void add_instance(int32_t container_handle, const char* library, const stage::ParameterValues& values);
 
-    /// For its placement, visibility and appearance. The reference stays good while the container lives.
+    /// For its placement, visibility and appearance. The reference is valid while the container exists.
     stage::Container& container(SmokeHandle smoke);
     stage::Container& container(int32_t container_handle);
 
@@ -52,30 +53,30 @@ class TestHost {
 
     /// Simulates this many frames, frame 0 first.
     void run_frames(int count);
-    /// One pass of the smoke, as the host asks for it, without any state around it.
+    /// Calls the smoke's PLUGIN_RENDER_OPENGL once, without the OpenGL state that a pass sets around it.
     void render(SmokeHandle smoke, int32_t render_flags = 0, float opacity = 1.0f);
 
-    /// The instance's block as the plug-in left it, also for writing.
+    /// The instance's block, which a test may also write to.
     SmokeInstance& block(SmokeHandle smoke);
     int active_count(SmokeHandle smoke);
-    /// The lists from head to tail. Throws where links do not fit together: prev of the first not null, prev of the
-    /// next not the one before, more records than a pool can have.
+    /// The lists from head to tail. Throws if a record's prev is not the record before it, or if a list has more
+    /// records than a pool can have.
     std::vector<Particle*> active(SmokeHandle smoke);
     std::vector<Particle*> inactive(SmokeHandle smoke);
     std::vector<Particle*> deleted(SmokeHandle smoke);
 
     bool has_bounding_box(SmokeHandle smoke);
-    /// As sent last; throws when none was sent.
+    /// The last one that was sent; throws if none was.
     stage::BoundingBox bounding_box(SmokeHandle smoke);
 
-    /// Every call of the plug-in to the host from now on, services and recorded OpenGL alike.
+    /// Records every call of the plug-in to the host from now on, both services and OpenGL.
     void start_recording();
-    /// What was recorded since, as text: "_api__object_valid(33554433)".
+    /// The recorded calls as texts such as "_api__object_valid(33554433)".
     std::vector<std::string> calls() const;
     std::vector<std::string> call_names() const;
     int count_calls(std::string_view name) const;
 
-    /// What the plug-in did against the contract, a line each; empty is right.
+    /// Violations of the contract by the plug-in, one line each.
     std::vector<std::string> complaints() const;
 
   private:
