@@ -24,10 +24,10 @@ using stage::PluginCode;
 struct CrashSignal {
     int number;
     const char* words;
-    struct sigaction before;  // what happens outside of plug-in code
+    struct sigaction before;  // the previous action, for faults outside plug-in code
 };
 
-// Everything that the handlers read; a signal handler has no argument that could carry it.
+// The state of the handlers is global, since a signal handler cannot receive it as an argument.
 CrashSignal the_crash_signals[] = {
     {SIGSEGV, "SIGSEGV (bad memory access)", {}},
     {SIGBUS, "SIGBUS (bus error)", {}},
@@ -35,14 +35,14 @@ CrashSignal the_crash_signals[] = {
     {SIGFPE, "SIGFPE (arithmetic error)", {}},
     {SIGABRT, "SIGABRT (abort)", {}},
 };
-alignas(16) char the_handler_stack[65536];  // a plug-in may have used up the ordinary one
+alignas(16) char the_handler_stack[65536];  // the normal stack can be full in a handler
 pid_t the_guarded_process;
 std::terminate_handler the_terminate_handler_before;
 timer_t the_timer;
 double the_timeout_seconds;
-std::atomic<int> the_ticks_allowed;  // that one call may see
+std::atomic<int> the_ticks_allowed;  // timer ticks that one call may last
 
-// A line for standard error, made without the heap. What does not fit is cut off.
+// A line for standard error, built without heap allocation. Text that does not fit is truncated.
 struct Line {
     char text[4096];
     size_t length = 0;
@@ -70,13 +70,13 @@ struct Line {
 
 Line begin_line() {
     Line line;
-    if (isatty(STDERR_FILENO)) line.add("\r\033[K");  // takes the place of the progress
+    if (isatty(STDERR_FILENO)) line.add("\r\033[K");  // overwrites the line of progress
     line.add("tovu: ");
     return line;
 }
 
 [[noreturn]] void end_process(Line& line, int status) {
-    stage::discard_unfinished();  // first: nobody may be reading what is printed
+    stage::discard_unfinished();  // before the write, which can block
     line.length = std::min(line.length, sizeof line.text - 1);
     line.add("\n");
     signal(SIGPIPE, SIG_IGN);
@@ -92,26 +92,26 @@ Line begin_line() {
     end_process(line, 2);
 }
 
-// A copy of this process that a plug-in made has the handlers as well, but the output is not its own.
-bool is_copy() {
+// True in a process that a plug-in forked. It inherits the handlers, but the output belongs to its parent.
+bool is_forked() {
     return getpid() != the_guarded_process;
 }
 
 const PluginCode* guarded_code() {
-    return is_copy() ? nullptr : stage::running_plugin_code();
+    return is_forked() ? nullptr : stage::running_plugin_code();
 }
 
 void on_crash(int received, siginfo_t* info, void*) {
     const CrashSignal* crash = the_crash_signals;
     while (crash->number != received) ++crash;
     if (const PluginCode* code = guarded_code()) end_by_fault(*code, " crashed: ", crash->words);
-    // The faulty instruction runs again on return; a signal that was sent is sent again.
+    // On return a faulty instruction runs again and raises the signal. A signal that kill or raise sent is raised here.
     sigaction(received, &crash->before, nullptr);
     if (info->si_code <= 0) raise(received);
 }
 
 void on_ending_signal(int received) {
-    if (is_copy()) {
+    if (is_forked()) {
         signal(received, SIG_DFL);
         raise(received);
         return;
@@ -168,7 +168,7 @@ void on_tick(int) {
 struct sigaction action_with(int flags) {
     struct sigaction action {};
     action.sa_flags = flags | SA_ONSTACK;
-    sigfillset(&action.sa_mask);  // what ends the process is not interrupted
+    sigfillset(&action.sa_mask);  // no signal interrupts a handler
     return action;
 }
 
@@ -188,7 +188,7 @@ void install_fault_guard() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before {};
         sigaction(number, nullptr, &before);
-        if (before.sa_handler == SIG_IGN) continue;  // whoever started it in the background wants it so
+        if (before.sa_handler == SIG_IGN) continue;  // nohup and shells ignore it for background processes
         struct sigaction action = action_with(0);
         action.sa_handler = on_ending_signal;
         sigaction(number, &action, nullptr);

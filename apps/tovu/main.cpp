@@ -1,5 +1,5 @@
-// The command line. Only here is anything printed and the exit status chosen: 0 when all is well, 2 for a mistake.
-// fault_guard.h is the exception, for faults of plug-ins and for signals.
+// The command line. Only this file, and fault_guard.h after faults of plug-ins and signals, print and choose the exit
+// status: 0 for success, 2 for an error.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kMistake = 2;
 
-// A line for each line of the message, all with the program's name in front.
+// Prints each line of the message behind the program's name.
 int fail(const std::string& message) {
     size_t start = 0;
     while (start <= message.size()) {
@@ -41,7 +41,7 @@ int run_params(const tovu::ParamsOptions& options) {
 }
 
 int run_render(const tovu::RenderOptions& options) {
-    std::signal(SIGCHLD, SIG_DFL);  // where the caller ignores it, the encoder's exit status would be lost
+    std::signal(SIGCHLD, SIG_DFL);  // while it is ignored, the exit status of ffmpeg is lost
     std::unique_ptr<stage::ProgressLine> line;
     const auto progress = [&line](int done, int total) {
         if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
@@ -56,7 +56,7 @@ int run_render(const tovu::RenderOptions& options) {
 }
 
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
-    CLI::App* command = app.add_subcommand("params", "What a plug-in registers");
+    CLI::App* command = app.add_subcommand("params", "Show what a plug-in registers");
     command->add_option("plugin", options.plugin,
                         "As in a scene: \"smoke\" (the default), a library beside it such as TovuGather, or a file");
     command->add_flag("--json", options.json, "JSON instead of a table");
@@ -67,21 +67,21 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("scene", options.scene, "Scene file")->required();
     command->add_option("-o,--output", options.output, "x.png, frames/%04d.png, x.mp4, x.mov or x.webm")->required();
     command->add_option("--at", options.at, "Time of a single picture, seconds");
-    command->add_option("--frames", options.frames, "Only the frames A to B, counted from 0");
+    command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
     command->add_option("--plugin-timeout", options.plugin_timeout,
-                        "Seconds that one call into a plug-in may take; 60 when left out, 0 for any time");
+                        "Seconds that one call into a plug-in may take; default 60, 0 for no limit");
     command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
     command->add_option("--trace", options.trace,
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
 }
 
 int run(int argc, char** argv) {
-    CLI::App app("Smoke on a stage: runs the plug-in in a host of its own.", "tovu");
+    CLI::App app("Renders scenes with smoke: loads plug-ins into the Stage, a host without a window.", "tovu");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
     tovu::ParamsOptions params;
@@ -112,8 +112,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
-    } catch (const std::exception& error) {  // such as memory that ran out
-        std::fprintf(stderr, "tovu: %s\n", error.what());
-        return 2;
+    } catch (const std::exception& error) {  // such as std::bad_alloc
+        return fail(error.what());
     }
 }

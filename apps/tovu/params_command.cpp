@@ -82,7 +82,7 @@ std::string table_text(const stage::Plugin& plugin) {
     for (const auto& row : rows) {
         for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
     }
-    std::string text = fmt::format("{}: {} parameters, {} bytes an instance\n", plugin.name, plugin.parameters.size(),
+    std::string text = fmt::format("{}: {} parameters, {} bytes per instance\n", plugin.name, plugin.parameters.size(),
                                    plugin.total_size);
     for (const stage::InfoText& info : plugin.info_texts) text += fmt::format("{}: {}\n", info.name, info.text);
     text += '\n';

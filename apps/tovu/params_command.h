@@ -1,4 +1,4 @@
-// `tovu params`: what a plug-in registers.
+// `tovu params`: shows what a plug-in registers.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace tovu {
 
 struct ParamsOptions {
-    std::string plugin;  // a name as scenes have it; empty is the smoke
+    std::string plugin;  // as in a scene file; empty means the smoke
     bool json = false;   // a JSON object instead of a table
 };
 

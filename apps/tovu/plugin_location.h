@@ -1,11 +1,11 @@
-// Where the smoke's library lies.
+// The path of the smoke plug-in's library.
 #pragma once
 
 #include <string>
 
 namespace tovu {
 
-/// plugins/TovuSmoke.so beside the folder that this program's file is in, whether it is there or not.
+/// ../plugins/TovuSmoke.so, relative to the folder of this program's file. Does not check that the file exists.
 std::string smoke_plugin_file();
 
 }  // namespace tovu

@@ -22,7 +22,7 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-// Where pictures go: into the video, or each into a file of its own.
+// The target of the pictures: one video, or one file for each.
 struct Output {
     OutputKind kind;
     std::string name;
@@ -63,14 +63,16 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
         if (const Result<Done> done = stage::run_until(run, frame); !done) return done;
         const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
         if (!picture) return picture.error();
-        if (frame == plan.last) stage::remove_instances(*run.built.stage);  // no file is whole after a fault in that
+        if (frame == plan.last)
+            stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
+                                                        // clean-up leaves no complete output
         if (const Result<Done> done = write_frame(output, frame, *picture); !done) return done;
         progress(frame - plan.first + 1, plan.last - plan.first + 1);
     }
     return output.video ? output.video->finish() : Result<Done>(Done{});
 }
 
-// Frames of an earlier, longer render that stand behind the scene's last one.
+// Warns of numbered pictures above the scene's last frame, left by an earlier, longer render.
 void warn_of_older_frames(const std::string& pattern, const stage::SceneDescription& scene, const RenderWarning& warn) {
     const Result<stage::NumberedFiles> files = stage::existing_frames(pattern);
     if (!files) return;
@@ -91,7 +93,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
     for (const std::string& warning : built->warnings) warn(warning);
-    std::vector<stage::TraceSection> sections;  // outlives the run, which may end in an error
+    std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
         run.built.stage->profile.sink = [&sections](const stage::TraceSpan& span) {
@@ -115,7 +117,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
         report.complaints.push_back(stage::to_string(complaint));
     if (const int64_t dropped = run.built.stage->complaints.dropped; dropped > 0)
         report.complaints.push_back(
-            fmt::format("{} more were dropped after the first {}", dropped, stage::kMaxComplaints));
+            fmt::format("{} more warnings were dropped after the first {}", dropped, stage::kMaxComplaints));
     return report;
 }
 

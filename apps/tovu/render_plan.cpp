@@ -84,7 +84,7 @@ Result<Done> take_moment(const std::string& text, RenderPlan& plan) {
     return Done{};
 }
 
-/// option: the one that named the file.
+/// option: the one that names the file, for the message.
 Result<Done> check_folder(std::string_view option, const std::filesystem::path& file) {
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
     std::error_code ignored;
@@ -120,11 +120,11 @@ Result<Done> check_frames_are_no_inputs(const std::string& pattern, const Render
     return Done{};
 }
 
-// The folder of numbered pictures is made when it is not there; the one around it must be.
+// The folder of numbered pictures is created if it does not exist; its parent folder must exist.
 Result<Done> check_numbered(const std::string& output) {
     const Result<std::filesystem::path> name = stage::frame_name(output, 0);
     if (!name) return Error{fmt::format("-o {}: {}", output, name.error().message)};
-    if (name->extension() != ".png") return Error{fmt::format("-o {}: numbered pictures end in .png", output)};
+    if (name->extension() != ".png") return Error{fmt::format("-o {}: numbered pictures must end in .png", output)};
     std::error_code ignored;
     if (!name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored))
         return check_folder("-o", *name);
@@ -132,10 +132,10 @@ Result<Done> check_numbered(const std::string& output) {
 }
 
 Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
-    if (!options.at.empty() && !options.frames.empty()) return Error{"--at and --frames: give one of them"};
+    if (!options.at.empty() && !options.frames.empty()) return Error{"--at and --frames: give only one of them"};
     if (stage::is_frame_pattern(options.output)) {
         plan.kind = OutputKind::kNumbered;
-        if (!options.at.empty()) return Error{"--at: is for one picture; numbered ones take --frames A-B"};
+        if (!options.at.empty()) return Error{"--at: renders one picture; numbered pictures take --frames A-B"};
         if (Result<Done> checked = check_numbered(options.output); !checked) return checked;
         if (Result<Done> taken = take_frames(options.frames, plan); !taken) return taken;
         return check_frames_are_no_inputs(options.output, plan);
@@ -143,14 +143,14 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
     const std::filesystem::path file = options.output;
     if (stage::is_video_name(file)) {
         plan.kind = OutputKind::kVideo;
-        if (!options.at.empty()) return Error{"--at: is for one picture; a video takes --frames A-B"};
+        if (!options.at.empty()) return Error{"--at: renders one picture; a video takes --frames A-B"};
         if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
         return take_frames(options.frames, plan);
     }
     if (file.extension() != ".png")
         return Error{
-            fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures are written "
-                        "as in frames/%04d.png",
+            fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures need a name such as "
+                        "frames/%04d.png",
                         options.output)};
     if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
     if (Result<Done> checked = check_not_an_input("-o", file, plan.scene); !checked) return checked;
@@ -158,7 +158,7 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
     Result<Done> taken = take_frames(options.frames, plan);
     if (taken && plan.first != plan.last)
         return Error{
-            fmt::format("-o {}: one picture needs --at SECONDS; numbered ones are written as in "
+            fmt::format("-o {}: one picture needs --at SECONDS; numbered pictures need a name such as "
                         "frames/%04d.png",
                         options.output)};
     return taken;

@@ -121,7 +121,7 @@ void pelRegisterPushButton(const char* name, const char* label, int32_t action) 
 }
 void pelRegisterTotalSize(int32_t bytes) {
     block_size = bytes;
-    std::printf("%d bytes an instance\n", bytes);
+    std::printf("%d bytes per instance\n", bytes);
 }
 void pelRegisterUseLOD(int32_t use) {
     std::printf("%s levels of detail\n", use ? "has" : "no");

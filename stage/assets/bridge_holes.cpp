@@ -11,8 +11,8 @@ namespace {
 
 using Outline = std::vector<Vector3>;
 
-// Twice the signed area of the triangle a, b, c: positive when c lies left of a → b. In double, so that the
-// differences of floats lose nothing.
+// Twice the signed area of the triangle a, b, c: positive when c lies left of a → b. Computed in double to reduce
+// rounding errors.
 double turn(const Vector3& a, const Vector3& b, const Vector3& c) {
     const double abx = double{b.x} - a.x, aby = double{b.y} - a.y;
     const double acx = double{c.x} - a.x, acy = double{c.y} - a.y;
@@ -35,9 +35,9 @@ bool in_closed_triangle(const Vector3& p, const Vector3& a, const Vector3& b, co
     return (ab >= 0 && bc >= 0 && ca >= 0) || (ab <= 0 && bc <= 0 && ca <= 0);
 }
 
-// Vertices that earlier cuts have doubled lie at one place but look into different directions; only the one that has
-// `point` between its two edges, on the inner side, can be joined to it without crossing.
-bool looks_at(const Outline& outline, size_t i, const Vector3& point) {
+// True when `point` lies on the inner side between the two edges of vertex i. Earlier cuts duplicate vertices; of the
+// duplicates, only one for which this is true can be connected to `point` without crossing the outline.
+bool faces(const Outline& outline, size_t i, const Vector3& point) {
     const Vector3& before = outline[i == 0 ? outline.size() - 1 : i - 1];
     const Vector3& after = outline[i + 1 == outline.size() ? 0 : i + 1];
     const bool left_of_arriving = turn(before, outline[i], point) >= 0;
@@ -46,10 +46,10 @@ bool looks_at(const Outline& outline, size_t i, const Vector3& point) {
     return convex ? left_of_arriving && left_of_leaving : left_of_arriving || left_of_leaving;
 }
 
-// Where the ray from a point towards +x first leaves the outline, and the end of that edge which lies further right.
+// Where a ray towards +x first hits the outline.
 struct RayHit {
     Vector3 point;
-    size_t vertex;
+    size_t vertex;  // the end of the edge that is hit: at the hit point, or else the one with the larger x
 };
 
 std::optional<RayHit> first_hit(const Outline& outline, const Vector3& from) {
@@ -58,7 +58,7 @@ std::optional<RayHit> first_hit(const Outline& outline, const Vector3& from) {
     for (size_t i = 0; i < outline.size(); ++i) {
         const size_t j = i + 1 == outline.size() ? 0 : i + 1;
         const Vector3 &a = outline[i], &b = outline[j];
-        // The area lies left of its edges, so seen from inside the nearest one runs upward.
+        // The area lies to the left of each edge, so a ray towards +x leaves it through an upward edge.
         if (!(a.y < b.y && a.y <= from.y && from.y <= b.y)) continue;
         const double share = (double{from.y} - a.y) / (double{b.y} - a.y);
         const double x = a.x + share * (double{b.x} - a.x);
@@ -78,17 +78,18 @@ size_t nearest_vertex(const Outline& outline, const Vector3& to) {
     return static_cast<size_t>(nearest - outline.begin());
 }
 
-// The vertex to join `from` to. The end of the edge that the ray hits can be hidden by vertices inside the triangle of
-// `from`, hit and end; of those the one at the smallest angle to the ray is in sight, the nearest one on a tie.
-size_t vertex_in_sight(const Outline& outline, const Vector3& from) {
+// The vertex to connect `from` to: the end of the edge that the ray hits. Vertices inside the triangle of `from`, the
+// hit point and that end can hide it; then it is the one of them at the smallest angle to the ray, the nearest on a
+// tie.
+size_t visible_vertex(const Outline& outline, const Vector3& from) {
     const std::optional<RayHit> hit = first_hit(outline, from);
-    if (!hit) return nearest_vertex(outline, from);  // not inside: the cut may cross, the parity still holds
+    if (!hit) return nearest_vertex(outline, from);  // `from` is outside: the cut may cross contours, the area stays
     size_t best = hit->vertex;
     double best_angle = std::numeric_limits<double>::infinity(), best_distance = best_angle;
     for (size_t i = 0; i < outline.size(); ++i) {
         const Vector3& v = outline[i];
         if (v.x < from.x || !in_closed_triangle(v, from, hit->point, outline[hit->vertex])) continue;
-        if (!looks_at(outline, i, from)) continue;
+        if (!faces(outline, i, from)) continue;
         const double dx = double{v.x} - from.x, dy = std::abs(double{v.y} - from.y);
         const double angle = std::atan2(dy, dx), distance = std::hypot(dx, dy);
         if (angle > best_angle || (angle == best_angle && distance >= best_distance)) continue;
@@ -99,7 +100,7 @@ size_t vertex_in_sight(const Outline& outline, const Vector3& from) {
     return best;
 }
 
-// Outline up to and with `at`, once around the hole from `start` back to `start`, and on from `at` again.
+// The outline up to vertex `at`, then once around the hole from `start` to `start`, then the outline from `at` on.
 Outline spliced(const Outline& outline, size_t at, const Outline& hole, size_t start) {
     const auto cut = outline.begin() + static_cast<std::ptrdiff_t>(at);
     const auto entry = hole.begin() + static_cast<std::ptrdiff_t>(start);
@@ -119,18 +120,18 @@ Mesh bridge_holes(const Mesh& outer, const std::vector<Mesh>& holes) {
     Outline outline = outer.vertices;
     if (!is_counter_clockwise(outline)) std::reverse(outline.begin(), outline.end());
 
-    std::vector<Outline> left_to_join;
+    std::vector<Outline> clockwise_holes;
     for (const Mesh& hole : holes) {
         if (hole.vertices.size() < 3) continue;
-        left_to_join.push_back(hole.vertices);
-        if (is_counter_clockwise(hole.vertices)) std::reverse(left_to_join.back().begin(), left_to_join.back().end());
+        Outline& added = clockwise_holes.emplace_back(hole.vertices);
+        if (is_counter_clockwise(added)) std::reverse(added.begin(), added.end());
     }
-    // From the right, so that no hole that is still to come stands between a hole and the outline on its right.
-    std::stable_sort(left_to_join.begin(), left_to_join.end(),
+    // From right to left, so that no unconnected hole lies between a hole and the outline to its right.
+    std::stable_sort(clockwise_holes.begin(), clockwise_holes.end(),
                      [](const Outline& a, const Outline& b) { return a[rightmost(a)].x > b[rightmost(b)].x; });
-    for (const Outline& hole : left_to_join) {
+    for (const Outline& hole : clockwise_holes) {
         const size_t start = rightmost(hole);
-        outline = spliced(outline, vertex_in_sight(outline, hole[start]), hole, start);
+        outline = spliced(outline, visible_vertex(outline, hole[start]), hole, start);
     }
     return {std::move(outline)};
 }

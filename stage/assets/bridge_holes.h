@@ -1,4 +1,4 @@
-// Joins an area and its holes to one closed outline, for readers that test outlines one by one.
+// Connects an outline and its holes into one closed outline, for code that tests each outline on its own.
 #pragma once
 
 #include <vector>
@@ -8,14 +8,14 @@
 
 namespace stage {
 
-/// One closed outline that encloses, under the even-odd rule in the x-y plane, what `outer` and all `holes` enclose
-/// together. Each hole is entered and left along a cut, a pair of equal edges in opposite directions, so that
-/// every line crosses a cut twice or not at all; cuts cross neither contours nor each other where the holes lie inside
-/// `outer` and apart. The result runs counter-clockwise, its holes clockwise, whatever the winding of the contours was.
-/// A contour of fewer than 3 vertices encloses nothing and is left out; without an outer contour the result is empty.
-/// Holes may touch each other or `outer`. z is kept and not read.
+/// Returns one closed outline. Under the even-odd rule in the x-y plane it encloses the same area as `outer` and all
+/// `holes` together. Each hole is connected by a cut: two equal edges in opposite directions, which cancel out under
+/// the even-odd rule. If the holes lie inside `outer` and do not overlap, cuts cross neither contours nor other cuts.
+/// The result runs counter-clockwise, its holes clockwise, for any winding of the input. Holes may touch each other or
+/// `outer`. z is copied and not used. Holes of fewer than 3 vertices are ignored; if `outer` has fewer than 3, the
+/// result is empty.
 /// Source: D. Eberly, "Triangulation by Ear Clipping" (Geometric Tools, 2002), section "Polygons with Holes".
-/// Costs holes × vertices.
+/// Takes time in O(holes × vertices).
 STAGE_EXPORT Mesh bridge_holes(const Mesh& outer, const std::vector<Mesh>& holes);
 
 }  // namespace stage

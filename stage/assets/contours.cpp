@@ -11,7 +11,7 @@ namespace stage {
 namespace {
 
 constexpr int kMaxChords = 1000;
-constexpr int kGridBits = 29;  // of the largest coordinate: below 2^30 the clipping needs no 128-bit products
+constexpr int kGridBits = 29;  // of the largest coordinate; below 2^30 the clipping needs no 128-bit products
 
 ContourPoint between(ContourPoint a, ContourPoint b, double t) {
     return {a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
@@ -21,13 +21,13 @@ double second_difference(ContourPoint a, ContourPoint b, ContourPoint c) {
     return std::hypot(a.x - 2 * b.x + c.x, a.y - 2 * b.y + c.y);
 }
 
-// Chords of equal parameter width that keep within tolerance, for a bound on the second derivative.
+// How many chords of equal parameter width stay within tolerance. second_derivative: an upper bound of its length.
 int chords_for(double second_derivative, double tolerance) {
     const double chords = std::ceil(std::sqrt(second_derivative / (8 * tolerance)));
     return chords >= 1 ? static_cast<int>(std::min<double>(chords, kMaxChords)) : 1;
 }
 
-// The power of two that brings the largest coordinate just below 2^kGridBits; a power so that the scaling is exact.
+// The power of two that scales the largest coordinate to just below 2^kGridBits. A power of two scales exactly.
 double grid_scale(const std::vector<Contour>& contours) {
     double largest = 0;
     for (const Contour& contour : contours)
@@ -103,7 +103,7 @@ std::vector<Mesh> outlines_of(const std::vector<Contour>& contours, FillRule rul
     if (!clipper.Execute(ClipperLib::ctUnion, parts, fill, fill)) return {};
 
     std::vector<Mesh> outlines;
-    // In the order of the tree, which names islands in holes after the part around them.
+    // GetNext visits every node of the tree, parts that lie inside holes included.
     for (const ClipperLib::PolyNode* node = parts.GetFirst(); node; node = node->GetNext()) {
         if (node->IsHole()) continue;
         std::vector<Mesh> holes;

@@ -28,9 +28,9 @@ std::string text_of(FcPattern* pattern, const char* property, int n = 0) {
     return reinterpret_cast<const char*>(text);
 }
 
-// The matcher always answers; whether with the family that was asked for is to be seen from the families of the answer.
-// The generic names stand for whatever is installed.
-bool answers(FcPattern* found, const std::string& family) {
+// fontconfig returns some font for every family, so the family names of the found font are compared with the wanted
+// one. Generic names match any font.
+bool is_of_family(FcPattern* found, const std::string& family) {
     constexpr std::array kGeneric = {"sans", "sans-serif", "serif", "mono", "monospace"};
     if (std::any_of(kGeneric.begin(), kGeneric.end(), [&](auto* name) { return family == name; })) return true;
     const auto* wanted = reinterpret_cast<const FcChar8*>(family.c_str());
@@ -54,14 +54,14 @@ Result<FontFile> find_font(const std::string& font) {
     const Pattern wanted(FcNameParse(reinterpret_cast<const FcChar8*>(name.c_str())), FcPatternDestroy);
     if (!wanted) return Error{fmt::format("font \"{}\": neither a family name nor the path of a font file", font)};
     const std::string family = text_of(wanted.get(), FC_FAMILY);
-    // Read afresh for every look-up, which takes milliseconds: nothing is left behind, and new fonts are seen.
+    // Loaded again for each look-up (some milliseconds), so that new fonts are found and no memory stays allocated.
     const Config config(FcInitLoadConfigAndFonts(), FcConfigDestroy);
     FcConfigSubstitute(config.get(), wanted.get(), FcMatchPattern);
     FcDefaultSubstitute(wanted.get());
     FcResult result = FcResultNoMatch;
     const Pattern found(FcFontMatch(config.get(), wanted.get(), &result), FcPatternDestroy);
     if (!found) return Error{fmt::format("font \"{}\": no font is installed; give the path of a font file", name)};
-    if (!answers(found.get(), family))
+    if (!is_of_family(found.get(), family))
         return Error{
             fmt::format("font \"{}\" is not installed; the nearest is \"{}\"; give a family that fc-list shows or "
                         "the path of a font file",

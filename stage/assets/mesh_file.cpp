@@ -26,7 +26,7 @@ Result<std::string> read_whole_file(const std::string& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status)) return Error{fmt::format("{}: there is no such file", path)};
-    if (!std::filesystem::is_regular_file(status)) return Error{fmt::format("{}: not a file", path)};
+    if (!std::filesystem::is_regular_file(status)) return Error{fmt::format("{}: not a regular file", path)};
     const uintmax_t size = std::filesystem::file_size(path, error);
     if (error) return Error{fmt::format("{}: cannot be read: {}", path, error.message())};
     if (size > kMaxMeshFileBytes)
@@ -39,7 +39,7 @@ Result<std::string> read_whole_file(const std::string& path) {
 }
 
 Error too_many_vertices(const std::string& path) {
-    return {fmt::format("{}: more than {} vertices", path, kMaxFileVertices)};
+    return {fmt::format("{}: more than {} vertices, the most that a file may have", path, kMaxFileVertices)};
 }
 
 Result<std::vector<Mesh>> read_mesh_file(const std::string& path) {
@@ -52,7 +52,7 @@ Result<std::vector<Mesh>> read_mesh_file(const std::string& path) {
     Result<std::vector<Mesh>> meshes = is_gltf ? parse_gltf(path, std::move(*bytes)) : parse_obj(path, *bytes);
     if (!meshes) return meshes;
     std::erase_if(*meshes, [](const Mesh& mesh) { return mesh.vertices.empty(); });
-    if (meshes->empty()) return Error{fmt::format("{}: holds no mesh with a vertex in it", path)};
+    if (meshes->empty()) return Error{fmt::format("{}: contains no vertices", path)};
     return meshes;
 }
 

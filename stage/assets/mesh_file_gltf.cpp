@@ -25,7 +25,7 @@ std::string_view json_part(const std::string& bytes) {
     if (!is_binary(bytes)) return bytes;
     if (bytes.size() < kBinaryHeaderBytes) return {};
     uint32_t length = 0;
-    std::memcpy(&length, bytes.data() + 12, sizeof length);  // little-endian, as this machine is
+    std::memcpy(&length, bytes.data() + 12, sizeof length);  // little-endian in the file, as on this machine
     return std::string_view(bytes).substr(kBinaryHeaderBytes, length);
 }
 
@@ -72,7 +72,7 @@ std::string one_line(std::string message) {
     return message;
 }
 
-// Where the positions of a primitive lie, all of it checked to be inside the buffer.
+// Location of the positions of a primitive, checked to lie inside the buffer.
 struct PositionData {
     const unsigned char* first = nullptr;
     size_t stride = 0, count = 0;
@@ -82,7 +82,7 @@ Result<PositionData> find_positions(const tinygltf::Model& model, const tinygltf
     const auto attribute = primitive.attributes.find("POSITION");
     if (attribute == primitive.attributes.end()) return PositionData{};
     const auto outside = [](const char* what, int index, size_t count) {
-        return Error{fmt::format("{} {} where the file has {}", what, index, count)};
+        return Error{fmt::format("{} {} does not exist; the file has {}", what, index, count)};
     };
     const auto in = [](int index, const auto& list) { return index >= 0 && static_cast<size_t>(index) < list.size(); };
 
@@ -90,7 +90,7 @@ Result<PositionData> find_positions(const tinygltf::Model& model, const tinygltf
     const tinygltf::Accessor& accessor = model.accessors[static_cast<size_t>(attribute->second)];
     if (accessor.type != TINYGLTF_TYPE_VEC3 || accessor.componentType != TINYGLTF_COMPONENT_TYPE_FLOAT)
         return Error{"POSITION must be VEC3 of 32-bit floats; export without quantization or compression"};
-    if (accessor.sparse.isSparse) return Error{"POSITION is a sparse accessor; export it whole"};
+    if (accessor.sparse.isSparse) return Error{"POSITION is a sparse accessor; export without sparse accessors"};
     if (!in(accessor.bufferView, model.bufferViews))
         return outside("POSITION's bufferView", accessor.bufferView, model.bufferViews.size());
     const tinygltf::BufferView& view = model.bufferViews[static_cast<size_t>(accessor.bufferView)];
@@ -100,8 +100,9 @@ Result<PositionData> find_positions(const tinygltf::Model& model, const tinygltf
     constexpr size_t kVertexBytes = 3 * sizeof(float);
     const int stride = accessor.ByteStride(view);
     if (stride < static_cast<int>(kVertexBytes))
-        return Error{fmt::format("byteStride {}; it must be a multiple of 4 from 12", view.byteStride)};
-    if (accessor.count > kMaxFileVertices) return Error{fmt::format("{} vertices", accessor.count)};
+        return Error{fmt::format("byteStride {}; it must be a multiple of 4 and at least 12", view.byteStride)};
+    if (accessor.count > kMaxFileVertices)
+        return Error{fmt::format("{} vertices; at most {} are allowed", accessor.count, kMaxFileVertices)};
     if (accessor.count == 0) return PositionData{};
     // Each offset is checked on its own first, so that their sum cannot wrap.
     const size_t span = (accessor.count - 1) * static_cast<size_t>(stride) + kVertexBytes;
@@ -120,7 +121,7 @@ Result<Mesh> read_positions(const PositionData& positions) {
         Vector3 v;
         std::memcpy(&v, positions.first + i * positions.stride, sizeof v);
         if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
-            return Error{fmt::format("vertex {} is ({}, {}, {}); it must be finite numbers", i, v.x, v.y, v.z)};
+            return Error{fmt::format("vertex {} is ({}, {}, {}); all three must be finite", i, v.x, v.y, v.z)};
         mesh.vertices.push_back(v);
     }
     return mesh;
@@ -151,9 +152,9 @@ Result<std::vector<Mesh>> meshes_of(const std::string& path, const tinygltf::Mod
 
 Result<std::vector<Mesh>> parse_gltf(const std::string& path, std::string bytes) {
     if (nests_too_deep(json_part(bytes)))
-        return Error{fmt::format("{}: JSON nested more than {} deep", path, kMaxJsonDepth)};
+        return Error{fmt::format("{}: JSON nested more than {} levels deep", path, kMaxJsonDepth)};
     const auto length = static_cast<unsigned>(bytes.size());
-    // The parser takes the header of a binary chunk as part of its length, and may look that far past the file's end.
+    // The parser counts the header of a binary chunk as part of its length and may read that far past the file's end.
     bytes.append(16, '\0');
 
     tinygltf::TinyGLTF parser;

@@ -18,14 +18,14 @@ struct Section {
     std::vector<size_t> used;
 };
 
-// What the parser's callbacks build. The first thing wrong stops the building, not the parser.
+// State of the parser's callbacks. After the first error they do nothing more; the parser still reads to the end.
 struct Reading {
     const std::string& path;
     const std::string& text;
     std::stringbuf& stream;
     size_t counted_bytes = 0;
-    size_t line = 1;        // that ends at counted_bytes
-    size_t line_begin = 0;  // its first byte
+    size_t line = 1;        // number of the line that counted_bytes lies in
+    size_t line_begin = 0;  // offset of its first byte
     std::vector<Vector3> vertices{};
     std::vector<Section> sections{Section{}};
     size_t highest_used = 0, highest_used_line = 0;
@@ -36,7 +36,7 @@ bool ends_line(const std::string& text, size_t i) {
     return text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
 }
 
-// Brings `line` and `line_begin` to the line whose callback is running: the parser has read up to its end.
+// Updates `line` and `line_begin` to the line whose callback is running. The parser has read this line to its end.
 void find_line(Reading& reading) {
     const auto read = static_cast<size_t>(std::streamoff(reading.stream.pubseekoff(0, std::ios::cur, std::ios::in)));
     const size_t line_end = read > 0 && ends_line(reading.text, read - 1) ? read - 1 : read;
@@ -47,12 +47,12 @@ void find_line(Reading& reading) {
     }
 }
 
-void fail(Reading& reading, const std::string& what) {
+void fail(Reading& reading, const std::string& message) {
     find_line(reading);
-    if (reading.error.empty()) reading.error = fmt::format("{}:{}: {}", reading.path, reading.line, what);
+    if (reading.error.empty()) reading.error = fmt::format("{}:{}: {}", reading.path, reading.line, message);
 }
 
-// The parser reads what is not a number as 0. True when the line's first three words after the `v` are numbers.
+// True when the line's first three words after the `v` are numbers. The parser itself reads any other word as 0.
 bool holds_three_numbers(std::string_view line) {
     constexpr std::string_view kSpaces = " \t";
     line.remove_prefix(std::min(line.find('v') + 1, line.size()));
@@ -92,8 +92,8 @@ void on_element(void* user, tinyobj::index_t* indices, int count) {
         const int64_t index = given > 0 ? int64_t{given} - 1 : declared + given;  // negative: counted from the last one
         if (given == 0 || index < 0) {
             fail(reading,
-                 fmt::format("vertex index {} where {} vertices are declared; indices count from 1, or from -1 "
-                             "backwards",
+                 fmt::format("vertex index {} does not exist; the file declares {} vertices before it; 1 is the first "
+                             "vertex, -1 the last one",
                              given, declared));
             return;
         }
@@ -117,8 +117,9 @@ void on_object(void* user, const char*) {
     begin_section(user);
 }
 
-// The text with lines and points named as faces, the only elements that the parser hands to a callback, and with lines
-// that end in a backslash joined to the next. As long as it was, so that places in it stay the same.
+// Replaces the letters of lines (`l`) and points (`p`) by that of faces (`f`), since the parser has a callback for
+// faces only, and joins a line that ends in a backslash to the next one. Keeps the length, so that offsets stay the
+// same.
 std::string prepared(const std::string& text) {
     std::string result = text;
     size_t line_begin = 0;
@@ -173,7 +174,7 @@ Result<std::vector<Mesh>> parse_obj(const std::string& path, const std::string& 
         return Error{fmt::format("{}: {}", path, error)};
     if (!reading.error.empty()) return Error{reading.error};
     if (reading.highest_used_line > 0 && reading.highest_used >= reading.vertices.size())
-        return Error{fmt::format("{}:{}: vertex index {}, but the file declares {} vertices", path,
+        return Error{fmt::format("{}:{}: vertex index {} does not exist; the file declares {} vertices", path,
                                  reading.highest_used_line, reading.highest_used + 1, reading.vertices.size())};
     return meshes_of(reading);
 }

@@ -13,9 +13,9 @@
 namespace stage {
 namespace {
 
-/// Bytes handed to the decoder. Where a file ends too early the decoder continues with zeros and reports no error, so
-/// that this struct notes it. The decoder reads into pixel rows and into a small buffer, always that of its first read;
-/// a short read into the buffer is no fault, since it asks for more than it needs.
+/// Bytes for the decoder. It replaces missing bytes by zeros and reports no error, so `ended_early` records the fault.
+/// The first read of the decoder is into its small buffer, later ones into that buffer or into pixel rows. A short read
+/// into the buffer is normal, since the decoder requests more than it needs there.
 struct Source {
     std::span<const uint8_t> bytes;
     size_t position = 0;
@@ -47,7 +47,7 @@ int is_source_at_end(void* user) {
 
 constexpr stbi_io_callbacks kCallbacks = {read_source, skip_source, is_source_at_end};
 
-/// The same callbacks on an open file, to read the head alone.
+/// The same callbacks on an open file, to read the header only.
 int read_stream(void* user, char* data, int size) {
     std::ifstream& file = *static_cast<std::ifstream*>(user);
     file.read(data, size);
@@ -67,17 +67,17 @@ int is_stream_at_end(void* user) {
 constexpr stbi_io_callbacks kStreamCallbacks = {read_stream, skip_stream, is_stream_at_end};
 
 /// known: the decoder recognised the format.
-Result<Done> check_head(const std::string& name, bool known, int width, int height) {
+Result<Done> check_header(const std::string& name, bool known, int width, int height) {
     if (!known) return Error{name + ": not a PNG, JPEG, TGA or BMP picture"};
     if (width >= 1 && height >= 1 && width <= kMaxPictureSide && height <= kMaxPictureSide) return Done{};
-    return Error{fmt::format("{}: {} x {} pixels, each side must be 1 to {}", name, width, height, kMaxPictureSide)};
+    return Error{fmt::format("{}: {} x {} pixels; each side must be 1 to {}", name, width, height, kMaxPictureSide)};
 }
 
 Result<std::ifstream> open_picture(const std::filesystem::path& path) {
     if (std::error_code code; std::filesystem::is_directory(path, code))
         return Error{path.string() + ": a folder, not a picture file"};
     std::ifstream file(path, std::ios::binary);
-    if (!file) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    if (!file) return Error{fmt::format("{}: cannot be read: {}", path.string(), std::strerror(errno))};
     return file;
 }
 
@@ -117,12 +117,12 @@ Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string
     int height = 0;
     int channels = 0;
     const bool known = stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels) != 0;
-    if (const Result<Done> checked = check_head(name, known, width, height); !checked) return checked.error();
+    if (const Result<Done> checked = check_header(name, known, width, height); !checked) return checked.error();
 
     source = Source{bytes};
     const std::unique_ptr<stbi_uc, FreePixels> pixels(
         stbi_load_from_callbacks(&kCallbacks, &source, &width, &height, &channels, 0));
-    if (source.ended_early) return Error{name + ": the picture's data ends too early, the file is cut off"};
+    if (source.ended_early) return Error{name + ": the picture's data ends too early; the file is truncated"};
     if (pixels == nullptr) return Error{fmt::format("{}: the picture is damaged ({})", name, stbi_failure_reason())};
     return bottom_row_first(pixels.get(), width, height, channels);
 }
@@ -131,7 +131,7 @@ Result<Picture> read_picture(const std::filesystem::path& path) {
     Result<std::ifstream> file = open_picture(path);
     if (!file) return file.error();
     const std::string text{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
-    if (file->bad()) return Error{fmt::format("{}: can't be read: {}", path.string(), std::strerror(errno))};
+    if (file->bad()) return Error{fmt::format("{}: cannot be read: {}", path.string(), std::strerror(errno))};
     return decode_picture({reinterpret_cast<const uint8_t*>(text.data()), text.size()}, path.string());
 }
 
@@ -142,7 +142,8 @@ Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& pa
     int height = 0;
     int channels = 0;
     const bool known = stbi_info_from_callbacks(&kStreamCallbacks, &*file, &width, &height, &channels) != 0;
-    if (const Result<Done> checked = check_head(path.string(), known, width, height); !checked) return checked.error();
+    if (const Result<Done> checked = check_header(path.string(), known, width, height); !checked)
+        return checked.error();
     return std::array<int32_t, 2>{width, height};
 }
 

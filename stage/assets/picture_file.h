@@ -12,13 +12,13 @@
 
 namespace stage {
 
-/// Reads a PNG, JPEG, TGA or BMP file as it is, without converting its channels: grey, grey with alpha, RGB or RGBA,
-/// 8 bits each (16-bit files keep their upper 8). The error names the file and what is wrong with it: missing, not one
-/// of these formats, damaged, ending too early, larger than kMaxPictureSide.
+/// Reads a PNG, JPEG, TGA or BMP file. Keeps its channels: grey, grey with alpha, RGB or RGBA, 8 bits each (16-bit
+/// files keep their upper 8). The error names the file and what is wrong with it: missing, another format, damaged,
+/// truncated, larger than kMaxPictureSide.
 STAGE_EXPORT Result<Picture> read_picture(const std::filesystem::path& path);
 
-/// Width and height of a picture file in pixels, read from its head: damage in the pixels is not noticed. Errors as for
-/// read_picture.
+/// Width and height of a picture file in pixels. Reads only the header, so that damaged pixel data is not detected.
+/// Errors as for read_picture.
 STAGE_EXPORT Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path);
 
 /// Decodes a picture file that is in memory; messages call it `name`.

@@ -11,7 +11,7 @@
 namespace stage {
 namespace {
 
-// Sums, products, quotients and square roots only: IEEE 754 fixes their rounding, but not that of a library's sine.
+// Only +, -, ×, / and square roots: IEEE 754 defines their rounding. The rounding of sine depends on the library.
 
 /// A point of the sprite: -1…1 across, +y up.
 struct Spot {
@@ -35,7 +35,7 @@ double smooth_step(double from, double to, double value) {
     return t * t * (3.0 - 2.0 * t);
 }
 
-/// Falls to 0 at the sprite's border, so that no quad shows its edge.
+/// Falls to 0 at the sprite's border, so that the edges of quads are invisible.
 double border_window(double r) {
     return smooth_step(0.98, 0.72, r);
 }
@@ -138,7 +138,7 @@ double billow_height(Spot p) {
 
 Shade billow(Spot p) {
     const double height = billow_height(p);
-    // Lit from above: brighter where the surface falls off upwards.
+    // Lit from above: brighter where the height decreases upwards.
     const double fall = billow_height({p.x, p.y - 0.04}) - billow_height({p.x, p.y + 0.04});
     const double luminance = std::clamp(0.82 + 0.75 * fall, 0.5, 1.0);
     return {luminance, smooth_step(0.05, 0.85, height) * 0.95 * border_window(radius(p))};
@@ -158,7 +158,7 @@ struct Drawing {
 constexpr Drawing kDrawings[] = {
     {"puff", puff},      // a cloud with a ragged, curling edge: most smoke
     {"soft", soft},      // a smooth disc without structure: haze, fog, breath
-    {"wisp", wisp},      // thin strands: the last of a fire, incense, steam
+    {"wisp", wisp},      // thin strands: a dying fire, incense, steam
     {"billow", billow},  // dense heads lit from above: thick smoke, dust, ash clouds
     {"ring", ring},      // a ring of smoke
     {"spark", spark},    // a bright point with a glow: embers, with additive blending

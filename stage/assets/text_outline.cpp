@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t kMaxTextBytes = 10000;
 constexpr double kPerUnit = 64;           // FreeType and HarfBuzz count in 64ths of a unit
-constexpr float kTolerancesPerEm = 1000;  // a chord stays within size / this of its curve
+constexpr float kTolerancesPerEm = 1000;  // chords stay within size / kTolerancesPerEm of their curve
 constexpr int kLoadFlags = FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
 
 template <class T, auto Release>
@@ -30,7 +30,7 @@ using Face = std::unique_ptr<FT_FaceRec_, Releaser<FT_FaceRec_, FT_Done_Face>>;
 using Shaper = std::unique_ptr<hb_font_t, Releaser<hb_font_t, hb_font_destroy>>;
 using ShapedText = std::unique_ptr<hb_buffer_t, Releaser<hb_buffer_t, hb_buffer_destroy>>;
 
-// An open font, set to one pixel per unit of its own design, so that nothing is rounded.
+// An open font at one pixel per design unit, so that coordinates are not rounded.
 struct Font {
     std::string name;
     Library library;
@@ -42,7 +42,7 @@ Result<Font> open_font(const std::string& name) {
     const Result<FontFile> file = find_font(name);
     if (!file) return file.error();
     FT_Library library = nullptr;
-    if (FT_Init_FreeType(&library) != 0) return Error{"FreeType does not start: out of memory"};
+    if (FT_Init_FreeType(&library) != 0) return Error{"FreeType cannot be initialised: out of memory"};
     Font font{file->path, Library(library), nullptr, nullptr};
     FT_Face face = nullptr;
     if (FT_New_Face(library, file->path.c_str(), file->face_index, &face) != 0)
@@ -96,7 +96,7 @@ Result<std::vector<Mesh>> glyph_outlines(const Font& font, hb_codepoint_t glyph,
     const FT_Outline_Funcs callbacks{move_to, line_to, conic_to, cubic_to, 0, 0};
     Decomposition decomposition{{}, tolerance};
     if (FT_Outline_Decompose(&outline, &callbacks, &decomposition) != 0)
-        return Error{fmt::format("font {}: the outline of glyph {} is broken", font.name, glyph)};
+        return Error{fmt::format("font {}: the outline of glyph {} is damaged", font.name, glyph)};
     const bool even_odd = (outline.flags & FT_OUTLINE_EVEN_ODD_FILL) != 0;
     return outlines_of(decomposition.contours, even_odd ? FillRule::kEvenOdd : FillRule::kNonZero);
 }
@@ -116,11 +116,11 @@ Line shape_line(const Font& font, const std::string& text, std::vector<std::stri
     hb_buffer_add_utf8(buffer.get(), text.data(), static_cast<int>(text.size()), 0, static_cast<int>(text.size()));
     hb_buffer_guess_segment_properties(buffer.get());
     unsigned count = 0;
-    std::map<uint32_t, hb_codepoint_t> character_at;  // by position in the text, which shaping keeps
+    std::map<uint32_t, hb_codepoint_t> character_at;  // by byte offset in the text; shaping keeps it as `cluster`
     const hb_glyph_info_t* infos = hb_buffer_get_glyph_infos(buffer.get(), &count);
     for (unsigned i = 0; i < count; ++i) character_at[infos[i].cluster] = infos[i].codepoint;
 
-    // Letters stay separate. Ligatures that a script requires have other feature names and stay on.
+    // Switches optional ligatures off. Ligatures that a script requires are other features and stay on.
     constexpr unsigned kToTheEnd = HB_FEATURE_GLOBAL_END;
     const hb_feature_t no_ligatures[] = {{HB_TAG('l', 'i', 'g', 'a'), 0, 0, kToTheEnd},
                                          {HB_TAG('c', 'l', 'i', 'g'), 0, 0, kToTheEnd}};

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kNoisePixels = 2;           // areas and holes of at most this many are dropped
 constexpr double kCornerLimit = 1.0;      // 0 keeps every pixel corner sharp, 1.34 rounds nearly all
-constexpr double kTolerancePixels = 0.1;  // a chord stays within this of its curve
+constexpr double kTolerancePixels = 0.1;  // largest distance of a chord from its curve
 constexpr int kWordBits = std::numeric_limits<potrace_word>::digits;
 
 struct FreeParameters {
@@ -59,7 +59,7 @@ Contour flattened(const potrace_curve_t& curve, double tolerance) {
             contour.push_back(point(c[2]));
         }
     }
-    contour.pop_back();  // it repeats the start
+    contour.pop_back();  // the last point repeats the first
     return contour;
 }
 

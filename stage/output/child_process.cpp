@@ -30,7 +30,7 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, pi
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
-    // A signal that ends this process must not come between the start of the command and its note.
+    // Blocked, so that no signal ends this process after the command has started and before it is recorded.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -50,11 +50,11 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, pi
 }  // namespace
 
 Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments) {
-    // A pair of sockets, since writing to one that nobody reads can be told not to raise a signal. Closed on exec, so
-    // that no other child holds our end open.
+    // Sockets instead of a pipe: with MSG_NOSIGNAL a write to a command that has ended raises no SIGPIPE. Closed on
+    // exec, so that no other child holds this end open.
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        return Error{fmt::format("{} can't be started: {}", arguments[0], std::strerror(errno))};
+        return Error{fmt::format("{} cannot be started: {}", arguments[0], std::strerror(errno))};
     ChildProcess child;
     child.input_ = ends[0];
     child.messages_ = memfd_create("messages", MFD_CLOEXEC);
@@ -64,7 +64,7 @@ Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& argumen
     child.pid_ = -1;
     return Error{failure == ENOENT
                      ? fmt::format("there is no {} command; install the package {}", arguments[0], arguments[0])
-                     : fmt::format("{} can't be started: {}", arguments[0], std::strerror(failure))};
+                     : fmt::format("{} cannot be started: {}", arguments[0], std::strerror(failure))};
 }
 
 bool ChildProcess::feed(std::span<const unsigned char> bytes) {
@@ -77,19 +77,20 @@ bool ChildProcess::feed(std::span<const unsigned char> bytes) {
     return true;
 }
 
-std::string ChildProcess::wait() {
+Result<Done> ChildProcess::wait() {
     if (input_ >= 0) close(std::exchange(input_, -1));
     siginfo_t child;
     while (waitid(P_PID, static_cast<id_t>(pid_), &child, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }
-    forget_unfinished_command(pid_);  // before it is reaped: its number may be another process's then
+    forget_unfinished_command(pid_);  // before it is reaped: afterwards another process may get the same id
     int status = 0;
     const pid_t ended = waitpid(pid_, &status, 0);
     pid_ = -1;
-    if (ended < 0) return fmt::format("failed: its exit status is lost ({})", std::strerror(errno));
+    if (ended < 0) return Error{fmt::format("failed: its exit status is not known ({})", std::strerror(errno))};
     if (WIFSIGNALED(status))
-        return fmt::format("was ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)));
-    return WEXITSTATUS(status) == 0 ? "" : fmt::format("failed with exit status {}", WEXITSTATUS(status));
+        return Error{fmt::format("was ended by signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))};
+    if (WEXITSTATUS(status) != 0) return Error{fmt::format("failed with exit status {}", WEXITSTATUS(status))};
+    return Done{};
 }
 
 std::string ChildProcess::last_lines(size_t count) const {

@@ -1,4 +1,4 @@
-// Runs a command that reads its standard input. Inside the library only.
+// Runs a command and writes to its standard input. Internal to the library.
 #pragma once
 
 #include <sys/types.h>
@@ -12,8 +12,9 @@
 
 namespace stage {
 
-/// A started command. Its standard output is discarded, its standard error kept. Destroyed while it runs, it is
-/// killed and waited for; so it is when a fault or a signal ends this process (stage/output/unfinished.h). Move only.
+/// A started command. Its standard output is discarded, its standard error kept. The destructor kills a command that
+/// still runs and waits for it; a fault or a signal that ends this process does the same (stage/output/unfinished.h).
+/// Move only.
 class ChildProcess {
   public:
     /// arguments[0] is the command, looked up in PATH.
@@ -23,11 +24,11 @@ class ChildProcess {
     ChildProcess& operator=(ChildProcess&& other) noexcept;
     ~ChildProcess();
 
-    /// False when the command reads no more.
+    /// Writes to the command's standard input. False when the command has stopped reading.
     bool feed(std::span<const unsigned char> bytes);
-    /// Closes its input and waits for its end. Returns how it failed, such as "failed with exit status 1"; empty for
-    /// exit status 0.
-    std::string wait();
+    /// Closes the command's input and waits for its end. Error: an exit status other than 0; the message is a verb
+    /// phrase such as "failed with exit status 1".
+    Result<Done> wait();
     /// The last lines of its standard error, at most `count`, without the final newline. Call after wait().
     std::string last_lines(size_t count) const;
 

@@ -38,8 +38,7 @@ struct FramePattern {
 };
 
 Result<FramePattern> parse_pattern(const std::string& pattern) {
-    const Error malformed{pattern +
-                          ": a pattern of frame names holds one number such as %04d, and %% for a percent sign"};
+    const Error malformed{pattern + ": must contain exactly one number such as %04d; a percent sign is written %%"};
     FramePattern parsed;
     for (size_t at = 0; at < pattern.size();) {
         std::string& text = parsed.field.length == 0 ? parsed.before : parsed.after;
@@ -116,13 +115,13 @@ Result<std::vector<std::filesystem::path>> numbered_files(const std::filesystem:
     if (!parsed) return parsed.error();
     const NumberedFiles found = files_in(folder, *parsed);
     if (found.empty())
-        return Error{fmt::format("there is no file that '{}' stands for in the folder '{}'", pattern,
-                                 folder.empty() ? "." : folder.string())};
+        return Error{
+            fmt::format("no file matches '{}' in the folder '{}'", pattern, folder.empty() ? "." : folder.string())};
     std::vector<std::filesystem::path> files;
     for (const auto& [number, file] : found) {
         const int expected = found.begin()->first + static_cast<int>(files.size());
         if (number != expected)
-            return Error{fmt::format("'{}' is missing: there are files from number {} to {}, which leave none out",
+            return Error{fmt::format("'{}' is missing; there must be a file for each number from {} to {}",
                                      (folder / name_of(*parsed, expected)).string(), found.begin()->first,
                                      found.rbegin()->first)};
         files.push_back(file);

@@ -43,7 +43,7 @@ std::array<double, kChannels> seen_pixel(const Picture& picture, size_t index) {
 
 Result<PictureDifference> compare_pictures(const Picture& expected, const Picture& actual, double threshold) {
     if (expected.width != actual.width || expected.height != actual.height)
-        return Error{fmt::format("a picture of {} x {} pixels where {} x {} were expected", actual.width, actual.height,
+        return Error{fmt::format("a picture of {} x {} pixels; {} x {} were expected", actual.width, actual.height,
                                  expected.width, expected.height)};
     const size_t pixel_count = static_cast<size_t>(expected.width) * static_cast<size_t>(expected.height);
     PictureDifference difference;

@@ -20,7 +20,7 @@ struct PictureDifference {
 struct PictureTolerance {
     double mean = 0.5;           // largest accepted mean
     double threshold = 12.0;     // 1/255: smallest visible difference
-    double share_above = 0.005;  // largest accepted share of pixels above it
+    double share_above = 0.005;  // largest accepted share of pixels above the threshold
 };
 
 /// Formats may differ. Error: the sizes differ.

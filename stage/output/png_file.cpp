@@ -81,11 +81,11 @@ bool write_with_jumps(PngWriter& writer, std::FILE* file, const Picture& picture
 Result<Done> write_png(const std::filesystem::path& path, const Picture& picture) {
     if (picture.width < 1 || picture.height < 1 ||
         picture.bytes.size() < picture_byte_count(picture.width, picture.height, picture.format))
-        return Error{fmt::format("{}: a picture of {} x {} pixels with {} bytes can't be written", path.string(),
+        return Error{fmt::format("{}: a picture of {} x {} pixels with {} bytes cannot be written", path.string(),
                                  picture.width, picture.height, picture.bytes.size())};
     const auto failed = [&](const std::string& reason) {
         discard_partial(path);
-        return Error{fmt::format("{}: can't be written: {}", path.string(), reason)};
+        return Error{fmt::format("{}: cannot be written: {}", path.string(), reason)};
     };
     File file(std::fopen(begin_partial(path).c_str(), "wb"));
     if (file == nullptr) return failed(std::strerror(errno));

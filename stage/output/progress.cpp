@@ -48,7 +48,7 @@ void ProgressLine::show(int frames_done) {
     if (frames_done < frames_total_ && Seconds(now - last_shown_).count() < pause) return;
     last_shown_ = now;
     const std::string text = progress_text(frames_done, frames_total_, Seconds(now - start_).count());
-    // \033[K clears the rest of a longer line before.
+    // \033[K clears the rest of the previous line, which can be longer.
     const std::string line = terminal_ ? '\r' + text + "\033[K" : text + '\n';
     std::fputs(line.c_str(), stream_);
     std::fflush(stream_);

@@ -16,7 +16,7 @@ STAGE_EXPORT std::string progress_text(int frames_done, int frames_total, double
 /// second. The last frame is always printed.
 class STAGE_EXPORT ProgressLine {
   public:
-    /// stream: stays open and the caller's; isatty decides whether it is a terminal.
+    /// stream: is not closed here; isatty decides whether it is a terminal.
     ProgressLine(int frames_total, std::FILE* stream);
     /// Ends the rewritten line with a newline.
     ~ProgressLine();

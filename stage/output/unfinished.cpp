@@ -16,7 +16,7 @@ struct UnfinishedFile {
     char name[PATH_MAX];
 };
 
-// A signal handler has no argument that could carry them.
+// Global, since a signal handler cannot receive them as arguments.
 UnfinishedFile the_files[kMaxUnfinished];
 std::atomic<pid_t> the_commands[kMaxUnfinished];  // 0: free
 
@@ -51,7 +51,7 @@ void forget_unfinished_command(pid_t pid) noexcept {
 }
 
 void discard_unfinished() noexcept {
-    for (const std::atomic<pid_t>& command : the_commands) {  // first: one may be about to create its file
+    for (const std::atomic<pid_t>& command : the_commands) {  // first: a command may still create its file
         if (command == 0) continue;
         kill(command, SIGKILL);
         waitpid(command, nullptr, 0);

@@ -1,4 +1,5 @@
-// Files that are not whole yet and the commands that write them, so that a process that ends at once leaves neither.
+// Records incomplete output files and the commands that write them, so that both can be removed when a fault or a
+// signal ends the process.
 #pragma once
 
 #include <sys/types.h>
@@ -7,19 +8,19 @@
 
 namespace stage {
 
-/// Up to this many files, and as many commands, are kept track of at a time; more are not noted.
+/// At most this many files and this many commands are recorded at a time; further ones are ignored.
 constexpr int kMaxUnfinished = 8;
 
-/// Notes a file from before it is created until it is renamed or removed. A name longer than PATH_MAX is not noted: no
-/// file can have it.
+/// Call `note` before the file is created and `forget` after it is renamed or removed. A name of PATH_MAX bytes or more
+/// is ignored, since no file can have it.
 void note_unfinished_file(const char* file) noexcept;
 void forget_unfinished_file(const char* file) noexcept;
 
-/// Notes a child process from its start until just before it is reaped.
+/// Call `note` right after the child process has started and `forget` just before it is reaped.
 void note_unfinished_command(pid_t pid) noexcept;
 void forget_unfinished_command(pid_t pid) noexcept;
 
-/// Kills and reaps the commands, then removes the files. For the end of the process only. Async-signal-safe.
+/// Kills and reaps the commands, then removes the files. Call only to end the process. Async-signal-safe.
 STAGE_EXPORT void discard_unfinished() noexcept;
 
 }  // namespace stage

@@ -30,14 +30,14 @@ struct VideoFile::Encoder {
     Encoder& operator=(const Encoder&) = delete;
     ~Encoder() {
         if (finished) return;
-        { const ChildProcess ended = std::move(ffmpeg); }  // first: it may be about to make the file
+        { const ChildProcess ended = std::move(ffmpeg); }  // first: it may still create the file
         discard_partial(path);
     }
 
-    /// reason: as ChildProcess::wait gives it.
-    Error failure(const std::string& reason) const {
+    /// ended: the result of ChildProcess::wait.
+    Error failure(const Result<Done>& ended) const {
         discard_partial(path);
-        return Error{fmt::format("{}: ffmpeg {}:\n{}", path.string(), reason.empty() ? "ended too early" : reason,
+        return Error{fmt::format("{}: ffmpeg {}:\n{}", path.string(), ended ? "ended too early" : ended.error().message,
                                  ffmpeg.last_lines(kQuotedLines))};
     }
 };
@@ -55,7 +55,7 @@ std::string endings() {
 Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat* format,
                             const VideoSettings& settings) {
     const auto wrong = [&path](const std::string& problem) { return Error{path.string() + ": " + problem}; };
-    if (format == nullptr) return wrong(fmt::format("the name of a video ends in one of {}", endings()));
+    if (format == nullptr) return wrong(fmt::format("the name of a video must end in one of {}", endings()));
     if (settings.width < 1 || settings.height < 1)
         return wrong(fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height));
     if (format->even_size && (settings.width % 2 != 0 || settings.height % 2 != 0))
@@ -104,8 +104,8 @@ Result<Done> VideoFile::add_frame(const Picture& frame) {
     Encoder& encoder = *encoder_;
     const VideoSettings& settings = encoder.settings;
     if (frame.format != kPictureRgba || frame.width != settings.width || frame.height != settings.height)
-        return Error{fmt::format("{}: a frame of {} x {} pixels in a video of {} x {} (RGBA)", encoder.path.string(),
-                                 frame.width, frame.height, settings.width, settings.height)};
+        return Error{fmt::format("{}: a frame of {} x {} pixels; frames of this video must be {} x {} in RGBA",
+                                 encoder.path.string(), frame.width, frame.height, settings.width, settings.height)};
     const size_t row_in = static_cast<size_t>(frame.width) * 4;
     const size_t row_out = static_cast<size_t>(frame.width) * (encoder.format->alpha ? 4 : 3);
     const auto height = static_cast<size_t>(frame.height);
@@ -117,17 +117,17 @@ Result<Done> VideoFile::add_frame(const Picture& frame) {
     ++encoder.frame_count;
     if (encoder.ffmpeg.feed(encoder.frame)) return Done{};
     encoder.finished = true;
-    return encoder.failure(encoder.ffmpeg.wait());  // it has ended by itself: how it ended says why
+    return encoder.failure(encoder.ffmpeg.wait());  // ffmpeg ended early; its exit status tells why
 }
 
 Result<Done> VideoFile::finish() {
     Encoder& encoder = *encoder_;
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     encoder.finished = true;
-    if (const std::string reason = encoder.ffmpeg.wait(); !reason.empty()) return encoder.failure(reason);
+    if (const Result<Done> ended = encoder.ffmpeg.wait(); !ended) return encoder.failure(ended);
     if (encoder.frame_count > 0) return publish_partial(encoder.path);
     discard_partial(encoder.path);
-    return Error{encoder.path.string() + ": a video of no frames can't be written"};
+    return Error{encoder.path.string() + ": a video without frames cannot be written"};
 }
 
 VideoFile::VideoFile(std::unique_ptr<Encoder> encoder) : encoder_(std::move(encoder)) {}

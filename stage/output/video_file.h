@@ -39,7 +39,7 @@ class STAGE_EXPORT VideoFile {
 
     /// Adds an RGBA frame of the video's size. When ffmpeg has ended, the error quotes its last lines.
     Result<Done> add_frame(const Picture& frame);
-    /// Waits for ffmpeg and publishes the file. Nothing can be added after it.
+    /// Waits for ffmpeg and gives the file its name. No frame can be added afterwards.
     Result<Done> finish();
 
   private:

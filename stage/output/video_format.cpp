@@ -10,7 +10,7 @@ namespace stage {
 
 const std::vector<VideoFormat>& video_formats() {
     static const std::vector<VideoFormat> formats = {
-        // A low quantiser: the faint gradients of smoke are the first to show steps.
+        // A low quantiser, since the faint gradients of smoke show steps at higher ones.
         {".mp4",
          "mp4",
          false,
@@ -21,7 +21,7 @@ const std::vector<VideoFormat>& video_formats() {
          true,
          false,
          {"-c:v", "prores_ks", "-profile:v", "4444", "-pix_fmt", "yuva444p10le", "-alpha_bits", "16"}},
-        // Alternate reference frames can't be combined with alpha in this encoder.
+        // This encoder cannot combine alternate reference frames with alpha.
         {".webm",
          "webm",
          true,
@@ -48,7 +48,8 @@ std::string frame_rate_text(double frames_per_second) {
                          : fmt::format("{:.0f}/1000", frames_per_second * 1000.0);
 }
 
-/// Converts to the colours of high definition television and marks the file so: players would guess by size.
+/// Converts to BT.709 (high definition television) and marks the file with it, since players otherwise guess from the
+/// size.
 constexpr const char* kColors =
     "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
     "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
@@ -70,7 +71,8 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
          {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-flags:v", "+bitexact", "-f"})
         arguments.emplace_back(argument);
     arguments.push_back(format.muxer);
-    arguments.push_back("file:" + output.string());  // a name with a colon in it is not a protocol
+    arguments.push_back("file:" +
+                        output.string());  // the prefix keeps a colon in the name from being read as a protocol
     return arguments;
 }
 

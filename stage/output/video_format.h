@@ -1,4 +1,4 @@
-// The ffmpeg command line for each video format. Inside the library only.
+// The ffmpeg command line for each video format. Internal to the library.
 #pragma once
 
 #include <filesystem>
@@ -19,7 +19,7 @@ struct VideoFormat {
 
 const std::vector<VideoFormat>& video_formats();
 
-/// By the name's ending in either case; null for another one.
+/// The format for the ending of a name, in upper or lower case; null if there is none.
 const VideoFormat* find_video_format(const std::filesystem::path& path);
 
 /// The whole command line: raw frames on standard input, top row first, into `output`.

@@ -29,7 +29,7 @@ Result<Done> publish_partial(const std::filesystem::path& target) {
         return Done{};
     }
     discard_partial(target);
-    return Error{fmt::format("{}: can't be written: {}", target.string(), code.message())};
+    return Error{fmt::format("{}: cannot be written: {}", target.string(), code.message())};
 }
 
 void discard_partial(const std::filesystem::path& target) noexcept {
@@ -45,7 +45,7 @@ Result<Done> write_whole_file(const std::filesystem::path& target, std::string_v
     if (file) return publish_partial(target);
     const std::string reason = std::strerror(errno);
     discard_partial(target);
-    return Error{fmt::format("{}: can't be written: {}", target.string(), reason)};
+    return Error{fmt::format("{}: cannot be written: {}", target.string(), reason)};
 }
 
 }  // namespace stage

@@ -1,4 +1,4 @@
-// Files that appear under their name only once they are whole.
+// Output files that get their name only when they are complete.
 #pragma once
 
 #include <filesystem>
@@ -9,14 +9,14 @@
 
 namespace stage {
 
-/// The name to write to until the file is whole: beside the target, hidden, and another for each process.
+/// The name of the file while it is written: a hidden file in the target's folder, different for each process.
 STAGE_EXPORT std::filesystem::path partial_name(const std::filesystem::path& target);
 
-/// Call before the file is created: returns partial_name(target), which is removed, too, when the process is ended by
-/// a fault or a signal (stage/output/unfinished.h) until publish_partial or discard_partial is called.
+/// Returns partial_name(target). Call before the file is created: until publish_partial or discard_partial is called, a
+/// fault or a signal that ends the process also removes the file (stage/output/unfinished.h).
 STAGE_EXPORT std::filesystem::path begin_partial(const std::filesystem::path& target);
 
-/// Renames partial_name(target) to target, over an older one.
+/// Renames partial_name(target) to target and replaces an older file.
 STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);
 
 /// Removes partial_name(target) if it is there.

@@ -16,22 +16,21 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-// The error of a value that is right in kind and range but names something that is not in the scene; empty if all is
-// well.
-std::string missing_object(const SceneDescription& scene, const ParameterInfo& parameter, const std::string& name) {
-    if (name.empty()) return {};
+// Error: the parameter names a container or image that is not in the scene.
+Result<Done> check_object(const SceneDescription& scene, const ParameterInfo& parameter, const std::string& name) {
+    if (name.empty()) return Done{};
     std::vector<std::string> known;
     if (parameter.kind == ParameterKind::kContainer) {
         for (const ContainerDescription& container : scene.containers) known.push_back(container.name);
     } else if (parameter.kind == ParameterKind::kImage) {
         known = image_names(scene);
     } else {
-        return {};
+        return Done{};
     }
-    if (contains(known, name)) return {};
-    return fmt::format("parameter '{}' names the unknown {} '{}': {}", parameter.name,
-                       parameter.kind == ParameterKind::kContainer ? "container" : "image", name,
-                       name_hint(name, known));
+    if (contains(known, name)) return Done{};
+    return Error{fmt::format("parameter '{}' names the unknown {} '{}': {}", parameter.name,
+                             parameter.kind == ParameterKind::kContainer ? "container" : "image", name,
+                             name_hint(name, known))};
 }
 
 }  // namespace
@@ -50,8 +49,8 @@ void check_settings(const SceneDescription& scene, const Plugin& plugin, const s
             continue;
         }
         if (const auto* name = std::get_if<std::string>(&value)) {
-            const std::string missing = missing_object(scene, *parameter, *name);
-            if (!missing.empty()) errors.push_back(setting.place + ": " + missing);
+            if (const Result<Done> checked = check_object(scene, *parameter, *name); !checked)
+                errors.push_back(setting.place + ": " + checked.error().message);
         }
     }
 }

@@ -8,7 +8,7 @@ namespace stage {
 
 namespace {
 
-constexpr double kBefore = -1.0;  // seconds: earlier than anything in a timeline
+constexpr double kBefore = -1.0;  // seconds: before every time in a timeline
 
 float between(float from, float to, double way) {
     return static_cast<float>(from + way * (static_cast<double>(to) - from));
@@ -28,17 +28,17 @@ std::vector<Mesh> between(const std::vector<Mesh>& from, const std::vector<Mesh>
     return meshes;
 }
 
-// What keeps one shape from deforming into the other, or nothing.
-std::string disagreement(const std::vector<Mesh>& from, const std::vector<Mesh>& to) {
+// Error: a number of outlines or corners differs, so that one shape cannot deform into the other.
+Result<Done> check_counts(const std::vector<Mesh>& from, const std::vector<Mesh>& to) {
     if (from.size() != to.size())
-        return fmt::format("{} outline{} here, {} in the key before", to.size(), to.size() == 1 ? "" : "s",
-                           from.size());
+        return Error{
+            fmt::format("{} outline{} here, {} in the key before", to.size(), to.size() == 1 ? "" : "s", from.size())};
     for (size_t m = 0; m < from.size(); ++m) {
         if (from[m].vertices.size() != to[m].vertices.size())
-            return fmt::format("{} corners in outline {} here, {} in the key before", to[m].vertices.size(), m + 1,
-                               from[m].vertices.size());
+            return Error{fmt::format("{} corners in outline {} here, {} in the key before", to[m].vertices.size(),
+                                     m + 1, from[m].vertices.size())};
     }
-    return {};
+    return Done{};
 }
 
 void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry, Messages& messages) {
@@ -48,16 +48,16 @@ void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescriptio
         return;
     }
     if (!track.keys.empty() && ease != Ease::kStep) {
-        if (const std::string wrong = disagreement(track.keys.back().meshes, *meshes); !wrong.empty())
+        if (const Result<Done> checked = check_counts(track.keys.back().meshes, *meshes); !checked)
             messages.errors.push_back(
-                fmt::format("{}: a shape deforms into one with as many outlines and corners, but there are {}; "
+                fmt::format("{}: shapes that deform must have equal numbers of outlines and corners, but there are {}; "
                             "ease = \"step\" switches at once",
-                            geometry.place, wrong));
+                            geometry.place, checked.error().message));
     }
     track.keys.push_back({time, ease, std::move(*meshes), geometry.fill});
 }
 
-// A container that gets its first shape later is there with no outlines until then.
+// A container whose first shape comes from the timeline has no outlines before that time.
 void add_switches(ShapeTrack& track, const SceneDescription& scene, Messages& messages) {
     for (const TimelineEntry& entry : scene.timeline) {
         if (!entry.geometry || entry.container != track.container) continue;

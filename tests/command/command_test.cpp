@@ -76,7 +76,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.gif", "must end in .mp4, .mov, .webm or .png"},
     {"render tiny.toml -o x.png", "one picture needs --at SECONDS"},
     {"render tiny.toml -o x.png --at 0.4", "--at 0.4: must be a time in seconds from 0 and below 0.4"},
-    {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give one of them"},
+    {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give only one of them"},
     {"render tiny.toml -o x.mp4 --at 0", "a video takes --frames A-B"},
     {"render tiny.toml -o x.mp4 --frames 3-2", "--frames 3-2: must be A-B"},
     {"render tiny.toml -o x.mp4 --frames 5-10", "must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
@@ -132,11 +132,11 @@ constexpr const char* kMistakesAboutShapes = R"(container = [{ name = "a" }, { n
 track = [
   { container = "a", property = "geometry", keys = [
     { time = 0, value = { kind = "rectangle", width = 1, height = 1 } },
-    { time = 1, value = { kind = "ellipse", width = 1, height = 1 } },  #! 25: a shape deforms … 64 corners in outline 1 here
+    { time = 1, value = { kind = "ellipse", width = 1, height = 1 } },  #! 25: shapes that deform … 64 corners in outline 1 here
   ] },
   { container = "b", property = "geometry", keys = [
     { time = 0, value = { kind = "text", text = "I" } },
-    { time = 1, value = { kind = "text", text = "i" } },  #! 25: a shape deforms … there are 2 outlines here
+    { time = 1, value = { kind = "text", text = "i" } },  #! 25: shapes that deform … there are 2 outlines here
   ] },
 ]
 )";
@@ -275,7 +275,7 @@ TEST_F(FaultyPlugin, IsNamedAndEndsTheRenderWithStatus2) {
 const Fault kComplaints[] = {
     {"PLUGIN_CLEANUP_FUNCTION:complaints",
      "warning: _api__set_geom_changed, called by PLUGIN_CLEANUP_FUNCTION of Faulty in 'asked': 1 is not a handle\n"},
-    {"PLUGIN_CLEANUP_FUNCTION:complaints", "warning: 1200 more were dropped after the first 1000\n"},
+    {"PLUGIN_CLEANUP_FUNCTION:complaints", "warning: 1200 more warnings were dropped after the first 1000\n"},
     {"PLUGIN_RENDER_OPENGL:opengl",
      "warning: PLUGIN_RENDER_OPENGL of Faulty in 'asked': OpenGL: invalid enumerant (9 times)\n"},
     {"PLUGIN_RENDER_OPENGL:opengl",
@@ -355,7 +355,7 @@ TEST_F(Command, ParamsTellsWhatIsRegistered) {
     EXPECT_EQ(nlohmann::json::parse(probe.output), nlohmann::json::parse(kProbeAsJson));
 
     const Outcome smoke = run("params");
-    EXPECT_THAT(smoke.output, testing::ContainsRegex("^TovuSmoke: [0-9]+ parameters, 9096 bytes an instance\n"));
+    EXPECT_THAT(smoke.output, testing::ContainsRegex("^TovuSmoke: [0-9]+ parameters, 9096 bytes per instance\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex(
                                   "\n12 +alpha_curve +Alpha Curve +String +\"0.0 1.0 1.0 0.0\" +at most 4096 bytes\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360\n"));

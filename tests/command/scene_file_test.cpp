@@ -55,7 +55,7 @@ images.mask = "assets/logo.png"
 images.none = { play = "loop" }                             #! 15: the image 'none' needs a file
 images.still = { file = "assets/logo.png", play = "loop" }  #! 51: play is for a sequence
 images.gone = "assets/no.png"       #! 15: gone: there is no file
-images.numbers = "assets/no%d.png"  #! 18: numbers: there is no file that 'no%d.png' stands for in the folder
+images.numbers = "assets/no%d.png"  #! 18: numbers: no file matches 'no%d.png' in the folder
 images.folders = "no%d/logo.png"    #! 18: folders: the number belongs into the file's name
 container = [
     { opacity = 1 },  #! 5: a container needs a name
@@ -139,8 +139,9 @@ TEST(SceneFile, ImagesAreFilesOrSequencesBesideTheScene) {
     EXPECT_EQ(30.0, sequence.frame_rate) << "the scene's";
     EXPECT_THAT(scene->images.at("b").files, ElementsAre(outer / "dot.png"));
     std::filesystem::remove(folder / "a10.png");
-    EXPECT_THAT(read_scene(text, folder / "scene.toml").error().message,
-                testing::ContainsRegex(":3:16: a: .*a10.png' is missing: there are files from number 9 to 11"));
+    EXPECT_THAT(
+        read_scene(text, folder / "scene.toml").error().message,
+        testing::ContainsRegex(":3:16: a: .*a10.png' is missing; there must be a file for each number from 9 to 11"));
 }
 
 TEST(SceneFile, OverridesAddASetting) {

@@ -67,7 +67,7 @@ TEST(SampleHostOutput, SaysWhatThePluginRegistered) {
     EXPECT_EQ(0, output.status);
     for (const char* line :
          {"plug-in TovuSmoke\ntype 1\n", "\n 0 Int       number_of_particles ", "\n59 Bool      spawn_image_bool ",
-          "button reset \"Reset\" is action 1\n", "9096 bytes an instance\n", "event Sort\nevent qsort\n"})
+          "button reset \"Reset\" is action 1\n", "9096 bytes per instance\n", "event Sort\nevent qsort\n"})
         EXPECT_THAT(output.text, testing::HasSubstr(line));
 }
 

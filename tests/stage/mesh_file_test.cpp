@@ -44,14 +44,15 @@ const std::tuple<const char*, const char*, const char*> kObjCases[] = {
      "# comment\r\nmtllib none.mtl\r\no cup\r\nv +1.5 -2e1 .25 1.0\r\nvt 0 0\r\nvn 0 0 1\r\n  v\t1 1 1\r\nv 3 3 3 0.1 "
      "0.2 0.3\r\nusemtl x\r\ns off\r\nf 1/1/1 2/1/1 \\\n 3//1\r\n",
      "1.5,-20,0.25 1,1,1 3,3,3\n"},
-    {"not OBJ", "PNG\nthis is no mesh\n", "t.obj: holds no mesh with a vertex in it"},
+    {"not OBJ", "PNG\nthis is no mesh\n", "t.obj: contains no vertices"},
     {"a word for a number", "v 0 0 0\n\nv 0 zero 0\n", "t.obj:3: a vertex must be three finite numbers, as in"},
     {"truncated vertex", "v 0 0 0\r\nv 1 2", "t.obj:2: a vertex must be three"},
     {"out of float range", "v 1e300 0 0\n", "t.obj:1: a vertex must be three"},
-    {"index 0", "v 0 0 0\nf 1 1 0\n", "t.obj:2: vertex index 0 where 1 vertices are declared; indices count from 1"},
-    {"index before the first", "v 0 0 0\nv 1 0 0\nl 1 -3\n", "t.obj:3: vertex index -3 where 2 vertices"},
+    {"index 0", "v 0 0 0\nf 1 1 0\n", "t.obj:2: vertex index 0 does not exist; the file declares 1 vertices before it"},
+    {"index before the first", "v 0 0 0\nv 1 0 0\nl 1 -3\n",
+     "t.obj:3: vertex index -3 does not exist; the file declares 2 vertices"},
     {"index after the last", "v 0 0 0\nf 1 1 1\nf 1 2 1\nf 1 1 1\n",
-     "t.obj:3: vertex index 2, but the file declares 1"},
+     "t.obj:3: vertex index 2 does not exist; the file declares 1"},
 };
 
 TEST(ObjFile, GivesVerticesInStoredOrder) {
@@ -90,16 +91,18 @@ TEST(GltfFile, GivesPositionsInStoredOrder) {
 
 // A piece of the sound file, what takes its place, and a part of the message.
 const std::tuple<const char*, const char*, const char*> kGltfCases[] = {
-    {R"("POSITION":1)", R"("POSITION":2)", "t.gltf: mesh 0 \"pan\", primitive 1: accessor 2 where the file has 2"},
-    {R"("POSITION":1)", R"("POSITION":-7)", "primitive 1: accessor -7 where the file has 2"},
-    {R"("bufferView":1)", R"("bufferView":2)", "POSITION's bufferView 2 where the file has 2"},
-    {R"("buffer":0,"byteOffset")", R"("buffer":3,"byteOffset")", "primitive 1: buffer 3 where the file has 1"},
+    {R"("POSITION":1)", R"("POSITION":2)",
+     "t.gltf: mesh 0 \"pan\", primitive 1: accessor 2 does not exist; the file has 2"},
+    {R"("POSITION":1)", R"("POSITION":-7)", "primitive 1: accessor -7 does not exist; the file has 2"},
+    {R"("bufferView":1)", R"("bufferView":2)", "POSITION's bufferView 2 does not exist; the file has 2"},
+    {R"("buffer":0,"byteOffset")", R"("buffer":3,"byteOffset")",
+     "primitive 1: buffer 3 does not exist; the file has 1"},
     {R"("count":2)", R"("count":3)", "3 vertices from byte 36 do not fit into the buffer's 68 bytes"},
     {R"("byteOffset":36)", R"("byteOffset":18446744073709551608)", "do not fit into the buffer's 68 bytes"},
-    {R"("byteStride":16)", R"("byteStride":8)", "byteStride 8; it must be a multiple of 4 from 12"},
+    {R"("byteStride":16)", R"("byteStride":8)", "byteStride 8; it must be a multiple of 4 and at least 12"},
     {R"("type":"VEC3","min":[9)", R"("type":"VEC2","min":[9)", "POSITION must be VEC3 of 32-bit floats"},
     {R"(5126,"count":3)", R"(5123,"count":3)", "POSITION must be VEC3 of 32-bit floats"},
-    {"AAAAAAAAgD8", "AADAfwAAgD8", "mesh 0 \"pan\", primitive 0: vertex 0 is (nan, 1, 2); it must be finite numbers"},
+    {"AAAAAAAAgD8", "AADAfwAAgD8", "mesh 0 \"pan\", primitive 0: vertex 0 is (nan, 1, 2); all three must be finite"},
     {"}]}]}", "}]}]", "t.gltf: not a readable glTF file: [json.exception.parse_error.101]"},
 };
 
@@ -113,7 +116,8 @@ TEST(GltfFile, SaysWhereItIsBroken) {
         EXPECT_THAT(described(folder, "t.gltf", text.replace(at, std::strlen(sound), broken)), HasSubstr(message));
     }
     const std::string deep = std::string(100000, '[') + std::string(100000, ']');
-    EXPECT_THAT(described(folder, "t.gltf", "{\"extras\":" + deep + "}"), HasSubstr("JSON nested more than 200 deep"));
+    EXPECT_THAT(described(folder, "t.gltf", "{\"extras\":" + deep + "}"),
+                HasSubstr("JSON nested more than 200 levels deep"));
 }
 
 TEST(MeshFile, NamesTheFileThatCannotBeRead) {
@@ -124,7 +128,7 @@ TEST(MeshFile, NamesTheFileThatCannotBeRead) {
     std::filesystem::resize_file(folder / "large.obj", (uintmax_t{128} << 20) + 1);
     const std::pair<const char*, const char*> kCases[] = {
         {"gone.obj", "gone.obj: there is no such file"},
-        {"folder.obj", "folder.obj: not a file"},
+        {"folder.obj", "folder.obj: not a regular file"},
         {"mesh.stl", "mesh.stl: not a mesh file; its name must end in .obj, .gltf or .glb"},
         {"large.obj", "large.obj: 134217729 bytes; a mesh file may have at most 134217728"},
     };

@@ -97,8 +97,8 @@ TEST(Video, EveryFaultIsNamedAndLeavesNoFile) {
     auto video = VideoFile::create(folder / "a.mp4", good);
     ASSERT_TRUE(video) << video.error().message;
     EXPECT_THAT(video->add_frame({2, 2, stage::kPictureRgba, std::vector<uint8_t>(16)}).error().message,
-                HasSubstr("2 x 2 pixels in a video of 64 x 48"));
-    EXPECT_THAT(video->finish().error().message, HasSubstr("no frames"));
+                HasSubstr("2 x 2 pixels; frames of this video must be 64 x 48"));
+    EXPECT_THAT(video->finish().error().message, HasSubstr("without frames"));
     EXPECT_THAT(video->finish().error().message, HasSubstr("already finished"));
     EXPECT_TRUE(folder.is_empty());
 }
@@ -140,7 +140,7 @@ TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
     const std::tuple<const char*, decltype(SIG_DFL), const char*> cases[] = {
         {"exit 1", SIG_DFL, "ffmpeg failed with exit status 1:\nfull"},
         {"kill -9 $$", SIG_DFL, "ffmpeg was ended by signal 9 (Killed):\nfull"},
-        {"exit 1", SIG_IGN, "ffmpeg failed: its exit status is lost (No child processes):\nfull"},
+        {"exit 1", SIG_IGN, "ffmpeg failed: its exit status is not known (No child processes):\nfull"},
     };
     for (const auto& [end, child_signal, message] : cases) {
         put_ffmpeg(std::string("for last; do :; done\necho some >\"${last#file:}\"\nwhile read -r line; do :; done\n") +

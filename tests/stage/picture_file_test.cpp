@@ -56,7 +56,7 @@ TEST(PictureFile, EveryFaultIsNamed) {
     const std::pair<std::string, const char*> cases[] = {
         {"[scene]\nname = 'not a picture at all'\n", "not a PNG"},
         {kTga.substr(0, 21), "too early"},
-        {too_wide, "16385 x 2 pixels, each side must be 1 to 16384"},
+        {too_wide, "16385 x 2 pixels; each side must be 1 to 16384"},
     };
     for (const auto& [file, problem] : cases) {
         const auto picture = decode(file);
@@ -69,7 +69,7 @@ TEST(PictureFile, AFailedWriterLeavesWhatWasThere) {
     const TemporaryFolder folder;
     const Picture picture = counted_picture(2, 2, stage::kPictureRgb);
     EXPECT_THAT(stage::write_png(folder / "none/a.png", picture).error().message,
-                HasSubstr("none/a.png: can't be written"));
+                HasSubstr("none/a.png: cannot be written"));
     std::filesystem::create_directory(folder / "taken");
     EXPECT_FALSE(stage::write_png(folder / "taken", picture));
     std::filesystem::remove(folder / "taken");
@@ -91,7 +91,7 @@ TEST(PictureCompare, MeasuresWhatIsSeen) {
     EXPECT_FALSE(stage::within_tolerance(*difference, {.mean = 2.4, .share_above = 0.5}));
     EXPECT_FALSE(stage::within_tolerance(*difference, {.mean = 2.5, .share_above = 0.4}));
     EXPECT_THAT(stage::compare_pictures(base, {1, 1, stage::kPictureRgba, {0, 0, 0, 0}}).error().message,
-                HasSubstr("1 x 1 pixels where 2 x 1"));
+                HasSubstr("1 x 1 pixels; 2 x 1"));
 }
 
 }  // namespace
