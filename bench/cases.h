@@ -10,7 +10,7 @@
 
 namespace bench {
 
-/// The instance's step: the plug-in's, and the plain one on the same records and on a copy in memory order.
+/// The step: the plug-in's, and the plain version on the same records and on a copy in memory order.
 void add_step_cases(std::vector<Case>& cases, Scene& scene);
 
 /// Collecting and sorting the draw list.
@@ -22,7 +22,8 @@ void add_quad_cases(std::vector<Case>& cases, Scene& scene);
 /// Curves, outlines and images.
 void add_source_cases(std::vector<Case>& cases, Scene& scene);
 
-/// Step and pass together, crowds of smokes, and pool growth. Crowds and growth are in seconds per frame.
+/// Step and pass together for one smoke, for several smokes in a scene, and for a pool that grows. The last two are in
+/// seconds per frame.
 void add_frame_cases(std::vector<Case>& cases, Scene& scene);
 
 /// Counts memory allocations. Adds no case under AddressSanitizer, which replaces the allocator.

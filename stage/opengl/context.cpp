@@ -130,7 +130,7 @@ Result<OpenGlContext> OpenGlContext::create() {
 Result<Done> OpenGlContext::make_current() const {
     eglBindAPI(EGL_OPENGL_API);
     if (!eglMakeCurrent(handles_->display, handles_->surface, handles_->surface, handles_->context))
-        return Error{"the OpenGL context can't be made current: " + egl_failure("eglMakeCurrent")};
+        return Error{"the OpenGL context cannot be made current: " + egl_failure("eglMakeCurrent")};
     return Done{};
 }
 

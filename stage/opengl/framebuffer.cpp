@@ -89,7 +89,7 @@ Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDept
     glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previous));
     if (status != GL_FRAMEBUFFER_COMPLETE)
         return Error{fmt::format(
-            "the renderer can't draw into a frame of {} x {} pixels with {} (status {:#06x}); take a smaller size",
+            "the renderer cannot draw into a frame of {} x {} pixels with {} (status {:#06x}); take a smaller size",
             width, height, depth == FrameDepth::kFloat16 ? "16-bit floats" : "8 bits", status)};
     return Framebuffer(std::move(objects));
 }

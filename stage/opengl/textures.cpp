@@ -79,7 +79,7 @@ Result<Texture> make_texture(const Picture& picture) {
     glPopAttrib();
 
     if (const auto errors = take_opengl_errors(); !errors.empty())
-        return Error{fmt::format("a texture of {} x {} pixels can't be made: {}", picture.width, picture.height,
+        return Error{fmt::format("a texture of {} x {} pixels cannot be made: {}", picture.width, picture.height,
                                  errors.front())};
     return texture;
 }

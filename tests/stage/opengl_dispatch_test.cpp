@@ -1,4 +1,4 @@
-// Where the exported OpenGL services send their calls.
+// The function tables that receive the calls of the exported OpenGL services.
 #include <gmock/gmock.h>
 #include <tovu/opengl.h>
 
@@ -10,8 +10,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What is recorded of single calls is compared wherever the smoke draws.
-TEST(Dispatch, ADrawRecordsWhatTheArraysHeldThen) {
+// The scenarios compare the records of single calls.
+TEST(Dispatch, ADrawRecordsTheArraysAtItsTime) {
     stage::use_opengl(stage::recording_opengl());
     stage::start_recording_calls();
     stage::forget_recorded_draws();

@@ -1,4 +1,4 @@
-// Placement: what containers and cameras do to points, and what can be read off their matrices.
+// Placement: how containers and cameras transform points, and rotation and scale as read from their matrices.
 #include <gmock/gmock.h>
 #include <tovu/host_services.h>
 
@@ -22,7 +22,7 @@ auto is_near(Vector3 expected, float tolerance = 1e-4f) {
 }
 
 const std::tuple<const char*, Placement, Vector3, Vector3> kPlacedPoints[] = {
-    // name, placement, point, where it lies
+    // name, placement, point, transformed point
     {"turns about x from y to z", {{0, 0, 0}, {90, 0, 0}, {1, 1, 1}}, {1, 2, 3}, {1, -3, 2}},
     {"turns about y from z to x", {{0, 0, 0}, {0, 90, 0}, {1, 1, 1}}, {1, 2, 3}, {3, 2, -1}},
     {"turns about z from x to y", {{0, 0, 0}, {0, 0, 90}, {1, 1, 1}}, {1, 2, 3}, {-2, 1, 3}},
@@ -56,27 +56,27 @@ TEST_F(PlacedContainer, ChildIsPlacedInItsParent) {
 using Row = std::tuple<const char*, Vector3, Vector3, Vector3, Vector3>;
 const Row kReadBacks[] = {
     // name, rotation and scale that are given, rotation and scale that are read
-    {"angles past the half turn", {200, 10, -190}, {1, 1, 1}, {-160, 10, 170}, {1, 1, 1}},
-    {"y past the quarter turn", {0, 120, 0}, {1, 1, 1}, {180, 60, 180}, {1, 1, 1}},
-    {"at the pole z is 0", {10, 90, 30}, {1, 1, 1}, {40, 90, 0}, {1, 1, 1}},
-    {"a mirror is in x", {0, 0, 0}, {1, -2, 1}, {0, 0, -180}, {-1, 2, 1}},
-    {"an axis scaled to nothing", {0, 0, 0}, {2, 0, 3}, {0, 0, 0}, {2, 0, 3}},
+    {"angles beyond 180 degrees", {200, 10, -190}, {1, 1, 1}, {-160, 10, 170}, {1, 1, 1}},
+    {"y beyond 90 degrees", {0, 120, 0}, {1, 1, 1}, {180, 60, 180}, {1, 1, 1}},
+    {"z is 0 where y is 90 degrees", {10, 90, 30}, {1, 1, 1}, {40, 90, 0}, {1, 1, 1}},
+    {"a mirrored axis is read as a negative x scale", {0, 0, 0}, {1, -2, 1}, {0, 0, -180}, {-1, 2, 1}},
+    {"an axis scaled to 0", {0, 0, 0}, {2, 0, 3}, {0, 0, 0}, {2, 0, 3}},
 };
 
-TEST_F(PlacedContainer, RotationAndScalingAreReadOffTheWorldMatrix) {
+TEST_F(PlacedContainer, RotationAndScalingAreReadFromTheWorldMatrix) {
     for (const auto& [name, placed_rotation, placed_scale, expected_rotation, expected_scale] : kReadBacks) {
         find_container(*stage_, child_)->placement = {{7, 8, 9}, placed_rotation, placed_scale};
         Vector3 rotation{}, scale{};
         _api__container_get_absolute_rotation(child_, &rotation.x, &rotation.y, &rotation.z);
         _api__container_get_absolute_scaling(child_, &scale.x, &scale.y, &scale.z);
-        for (const auto axis : {&Vector3::x, &Vector3::z})  // half turns have two signs that mean the same
+        for (const auto axis : {&Vector3::x, &Vector3::z})  // -180 and 180 degrees are the same rotation
             if (std::abs(rotation.*axis - expected_rotation.*axis) > 359) rotation.*axis = -(rotation.*axis);
         EXPECT_THAT(rotation, is_near(expected_rotation, 1e-3f)) << name;
         EXPECT_THAT(scale, is_near(expected_scale)) << name;
     }
 }
 
-TEST_F(PlacedContainer, WhatIsReadOffMakesTheSameMatrix) {
+TEST_F(PlacedContainer, RotationAndScalingThatAreReadGiveTheSameMatrix) {
     for (float x = -180; x <= 180; x += 45)
         for (float y = -90; y <= 90; y += 30)
             for (float z = -170; z <= 180; z += 50) {
@@ -102,7 +102,7 @@ TEST_F(PlacedContainer, InverseUndoesTheTransformation) {
 
     find_container(*stage_, child_)->placement.scale = {1, 0, 1};
     _api__container_get_inverse_matrix(child_, inverted.data());
-    EXPECT_EQ(inverted, kIdentity) << "nothing undoes a scale of 0";
+    EXPECT_EQ(inverted, kIdentity) << "a scale of 0 has no inverse";
 }
 
 struct CameraView {
@@ -122,12 +122,12 @@ const CameraView kCameraViews[] = {
 
 TEST_F(PlacedContainer, CameraLooksWhereItIsTurned) {
     const int32_t camera = _api__get_cameraid(-1, "RENDERCAMERA", TOVU_OBJECT_CAMERA);
-    const auto told = [camera](void (*ask)(int32_t, int32_t*)) {
+    const auto vector_of = [camera](void (*get)(int32_t, int32_t*)) {
         int32_t object = -1;
-        Vector3 numbers{};
-        ask(camera, &object);
-        _api__get_position(object, &numbers.x, &numbers.y, &numbers.z);
-        return numbers;
+        Vector3 vector{};
+        get(camera, &object);
+        _api__get_position(object, &vector.x, &vector.y, &vector.z);
+        return vector;
     };
     for (const auto& [name, pan, tilt, roll, direction, top] : kCameraViews) {
         SCOPED_TRACE(name);
@@ -135,8 +135,8 @@ TEST_F(PlacedContainer, CameraLooksWhereItIsTurned) {
         stage_->camera.pan_degrees = pan;
         stage_->camera.tilt_degrees = tilt;
         stage_->camera.roll_degrees = roll;
-        EXPECT_THAT(told(_api__get_camera_position), is_near({10, 20, 30}));
-        EXPECT_THAT(told(_api__get_camera_direction), is_near(direction));
+        EXPECT_THAT(vector_of(_api__get_camera_position), is_near({10, 20, 30}));
+        EXPECT_THAT(vector_of(_api__get_camera_direction), is_near(direction));
 
         Matrix view{};
         _api__get_camera_view_matrix(camera, view.data());

@@ -1,9 +1,9 @@
-// What the probe plug-in keeps in its block, and the orders it takes, for the tests that look at it.
+// The block and the actions of the probe plug-in, for the tests that read and press them.
 #pragma once
 
 #include <cstdint>
 
-/// The block: a slot for each kind of parameter, then what the probe saw.
+/// The block: a slot for each kind of parameter, then what the probe records.
 struct ProbeInstance {
     int32_t count;     // Int "count"
     float amount;      // Float "amount"
@@ -12,15 +12,15 @@ struct ProbeInstance {
     uint32_t text;     // String "text"
     uint32_t target;   // Container "target"
     uint32_t picture;  // Image "picture"
-    int32_t geometry;  // its own handles, asked for when it was made
+    int32_t geometry;  // its own handles, from PLUGIN_INIT_FUNCTION
     int32_t container;
-    int32_t last_change;  // parameter index of the last notice
-    int32_t changes;      // notices so far
-    int32_t random[8];    // numbers of the last order that drew any
+    int32_t last_change;  // parameter index of the last PLUGIN_CHANGED_CALLBACK
+    int32_t changes;      // calls of PLUGIN_CHANGED_CALLBACK so far
+    int32_t random[8];    // the random numbers that were drawn last
     int32_t last_request;
 };
 
-/// Its actions, by number; those of the two buttons first.
+/// The probe's actions. The first two have buttons.
 enum ProbeAction : int32_t {
     kProbeDraw = 1,            // button "draw": fills `random` from rand()
     kProbeAsk = 2,             // button "ask": as above, but sends 'DRAW' to "target" after the fourth number

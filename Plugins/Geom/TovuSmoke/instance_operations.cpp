@@ -28,7 +28,7 @@ bool differs(const char (&saved)[kNameBytes], const char* name) {
     return std::strncmp(saved, name, kNameBytes - 1) != 0;
 }
 
-// A name that begins with '#' is an object number. Numbers beyond 32 bits are clamped, so no object has them.
+// A name that begins with '#' is an object number. A number beyond 32 bits is clamped to one that no object has.
 int32_t container_named(const char* name) {
     if (name[0] != '#') return _api__get_objectid(name, "", TOVU_OBJECT_CONTAINER);
     const long number = std::strtol(name + 1, nullptr, 10);

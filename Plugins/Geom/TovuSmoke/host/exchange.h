@@ -39,8 +39,9 @@
 typedef struct ParticleAttachRequest {
     int32_t birth_limit;      /**< [0] maximum births per frame while attached; 0 or less: none */
     float death_acceleration; /**< [4] 0 to 100, percent of the remaining life that a released particle keeps, and,
-                                 under Spawn Type Container or Image, any one outside the shape or off the mask. Becomes
-                                 the smoke's own Death Acceleration, which keeps it after the detach. 100: no cut */
+                                 under Spawn Type Container or Image, any particle outside the shape or off the mask.
+                                 Also sets the smoke's own Death Acceleration, which keeps it after the detach.
+                                 100: no cut */
     uint8_t owns_colour;      /**< [8] nonzero: the consumer writes `Particle::color` and the smoke only `alpha`; has no
                                    effect while the smoke's Use Array is on */
 } ParticleAttachRequest;
@@ -53,7 +54,7 @@ typedef struct ParticleAttachRequest {
 typedef struct ParticleExchangeBlock {
     Particle** active_head;   /**< [0] address of the head of the live particles, youngest first */
     Particle** inactive_head; /**< [4] address of the head of the pooled records */
-    Particle* deleted_head;   /**< [8] head of the deleted list as of the attach request; good until the smoke's next
+    Particle* deleted_head;   /**< [8] head of the deleted list as of the attach request; valid until the smoke's next
                                    frame, which may free its records */
     int32_t particle_count;   /**< [12] the smoke's Number of Particles as of the attach request */
     float reserved;           /**< [16] 0 */

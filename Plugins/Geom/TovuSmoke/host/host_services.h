@@ -25,8 +25,8 @@ enum {
 
 /*
  * ---- Registration: inside PLUGIN_INIT only. The order of the parameters is the order of their 32-bit slots. ----
- * name: identifier in scene files and presets, unique in the plug-in. label: shown to the user. initial: the value
- * before anyone sets one. Ranges include both ends.
+ * name: identifier in scene files and presets, unique in the plug-in. label: shown to the user. initial: the default
+ * value. Ranges include both ends.
  */
 
 /** Names the plug-in. The first call of PLUGIN_INIT. */
@@ -67,9 +67,9 @@ int32_t pelRegisterEvent(const char* name, int32_t flags);
 
 /* ---- Profiling: any time after registration. ---- */
 
-/** A section begins. Sections nest; every start has its end within the same entry point. */
+/** Begins a section. Sections can be nested. End each one in the entry point that begins it. */
 void pelEventStart(int32_t event);
-/** The section of this event that began last ends. */
+/** Ends the section of this event that began last. */
 void pelEventEnd(int32_t event);
 
 /* ---- Scene objects: in the entry points that are given an instance. ---- */
@@ -121,8 +121,8 @@ void _api__get_geom_geomod(int32_t geometry, int32_t kind, int32_t detail, int32
 /** Begins an access. Call it before the functions below. */
 void _api__geomod_init(int32_t mesh_access);
 /**
- * Total number of vertices, number of meshes, and three flags that only the host uses. A reader may ignore meshes
- * beyond the number of vertices.
+ * Total number of vertices, number of meshes, and three flags that only the host uses. If there are more meshes than
+ * vertices, a reader may ignore the meshes from index `vertex_count` on.
  */
 void _api__geomod_get_info(int32_t mesh_access, int32_t* vertex_count, int32_t* mesh_count, uint8_t* flag_0,
                            uint8_t* flag_1, uint8_t* flag_2);
@@ -168,7 +168,7 @@ void _api__get_camera_view_matrix(int32_t camera, float* matrix);
 void _api__get_camera_position(int32_t camera, int32_t* object);
 /** A handle for `_api__get_position`, which returns the camera's viewing direction, of length 1. */
 void _api__get_camera_direction(int32_t camera, int32_t* object);
-/** The three components of such a handle. */
+/** The three components of a camera's position or direction, for the handle of one of the two functions above. */
 void _api__get_position(int32_t object, float* x, float* y, float* z);
 
 /* ---- Status and time: in the entry points that are given an instance. ---- */

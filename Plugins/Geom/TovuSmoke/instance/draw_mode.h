@@ -1,4 +1,4 @@
-// Coordinates and orientation of the particles' quads, as one number of the block.
+// Coordinates and orientation of the particles' quads, as one field of the block.
 #pragma once
 
 #include "parameters.h"
@@ -20,8 +20,8 @@ constexpr bool positions_are_local(DrawMode mode) {
     return mode == kDrawLocalFlat || mode == kDrawLocalBillboard;
 }
 
-/// Whether quads are drawn under the identity as the modelview matrix, not under the host's: their corners are world
-/// coordinates then.
+/// Whether the corners of quads are world coordinates. They are then drawn with the identity as the modelview matrix,
+/// otherwise with the host's matrix.
 constexpr bool corners_are_world(DrawMode mode) {
     return mode != kDrawLocalFlat;
 }

@@ -13,7 +13,7 @@ struct Matrix4 {
 /// M ← M · T. Leaves out the terms of components that are exactly 0, so a zero translation changes no bit.
 void translate(Matrix4& matrix, Vector3 by);
 
-/// M ← M · S. A factor of exactly 0 leaves its column unchanged: a container scaled to 0 keeps the axis.
+/// M ← M · S. A factor of exactly 0 leaves its column unchanged, as a factor of 1 does.
 void scale(Matrix4& matrix, Vector3 factors);
 
 /// M ← M · R about one axis, degrees. An angle of exactly 0 changes no bit.

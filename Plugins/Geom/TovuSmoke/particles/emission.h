@@ -5,7 +5,8 @@
 
 namespace tovu {
 
-/// Births in a row without a spawn point that end an emission call: a source that never gives a point cannot stall it.
+/// An emission call ends after this many births in a row without a spawn point, so that a source that never returns one
+/// cannot stall it.
 constexpr int32_t kMaxRefusedInARow = 25000;
 
 /// Makes up to `count` pooled records live particles. Each becomes the new active_head.

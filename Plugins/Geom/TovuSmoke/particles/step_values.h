@@ -14,12 +14,12 @@ struct StepValues {
     float gravity_step;    // units per frame, added to velocity.y
     bool gravity_active;
     float drag;               // velocity factor per frame; exactly 1 means none
-    Vector3 turbulence;       // units per frame: a random share of it, minus half of it, is added to the position
+    Vector3 turbulence;       // units per frame: width of the range of random displacements, centred on 0
     Vector3 half_turbulence;  // units per frame
     bool turbulent_x;         // a random number is drawn for this axis
     bool turbulent_y;
     bool turbulent_z;
-    bool consumer;       // one is attached: only claimed and released particles take part
+    bool consumer;       // a consumer is attached: only claimed and released particles move
     bool store_alpha;    // into the record; the vertex-array path reads the tables itself
     bool store_color;    // likewise, unless the consumer owns the colour
     bool follow_path;    // path_angle follows the direction of motion
@@ -40,11 +40,12 @@ inline bool is_turbulent(const StepValues& values) {
 /// spare_angles: used when the instance has no caches; must live as long as `values`.
 void set_step_values(StepValues& values, SmokeInstance& instance, WindAngles& spare_angles);
 
-/// Updates what a request to a spawn plug-in can change during the walk: the pixels of the wind image, which the host
-/// may have loaded anew, and the attachment of a consumer.
+/// Updates what a request to a spawn plug-in can change during the walk: the address of the wind image's pixels and the
+/// attachment of a consumer.
 void update_after_request(StepValues& values, const SmokeInstance& instance);
 
-/// The wind of `wind_force`, without an image, units per second. Under Reference World it is scaled by the container.
+/// The wind that the parameters set without an image, units per second. Under Reference World the container's scale
+/// applies.
 Vector3 global_wind(const SmokeInstance& instance);
 
 }  // namespace tovu

@@ -18,7 +18,7 @@ struct WindAngles {
 };
 void fill_wind_angles(WindAngles& angles);
 
-/// What the wind of an image depends on besides the pixel. The same for all particles of a step.
+/// The inputs of an image's wind besides the pixel. They are the same for all particles of a step.
 struct WindImage {
     ImageReader reader;
     const WindAngles* angles;
@@ -26,7 +26,7 @@ struct WindImage {
     Float4 scale;  // x, y, z; lane 3 is not used
 };
 
-/// Lanes 1, 2, 2, 2.
+/// Lanes 1, 2, 2, 2 of an entry of WindAngles: its cosine, and its sine three times.
 inline Float4 cosine_sine_sine(Float4 angle) {
     const Int4 bits = reinterpret_cast<Int4>(angle);
     return reinterpret_cast<Float4>(__builtin_shufflevector(bits, bits, 1, 2, 2, 2));
