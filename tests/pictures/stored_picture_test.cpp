@@ -43,7 +43,7 @@ TEST_F(StoredPicture, DecidesByToleranceAndRenderer) {
     EXPECT_EQ(PictureVerdict::kOtherRenderer, check(grey(110), "two").verdict);
     EXPECT_FALSE(exists("a.new.png") || exists("a.difference.png")) << "left from the comparison before";
 
-    EXPECT_THAT(check(grey(100, 5), "one").message, HasSubstr("5 x 5 pixels where 4 x 4"));
+    EXPECT_THAT(check(grey(100, 5), "one").message, HasSubstr("5 x 5 pixels; 4 x 4"));
 }
 
 TEST(Sprites, AreAsTheyWereDrawn) {
