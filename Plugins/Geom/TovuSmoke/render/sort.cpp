@@ -14,6 +14,12 @@ SortScratch sort_scratch;
 
 namespace {
 
+// Runs when the library is unloaded, so that a host that loads it again leaks nothing.
+[[gnu::destructor]] void free_sort_scratch() {
+    std::free(sort_scratch.entries);
+    sort_scratch = {};
+}
+
 constexpr int32_t kMaxMerged = 6;       // largest count for which the merge sort is fastest
 constexpr int32_t kMaxCounted = 80;     // largest count for which comparing all pairs is faster than a radix sort
 constexpr int32_t kCountingBlock = 16;  // entries that are compared with the others together

@@ -13,8 +13,8 @@ struct DrawEntry {
     int32_t key;  // negated depth in thousandths of a unit; written only when the list is sorted
 };
 
-/// The sort's scratch memory, one block for the whole library. Grows to the largest count sorted; never shrinks and is
-/// never freed.
+/// The sort's scratch memory, one block for the whole library. Grows to the largest count sorted, never shrinks, and is
+/// freed when the library is unloaded.
 struct SortScratch {
     DrawEntry* entries;
     int32_t capacity;  // entries
