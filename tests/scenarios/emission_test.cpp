@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "allocation_count.h"
 #include "math/polygon.h"
 #include "random_seed.h"
 #include "render_host.h"
@@ -331,6 +332,28 @@ TEST(Emission, RejectionsAreCountedOverTheWholeCall) {
     for (const Particle* p : born)
         EXPECT_TRUE(mask.lit_at((p->position.x + 20) * 32 / 40, (p->position.y + 30) * 16 / 60));
 }
+
+#if !defined(__SANITIZE_ADDRESS__)  // its allocator is not counted
+// In ten frames of a smoke born from either kind of area, and of one of which nothing is born.
+TEST(Emission, SteadyFramesAllocateNothing) {
+    const auto allocations = [](const stage::ParameterValues& values) {
+        TestHost host(1, kPeriod);
+        stage::add_image(host.stage(), "sparse", 32, 16, GL_LUMINANCE, kOneOf512.pixels);
+        host.add_outlines("thin", {{{{0, 0, 0}, {100, 100, 0}, {100, 100.01f, 0}}}});
+        const SmokeHandle smoke = host.add_smoke(with(
+            kBox, with({{"number_of_particles", 3 * kBirths}, {"birth_rate", 1250.0}, {"life_time", 0.05}}, values)));
+        host.run_frames(10);
+        const long before = allocation_count();
+        host.run_frames(10);
+        const long after = allocation_count();
+        EXPECT_EQ(values.size() == 1, host.active_count(smoke) == 0);
+        return after - before;
+    };
+    const long without_births = allocations({{"birth_rate", 0.0}});
+    EXPECT_EQ(without_births, allocations({{"spawn_type", 3}, {"spawn_image", "sparse"}}));
+    EXPECT_EQ(without_births, allocations({{"spawn_type", 2}, {"spawn_cont_name", "thin"}}));
+}
+#endif
 
 }  // namespace
 }  // namespace tovu
