@@ -38,10 +38,12 @@ EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* ent
     make_current(&stage);
     stage.running.push_back({entry_point, &instance, stage.profile.open.size()});
     if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
+    if (call_watch && call_watch->entry_begins) call_watch->entry_begins(stage.running.back());
 }
 
 EntryPointCall::~EntryPointCall() {
     const RunningCall call = stage_.running.back();
+    if (call_watch && call_watch->entry_ends) call_watch->entry_ends(call);
     close_sections(stage_, call.open_sections, call.entry_point);
     for (const std::string& damage : repair_guards(*call.instance)) complain(stage_, call.entry_point, damage);
     if (stage_.profile.sink) {

@@ -3,6 +3,7 @@
 
 #include "instance.h"
 #include "plugin_code.h"
+#include "stage/scene/call_watch.h"
 
 namespace stage {
 
@@ -34,7 +35,10 @@ auto call_entry_point(Stage& stage, Instance& instance, const char* name, EntryP
                       Arguments... arguments) {
     const EntryPointCall call(stage, instance, name);
     const EntryPoint function = plugin(instance.plugin).entry_points.*entry_point;
-    return call_plugin([&] { return function(instance.block, arguments...); });
+    return call_plugin([&] {
+        if (call_watch && call_watch->entry_follows) call_watch->entry_follows();
+        return function(instance.block, arguments...);
+    });
 }
 
 }  // namespace stage

@@ -32,7 +32,7 @@ Result<std::unique_ptr<Instance>> make_instance(const Stage& stage, const Contai
     auto instance = std::make_unique<Instance>();
     instance->plugin = owner;
     instance->container_handle = container.handle;
-    if (!allocate_memory(*instance)) return refuse("no memory below 4 GiB is left for its texts");
+    if (!allocate_memory(*instance, stage.options.memory)) return refuse("no memory below 4 GiB is left for its texts");
     if (const auto written = write_values(*instance, values); !written) return refuse(written.error().message);
     seed_stream(instance->random, stage.options.seed, container.name);
     return instance;

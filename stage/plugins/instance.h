@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fenced_memory.h"
 #include "low_memory.h"
 #include "parameters.h"
 #include "plugin.h"
@@ -16,8 +17,16 @@ namespace stage {
 
 struct Stage;
 
+/// A text that moved away; its old place is unreadable.
+struct RetiredText {
+    int32_t index;  // of its parameter
+    FencedMemory memory;
+};
+constexpr size_t kMostRetiredTexts = 256;  // the oldest is given up first
+
 /// The block is exactly as large as registered, zeroed at first, and lies at an address that is divisible by 8 and not
 /// by 16, since more is not promised. Behind it, and behind every text, guard bytes show whether a plug-in writes past.
+/// StageOptions::memory puts both between unreadable pages instead.
 struct Instance {
     PluginId plugin = 0;
     int32_t container_handle = -1;
@@ -27,6 +36,12 @@ struct Instance {
     LowMemory texts;
     std::vector<char*> text_buffers;  // by parameter index; null where the parameter is no text
     RandomStream random;
+
+    // With MemoryOptions::fenced only.
+    FencedMemory fenced_block;
+    std::vector<FencedMemory> fenced_texts;  // by parameter index; empty where the parameter is no text
+    std::vector<RetiredText> retired_texts;  // oldest first
+    bool texts_move = false;
 };
 
 /// Gives the container an instance of the plug-in: the block with the defaults and then `values` in its slots, then

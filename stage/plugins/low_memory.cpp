@@ -16,6 +16,8 @@ constexpr uint64_t kMaxTries = (kEnd - kFirstWanted) / kStep;
 // Where the next search begins: after what the last one found.
 std::atomic<uint64_t> next_wanted = kFirstWanted;
 
+}  // namespace
+
 // MAP_32BIT would do this in one call, but exists on x86-64 only. The kernel maps at the requested address when that
 // range is free, and elsewhere when it is not.
 void* map_low(size_t bytes) {
@@ -34,8 +36,6 @@ void* map_low(size_t bytes) {
     }
     return nullptr;
 }
-
-}  // namespace
 
 LowMemory::LowMemory(size_t bytes) {
     void* pages = map_low(bytes);

@@ -8,6 +8,9 @@
 
 namespace stage {
 
+/// Zeroed pages below 4 GiB that the caller unmaps; null when the system has none left.
+void* map_low(size_t bytes);
+
 /// Zeroed pages below 4 GiB; the destructor frees them. Move only.
 class STAGE_EXPORT LowMemory {
   public:

@@ -17,6 +17,10 @@ namespace {
 
 std::vector<std::unique_ptr<Plugin>> the_plugins;  // for the whole process, shared by all Stages
 
+// The C library declares that dlopen throws nothing. A library's constructors may throw, and a compiler that knows
+// which function it is drops what would end the process then.
+void* (*volatile open_library)(const char* file, int flags) = dlopen;
+
 struct CloseLibrary {
     void operator()(void* library) const { dlclose(library); }
 };
@@ -59,7 +63,7 @@ std::vector<std::string> register_plugin(Stage& stage, Registration& registratio
     int32_t returned = 0;
     {
         const PluginCode code("PLUGIN_INIT", registration.plugin.path.c_str(), nullptr, 0);
-        returned = call_plugin(registration.plugin.entry_points.init);
+        returned = registration.init_returned = call_plugin(registration.plugin.entry_points.init);
     }
     set_running_registration(nullptr);
     make_current(previous);
@@ -69,6 +73,15 @@ std::vector<std::string> register_plugin(Stage& stage, Registration& registratio
         if (other->name == registration.plugin.name)
             problems.push_back(fmt::format("its name '{}' is that of {}, loaded before", other->name, other->path));
     return problems;
+}
+
+Result<Registration> run_registration(Stage& stage, const std::string& path, void* library) {
+    Registration registration;
+    registration.plugin.path = path;
+    if (const auto missing = resolve_entry_points(library, registration.plugin.entry_points); !missing.empty())
+        return Error{fmt::format("{}: not a plug-in: it does not export {}", path, fmt::join(missing, ", "))};
+    registration.problems = register_plugin(stage, registration);
+    return registration;
 }
 
 }  // namespace
@@ -97,20 +110,24 @@ Result<PluginId> load_plugin(Stage& stage, const std::string& path) {
     const PluginCode loading("loading", path.c_str(), nullptr, 0);  // a refused library is closed while it lives
     // A bare name would be searched for among the system's libraries.
     const std::string file = std::filesystem::absolute(path);
-    LibraryPtr library(call_plugin([&] { return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }));
+    LibraryPtr library(call_plugin([&] { return open_library(file.c_str(), RTLD_NOW | RTLD_LOCAL); }));
     if (!library) return Error{fmt::format("{}: not a plug-in library: {}", path, dlerror())};
     for (size_t i = 0; i < the_plugins.size(); ++i)
         if (the_plugins[i]->library == library.get()) return static_cast<PluginId>(i);
 
-    Registration registration;
-    registration.plugin.path = path;
-    if (const auto missing = resolve_entry_points(library.get(), registration.plugin.entry_points); !missing.empty())
-        return Error{fmt::format("{}: not a plug-in: it does not export {}", path, fmt::join(missing, ", "))};
-    if (const auto problems = register_plugin(stage, registration); !problems.empty())
+    Result<Registration> registered = run_registration(stage, path, library.get());
+    if (!registered) return registered.error();
+    if (const auto& problems = registered->problems; !problems.empty())
         return Error{fmt::format("{}: {}", path, fmt::join(problems, fmt::format("\n{}: ", path)))};
-    registration.plugin.library = library.release();
-    the_plugins.push_back(std::make_unique<Plugin>(std::move(registration.plugin)));
+    registered->plugin.library = library.release();
+    the_plugins.push_back(std::make_unique<Plugin>(std::move(registered->plugin)));
     return static_cast<PluginId>(the_plugins.size() - 1);
+}
+
+Result<Registration> try_plugin(Stage& stage, const std::string& path) {
+    void* library = open_library(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) return Error{dlerror()};
+    return run_registration(stage, path, library);
 }
 
 const std::vector<std::unique_ptr<Plugin>>& loaded_plugins() {

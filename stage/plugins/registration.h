@@ -8,13 +8,25 @@
 
 namespace stage {
 
+/// A text that came as a null pointer, which reads as the empty text.
+struct NullText {
+    size_t call;      // position in Plugin::registration_calls
+    size_t argument;  // 0 for the first
+};
+
 struct Registration {
     Plugin plugin;
     int names_given = 0;
     int types_given = 0;
     int sizes_given = 0;
+    int32_t init_returned = 0;
+    std::vector<NullText> null_texts;
     std::vector<std::string> problems;  // against the contract, a sentence each
 };
+
+/// Loads a library, lets it register itself and returns everything, problems included. The plug-in is not added to
+/// loaded_plugins(); its library stays loaded. Errors: no library, an entry point missing.
+STAGE_EXPORT Result<Registration> try_plugin(Stage& stage, const std::string& path);
 
 /// The registration of the PLUGIN_INIT that is running, or null.
 Registration* running_registration();

@@ -23,6 +23,7 @@ std::string describe_call(const Stage& stage, const char* entry_point, const Ins
 
 void complain(Stage& stage, std::string call, std::string message) {
     Complaint complaint{std::move(call), caller_of(stage), std::move(message), 1};
+    if (stage.complaints.sink) stage.complaints.sink(complaint);
     std::vector<Complaint>& list = stage.complaints.list;
     const auto same = std::find_if(list.begin(), list.end(), [&](const Complaint& other) {
         return other.call == complaint.call && other.caller == complaint.caller && other.message == complaint.message;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ struct Complaint {
 struct Complaints {
     std::vector<Complaint> list;
     int64_t dropped = 0;
+    std::function<void(const Complaint&)> sink;  // where set, called at each complaint, repeated ones too
 };
 constexpr int kMaxComplaints = 1000;
 

@@ -15,6 +15,7 @@
 #include "image.h"
 #include "overrides.h"
 #include "profile.h"
+#include "stage/plugins/memory_options.h"
 
 namespace stage {
 
@@ -24,6 +25,7 @@ struct StageOptions {
     /// All instances draw from the process-wide `rand`, seeded when the Stage is made, instead of from streams of their
     /// own: tests can then repeat every number drawn.
     bool shared_random = false;
+    MemoryOptions memory{};
 };
 
 /// An entry point that is running; dispatcher calls nest.

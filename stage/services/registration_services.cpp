@@ -7,12 +7,28 @@
 namespace stage {
 namespace {
 
+/// Notes which texts of the call made last came as null pointers.
+template <class... Arguments>
+void note_null_texts(Registration& registration, Arguments... arguments) {
+    size_t position = 0;
+    [[maybe_unused]] const auto note = [&](auto argument) {
+        if constexpr (std::is_same_v<decltype(argument), const char*>)
+            if (!argument)
+                registration.null_texts.push_back({registration.plugin.registration_calls.size() - 1, position});
+        ++position;
+    };
+    (note(arguments), ...);
+}
+
 /// Records the call and lets `add` work on the running registration. Outside of PLUGIN_INIT it is a complaint.
 template <class Add, class... Arguments>
 void register_with(const char* name, Add add, Arguments... arguments) {
+    const WatchedService watched(name);
+    if (!watched.admitted()) return;
     record_call(name, arguments...);
     if (Registration* registration = running_registration()) {
         registration->plugin.registration_calls.push_back(make_call(name, arguments...));
+        note_null_texts(*registration, arguments...);
         add(*registration);
     } else if (Stage* stage = current_stage()) {
         complain(*stage, name, "registration is over once PLUGIN_INIT has returned");

@@ -7,6 +7,7 @@
 
 #include "stage/call_log.h"
 #include "stage/plugins/registration.h"
+#include "stage/scene/call_watch.h"
 #include "stage/scene/stage.h"
 
 namespace stage {
@@ -53,6 +54,8 @@ inline const char* text_of(const char* text) {
 template <int32_t fallback = 0, class Signature, class Own, class... Arguments>
 auto serve(const char* name, std::function<Signature> Overrides::*override_field, Own own, Arguments... arguments) {
     using Answer = decltype(own(std::declval<const Service&>(), arguments...));
+    const WatchedService watched(name);
+    if (!watched.admitted()) return static_cast<Answer>(fallback);
     record_call(name, arguments...);
     Stage* stage = current_stage();
     if (Registration* registration = running_registration()) {
