@@ -13,6 +13,7 @@
 #include "render_command.h"
 #include "stage/names.h"
 #include "stage/output/progress.h"
+#include "validate_command.h"
 
 namespace {
 
@@ -55,6 +56,14 @@ int run_render(const tovu::RenderOptions& options) {
     return 0;
 }
 
+int run_validate(const tovu::ValidateOptions& options) {
+    const stage::Result<int> status = tovu::validate_plugin(options, [](const std::string& text) {
+        std::fputs(text.c_str(), stdout);
+        std::fflush(stdout);
+    });
+    return status ? *status : fail(status.error().message);
+}
+
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     CLI::App* command = app.add_subcommand("params", "Show what a plug-in registers");
     command->add_option("plugin", options.plugin,
@@ -80,17 +89,33 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
 }
 
+void add_validate(CLI::App& app, tovu::ValidateOptions& options) {
+    CLI::App* command = app.add_subcommand("validate", "Check a plug-in against the contract");
+    command->add_option("plugin", options.plugin, "Library file, or a name that scenes take; the smoke when left out");
+    command->add_option("--only", options.only, "Check or group to run; may be given several times")
+        ->allow_extra_args(false);
+    command->add_option("--seed", options.seed, "Seed of the values that are tried; 1 when left out");
+    command->add_option("--timeout", options.timeout_seconds,
+                        "Seconds that one call into the plug-in may take; 10 when left out");
+    command->add_flag("--strict", options.strict, "Warnings count as failures");
+    command->add_flag("--json", options.json, "JSON instead of lines");
+    command->add_flag("--list", options.list, "What checks there are");
+    command->add_flag("--in-process", options.in_process, "For a debugger: no processes, no time limit; with --only");
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Renders scenes with smoke: loads plug-ins into the Stage, a host without a window.", "tovu");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
     tovu::ParamsOptions params;
     tovu::RenderOptions render;
+    tovu::ValidateOptions validate;
     render.plugin = tovu::smoke_plugin_file();
     add_params(app, params);
     add_render(app, render);
+    add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "params", "help"};
+    const std::vector<std::string> commands = {"render", "params", "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -103,6 +128,7 @@ int run(int argc, char** argv) {
     tovu::install_fault_guard();
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);
+    if (app.got_subcommand("validate")) return run_validate(validate);
     std::fputs(app.help().c_str(), stdout);
     return 0;
 }

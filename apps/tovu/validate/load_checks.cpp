@@ -1,0 +1,327 @@
+// Loading, and what is registered.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "checks.h"
+#include "child.h"
+#include "gl_watch.h"
+#include "rig.h"
+#include "stage/plugins/registration.h"
+#include "watch.h"
+
+namespace tovu::validate {
+namespace {
+
+using stage::Call;
+using stage::ParameterInfo;
+using stage::ParameterKind;
+using stage::Registration;
+
+constexpr int64_t kMostBytes = int64_t{64} << 20;
+constexpr size_t kMostChoices = 1000;
+
+/// Loads the library and lets it register. Empty after a finding.
+std::optional<Registration> register_subject(const Subject& subject) {
+    static const stage::StagePtr host = stage::make_stage();
+    stage::make_current(host.get());
+    watch_stage(*host);
+    watch_opengl(subject.file);
+    const RunningCode running("PLUGIN_INIT");
+    stage::Result<Registration> registered = stage::try_plugin(*host, subject.path);
+    if (registered) {
+        note_library(*watch().outcome, reinterpret_cast<const void*>(registered->plugin.entry_points.init));
+        return std::move(*registered);
+    }
+    fail("load.init", registered.error().message, "a library that loads with RTLD_NOW");
+    return std::nullopt;
+}
+
+std::string text_of(const Call& call, size_t argument) {
+    if (argument >= call.arguments.size()) return "";
+    const auto* text = std::get_if<std::string>(&call.arguments[argument]);
+    return text ? *text : "";
+}
+
+bool is_parameter(const Call& call) {
+    return call.name.rfind("pelRegisterParameter", 0) == 0;
+}
+
+int64_t count_of(const Registration& registration, const std::string& name) {
+    const auto& calls = registration.plugin.registration_calls;
+    return std::count_if(calls.begin(), calls.end(), [&](const Call& call) { return call.name == name; });
+}
+
+void expect_first(const Registration& registration, size_t position, const char* name, const char* what) {
+    const auto& calls = registration.plugin.registration_calls;
+    const bool is_there = count_of(registration, name) > 0;
+    if (is_there && calls[position].name == name) return;
+    fail("register.order",
+         is_there ? fmt::format(
+                        "{} is call {} of the registration",
+                        stage::to_string(*std::find_if(calls.begin(), calls.end(),
+                                                       [&](const Call& call) { return call.name == name; })),
+                        std::find_if(calls.begin(), calls.end(), [&](const Call& call) { return call.name == name; }) -
+                            calls.begin() + 1)
+                  : fmt::format("{} is not registered ({})", what, name),
+         "pelRegisterPlugin first, then pelRegisterPluginType, then the rest");
+}
+
+/// "call 3, pelRegisterParameterInt(a, …)".
+void check_names(const Registration& registration, const char* what, bool (*is_one)(const Call&)) {
+    std::map<std::string, int> names;
+    for (const Call& call : registration.plugin.registration_calls)
+        if (is_one(call)) ++names[text_of(call, 0)];
+    for (const auto& [name, times] : names)
+        if (times > 1)
+            fail("register.once", fmt::format("the {} '{}' is registered {} times", what, name, times),
+                 "a name of its own for each");
+}
+
+/// Well-formed UTF-8 (RFC 3629) without control characters.
+bool is_readable_text(const std::string& text) {
+    for (size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const size_t length = byte < 0x80 ? 1 : byte >> 5 == 6 ? 2 : byte >> 4 == 14 ? 3 : byte >> 3 == 30 ? 4 : 0;
+        if (length == 0 || i + length > text.size()) return false;
+        uint32_t code = length == 1 ? byte : byte & (0x7Fu >> length);
+        for (size_t k = 1; k < length; ++k) {
+            const auto next = static_cast<unsigned char>(text[i + k]);
+            if (next >> 6 != 2) return false;
+            code = code << 6 | (next & 0x3F);
+        }
+        constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (code < kLeast[length] || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) return false;
+        if (code < 0x20 && code != '\n' && code != '\t') return false;
+        i += length;
+    }
+    return true;
+}
+
+void check_text(const std::string& where, const std::string& text) {
+    if (!is_readable_text(text))
+        fail("register.values", where + " is no readable UTF-8 text", "UTF-8 without control characters");
+}
+
+void check_texts(const Registration& registration) {
+    for (const stage::NullText& null : registration.null_texts) {
+        const Call& call = registration.plugin.registration_calls[null.call];
+        fail("register.values",
+             fmt::format("{} has a null pointer as argument {}", stage::to_string(call), null.argument + 1),
+             "a text; \"\" for none");
+    }
+    for (const Call& call : registration.plugin.registration_calls)
+        for (size_t i = 0; i < call.arguments.size(); ++i)
+            if (std::holds_alternative<std::string>(call.arguments[i]))
+                check_text(fmt::format("argument {} of {} ('{}')", i + 1, call.name, text_of(call, 0)),
+                           text_of(call, i));
+}
+
+void check_numbers(const Call& call) {
+    if (call.name != "pelRegisterParameterInt" && call.name != "pelRegisterParameterFloat") return;
+    const double initial = std::get<double>(call.arguments[2]);
+    const double minimum = std::get<double>(call.arguments[3]);
+    const double maximum = std::get<double>(call.arguments[4]);
+    const std::string what = fmt::format("'{}' ({} to {}, default {})", text_of(call, 0), minimum, maximum, initial);
+    if (std::isnan(initial) || std::isnan(minimum) || std::isnan(maximum))
+        return fail("register.values", what + " is not a number", "numbers");
+    if (minimum > maximum)
+        return fail("register.values", what + " has its limits in the wrong order", "the lower one first");
+    if (initial < minimum || initial > maximum)
+        return fail("register.values", what + " has a default outside of its range", "a default inside");
+    if (minimum == maximum) found("register.values", Weight::kWarning, what + " can have one value only", "a range");
+    if (std::isinf(minimum) || std::isinf(maximum))
+        found("register.values", Weight::kWarning, what + " has no finite range", "limits that a user can set");
+}
+
+void check_choices(const ParameterInfo& parameter, const Call& call) {
+    const auto& choices = parameter.choices;
+    if (choices.empty())
+        return fail("register.values", fmt::format("'{}' has no choices", parameter.name),
+                    "a list that a null pointer closes");
+    const double initial = std::get<double>(call.arguments[2]);
+    if (initial < 0 || initial >= static_cast<double>(choices.size()))
+        fail("register.values",
+             fmt::format("'{}' has default {} of {} choices", parameter.name, initial, choices.size()),
+             fmt::format("0 to {}", choices.size() - 1));
+    if (choices.size() > kMostChoices)
+        fail("register.values", fmt::format("'{}' has {} choices", parameter.name, choices.size()),
+             "a list that a null pointer closes");
+    std::set<std::string> texts;
+    for (const std::string& choice : choices) {
+        check_text(fmt::format("a choice of '{}'", parameter.name), choice);
+        if (choice.empty())
+            fail("register.values", fmt::format("'{}' has a choice without text", parameter.name), "a text for each");
+        if (!texts.insert(choice).second)
+            fail("register.values", fmt::format("'{}' has the choice '{}' twice", parameter.name, choice),
+                 "each choice once");
+    }
+}
+
+void check_string(const ParameterInfo& parameter, const Call& call) {
+    if (parameter.max_length < 1)
+        return fail("register.values",
+                    fmt::format("'{}' has a longest length of {} bytes", parameter.name, parameter.max_length),
+                    "at least 1");
+    if (parameter.max_length > (1 << 24))
+        fail("register.values",
+             fmt::format("'{}' has a longest length of {} bytes", parameter.name, parameter.max_length),
+             "at most 16 MiB");
+    const std::string initial = text_of(call, 2);
+    if (initial.size() > static_cast<size_t>(parameter.max_length))
+        fail("register.values",
+             fmt::format("'{}' has a default of {} bytes, and a longest length of {}", parameter.name, initial.size(),
+                         parameter.max_length),
+             "a default that fits");
+    if (parameter.columns < 1)
+        found("register.values", Weight::kWarning,
+              fmt::format("'{}' has a field of {} columns", parameter.name, parameter.columns), "at least 1");
+    if (std::get<double>(call.arguments[5]) != 0)
+        fail("register.values", fmt::format("'{}' has flags {}", parameter.name, std::get<double>(call.arguments[5])),
+             "flags 0");
+}
+
+void check_parameter(const ParameterInfo& parameter, const Call& call) {
+    if (parameter.name.empty())
+        fail("register.values", fmt::format("parameter {} has no name", parameter.index), "a name");
+    if (text_of(call, 1).empty())
+        found("register.values", Weight::kWarning, fmt::format("'{}' has no label", parameter.name),
+              "a label for the user");
+    check_numbers(call);
+    if (parameter.kind == ParameterKind::kRadio) check_choices(parameter, call);
+    if (parameter.kind == ParameterKind::kString) check_string(parameter, call);
+    if (parameter.kind == ParameterKind::kBool && std::get<double>(call.arguments[2]) != 0 &&
+        std::get<double>(call.arguments[2]) != 1)
+        found("register.values", Weight::kWarning,
+              fmt::format("'{}' has default {}", parameter.name, std::get<double>(call.arguments[2])), "0 or 1");
+}
+
+void check_flag(const Call& call) {
+    if (call.name != "pelRegisterUseLOD" && call.name != "pelRegisterUseEvents") return;
+    const double flag = std::get<double>(call.arguments[0]);
+    if (flag != 0 && flag != 1) fail("register.values", stage::to_string(call) + " is no switch", "0 or 1");
+}
+
+void check_events(const stage::Plugin& plugin) {
+    if (!plugin.events.empty() && !plugin.uses_events)
+        fail("register.values",
+             fmt::format("registers {} events without pelRegisterUseEvents(1)", plugin.events.size()),
+             "pelRegisterUseEvents(1)");
+    if (plugin.events.empty() && plugin.uses_events)
+        found("register.values", Weight::kWarning, "says that it uses events and registers none",
+              "pelRegisterUseEvents(0)");
+    for (const stage::ProfilingEvent& event : plugin.events) {
+        if (event.name.empty()) fail("register.values", "registers an event without a name", "a name");
+        if (event.flags != 0)
+            fail("register.values", fmt::format("registers the event '{}' with flags {}", event.name, event.flags),
+                 "flags 0");
+    }
+}
+
+bool is_event(const Call& call) {
+    return call.name == "pelRegisterEvent";
+}
+bool is_button(const Call& call) {
+    return call.name == "pelRegisterPushButton";
+}
+bool is_info(const Call& call) {
+    return call.name == "pelRegisterInfoText";
+}
+
+}  // namespace
+
+void check_load_init(const Subject& subject) {
+    const auto registered = register_subject(subject);
+    if (!registered) return;
+    const RunningCode running("PLUGIN_INIT");
+    if (registered->init_returned != 0)
+        fail("load.init", fmt::format("PLUGIN_INIT returned {}", registered->init_returned), "return 0");
+    if (registered->plugin.registration_calls.empty())
+        fail("load.init", "PLUGIN_INIT registers nothing", "name, type, parameters and size");
+}
+
+void check_register_order(const Subject& subject) {
+    const auto registered = register_subject(subject);
+    if (!registered) return;
+    expect_first(*registered, 0, "pelRegisterPlugin", "the name");
+    if (!registered->plugin.registration_calls.empty() &&
+        registered->plugin.registration_calls[0].name == "pelRegisterPlugin")
+        expect_first(*registered, 1, "pelRegisterPluginType", "the type");
+    if (!registered->problems.empty() || registered->init_returned != 0) return;
+    // A life, for what is registered too late. What else is wrong with it is life.cycle's to tell.
+    SharedOutcome& outcome = *watch().outcome;
+    const bool lived = run_in_grandchild([&] {
+        alarm(3);
+        const auto rig = make_rig(subject);
+        tour(*rig, {2, 2, false, {}});
+    });
+    if (lived) return;
+    outcome.ending = Ending::kNone;
+    outcome.frame_count = 0;
+    outcome.running[0] = '\0';
+}
+
+void check_register_once(const Subject& subject) {
+    const auto registered = register_subject(subject);
+    if (!registered) return;
+    for (const char* call : {"pelRegisterPlugin", "pelRegisterPluginType", "pelRegisterTotalSize", "pelRegisterUseLOD",
+                             "pelRegisterUseEvents"})
+        if (const int64_t times = count_of(*registered, call); times > 1)
+            fail("register.once", fmt::format("{} is called {} times", call, times), "once");
+    check_names(*registered, "parameter", is_parameter);
+    check_names(*registered, "button", is_button);
+    check_names(*registered, "info text", is_info);
+    check_names(*registered, "event", is_event);
+    std::map<int32_t, std::string> actions;
+    for (const stage::PushButton& button : registered->plugin.buttons)
+        if (const auto [place, is_new] = actions.emplace(button.action, button.name); !is_new)
+            found(
+                "register.once", Weight::kWarning,
+                fmt::format("the buttons '{}' and '{}' both have action {}", place->second, button.name, button.action),
+                "a number for each");
+}
+
+void check_register_values(const Subject& subject) {
+    const auto registered = register_subject(subject);
+    if (!registered) return;
+    const stage::Plugin& plugin = registered->plugin;
+    if (count_of(*registered, "pelRegisterPlugin") > 0 && plugin.name.empty())
+        fail("register.values", "its name is empty", "a name");
+    if (count_of(*registered, "pelRegisterPluginType") > 0 && plugin.type != 1)
+        fail("register.values", fmt::format("its type is {}", plugin.type), "1, a geometry");
+    check_texts(*registered);
+    size_t index = 0;
+    for (const Call& call : plugin.registration_calls) {
+        check_flag(call);
+        if (is_parameter(call)) check_parameter(plugin.parameters[index++], call);
+        if (is_button(call) && text_of(call, 0).empty())
+            fail("register.values", "registers a button without a name", "a name");
+    }
+    check_events(plugin);
+}
+
+void check_register_size(const Subject& subject) {
+    const auto registered = register_subject(subject);
+    if (!registered) return;
+    const stage::Plugin& plugin = registered->plugin;
+    const auto slots = static_cast<int64_t>(plugin.parameters.size());
+    if (registered->sizes_given == 0)
+        return fail("register.size", "the size of an instance is not registered",
+                    "pelRegisterTotalSize(sizeof the block)");
+    if (plugin.total_size < 4 * slots)
+        return fail("register.size",
+                    fmt::format("a block of {} bytes cannot hold {} slots of 4 bytes", plugin.total_size, slots),
+                    "the size of the whole block, slots included");
+    if (plugin.total_size < 1)
+        return fail("register.size", fmt::format("a block of {} bytes", plugin.total_size), "at least 1");
+    if (plugin.total_size > kMostBytes)
+        fail("register.size", fmt::format("a block of {} bytes for each instance", plugin.total_size),
+             "what an instance needs; large tables belong on the heap");
+}
+
+}  // namespace tovu::validate

@@ -1,0 +1,162 @@
+#include "validate_command.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "plugin_location.h"
+#include "stage/names.h"
+#include "stage/scenefile/plugin_file.h"
+#include "validate/checks.h"
+#include "validate/child.h"
+#include "validate/heap_watch.h"
+#include "validate/results.h"
+#include "validate/watch.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Error;
+using validate::Check;
+using validate::Subject;
+
+std::string list_text() {
+    std::string text;
+    for (const Check& check : validate::all_checks()) text += fmt::format("{:<18}{}\n", check.name, check.does);
+    return text;
+}
+
+bool is_meant(const Check& check, const std::string& name) {
+    return name == check.name || name == to_string(check.group) ||
+           std::string_view(check.name).substr(0, name.size() + 1) == name + '.';
+}
+
+stage::Result<std::set<const Check*>> wanted_checks(const std::vector<std::string>& only) {
+    std::set<const Check*> wanted;
+    for (const std::string& name : only) {
+        const size_t before = wanted.size();
+        for (const Check& check : validate::all_checks())
+            if (is_meant(check, name)) wanted.insert(&check);
+        if (wanted.size() > before) continue;
+        std::vector<std::string> known;
+        for (const Check& check : validate::all_checks()) known.push_back(check.name);
+        return Error{fmt::format("--only {}: there is no check of this name: {}", name, stage::name_hint(name, known))};
+    }
+    return wanted;
+}
+
+stage::Result<Subject> open_subject(const ValidateOptions& options) {
+    Subject subject;
+    std::error_code ignored;
+    subject.path = options.plugin;
+    if (!std::filesystem::is_regular_file(subject.path, ignored)) {
+        const auto file = stage::find_plugin_file(options.plugin, smoke_plugin_file(), {});
+        if (!file) return file.error();
+        subject.path = *file;
+    }
+    if (!std::filesystem::is_regular_file(subject.path, ignored))
+        return Error{fmt::format("{}: there is no file of this name", subject.path)};
+    const char* end = options.seed.data() + options.seed.size();
+    const auto parsed = std::from_chars(options.seed.data(), end, subject.seed);
+    if (parsed.ec != std::errc() || parsed.ptr != end)
+        return Error{fmt::format("--seed {}: must be a whole number from 0 to 4294967295", options.seed)};
+    if (!(options.timeout_seconds > 0 && options.timeout_seconds <= 86400))
+        return Error{fmt::format("--timeout {}: must be a number of seconds above 0 and at most 86400",
+                                 options.timeout_seconds)};
+    if (validate::wrong_format(subject.path).empty()) subject.file = std::move(*validate::read_elf(subject.path));
+    return subject;
+}
+
+validate::Result run_check(const Subject& subject, const Check& check, const std::vector<std::string>& failed,
+                           const ValidateOptions& options) {
+    const auto start = std::chrono::steady_clock::now();
+    validate::SharedOutcome& outcome = *validate::make_shared_outcome();
+    const auto work = [&] {
+        validate::begin_watch(check.name, outcome, failed);
+        // What a plug-in does to the heap is not to bring down checks that look for other things.
+        if (validate::heap_can_be_watched()) validate::watch_heap({});
+        check.run(subject);
+    };
+    validate::ChildEnd end;
+    if (options.in_process) {
+        work();
+        end.is_done = true;
+    } else {
+        end = validate::run_in_child(outcome, options.timeout_seconds, work, check.ends_by_exit);
+    }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    return validate::result_of(subject, check, outcome, end, seconds.count());
+}
+
+/// The first check that must hold before this one and does not; null when all do.
+const Check* failed_before(const Check& check, const std::vector<validate::Result>& results) {
+    for (const char* name : check.after)
+        for (const validate::Result& result : results)
+            if (std::string_view(result.check->name) == name && !validate::holds(result)) return result.check;
+    return nullptr;
+}
+
+std::vector<std::string> failed_checks(const std::vector<validate::Result>& results) {
+    std::vector<std::string> names;
+    for (const validate::Result& result : results)
+        if (!validate::holds(result)) names.emplace_back(result.check->name);
+    return names;
+}
+
+/// The wanted checks and all that must hold before them.
+std::set<const Check*> with_those_before(std::set<const Check*> wanted) {
+    const auto checks = validate::all_checks();
+    for (auto check = checks.rbegin(); check != checks.rend(); ++check)
+        if (wanted.count(&*check) > 0)
+            for (const char* name : check->after)
+                for (const Check& other : checks)
+                    if (std::string_view(other.name) == name) wanted.insert(&other);
+    return wanted;
+}
+
+}  // namespace
+
+stage::Result<int> validate_plugin(const ValidateOptions& options,
+                                   const std::function<void(const std::string&)>& print) {
+    if (options.list) {
+        print(list_text());
+        return 0;
+    }
+    const auto wanted = wanted_checks(options.only);
+    if (!wanted) return wanted.error();
+    const auto subject = open_subject(options);
+    if (!subject) return subject.error();
+    // In one process a check that was run before would be seen by the next one.
+    const std::set<const Check*> to_run = options.in_process ? *wanted : with_those_before(*wanted);
+    std::vector<validate::Result> ran;
+    std::vector<validate::Result> shown;
+    for (const Check& check : validate::all_checks()) {
+        if (!to_run.empty() && to_run.count(&check) == 0) continue;
+        const Check* failed = failed_before(check, ran);
+        validate::Result result;
+        result.check = &check;
+        if (failed) {
+            result.state = validate::State::kSkip;
+            result.reason = fmt::format("{} does not hold", failed->name);
+        }
+        if (!failed) result = run_check(*subject, check, failed_checks(ran), options);
+        ran.push_back(result);
+        const bool is_asked_for = wanted->empty() || wanted->count(&check) > 0;
+        // A forerunner that was not asked for is shown where it is the reason why another one does not run.
+        if (!is_asked_for && (validate::holds(result) || result.state == validate::State::kSkip)) continue;
+        shown.push_back(result);
+        if (!options.json) print(validate::text_of(*subject, result, is_asked_for && !wanted->empty()));
+    }
+    const validate::Verdict verdict = validate::verdict_on(*subject, shown, options.strict);
+    print(options.json ? validate::json_of(*subject, shown, verdict) : verdict.line + "\n");
+    return verdict.status;
+}
+
+}  // namespace tovu
