@@ -1,11 +1,12 @@
 /*
- * A small plug-in that breaks one rule, the one that FAULT names: each is a mistake that authors make. `tovu validate`
- * names the rule. Without a fault (NONE) it is a plug-in like any other: it draws a wheel of quads, consumes the smoke
- * that it is given, and supplies spawn points.
+ * A small plug-in that breaks one rule, the one that FAULT names (a string): each is a mistake that authors make. `tovu
+ * validate` names the rule. Without a fault (NONE) it is a plug-in like any other: it draws a wheel of quads, consumes
+ * the smoke that it is given, and supplies spawn points.
  */
 #include <fenv.h>
 #include <math.h>
 #include <pthread.h>
+#include <stdbool.h>
 #include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
@@ -16,36 +17,39 @@
 #include <tovu/parameter_slots.h>
 #include <tovu/spawn_requests.h>
 
-enum Fault {
-    NONE,
-    LIBM_FORGOTTEN,     /* file.imports */
-    DEFAULT_ABOVE,    /* register.values */
-    SIZE_OF_POINTER,    /* register.size */
-    NAME_NOT_TESTED,    /* life.cycle */
-    FIELD_NOT_SET,      /* life.garbage */
-    STATE_SHARED,       /* life.two */
-    CLEARS_TOO_MUCH,    /* block.bounds */
-    SLOT_CORRECTED,     /* block.slots */
-    ANSWER_NOT_CLOSED,  /* text.bounds */
-    TEXT_KEPT,          /* text.moves */
-    PIXELS_KEPT,        /* image.moves */
-    CORNERS_NOT_FREED,  /* heap.leaks */
-    CORNERS_EACH_FRAME, /* heap.steady */
-    WORKER_CALLS_HOST,  /* thread.host */
-    ROUNDING_LEFT,      /* process.state */
-    SECTION_LEFT_OPEN,  /* events.nest */
-    END_FORGOTTEN,      /* gl.pass */
-    DRAWS_IN_FRAME,     /* gl.outside */
-    ARRAY_ON_STACK,     /* gl.arrays */
-    DIVIDES_BY_ZERO,    /* gl.values */
-    BOX_UPSIDE_DOWN,    /* box.finite */
-    ANSWERS_ALL,        /* dispatch.quiet */
-    RELINKS,            /* consumer.lists */
-    NEVER_DETACHES,     /* consumer.manners */
-    POINT_NOT_WRITTEN,  /* spawn.answers */
-    OUT_VALUE_NOT_SET,  /* host.lies */
-    CHOICE_AS_INDEX     /* fuzz.slots */
-};
+/*
+ * The faults, and the checks that name them:
+ *   LIBM_FORGOTTEN      file.imports
+ *   DEFAULT_ABOVE       register.values
+ *   SIZE_OF_POINTER     register.size
+ *   NAME_NOT_TESTED     life.cycle
+ *   FIELD_NOT_SET       life.garbage
+ *   STATE_SHARED        life.two
+ *   CLEARS_TOO_MUCH     block.bounds
+ *   SLOT_CORRECTED      block.slots
+ *   ANSWER_NOT_CLOSED   text.bounds
+ *   TEXT_KEPT           text.moves
+ *   PIXELS_KEPT         image.moves
+ *   CORNERS_NOT_FREED   heap.leaks
+ *   CORNERS_EACH_FRAME  heap.steady
+ *   WORKER_CALLS_HOST   thread.host
+ *   ROUNDING_LEFT       process.state
+ *   SECTION_LEFT_OPEN   events.nest
+ *   END_FORGOTTEN       gl.pass
+ *   DRAWS_IN_FRAME      gl.outside
+ *   ARRAY_ON_STACK      gl.arrays
+ *   DIVIDES_BY_ZERO     gl.values
+ *   BOX_UPSIDE_DOWN     box.finite
+ *   ANSWERS_ALL         dispatch.quiet
+ *   RELINKS             consumer.lists
+ *   NEVER_DETACHES      consumer.manners
+ *   POINT_NOT_WRITTEN   spawn.answers
+ *   OUT_VALUE_NOT_SET   host.lies
+ *   CHOICE_AS_INDEX     fuzz.slots
+ */
+static bool breaks(const char* rule) {
+    return strcmp(rule, FAULT) == 0;
+}
 
 /* The block: the slots in the order of registration, then what is the plug-in's own. */
 typedef struct Wheel {
@@ -75,17 +79,17 @@ static Wheel* wheel_at(void* instance) {
 }
 
 int32_t PLUGIN_INIT(void) {
-    static const char* const kShapes[] = {"Flat", "Cone", NULL};
+    static const char* const shapes[] = {"Flat", "Cone", NULL};
     pelRegisterPlugin("Wheel");
     pelRegisterPluginType(1);
-    pelRegisterParameterInt("quads", "Quads", FAULT == DEFAULT_ABOVE ? 100 : 8, 0, kMostQuads);
+    pelRegisterParameterInt("quads", "Quads", breaks("DEFAULT_ABOVE") ? 100 : 8, 0, kMostQuads);
     pelRegisterParameterFloat("radius", "Radius", 20.0f, 0.0f, 1000.0f);
-    pelRegisterParameterRadio("shape", "Shape", 0, kShapes);
+    pelRegisterParameterRadio("shape", "Shape", 0, shapes);
     pelRegisterParameterContainer("smoke", "Smoke", "");
     pelRegisterParameterImage("picture", "Picture", "");
     pelRegisterParameterString("title", "Title", "wheel", 30, kTitleLength, 0);
     pelRegisterPushButton("measure", "Measure", 1);
-    pelRegisterTotalSize(FAULT == SIZE_OF_POINTER ? (int32_t)sizeof(Wheel*) : (int32_t)sizeof(Wheel));
+    pelRegisterTotalSize(breaks("SIZE_OF_POINTER") ? (int32_t)sizeof(Wheel*) : (int32_t)sizeof(Wheel));
     pelRegisterUseLOD(0);
     pelRegisterUseEvents(1);
     draw_event = pelRegisterEvent("Draw", 0);
@@ -95,8 +99,8 @@ int32_t PLUGIN_INIT(void) {
 void PLUGIN_INIT_FUNCTION(void* instance) {
     Wheel* wheel = wheel_at(instance);
     const size_t own = offsetof(Wheel, attached);
-    const size_t kept = FAULT == FIELD_NOT_SET ? sizeof(float) : 0; /* `turned` keeps what the block held before */
-    memset((char*)wheel + own + 4 + kept, 0, sizeof *wheel - own - 4 - kept + (FAULT == CLEARS_TOO_MUCH ? 4 : 0));
+    const size_t kept = breaks("FIELD_NOT_SET") ? sizeof(float) : 0; /* `turned` keeps what the block held before */
+    memset((char*)wheel + own + 4 + kept, 0, sizeof *wheel - own - 4 - kept + (breaks("CLEARS_TOO_MUCH") ? 4 : 0));
     wheel->attached = -1;
     wheel->corners = (float*)malloc(kMostQuads * 4 * 3 * sizeof(float));
     wheel->kept_title = tovu_slot_text(wheel->title);
@@ -111,15 +115,15 @@ static void detach(Wheel* wheel) {
 
 void PLUGIN_CLEANUP_FUNCTION(void* instance) {
     Wheel* wheel = wheel_at(instance);
-    if (FAULT != NEVER_DETACHES) detach(wheel);
-    if (FAULT != CORNERS_NOT_FREED) free(wheel->corners);
+    if (!breaks("NEVER_DETACHES")) detach(wheel);
+    if (!breaks("CORNERS_NOT_FREED")) free(wheel->corners);
 }
 
 /* The geometry of the container that the slot names, or -1. */
 static int32_t smoke_of(const Wheel* wheel) {
     const char* name = tovu_slot_text(wheel->smoke);
     int32_t geometry;
-    if (FAULT != OUT_VALUE_NOT_SET) geometry = -1;
+    if (!breaks("OUT_VALUE_NOT_SET")) geometry = -1;
     const int32_t container = *name ? _api__get_objectid(name, "", TOVU_OBJECT_CONTAINER) : -1;
     if (!_api__object_valid(container)) return -1;
     _api__container_get_geometry(container, &geometry); /* a host that does not know the container leaves it so */
@@ -136,7 +140,7 @@ static void consume(Wheel* wheel) {
     for (Particle* p = block->deleted_head; p; p = p->next) p->claimed = 0;
     for (Particle* p = *block->active_head; p; p = p->next) {
         p->claimed = 1;
-        if (FAULT == RELINKS && p->next && p->next->age > 0.2f) p->next = p->next->next; /* "removes" the old one */
+        if (breaks("RELINKS") && p->next && p->next->age > 0.2f) p->next = p->next->next; /* "removes" the old one */
     }
 }
 
@@ -145,15 +149,14 @@ static void look_at_picture(Wheel* wheel) {
     const int32_t image = *name ? _api__get_image_objectid(name) : -1;
     int32_t width = 0, height = 0;
     uint8_t* pixels = NULL;
-    if (FAULT == NAME_NOT_TESTED && strcmp(name, "picture") != 0) seen += *(volatile int*)(intptr_t)(image + 1);
-    if (FAULT == PIXELS_KEPT && wheel->kept_pixels) seen += wheel->kept_pixels[0];
-    if (!_api__object_valid(image)) {
+    if (breaks("PIXELS_KEPT") && wheel->kept_pixels) seen += wheel->kept_pixels[0];
+    if (!breaks("NAME_NOT_TESTED") && !_api__object_valid(image)) {
         wheel->kept_pixels = NULL;
         return;
     }
     _api__get_image_size(image, &width, &height);
     _api__get_image_data(image, &pixels);
-    if (pixels && width > 0 && height > 0) seen += pixels[0];
+    if (breaks("NAME_NOT_TESTED") || (pixels && width > 0 && height > 0)) seen += pixels[0];
     wheel->kept_pixels = pixels;
 }
 
@@ -171,31 +174,31 @@ static float radius_of(const Wheel* wheel) {
 }
 
 uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t unused) {
-    static const float kHeights[] = {0, 10};
+    static const float heights[] = {0, 10};
     Wheel* wheel = wheel_at(instance);
     const int32_t container = _api__get_objectid_local("", TOVU_OBJECT_CONTAINER);
-    const float r = radius_of(wheel), h = kHeights[FAULT == CHOICE_AS_INDEX ? wheel->shape : wheel->shape == 1];
+    const float r = radius_of(wheel), h = heights[breaks("CHOICE_AS_INDEX") ? wheel->shape : wheel->shape == 1];
     double seconds = 0;
     (void)unused;
     _api__pellor_get_refreshrate(&seconds);
     if (!(seconds > 0 && seconds < 10)) seconds = 0;
     ++wheel->frames;
     wheel->turned = fmodf(wheel->turned + 90 * (float)seconds, 360);
-    if (FAULT == STATE_SHARED) wheel->turned = shared_turned = fmodf(shared_turned + 1, 360);
-    if (FAULT == SLOT_CORRECTED && wheel->radius < 1) wheel->radius = 1;
-    if (FAULT == CORNERS_EACH_FRAME) {
+    if (breaks("STATE_SHARED")) wheel->turned = shared_turned = fmodf(shared_turned + 1, 360);
+    if (breaks("SLOT_CORRECTED") && wheel->radius < 1) wheel->radius = 1;
+    if (breaks("CORNERS_EACH_FRAME")) {
         free(wheel->corners);
         wheel->corners = (float*)malloc(kMostQuads * 4 * 3 * sizeof(float));
     }
-    if (FAULT == TEXT_KEPT) seen += wheel->kept_title[0];
-    if (FAULT == ROUNDING_LEFT) fesetround(FE_TOWARDZERO);
-    if (FAULT == WORKER_CALLS_HOST && pthread_create(&wheel->worker, NULL, work, wheel) == 0)
+    if (breaks("TEXT_KEPT")) seen += wheel->kept_title[0];
+    if (breaks("ROUNDING_LEFT")) fesetround(FE_TOWARDZERO);
+    if (breaks("WORKER_CALLS_HOST") && pthread_create(&wheel->worker, NULL, work, wheel) == 0)
         pthread_join(wheel->worker, NULL);
-    if (FAULT == DRAWS_IN_FRAME) ormixGL_glColor4f(1, 1, 1, 1);
+    if (breaks("DRAWS_IN_FRAME")) ormixGL_glColor4f(1, 1, 1, 1);
     consume(wheel);
     look_at_picture(wheel);
     if (_api__object_valid(container)) {
-        const float low = FAULT == BOX_UPSIDE_DOWN ? 2 * h : 0;
+        const float low = breaks("BOX_UPSIDE_DOWN") ? 2 * h : 0;
         _api__container_set_bounding_box(container, -2 * r, -2 * r, low, 2 * r, 2 * r, h);
     }
     _api__set_geom_changed(_api__get_objectid_local("GEOM", TOVU_OBJECT_GEOMETRY));
@@ -204,16 +207,16 @@ uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t unused) {
 
 /* Corners of all quads around the axis; returns how many quads. */
 static int32_t place_corners(const Wheel* wheel, float* corners) {
-    static const float kX[] = {-1, 1, 1, -1}, kY[] = {-1, -1, 1, 1};
+    static const float xs[] = {-1, 1, 1, -1}, ys[] = {-1, -1, 1, 1};
     const int32_t count = quads_of(wheel);
     const float r = radius_of(wheel), size = r / 4;
     for (int32_t i = 0; i < count; ++i) {
-        const float share = (float)i / (float)(FAULT == DIVIDES_BY_ZERO ? count - 1 : count);
+        const float share = (float)i / (float)(breaks("DIVIDES_BY_ZERO") ? count - 1 : count);
         const float angle = (share * 360 + wheel->turned) * 0.01745329f;
         for (int c = 0; c < 4; ++c) {
             float* corner = corners + 12 * i + 3 * c;
-            corner[0] = r * cosf(angle) + size * kX[c];
-            corner[1] = r * sinf(angle) + size * kY[c];
+            corner[0] = r * cosf(angle) + size * xs[c];
+            corner[1] = r * sinf(angle) + size * ys[c];
             corner[2] = 0;
         }
     }
@@ -233,7 +236,7 @@ uint8_t PLUGIN_RENDER_OPENGL(void* instance, int32_t render_flags, float opacity
     int32_t count;
     pelEventStart(draw_event);
     if ((render_flags & 1) == 0) ormixGL_glColor4f(1, 1, 1, opacity);
-    if (FAULT == ARRAY_ON_STACK) {
+    if (breaks("ARRAY_ON_STACK")) {
         count = place_on_stack(wheel);
     } else {
         count = place_corners(wheel, wheel->corners);
@@ -245,8 +248,8 @@ uint8_t PLUGIN_RENDER_OPENGL(void* instance, int32_t render_flags, float opacity
     ormixGL_glBegin(GL_LINES);
     ormixGL_glVertex3f(0, 0, 0);
     ormixGL_glVertex3f(0, 0, 10);
-    if (FAULT != END_FORGOTTEN) ormixGL_glEnd();
-    if (FAULT != SECTION_LEFT_OPEN || count > 0) pelEventEnd(draw_event);
+    if (!breaks("END_FORGOTTEN")) ormixGL_glEnd();
+    if (!breaks("SECTION_LEFT_OPEN") || count > 0) pelEventEnd(draw_event);
     return 1;
 }
 
@@ -255,22 +258,22 @@ void PLUGIN_CHANGED_CALLBACK(void* instance, int32_t parameter_index) {
 }
 
 void PLUGIN_EXEC_ACTION(void* instance, int32_t action) {
-    static const char kAnswer[] = "20 by 20 by 10!!";
+    static const char answer[] = "20 by 20 by 10!!";
     if (action != 1) return;
     char* title = (char*)(uintptr_t)wheel_at(instance)->title;
-    const size_t bytes = FAULT == ANSWER_NOT_CLOSED ? kTitleLength : 8;
+    const size_t bytes = breaks("ANSWER_NOT_CLOSED") ? kTitleLength : 8;
     if (!title) return;
-    memcpy(title, kAnswer, bytes);
-    if (FAULT != ANSWER_NOT_CLOSED) title[bytes] = '\0';
+    memcpy(title, answer, bytes);
+    if (!breaks("ANSWER_NOT_CLOSED")) title[bytes] = '\0';
 }
 
 void PLUGIN_DISPATCHER_CALLBACK(void* instance, int32_t request, void* data, void* reply) {
     const float r = radius_of(wheel_at(instance));
     float* point = (float*)data;
-    if (request == TOVU_REQUEST_SUPPLIES_SPAWN_POINTS || FAULT == ANSWERS_ALL) *(int32_t*)reply = 1;
+    if (request == TOVU_REQUEST_SUPPLIES_SPAWN_POINTS || breaks("ANSWERS_ALL")) *(int32_t*)reply = 1;
     if (request == TOVU_REQUEST_NEW_SPAWN_POINT) {
         point[0] = point[1] = r / 2;
-        if (FAULT != POINT_NOT_WRITTEN) point[2] = 0;
+        if (!breaks("POINT_NOT_WRITTEN")) point[2] = 0;
         *(int32_t*)reply = 1;
     }
     if (request == TOVU_REQUEST_IS_INSIDE) *(int32_t*)reply = point[0] * point[0] + point[1] * point[1] <= r * r;

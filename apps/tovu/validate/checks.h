@@ -22,10 +22,10 @@ const char* to_string(Group group);
 
 struct Check {
     const char* name;
-    Group group;
     const char* does;                // one line for --list
     std::vector<const char*> after;  // checks that must hold first
     void (*run)(const Subject& subject);
+    Group group;
     bool ends_by_exit = false;  // its process ends as a host does, with exit()
 };
 

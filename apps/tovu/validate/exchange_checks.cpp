@@ -3,10 +3,12 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <span>
 
 #include <tovu/exchange.h>
 #include <tovu/spawn_requests.h>
@@ -67,9 +69,10 @@ void send_unknown(Rig& rig, void* data) {
 
 template <class Value>
 bool read_safely(const void* address, Value& value) {
-    const iovec local{&value, sizeof value};
-    const iovec remote{const_cast<void*>(address), sizeof value};
-    return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == sizeof value;
+    const auto bytes = std::as_writable_bytes(std::span(&value, 1));
+    const iovec local{bytes.data(), bytes.size()};
+    const iovec remote{const_cast<void*>(address), bytes.size()};
+    return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == static_cast<ssize_t>(bytes.size());
 }
 
 /// What is wrong with the list behind a head's address, or empty.
@@ -251,8 +254,7 @@ Given ask_for_points(Rig& rig) {
         }
         const float asked[3] = {point[0], point[1], point[2]};
         if (ask(rig, TOVU_REQUEST_IS_INSIDE, point, "'ISIN'")) ++given.inside;
-        if (std::memcmp(asked, point, sizeof asked) != 0)
-            fail("spawn.answers", "'ISIN' changed the point", "read it only");
+        if (!std::equal(asked, asked + 3, point)) fail("spawn.answers", "'ISIN' changed the point", "read it only");
     }
     return given;
 }

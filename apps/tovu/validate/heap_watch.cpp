@@ -24,7 +24,7 @@ namespace {
 constexpr size_t kGuardBytes = 16;
 constexpr unsigned char kGuardPattern = 0xA7;
 constexpr uint32_t kFreedPattern = 0x7FFDDEAD;  // not a number as a float, no address
-constexpr uint32_t kMostBlocks = 1u << 18;      // noted at a time; those beyond are not
+constexpr uint32_t kMostBlocks = 1u << 20;      // noted at a time; those beyond are not
 constexpr size_t kMostFreedBytes = size_t{64} << 20;
 
 // Noted blocks, by address: open addressing with linear probing. Entries of freed blocks stay in place.
@@ -241,11 +241,13 @@ using namespace tovu::validate;
 
 extern "C" {
 
+// NOLINTBEGIN(readability-identifier-naming): the C library's own
 void* __libc_malloc(size_t bytes);
 void* __libc_calloc(size_t count, size_t bytes);
 void* __libc_realloc(void* memory, size_t bytes);
 void* __libc_memalign(size_t alignment, size_t bytes);
 void __libc_free(void* memory);
+// NOLINTEND(readability-identifier-naming)
 
 TOVU_HEAP_EXPORT void* malloc(size_t bytes) {
     if (!is_noted_now()) {

@@ -148,7 +148,10 @@ std::vector<TraceLine> trace_beside(const Subject& subject, bool is_second_there
             set_values(*rig, rig->other_carrier, values_to_try(*rig, 1), true);
             rig->random = before;
         };
-        if (second_is_first) add_other();
+        if (second_is_first) {
+            add_other();
+            for (int i = 0; i < 2; ++i) run_frame(*rig);  // alone at first
+        }
         add_instance(*rig, rig->carrier);
         if (!second_is_first) add_other();
         exercise_first(*rig);

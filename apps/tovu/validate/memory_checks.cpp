@@ -298,7 +298,7 @@ void check_heap_bounds(const Subject& subject) {
 void check_heap_leaks(const Subject& subject) {
     if (heap_is_out_of_reach()) return;
     const auto rig = make_rig(subject);
-    watch_heap({false, true});
+    watch_heap({true, true});
     HeapTotals after[4];
     for (uint32_t life = 1; life <= 3; ++life) {
         set_heap_generation(life);
@@ -319,7 +319,7 @@ void check_heap_leaks(const Subject& subject) {
 void check_heap_steady(const Subject& subject) {
     if (heap_is_out_of_reach()) return;
     const auto rig = make_rig(subject);
-    watch_heap({false, true});
+    watch_heap({true, true});
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));
     const auto run = [&](int frames) {
         for (int i = 0; i < frames; ++i) {

@@ -145,6 +145,11 @@ void detach(ModelSmoke& smoke, void* reply) {
     ++smoke.detach_requests;
 }
 
+bool is_same(const ParticleExchangeBlock& a, const ParticleExchangeBlock& b) {
+    return a.active_head == b.active_head && a.inactive_head == b.inactive_head && a.deleted_head == b.deleted_head &&
+           a.particle_count == b.particle_count && a.reserved == b.reserved;
+}
+
 bool is_possible(const Particle& p) {
     for (const float number : {p.position.x, p.position.y, p.position.z, p.velocity.x, p.velocity.y, p.velocity.z,
                                p.alpha, p.size_x, p.size_y, p.size_step_x, p.size_step_y, p.rotation, p.age, p.life})
@@ -202,12 +207,18 @@ void check_records(ModelSmoke& smoke) {
     constexpr const char* kRight = "`next`, `prev` and the heads are the smoke's: read them, never write them";
     if (records.active != before.active || records.inactive != before.inactive || records.deleted != before.deleted)
         fail("consumer.lists", "changed the head of a list", kRight);
-    if (std::memcmp(&records.block, &before.block, sizeof records.block) != 0)
-        fail("consumer.lists", "changed the exchange block", kRight);
+    if (!is_same(records.block, before.block)) fail("consumer.lists", "changed the exchange block", kRight);
+    bool is_listed[kRecords] = {};
+    for (const Particle* head : {before.active, before.deleted})
+        for (const Particle* p = head; p; p = before.particles[index_of(records, p)].next)
+            is_listed[index_of(records, p)] = true;
     for (int i = 0; i < kRecords; ++i) {
         Particle& p = records.particles[i];
         if (p.next != before.particles[i].next || p.prev != before.particles[i].prev)
             fail("consumer.lists", "changed the links of a particle", kRight);
+        if (!is_listed[i] && std::memcmp(&p, &before.particles[i], offsetof(Particle, next)) != 0)
+            fail("consumer.lists", "wrote into a particle that is neither live nor on the deleted list",
+                 "keep no pointers to particles from one call to the next");
         if (!is_possible(p))
             fail("consumer.lists", "wrote a number that is not finite into a particle", "finite numbers");
         if (p.age < 0 || p.age > p.life + 0.021f)

@@ -84,7 +84,8 @@ std::string finding_text(const Finding& finding) {
     text += finding.message;
     if (finding.times > 1) text += fmt::format(" ({} times)", finding.times);
     text += '.';
-    if (finding.right[0] != '\0') text += fmt::format(" Right: {}.", finding.right);
+    const std::string_view right = finding.right;
+    if (!right.empty()) text += fmt::format(" Right: {}{}", right, right.back() == '?' ? "" : ".");
     return text;
 }
 

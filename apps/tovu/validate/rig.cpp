@@ -94,7 +94,7 @@ Number one_of(Rig& rig, std::initializer_list<Number> numbers) {
 int try_int(Rig& rig, const ParameterInfo& parameter) {
     const auto low = static_cast<int64_t>(parameter.minimum);
     const auto high = static_cast<int64_t>(parameter.maximum);
-    const int64_t near = std::clamp<int64_t>(rig.random() % 200, low, high);
+    const int64_t near = std::clamp(static_cast<int64_t>(rig.random() % 200), low, high);
     const int64_t initial = std::get<int>(parameter.initial);
     if (rig.random() % 8 == 0) return static_cast<int>(high);
     return static_cast<int>(one_of(rig, {low, near, near, initial, std::min(high, low + 1)}));
