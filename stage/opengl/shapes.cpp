@@ -27,7 +27,6 @@ void send_fans(std::span<const float> points, std::span<const int32_t> outline_s
 
 void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                           std::span<const int32_t> outline_sizes) {
-    if (!(settings.color[3] > 0.0f)) return;  // not seen, so that it must not hide anything in the depth buffer
     draw_pass(settings, [&] {
         // First the stencil alone: each triangle flips the stencil bit of its pixels, whatever their depth.
         glEnable(GL_STENCIL_TEST);

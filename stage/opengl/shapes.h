@@ -10,9 +10,10 @@
 namespace stage {
 
 /// Fills the area inside closed outlines by the even-odd rule, so that an outline inside another one is a hole. Draws
-/// in a pass of its own (draw_pass) with these settings, whose texture must be 0. Where the colour's alpha is 0 it
-/// draws nothing, and leaves the depth buffer unchanged. points: three floats each, in the container's coordinates, all
-/// in one plane. outline_sizes: points per outline. Needs a framebuffer with a cleared stencil, and leaves it cleared.
+/// in a pass of its own (draw_pass) with these settings, whose texture must be 0. The pass's alpha test drops a colour
+/// of alpha 0, so that a clear shape leaves the depth buffer unchanged. Needs a framebuffer with a cleared stencil, and
+/// leaves it cleared.
+/// points: three floats each, in the container's coordinates, all in one plane. outline_sizes: points per outline.
 STAGE_EXPORT void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                                        std::span<const int32_t> outline_sizes);
 
