@@ -1,4 +1,4 @@
-// The measured smokes: full pools on a Stage with a silent OpenGL, driven through the plug-in's entry points.
+// The smokes that are measured: full pools on a Stage with a silent OpenGL, driven through the plug-in's entry points.
 #pragma once
 
 #include <map>

@@ -82,7 +82,7 @@ Result<Done> ChildProcess::wait() {
     siginfo_t child;
     while (waitid(P_PID, static_cast<id_t>(pid_), &child, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }
-    forget_unfinished_command(pid_);  // before it is reaped: afterwards another process may get the same id
+    forget_unfinished_command(pid_);  // first: after waitpid another process may get the same id
     int status = 0;
     const pid_t ended = waitpid(pid_, &status, 0);
     pid_ = -1;

@@ -23,7 +23,7 @@ void check_sizes(const ImageDescription& image, std::vector<std::string>& errors
         if (!size) {
             errors.push_back(image.place + ": " + size.error().message);
         } else if (first && *first != *size) {
-            errors.push_back(fmt::format("{}: {} has {}, {} has {}: the pictures of a sequence are of one size",
+            errors.push_back(fmt::format("{}: {} has {}, {} has {}: the pictures of a sequence must have one size",
                                          image.place, file.string(), size_text(*size), image.files.front().string(),
                                          size_text(*first)));
             return;

@@ -1,4 +1,4 @@
-// The command line as its user meets it: exit statuses, messages, files.
+// Tests of the command line from outside: exit statuses, messages, files.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -283,7 +283,7 @@ const Fault kComplaints[] = {
      "--check-opengl"},
 };
 
-TEST_F(FaultyPlugin, IsComplainedAboutByName) {
+TEST_F(FaultyPlugin, ViolationsAreReportedWithItsName) {
     for (const auto& [deed, message, options] : kComplaints) {
         SCOPED_TRACE(message);
         tell(deed);
@@ -297,7 +297,7 @@ TEST_F(FaultyPlugin, IsComplainedAboutByName) {
 int status_after_signal(const fs::path& folder, const char* scene, int signal) {
     const pid_t child = fork();
     if (child == 0) {
-        std::signal(signal, SIG_DFL);  // it is ignored in what runs in the background
+        std::signal(signal, SIG_DFL);  // shells ignore it for background processes
         if (chdir(folder.c_str()) != 0 || !std::freopen("/dev/null", "w", stderr)) _exit(99);
         execl(TOVU_PROGRAM, "tovu", "render", scene, "-o", "x.mp4", nullptr);
         _exit(99);

@@ -66,10 +66,10 @@ void set_values(Rig& rig, int32_t container, const stage::ParameterValues& value
 void press_all_buttons(Rig& rig, int32_t container);
 
 struct TourOptions {
-    int settings = 8;                  // of values_to_try
-    int frames = 4;                    // with each
+    int settings = 8;                  // number of sets from values_to_try
+    int frames = 4;                    // run with each set
     bool vanishing = true;             // containers and images come and go
-    std::function<void()> each_frame;  // where set, called after each
+    std::function<void()> each_frame;  // called after each frame; may be empty
 };
 /// The life of an instance, from PLUGIN_INIT_FUNCTION to PLUGIN_CLEANUP_FUNCTION, with many values, passes of both
 /// kinds, buttons, a recording, dropped frames, a frame run twice.
