@@ -47,4 +47,19 @@ void draw_filled_outlines(const PassSettings& settings, std::span<const float> p
     });
 }
 
+void draw_plate(const PassSettings& settings, std::span<const float> corners) {
+    constexpr short kWhole = 32767;  // the pass's texture matrix scales it to 1
+    constexpr short kTexcoords[4][2] = {{0, 0}, {kWhole, 0}, {kWhole, kWhole}, {0, kWhole}};
+    if (corners.size() != 4 * kFloatsPerPoint) return;
+    draw_pass(settings, [&] {
+        glDepthMask(GL_FALSE);
+        glBegin(GL_QUADS);
+        for (size_t i = 0; i < 4; ++i) {
+            glTexCoord2sv(kTexcoords[i]);
+            glVertex3fv(&corners[i * kFloatsPerPoint]);
+        }
+        glEnd();
+    });
+}
+
 }  // namespace stage

@@ -17,4 +17,10 @@ namespace stage {
 STAGE_EXPORT void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                                        std::span<const int32_t> outline_sizes);
 
+/// Draws the texture of the settings on a quad, multiplied by their colour, in a pass of its own. Depth is tested but
+/// not written: soft edges would hide what is drawn later behind them.
+/// corners: four of three floats each, in the container's coordinates, counter-clockwise from the picture's lower left
+/// one; more or fewer draw nothing.
+STAGE_EXPORT void draw_plate(const PassSettings& settings, std::span<const float> corners);
+
 }  // namespace stage

@@ -23,6 +23,7 @@ const KindRow kKinds[] = {
     {"mesh", {"file"}, {}},
     {"text", {"text"}, {"font", "size", "align", "fill"}},
     {"picture", {"file"}, {"width", "height", "threshold", "fill"}},
+    {"plate", {"image", "width", "height"}, {"fill"}},
 };
 
 std::vector<std::string> kind_names() {
@@ -77,6 +78,11 @@ const KeyRow<GeometryDescription> kGeometryKeys[] = {
          size_t choice = 0;
          if (read_choice(r, e, {"left", "centre", "right"}, choice)) g.alignment = static_cast<TextAlignment>(choice);
      }},
+    {"image",
+     [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) {
+         read_text(r, e, g.image);
+         g.image_place = place_of(r, e.node.source());
+     }},
     {"threshold",
      [](KeyReader& r, const KeyedNode& e, GeometryDescription& g) { read_number(r, e, 0.0, 1.0, g.threshold); }},
     {"fill",
@@ -119,6 +125,7 @@ void read_geometry(KeyReader& reader, const KeyedNode& entry, std::optional<Geom
         report(reader, table->source(), fmt::format("a geometry needs a kind: {}", fmt::join(kind_names(), ", ")));
     else if (reader.errors.size() == errors_before)
         check_keys_of_kind(reader, *table, kKinds[static_cast<size_t>(geometry.kind)]);
+    if (geometry.kind == GeometryKind::kPlate && !geometry.fill) geometry.fill = Triple{1, 1, 1};
     out = geometry;
 }
 

@@ -71,14 +71,24 @@ void add_texts(const std::vector<ParameterSetting>& settings, std::set<std::stri
     }
 }
 
-// Every text that may name an image: textures and text values of parameters, those of the timeline too.
+void add_plate(const std::optional<GeometryDescription>& geometry, std::set<std::string>& names) {
+    if (geometry) names.insert(geometry->image);
+}
+
+// Every text that may name an image: textures, plates and text values of parameters, those of the timeline too.
 std::set<std::string> possible_image_names(const SceneDescription& scene) {
     std::set<std::string> names;
     for (const ContainerDescription& container : scene.containers) {
         names.insert(container.texture);
+        add_plate(container.geometry, names);
         add_texts(container.parameters, names);
     }
-    for (const TimelineEntry& entry : scene.timeline) add_texts(entry.parameters, names);
+    for (const TimelineEntry& entry : scene.timeline) {
+        add_plate(entry.geometry, names);
+        add_texts(entry.parameters, names);
+    }
+    for (const Track& track : scene.tracks)
+        for (const TrackKey& key : track.keys) add_plate(key.geometry, names);
     return names;
 }
 

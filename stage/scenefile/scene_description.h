@@ -42,13 +42,13 @@ struct CameraDescription {
     float field_of_view = 45.0f;             // degrees, vertical, 1…179
 };
 
-enum class GeometryKind { kRectangle, kEllipse, kPolygon, kMesh, kText, kPicture };
+enum class GeometryKind { kRectangle, kEllipse, kPolygon, kMesh, kText, kPicture, kPlate };
 
 /// A shape that a container carries; smoke can be born from its outline. Only the fields of its kind count.
 struct GeometryDescription {
     GeometryKind kind = GeometryKind::kRectangle;
-    float width = 100.0f;                      // rectangle, ellipse, picture: container units
-    float height = 100.0f;                     // rectangle, ellipse, picture: container units
+    float width = 100.0f;                      // rectangle, ellipse, picture, plate: container units
+    float height = 100.0f;                     // rectangle, ellipse, picture, plate: container units
     int32_t segments = 64;                     // ellipse: corners of its outline, 3…4096
     std::vector<std::array<float, 2>> points;  // polygon: corners in order, three or more
     std::filesystem::path file;                // mesh, picture
@@ -57,8 +57,11 @@ struct GeometryDescription {
     std::string font;     // text: a font file or an installed family, empty for DejaVu Sans
     float size = 100.0f;  // text: units per em, about the distance of two lines
     TextAlignment alignment = TextAlignment::kCentre;  // text
-    float threshold = 0.5f;      // picture: brightness × opacity from which a pixel is inside, 0…1
-    std::optional<Triple> fill;  // flat shapes: red, green, blue, 0…1 each; none draws nothing
+    float threshold = 0.5f;  // picture: brightness × opacity from which a pixel is inside, 0…1
+    std::string image;       // plate: name of an image or a built-in sprite; empty for other kinds
+    Place image_place;
+    std::optional<Triple>
+        fill;  // flat shapes: red, green, blue, 0…1 each; none draws nothing. Plate: multiplies its image
     Place place;
 };
 

@@ -21,44 +21,50 @@ Result<unsigned int> texture_of(SceneCanvas& canvas, const Stage& stage, int32_t
     return cached.texture.number();
 }
 
-std::optional<Triple> fill_of(const BuiltScene& scene, int32_t container_handle) {
+const ShapeTrack* shape_of(const BuiltScene& scene, int32_t container_handle) {
     for (const ShapeTrack& shape : scene.shapes) {
-        if (scene.container_handles[static_cast<size_t>(shape.container)] == container_handle) return shown_fill(shape);
+        if (scene.container_handles[static_cast<size_t>(shape.container)] == container_handle) return &shape;
     }
-    return {};
+    return nullptr;
 }
 
-// Shapes are there for plug-ins to read; the ones with a fill colour are seen as well.
-void draw_shape(PassSettings settings, const BuiltScene& scene, const Container& container, float opacity) {
-    const std::optional<Triple> fill = fill_of(scene, container.handle);
-    const Geometry* geometry = geometry_of(*scene.stage, container.handle);
-    if (geometry == nullptr || !fill) return;
-    settings.color = {(*fill)[0], (*fill)[1], (*fill)[2], opacity};
-    settings.texture = 0;
+// Shapes are there for plug-ins to read; plates and the ones with a fill colour are seen as well.
+Result<Done> draw_shape(SceneCanvas& canvas, const BuiltScene& scene, PassSettings settings, const DrawItem& item) {
+    const ShapeTrack* shape = shape_of(scene, item.container.handle);
+    const Geometry* geometry = geometry_of(*scene.stage, item.container.handle);
+    const std::optional<Triple> fill = shape == nullptr ? std::nullopt : shown_fill(*shape);
+    if (geometry == nullptr || !fill) return Done{};
+    settings.color = {(*fill)[0], (*fill)[1], (*fill)[2], item.opacity};
     std::vector<float> points;
     std::vector<int32_t> outline_sizes;
     for (const Mesh& mesh : geometry->meshes) {
         for (const Vector3& vertex : mesh.vertices) points.insert(points.end(), {vertex.x, vertex.y, vertex.z});
         outline_sizes.push_back(static_cast<int32_t>(mesh.vertices.size()));
     }
-    draw_filled_outlines(settings, points, outline_sizes);
+    if (shown_image(*shape).empty()) {
+        draw_filled_outlines(settings, points, outline_sizes);
+        return Done{};
+    }
+    const Result<unsigned int> texture =
+        texture_of(canvas, *scene.stage, find_image_by_name(*scene.stage, shown_image(*shape)));
+    if (!texture) return texture.error();
+    settings.texture = *texture;
+    draw_plate(settings, points);
+    return Done{};
 }
 
 Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& projection_view, const DrawItem& item) {
     Stage& stage = *scene.stage;
     const Appearance& appearance = item.container.appearance;
-    const Result<unsigned int> texture = texture_of(canvas, stage, appearance.texture_handle);
-    if (!texture) return texture.error();
     PassSettings settings;
     settings.projection_view = projection_view;
     settings.world = item.world;
-    settings.texture = *texture;
     settings.blend = appearance.blend;
     settings.check_every_call = canvas.check_opengl;
-    if (!item.has_instance) {
-        draw_shape(settings, scene, item.container, item.opacity);
-        return Done{};
-    }
+    if (!item.has_instance) return draw_shape(canvas, scene, settings, item);
+    const Result<unsigned int> texture = texture_of(canvas, stage, appearance.texture_handle);
+    if (!texture) return texture.error();
+    settings.texture = *texture;
     const int32_t handle = item.container.handle;
     const auto wrong = draw_pass(settings, [&] { call_render(stage, handle, 0, item.opacity); });
     for (const std::string& complaint : wrong)

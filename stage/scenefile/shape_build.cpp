@@ -53,6 +53,7 @@ Mesh polygon(const GeometryDescription& geometry) {
 Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry, std::vector<std::string>& warnings) {
     switch (geometry.kind) {
         case GeometryKind::kRectangle:
+        case GeometryKind::kPlate:
             return std::vector{make_rectangle(geometry.width, geometry.height)};
         case GeometryKind::kEllipse:
             return std::vector{make_ellipse(geometry.width, geometry.height, geometry.segments)};

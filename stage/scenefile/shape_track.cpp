@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include "parameter_check.h"
 #include "shape_build.h"
+#include "stage/names.h"
 
 namespace stage {
 
@@ -41,7 +43,15 @@ Result<Done> check_counts(const std::vector<Mesh>& from, const std::vector<Mesh>
     return Done{};
 }
 
-void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry, Messages& messages) {
+void check_image(const SceneDescription& scene, const GeometryDescription& geometry, Messages& messages) {
+    if (geometry.image.empty() || is_image_name(scene, geometry.image)) return;
+    messages.errors.push_back(fmt::format("{}: unknown image '{}': {}", geometry.image_place, geometry.image,
+                                          name_hint(geometry.image, image_names(scene))));
+}
+
+void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescription& geometry,
+             const SceneDescription& scene, Messages& messages) {
+    check_image(scene, geometry, messages);
     Result<std::vector<Mesh>> meshes = build_shape(geometry, messages.warnings);
     if (!meshes) {
         messages.errors.push_back(geometry.place + ": " + meshes.error().message);
@@ -54,7 +64,7 @@ void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescriptio
                             "ease = \"step\" switches at once",
                             geometry.place, checked.error().message));
     }
-    track.keys.push_back({time, ease, std::move(*meshes), geometry.fill});
+    track.keys.push_back({time, ease, std::move(*meshes), geometry.fill, geometry.image});
 }
 
 // A container whose first shape comes from the timeline has no outlines before that time.
@@ -62,7 +72,7 @@ void add_switches(ShapeTrack& track, const SceneDescription& scene, Messages& me
     for (const TimelineEntry& entry : scene.timeline) {
         if (!entry.geometry || entry.container != track.container) continue;
         if (track.keys.empty()) track.keys.push_back({kBefore, Ease::kStep, {}});
-        add_key(track, entry.time, Ease::kStep, *entry.geometry, messages);
+        add_key(track, entry.time, Ease::kStep, *entry.geometry, scene, messages);
     }
 }
 
@@ -74,11 +84,11 @@ std::vector<ShapeTrack> build_shape_tracks(const SceneDescription& scene, Messag
         ShapeTrack track;
         track.container = static_cast<int32_t>(i);
         if (const auto& geometry = scene.containers[i].geometry)
-            add_key(track, kBefore, Ease::kStep, *geometry, messages);
+            add_key(track, kBefore, Ease::kStep, *geometry, scene, messages);
         add_switches(track, scene, messages);
         for (const Track& written : scene.tracks) {
             if (written.property != TrackProperty::kGeometry || written.container != track.container) continue;
-            for (const TrackKey& key : written.keys) add_key(track, key.time, key.ease, *key.geometry, messages);
+            for (const TrackKey& key : written.keys) add_key(track, key.time, key.ease, *key.geometry, scene, messages);
         }
         if (!track.keys.empty()) tracks.push_back(std::move(track));
     }
@@ -100,6 +110,10 @@ std::optional<Triple> shown_fill(const ShapeTrack& track) {
     if (moment.way == 0.0 || !fill || !track.keys[moment.key + 1].fill) return fill;
     for (size_t i = 0; i < 3; ++i) (*fill)[i] = between((*fill)[i], (*track.keys[moment.key + 1].fill)[i], moment.way);
     return fill;
+}
+
+const std::string& shown_image(const ShapeTrack& track) {
+    return track.keys[track.shown.value_or(KeyMoment{}).key].image;
 }
 
 }  // namespace stage

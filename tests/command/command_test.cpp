@@ -128,7 +128,9 @@ images.dot = "dot.png"  #! 14: dot.png: not a PNG
 images.sizes = "s%d.png"  #! 16: s2.png has 128 x 128 pixels, s1.png has 256 x 256 pixels
 )";
 
-constexpr const char* kMistakesAboutShapes = R"(container = [{ name = "a" }, { name = "b" }]
+constexpr const char* kMistakesAboutShapes = R"(container = [{ name = "a" }, { name = "b" },
+  { name = "c", geometry = { kind = "plate", image = "puf", width = 1, height = 1 } },  #! 54: unknown image 'puf': did
+]
 track = [
   { container = "a", property = "geometry", keys = [
     { time = 0, value = { kind = "rectangle", width = 1, height = 1 } },

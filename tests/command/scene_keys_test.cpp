@@ -109,6 +109,14 @@ geometry.threshold = <container.geometry.threshold: 0.2 -> 0.35>
 geometry.width = 30
 geometry.height = 30
 geometry.fill = [1, 0, 1]
+[[container]]
+name = "plate"
+position = [40, 40, 0]
+geometry.kind = "plate"
+geometry.image = <container.geometry.image: "sheet" -> "switched">
+geometry.width = <width of a plate: 30 -> 50>
+geometry.height = 20
+geometry.fill = <fill of a plate: [1, 1, 1] -> [0.5, 1, 1]>
 
 )";
 

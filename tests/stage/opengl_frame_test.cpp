@@ -182,6 +182,33 @@ TEST_F(FrameTest, ShowsShapes) {
     expect_ring_and_hole({0, 0, 255, 255}, {0, 0, 255, 255}, "what is hidden, or clear, leaves nothing to the next");
 }
 
+TEST_F(FrameTest, ShowsPlatesUprightAndKeepsTheDepthBehind) {
+    const auto texture = stage::make_texture({2, 2, stage::kPictureLuminance, {50, 100, 150, 200}});
+    ASSERT_TRUE(texture);
+    stage::Framebuffer frame = make_frame(kSize);
+    PassSettings settings;
+    settings.projection_view = kPixels;
+    settings.texture = texture->number();
+    settings.color = {1, 0.5f, 0, 1};
+    const float corners[] = {0, 0, 0, 8, 0, 0, 8, 8, 0, 0, 8, 0};
+    stage::draw_plate(settings, corners);
+    const auto expect_corners = [&](const char* when) {
+        const stage::Picture picture = frame.read();
+        for (const auto& [x, y, value] : {std::tuple{0, 0, 50}, {7, 0, 100}, {0, 7, 150}, {7, 7, 200}})
+            expect_pixel({value, value / 2, 0, 255}, pixel_at(picture, x, y), when);
+    };
+    expect_corners("in colour");
+    PassSettings behind;
+    behind.color = {0, 0, 1, 1};
+    cover(behind, 0.5f);
+    expect_pixel({0, 0, 255, 255}, pixel_at(frame.read(), 4, 4), "drawn later, farther away");
+    stage::draw_plate(settings, corners);
+    expect_corners("again");
+    cover(behind, -0.5f);
+    stage::draw_plate(settings, corners);
+    expect_pixel({0, 0, 255, 255}, pixel_at(frame.read(), 4, 4), "hidden by what is nearer");
+}
+
 TEST_F(FrameTest, PicturesThatCannotBeTexturesAreNamed) {
     EXPECT_THAT(stage::make_texture({0, 4, stage::kPictureRgb, {}}).error().message, testing::HasSubstr("0 x 4"));
     EXPECT_THAT(stage::make_texture({4, 4, stage::kPictureRgb, std::vector<uint8_t>(47)}).error().message,
