@@ -12,11 +12,13 @@ long allocation_count() {
 
 // glibc's internal names of its allocator. The functions below replace malloc, calloc and realloc in the whole process
 // and call these.
+// NOLINTBEGIN(readability-identifier-naming): the C library's own
 extern "C" {
 void* __libc_malloc(size_t bytes);
 void* __libc_calloc(size_t count, size_t bytes);
 void* __libc_realloc(void* block, size_t bytes);
 }
+// NOLINTEND(readability-identifier-naming)
 
 namespace {
 long count = 0;

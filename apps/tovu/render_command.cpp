@@ -60,13 +60,13 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
                            const RenderProgress& progress) {
     progress(0, plan.last - plan.first + 1);
     for (int frame = plan.first; frame <= plan.last; ++frame) {
-        if (const Result<Done> done = stage::run_until(run, frame); !done) return done;
+        if (Result<Done> done = stage::run_until(run, frame); !done) return done;
         const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
         if (!picture) return picture.error();
         if (frame == plan.last)
             stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
                                                         // clean-up leaves no complete output
-        if (const Result<Done> done = write_frame(output, frame, *picture); !done) return done;
+        if (Result<Done> done = write_frame(output, frame, *picture); !done) return done;
         progress(frame - plan.first + 1, plan.last - plan.first + 1);
     }
     return output.video ? output.video->finish() : Result<Done>(Done{});

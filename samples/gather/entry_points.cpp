@@ -13,7 +13,7 @@ static Gather& gather_at(void* instance) {
 }
 
 static void register_parameters() {
-    static const char* const kReferenceChoices[] = {"Local", "World", nullptr};
+    static constexpr const char* kReferenceChoices[] = {"Local", "World", nullptr};
     using gather::kReferenceLocal;
 #define CONTAINER(name, label) pelRegisterParameterContainer(#name, label, "");
 #define RADIO(name, label, initial, choices) pelRegisterParameterRadio(#name, label, initial, choices);

@@ -50,14 +50,14 @@ static_assert(sizeof(Block) == kBlockBytes);
 
 struct TextSlot {
     int index;
+    bool is_string;  // with a registered length, and room for an answer
     const char* name;
     size_t longest;  // bytes without the NUL
-    bool is_string;  // with a registered length, and room for an answer
 };
 enum { kWordText, kShapeText, kPictureText, kAnswerText, kQuestionsText };
 const TextSlot kTexts[] = {
-    {3, "word", kWordLength, true},     {5, "shape", kLongestName, false},        {6, "picture", kLongestName, false},
-    {7, "answer", kAnswerLength, true}, {8, "questions", kQuestionsLength, true},
+    {3, true, "word", kWordLength},     {5, false, "shape", kLongestName},        {6, false, "picture", kLongestName},
+    {7, true, "answer", kAnswerLength}, {8, true, "questions", kQuestionsLength},
 };
 
 // What is remembered of an instance, outside of its block.
@@ -127,7 +127,7 @@ std::string check_text(const void* block, const TextSlot& text) {
                text.longest + 1, text.name);
     }
     if (end == nullptr) return "";
-    const std::string value(begin, static_cast<const char*>(end));
+    std::string value(begin, static_cast<const char*>(end));
     expect(text_ends, is_utf8(value), "'%s' is not UTF-8", text.name);
     return value;
 }
@@ -329,7 +329,7 @@ Process::~Process() {
 
 // Registers with texts that lie in one place and are overwritten there after each call.
 struct PassingText {
-    explicit PassingText(const char* from) { std::strcpy(text, from); }
+    explicit PassingText(const char* from) { std::snprintf(text, sizeof text, "%s", from); }
     ~PassingText() { std::memset(text, '#', std::strlen(text)); }
     operator const char*() const { return text; }
     PassingText(const PassingText&) = delete;
@@ -343,7 +343,7 @@ struct PassingText {
 using namespace probe;
 
 int32_t PLUGIN_INIT(void) noexcept {
-    static const char* const kChoices[] = {"First", "Second", "Third", nullptr};
+    static constexpr const char* kChoices[] = {"First", "Second", "Third", nullptr};
     set_place({"PLUGIN_INIT", 0, 0});
     expect(init_once, !process.registered, "called again");
     process.thread = std::this_thread::get_id();

@@ -3,6 +3,7 @@
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -94,12 +95,13 @@ const Question kAboutMeshAccess[] = {
 };
 
 void expect_untouched(Check check, const Question& question, int32_t object) {
-    Outs outs, before;
-    std::memset(&outs, 0x5a, sizeof outs);
-    std::memset(&before, 0x5a, sizeof before);
+    constexpr uint8_t kBefore = 0x5a;
+    Outs outs;
+    std::memset(&outs, kBefore, sizeof outs);
     question.ask(object, outs);
-    expect(check, std::memcmp(&outs, &before, sizeof outs) == 0, "%s(%d) set its out values", question.service,
-           static_cast<int>(object));
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(&outs);
+    const bool untouched = std::all_of(bytes, bytes + sizeof outs, [](uint8_t byte) { return byte == kBefore; });
+    expect(check, untouched, "%s(%d) set its out values", question.service, static_cast<int>(object));
 }
 
 }  // namespace

@@ -34,8 +34,8 @@ void band_point(const Band* band, float share, float across_share, float* x, flo
 }
 
 bool band_covers(const Band* band, float x, float y) {
-    const double radius = hypot(x, y);
-    double turn = (atan2(y, x) / kDegree - band->angle) / 360;
+    const double radius = hypot((double)x, y);
+    double turn = (atan2((double)y, x) / kDegree - band->angle) / 360;
     for (turn -= floor(turn); turn <= band->turns; turn += 1)
         if (fabs(radius - middle_radius(band, turn / band->turns)) <= band->thickness / 2) return true;
     return false;

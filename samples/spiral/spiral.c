@@ -70,8 +70,9 @@ static Spiral values_of(const Spiral* spiral) {
     return values;
 }
 
+static const char* const kCoordinatesChoices[] = {"Local", "World", NULL};
+
 int32_t PLUGIN_INIT(void) {
-    static const char* const kCoordinatesChoices[] = {"Local", "World", NULL};
     pelRegisterPlugin("TovuSpiral");
     pelRegisterPluginType(1);
 #define FLOAT(name, label, initial, minimum, maximum) \

@@ -21,9 +21,9 @@ constexpr double kPerUnit = 64;           // FreeType and HarfBuzz count in 64th
 constexpr float kTolerancesPerEm = 1000;  // chords stay within size / kTolerancesPerEm of their curve
 constexpr int kLoadFlags = FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
 
-template <class T, auto Release>
+template <class T, auto release>
 struct Releaser {
-    void operator()(T* object) const { Release(object); }
+    void operator()(T* object) const { release(object); }
 };
 using Library = std::unique_ptr<FT_LibraryRec_, Releaser<FT_LibraryRec_, FT_Done_FreeType>>;
 using Face = std::unique_ptr<FT_FaceRec_, Releaser<FT_FaceRec_, FT_Done_Face>>;

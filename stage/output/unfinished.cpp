@@ -23,10 +23,11 @@ std::atomic<pid_t> the_commands[kMaxUnfinished];  // 0: free
 }  // namespace
 
 void note_unfinished_file(const char* file) noexcept {
-    if (std::strlen(file) >= PATH_MAX) return;
+    const size_t bytes = std::strlen(file) + 1;
+    if (bytes > PATH_MAX) return;
     for (UnfinishedFile& slot : the_files) {
         if (slot.noted) continue;
-        std::strcpy(slot.name, file);
+        std::memcpy(slot.name, file, bytes);
         slot.noted = true;
         return;
     }

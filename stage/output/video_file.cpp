@@ -19,15 +19,10 @@ struct VideoFile::Encoder {
     VideoSettings settings;
     const VideoFormat* format;
     ChildProcess ffmpeg;
-    std::vector<uint8_t> frame;  // as sent: top row first, RGBA or RGB
+    std::vector<uint8_t> frame = {};  // as sent: top row first, RGBA or RGB
     int64_t frame_count = 0;
     bool finished = false;
 
-    Encoder(std::filesystem::path path_, const VideoSettings& settings_, const VideoFormat* format_,
-            ChildProcess ffmpeg_)
-        : path(std::move(path_)), settings(settings_), format(format_), ffmpeg(std::move(ffmpeg_)) {}
-    Encoder(const Encoder&) = delete;
-    Encoder& operator=(const Encoder&) = delete;
     ~Encoder() {
         if (finished) return;
         { const ChildProcess ended = std::move(ffmpeg); }  // first: it may still create the file
@@ -97,7 +92,7 @@ Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const Vid
         discard_partial(path);
         return Error{path.string() + ": " + ffmpeg.error().message};
     }
-    return VideoFile(std::make_unique<Encoder>(path, settings, format, std::move(*ffmpeg)));
+    return VideoFile(std::unique_ptr<Encoder>(new Encoder{path, settings, format, std::move(*ffmpeg)}));
 }
 
 Result<Done> VideoFile::add_frame(const Picture& frame) {

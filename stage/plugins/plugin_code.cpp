@@ -11,11 +11,12 @@ std::atomic<uint64_t> the_calls_begun = 0;
 
 }  // namespace
 
-PluginCode::PluginCode(const char* entry_point_, const char* plugin_, const char* container_, int64_t frame_)
-    : entry_point(entry_point_),
-      plugin(plugin_),
-      container(container_),
-      frame(frame_),
+PluginCode::PluginCode(const char* entry_name, const char* plugin_name, const char* container_name,
+                       int64_t frame_number)
+    : entry_point(entry_name),
+      plugin(plugin_name),
+      container(container_name),
+      frame(frame_number),
       outer(the_running_code.load(std::memory_order_relaxed)) {
     // Plain stores: one thread writes, and an atomic increment would cost more than the rest of a call.
     if (!outer) the_calls_begun.store(the_calls_begun.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);

@@ -16,7 +16,7 @@ struct PluginCode {
     int64_t frame;            // meaningful with a container
     const PluginCode* outer;  // what was running before; null for the outermost
 
-    PluginCode(const char* entry_point, const char* plugin, const char* container, int64_t frame);
+    PluginCode(const char* entry_name, const char* plugin_name, const char* container_name, int64_t frame_number);
     ~PluginCode();
     PluginCode(const PluginCode&) = delete;
     PluginCode& operator=(const PluginCode&) = delete;

@@ -69,8 +69,8 @@ void stage_srand(unsigned int seed) noexcept {
 constinit thread_local RandomStream* stream_in_force = nullptr;
 
 // Volatile: compilers take functions of different names for different functions.
-int (*const volatile address_of_ours)() noexcept = stage_rand;
-const bool kRandIsOurs = &::rand == address_of_ours;
+int (*const volatile kAddressOfOurs)() noexcept = stage_rand;
+const bool kRandIsOurs = &::rand == kAddressOfOurs;
 
 void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view container_name) {
     uint32_t hash = 2166136261u;
@@ -86,6 +86,7 @@ void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view con
 void switch_library_state(RandomStream* previous, RandomStream* next) {
     static char* process_state = nullptr;  // while a stream is in force
     if (previous == next) return;
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a null `next` follows a stream, which set process_state
     char* left = setstate(next ? library_state(*next) : process_state);
     if (!previous) process_state = left;
 }

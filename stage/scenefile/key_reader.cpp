@@ -25,13 +25,13 @@ bool is_number_within(const toml::node& node, double minimum, double maximum, do
 }
 
 // names: of the numbers, such as "x, y, z".
-template <size_t N>
+template <size_t count>
 bool read_numbers(KeyReader& reader, const KeyedNode& entry, const char* names, double minimum, double maximum,
-                  std::array<float, N>& out) {
+                  std::array<float, count>& out) {
     const toml::array* array = entry.node.as_array();
-    std::array<float, N> values{};
-    bool right = array != nullptr && array->size() == N;
-    for (size_t i = 0; right && i < N; ++i) {
+    std::array<float, count> values{};
+    bool right = array != nullptr && array->size() == count;
+    for (size_t i = 0; right && i < count; ++i) {
         double value = 0.0;
         right = is_number_within(*array->get(i), minimum, maximum, value);
         values[i] = static_cast<float>(value);
@@ -39,7 +39,7 @@ bool read_numbers(KeyReader& reader, const KeyedNode& entry, const char* names, 
     if (!right) {
         report(reader, entry.node.source(),
                fmt::format("{} must be [{}] with {} numbers from {} to {}, not {}", entry.key, names,
-                           N == 3 ? "three" : "two", minimum, maximum, describe(entry.node)));
+                           count == 3 ? "three" : "two", minimum, maximum, describe(entry.node)));
         return false;
     }
     out = values;

@@ -81,6 +81,7 @@ void report_unknown_key(KeyReader& reader, const toml::key& key, const std::stri
 template <class Rows>
 std::vector<std::string> key_names(const Rows& rows) {
     std::vector<std::string> names;
+    names.reserve(std::size(rows));
     for (const auto& row : rows) names.emplace_back(row.key);
     return names;
 }

@@ -25,7 +25,7 @@ struct Outcome {
 class Command : public testing::Test {
   protected:
     void SetUp() override {
-        fs::create_directories(folder_ / "work");
+        fs::create_directories(folder / "work");
         write("tiny.toml", R"(size = [32, 24]
 frame_rate = 25
 length = 0.4
@@ -37,8 +37,8 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 )");
     }
 
-    void write(const std::string& name, const std::string& bytes) const { write_bytes(folder_ / "work" / name, bytes); }
-    std::string bytes(const std::string& name) const { return file_bytes(folder_ / "work" / name); }
+    void write(const std::string& name, const std::string& bytes) const { write_bytes(folder / "work" / name, bytes); }
+    std::string bytes(const std::string& name) const { return file_bytes(folder / "work" / name); }
 
     // The caller ignores SIGCHLD.
     Outcome run(const std::string& arguments) const {
@@ -47,13 +47,13 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 
     Outcome run_shell(const std::string& command_line) const {
         const std::string command =
-            "cd '" + (folder_ / "work").string() + "' && " + command_line + " >../output 2>../errors </dev/null";
+            "cd '" + (folder / "work").string() + "' && " + command_line + " >../output 2>../errors </dev/null";
         const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder_ / "output"),
-                file_bytes(folder_ / "errors")};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder / "output"),
+                file_bytes(folder / "errors")};
     }
 
-    std::ptrdiff_t file_count() const { return std::distance(fs::recursive_directory_iterator(folder_ / "work"), {}); }
+    std::ptrdiff_t file_count() const { return std::distance(fs::recursive_directory_iterator(folder / "work"), {}); }
 
     // A mistake gives status 2 and a line that begins with the program's name, and leaves no new file. The messages.
     std::string expect_mistake(const std::string& arguments, const std::string& message) const {
@@ -67,7 +67,7 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
         return outcome.errors;
     }
 
-    const TemporaryFolder folder_;
+    const TemporaryFolder folder;
 };
 
 const std::pair<const char*, const char*> kMistakes[] = {
@@ -321,7 +321,7 @@ TEST_F(FaultyPlugin, DoesNotKeepASignalFromEndingTheRender) {
     tell("PLUGIN_NEW_GEOM:loop");
     for (const char* scene : {"long.toml", "faulty.toml"}) {
         for (const int signal : {SIGINT, SIGTERM}) {
-            EXPECT_EQ(128 + signal, status_after_signal(folder_ / "work", scene, signal));
+            EXPECT_EQ(128 + signal, status_after_signal(folder / "work", scene, signal));
             EXPECT_EQ(files, file_count());
         }
     }
@@ -340,7 +340,7 @@ constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_b
 
 // A copy of the script in a folder without sources: a command that it passed on would fail to build.
 TEST_F(Command, TheScriptAnswersWithoutABuild) {
-    for (const char* name : {"tovu", "CMakeLists.txt"}) fs::copy_file(fs::path(TOVU_SOURCE_DIR) / name, folder_ / name);
+    for (const char* name : {"tovu", "CMakeLists.txt"}) fs::copy_file(fs::path(TOVU_SOURCE_DIR) / name, folder / name);
     const auto script = [&](const std::string& arguments) {
         return run_shell("env TOVU_NO_INSTALL=1 sh ../tovu " + arguments);
     };
@@ -348,7 +348,7 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     EXPECT_EQ(2, typo.status);
     EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("demo, render, params")));
     EXPECT_EQ("tovu " TOVU_VERSION "\n", script("--version").output);
-    EXPECT_FALSE(fs::exists(folder_ / "build"));
+    EXPECT_FALSE(fs::exists(folder / "build"));
 }
 
 TEST_F(Command, ParamsTellsWhatIsRegistered) {

@@ -15,12 +15,12 @@ namespace {
 class SceneRun : public testing::Test {
   protected:
     void write_picture(const std::string& name, int32_t side, std::vector<uint8_t> bytes) {
-        const auto written = stage::write_png(folder_ / name, {side, side, stage::kPictureLuminance, std::move(bytes)});
+        const auto written = stage::write_png(folder / name, {side, side, stage::kPictureLuminance, std::move(bytes)});
         ASSERT_TRUE(written) << written.error().message;
     }
 
     stage::SceneRun start(const std::string& text) {
-        const auto scene = stage::read_scene("frame_rate = 10\n" + text, folder_ / "scene.toml");
+        const auto scene = stage::read_scene("frame_rate = 10\n" + text, folder / "scene.toml");
         if (!scene) throw std::runtime_error(scene.error().message);
         auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
         if (!built) throw std::runtime_error(built.error().message);
@@ -44,7 +44,7 @@ class SceneRun : public testing::Test {
         return places;
     }
 
-    TemporaryFolder folder_;
+    TemporaryFolder folder;
 };
 
 constexpr const char* kShapes = R"(
@@ -118,7 +118,7 @@ TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
     for (size_t i = 0; i < 256; ++i)
         if (i % 8 < 5)
             std::ranges::copy(patches[i % 64 / 8], picture.bytes.begin() + static_cast<std::ptrdiff_t>(4 * i));
-    ASSERT_TRUE(stage::write_png(folder_ / "patches.png", picture));
+    ASSERT_TRUE(stage::write_png(folder / "patches.png", picture));
     for (const auto& [threshold, count] : rows) {
         stage::SceneRun run = start("container = [{ name = 'a', geometry = { kind = 'picture', file = 'patches.png', " +
                                     ("threshold = " + std::to_string(threshold / 255.0)) + " } }]");
@@ -188,7 +188,7 @@ parameters.initial_speed = 0
 TEST_F(SceneRun, APictureThatGoesMissingNamesThePlace) {
     for (const char* name : {"p1.png", "p2.png"}) write_picture(name, 1, {255});
     stage::SceneRun run = start("container = [{ name = 'a' }]\nimages = { p = 'p%d.png' }");
-    std::filesystem::remove(folder_ / "p2.png");
+    std::filesystem::remove(folder / "p2.png");
     ASSERT_TRUE(stage::run_until(run, 0));
     const auto done = stage::run_until(run, 1);
     ASSERT_FALSE(done);

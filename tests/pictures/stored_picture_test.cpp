@@ -18,11 +18,11 @@ stage::Picture grey(uint8_t value, int32_t size = 4) {
 class StoredPicture : public testing::Test {
   protected:
     PictureCheck check(const stage::Picture& picture, const char* renderer, bool store = false) {
-        return check_stored_picture(folder_.path(), "a", picture, renderer, {}, store);
+        return check_stored_picture(folder.path(), "a", picture, renderer, {}, store);
     }
-    bool exists(const char* name) const { return std::filesystem::exists(folder_ / name); }
+    bool exists(const char* name) const { return std::filesystem::exists(folder / name); }
 
-    TemporaryFolder folder_;
+    TemporaryFolder folder;
 };
 
 TEST_F(StoredPicture, DecidesByToleranceAndRenderer) {
@@ -37,8 +37,8 @@ TEST_F(StoredPicture, DecidesByToleranceAndRenderer) {
     const PictureCheck brighter = check(grey(110), "one");  // mean 10 · ¾, as alpha is the same
     EXPECT_EQ(PictureVerdict::kDifferent, brighter.verdict);
     EXPECT_THAT(brighter.message, HasSubstr("mean difference 7.500 (at most 0.5), 0.000 % of the pixels above 12"));
-    EXPECT_EQ(grey(110).bytes, stage::read_picture(folder_ / "a.new.png")->bytes);
-    EXPECT_EQ(grey(80).bytes, stage::read_picture(folder_ / "a.difference.png")->bytes);
+    EXPECT_EQ(grey(110).bytes, stage::read_picture(folder / "a.new.png")->bytes);
+    EXPECT_EQ(grey(80).bytes, stage::read_picture(folder / "a.difference.png")->bytes);
 
     EXPECT_EQ(PictureVerdict::kOtherRenderer, check(grey(110), "two").verdict);
     EXPECT_FALSE(exists("a.new.png") || exists("a.difference.png")) << "left from the comparison before";

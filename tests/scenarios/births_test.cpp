@@ -74,18 +74,18 @@ TEST(Clock, DecidesTheTimeStep) {
 TEST(Clock, IgnoresOddTimes) {
     const struct {
         const char* name;
-        bool recording;  // whose time was 8 before
         double seconds;  // frame period, or recording time
+        bool recording;  // whose time was 8 before
         bool goes_on;    // a step of no time is made; otherwise the step returns at once
-    } rows[] = {{"below 0", false, -1, true},
-                {"below float32", false, -1e39, true},
-                {"minus infinity", false, -HUGE_VAL, true},
-                {"not a number", false, std::nan(""), false},
-                {"infinity", false, HUGE_VAL, false},
-                {"above float32", false, 1e39, false},
-                {"a clock at minus infinity", true, -HUGE_VAL, true},
-                {"a clock that is not a number", true, std::nan(""), false},
-                {"a clock at infinity", true, HUGE_VAL, false}};
+    } rows[] = {{"below 0", -1, false, true},
+                {"below float32", -1e39, false, true},
+                {"minus infinity", -HUGE_VAL, false, true},
+                {"not a number", std::nan(""), false, false},
+                {"infinity", HUGE_VAL, false, false},
+                {"above float32", 1e39, false, false},
+                {"a clock at minus infinity", -HUGE_VAL, true, true},
+                {"a clock that is not a number", std::nan(""), true, false},
+                {"a clock at infinity", HUGE_VAL, true, false}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         RenderHost host;

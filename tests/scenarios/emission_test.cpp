@@ -52,7 +52,8 @@ struct Mask {
     std::vector<uint8_t> pixels;
     bool lit_at(double column, double row) const {
         const int c = std::clamp(static_cast<int>(column), 0, columns - 1);
-        return pixels[static_cast<size_t>(std::clamp(static_cast<int>(row), 0, rows - 1) * columns + c)] != 0;
+        const int pixel = std::clamp(static_cast<int>(row), 0, rows - 1) * columns + c;
+        return pixels[static_cast<size_t>(pixel)] != 0;
     }
 };
 
@@ -182,8 +183,9 @@ const stage::ParameterValues kSpreads = {{"life_time_spread", 50.0},    {"initia
 
 const Mask kMask{2, 2, {1, 0, 255, 2}};
 Mask with_one_lit(int columns, int rows) {
-    Mask mask{columns, rows, std::vector<uint8_t>(static_cast<size_t>(columns * rows))};
-    mask.pixels[static_cast<size_t>(columns * (rows / 2) + columns / 3)] = 1;
+    const int count = columns * rows, lit = columns * (rows / 2) + columns / 3;
+    Mask mask{columns, rows, std::vector<uint8_t>(static_cast<size_t>(count))};
+    mask.pixels[static_cast<size_t>(lit)] = 1;
     return mask;
 }
 const Mask kOneOf96 = with_one_lit(12, 8);

@@ -302,7 +302,7 @@ std::vector<std::string> random_life(Memory memory, unsigned seed) {
         if (choice == 12) x.attach({static_cast<int32_t>(amount), 100, 0});
         if (choice == 13) x.detach();
         for (Particle* p : x.host.active(x.smoke))
-            if (choice > 26) p->claimed = random() % 2;
+            if (choice > 26) p->claimed = static_cast<int32_t>(random() % 2);
         if (memory == Memory::kArrayStaysSmall) {
             ActiveArray small;
             small.records.reserve(8);

@@ -11,6 +11,7 @@
 #include <functional>
 #include <set>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "expect.h"
@@ -102,11 +103,11 @@ struct Host : TestHost {
 };
 
 // Memory below 4 GiB, `bytes` and then what fills the page.
-uint32_t low_page(const char* bytes, char filler, int rights) {
+uint32_t low_page(std::string_view bytes, char filler, int rights) {
     auto* const page = static_cast<char*>(mmap(reinterpret_cast<void*>(0x20000000), 4096, PROT_READ | PROT_WRITE,
                                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0));
     std::memset(page, filler, 4096);
-    std::memcpy(page, bytes, std::strlen(bytes));
+    bytes.copy(page, bytes.size());
     mprotect(page, 4096, rights);
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(page));
 }

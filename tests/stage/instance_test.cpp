@@ -24,19 +24,19 @@ using testing::IsEmpty;
 class Instances : public testing::Test {
   protected:
     Instances() {
-        const auto id = load_plugin(*stage_, std::string(TOVU_BINARY_DIR) + "/plugins/tests/probe_plugin.so");
+        const auto id = load_plugin(*stage, std::string(TOVU_BINARY_DIR) + "/plugins/tests/probe_plugin.so");
         if (!id) throw std::runtime_error(id.error().message);
-        plugin_ = *id;
+        probe_plugin = *id;
     }
 
     int32_t add_probe(const std::string& name, const ParameterValues& values = {}, int32_t parent = kNoObject) {
-        const int32_t container = add_container(*stage_, name, parent);
-        const auto added = add_instance(*stage_, container, plugin_, values);
+        const int32_t container = add_container(*stage, name, parent);
+        const auto added = add_instance(*stage, container, probe_plugin, values);
         if (!added) throw std::runtime_error(added.error().message);
         return container;
     }
     ProbeInstance& block(int32_t container) {
-        void* block = instance_of(*stage_, container)->block;
+        void* block = instance_of(*stage, container)->block;
         return *static_cast<ProbeInstance*>(block);
     }
     /// The numbers of the last order that drew any.
@@ -45,12 +45,12 @@ class Instances : public testing::Test {
         return {std::begin(numbers), std::end(numbers)};
     }
     std::vector<int32_t> draw(int32_t container) {
-        execute_action(*stage_, container, kProbeDraw);
+        execute_action(*stage, container, kProbeDraw);
         return drawn(container);
     }
 
-    StagePtr stage_ = make_stage();
-    PluginId plugin_ = 0;
+    StagePtr stage = make_stage();
+    PluginId probe_plugin = 0;
 };
 
 const char* text_at(uint32_t slot) {
@@ -67,7 +67,7 @@ TEST_F(Instances, BlockHoldsTheValuesBeforeItIsBuilt) {
     EXPECT_STREQ(text_at(probe.target), "elsewhere");
     EXPECT_STREQ(text_at(probe.picture), "");
     EXPECT_EQ(probe.container, container);
-    EXPECT_EQ(probe.geometry, find_container(*stage_, container)->geometry_handle);
+    EXPECT_EQ(probe.geometry, find_container(*stage, container)->geometry_handle);
     EXPECT_EQ(probe.random[7] + probe.changes, 0) << "the block is zeroed after the slots";
 }
 
@@ -102,26 +102,26 @@ TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
     const int32_t container = add_probe("probe");
     for (const auto& [parameter, value, read_back, refusal] : kSetCases) {
         SCOPED_TRACE(std::string(parameter) + ": " + (refusal ? refusal : "taken"));
-        const auto before = get_parameter(*stage_, container, parameter);
-        const auto set = set_parameter(*stage_, container, parameter, value);
+        const auto before = get_parameter(*stage, container, parameter);
+        const auto set = set_parameter(*stage, container, parameter, value);
         ASSERT_EQ(static_cast<bool>(set), refusal == nullptr);
-        if (const auto after = get_parameter(*stage_, container, parameter); after) {
+        if (const auto after = get_parameter(*stage, container, parameter); after) {
             EXPECT_EQ(*after, refusal ? *before : read_back);
         }
         if (!refusal) continue;
         EXPECT_THAT(set.error().message, testing::AllOf(HasSubstr("container 'probe': "), HasSubstr(refusal)));
-        const auto bare = add_container(*stage_, "bare");
-        const auto added = add_instance(*stage_, bare, plugin_, {{parameter, value}});
+        const auto bare = add_container(*stage, "bare");
+        const auto added = add_instance(*stage, bare, probe_plugin, {{parameter, value}});
         ASSERT_FALSE(added);
         EXPECT_THAT(added.error().message, HasSubstr(refusal));
-        EXPECT_EQ(geometry_of(*stage_, bare), nullptr) << "nothing half made";
+        EXPECT_EQ(geometry_of(*stage, bare), nullptr) << "nothing half made";
     }
 }
 
 TEST_F(Instances, AreToldOfValuesThatDiffer) {
     const int32_t container = add_probe("probe");
     const auto set = [&](const char* name, const ParameterValue& value, bool notify = true) {
-        EXPECT_TRUE(set_parameter(*stage_, container, name, value, {notify}));
+        EXPECT_TRUE(set_parameter(*stage, container, name, value, {notify}));
         return block(container).changes;
     };
     EXPECT_EQ(set("count", 3), 0) << "the default again";
@@ -135,16 +135,16 @@ TEST_F(Instances, AreToldOfValuesThatDiffer) {
 TEST_F(Instances, SlotsTakeAnyBits) {
     const int32_t container = add_probe("probe");
     const auto after = [&](int32_t slot, uint32_t bits, const char* parameter) {
-        EXPECT_TRUE(set_slot_bits(*stage_, container, slot, bits));
-        return get_parameter(*stage_, container, parameter);
+        EXPECT_TRUE(set_slot_bits(*stage, container, slot, bits));
+        return get_parameter(*stage, container, parameter);
     };
     EXPECT_TRUE(std::isnan(std::get<double>(*after(1, 0x7FC00001, "amount"))));
     EXPECT_EQ(*after(3, 0xFFFFFFFF, "mode"), ParameterValue(-1));
     EXPECT_EQ(*after(4, 0, "text"), ParameterValue(std::string()));
     EXPECT_THAT(after(4, 12, "text").error().message, HasSubstr("no longer holds the address"));
-    EXPECT_FALSE(set_slot_bits(*stage_, container, 7, 0));
+    EXPECT_FALSE(set_slot_bits(*stage, container, 7, 0));
     EXPECT_EQ(block(container).changes, 0);
-    ASSERT_TRUE(set_parameter(*stage_, container, "text", "back"));
+    ASSERT_TRUE(set_parameter(*stage, container, "text", "back"));
     EXPECT_STREQ(text_at(block(container).text), "back");
 }
 
@@ -155,7 +155,7 @@ TEST_F(Instances, HaveRandomNumbersOfTheirOwn) {
     const auto first_numbers = draw(alone), next_numbers = draw(alone);
     EXPECT_NE(first_numbers, next_numbers);
 
-    stage_ = make_stage();
+    stage = make_stage();
     std::srand(99);
     const int32_t first = add_probe("first"), second = add_probe("second");
     EXPECT_EQ(draw(first), first_numbers) << "a new Stage repeats the run";
@@ -164,7 +164,7 @@ TEST_F(Instances, HaveRandomNumbersOfTheirOwn) {
     EXPECT_EQ(draw(first), next_numbers) << "whatever another one drew meanwhile";
     EXPECT_EQ(std::rand(), process[1]) << "and the process's own numbers go on untouched";
 
-    stage_ = make_stage({.seed = 2});
+    stage = make_stage({.seed = 2});
     EXPECT_NE(draw(add_probe("first")), first_numbers);
 }
 
@@ -172,9 +172,9 @@ TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedAndOpenGlCalls) {
     const auto asked_alone = draw(add_probe("asked"));
     const auto asking_alone = draw(add_probe("asking"));
 
-    stage_ = make_stage();
+    stage = make_stage();
     const int32_t asked = add_probe("asked"), asking = add_probe("asking", {{"target", "asked"}});
-    stage_->overrides.container_get_geometry = [](int32_t container, int32_t* geometry) {
+    stage->overrides.container_get_geometry = [](int32_t container, int32_t* geometry) {
         real_opengl().Hint(0, 0);
         checking_opengl().Hint(0, 0);
         _api__container_get_geometry(container, geometry);
@@ -182,22 +182,22 @@ TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedAndOpenGlCalls) {
     std::srand(3);
     const auto hint = std::exchange(epoxy_glHint, [](GLenum, GLenum) { (void)std::rand(); });
     const auto get_error = std::exchange(epoxy_glGetError, [] { return static_cast<GLenum>(std::rand() & 0); });
-    EXPECT_TRUE(press_button(*stage_, asking, "ask"));
+    EXPECT_TRUE(press_button(*stage, asking, "ask"));
     epoxy_glHint = hint;
     epoxy_glGetError = get_error;
     EXPECT_EQ(tovu::draws_since(3), 3) << "an OpenGL driver draws from the process's numbers";
     EXPECT_EQ(block(asking).last_request, 3) << "dispatcher and reply both 1";
     EXPECT_EQ(drawn(asked), asked_alone);
     EXPECT_EQ(drawn(asking), asking_alone) << "four numbers before the request and four after it";
-    EXPECT_THAT(press_button(*stage_, asking, "reset").error().message,
+    EXPECT_THAT(press_button(*stage, asking, "reset").error().message,
                 HasSubstr("Probe has no push button 'reset': known are: draw, ask"));
 }
 
 TEST_F(Instances, RunInTreeOrderAndAreCleanedUpNewestFirst) {
-    const int32_t parent = add_container(*stage_, "parent");
+    const int32_t parent = add_container(*stage, "parent");
     const int32_t last = add_probe("last");
     const int32_t child = add_probe("child", {}, parent);
-    find_container(*stage_, parent)->visible = false;
+    find_container(*stage, parent)->visible = false;
     const auto changed = [&](int32_t container) {
         return "_api__set_geom_changed(" + std::to_string(block(container).geometry) + ")";
     };
@@ -208,15 +208,15 @@ TEST_F(Instances, RunInTreeOrderAndAreCleanedUpNewestFirst) {
         return texts;
     };
     start_recording_calls();
-    run_frame(*stage_);
+    run_frame(*stage);
     EXPECT_THAT(calls(), ElementsAre(of_child, of_last)) << "hidden ones simulate too";
-    EXPECT_EQ(stage_->clock.frame, 0);
-    run_frame(*stage_);
-    EXPECT_EQ(stage_->clock.frame, 1);
-    EXPECT_EQ(stage_->clock.retrace_counter, 2);
+    EXPECT_EQ(stage->clock.frame, 0);
+    run_frame(*stage);
+    EXPECT_EQ(stage->clock.frame, 1);
+    EXPECT_EQ(stage->clock.retrace_counter, 2);
 
     start_recording_calls();
-    stage_.reset();
+    stage.reset();
     EXPECT_THAT(calls(), ElementsAre(of_child, of_last)) << "the child was made last";
     stop_recording_calls();
 }
@@ -229,12 +229,12 @@ TEST_F(Instances, AreReachedThroughTheirGeometryWhileItLives) {
     _api__get_geom_geomod(geometry, 2, 0, &access);
     EXPECT_EQ(access, 0) << "it has no meshes";
 
-    const int32_t meshes = set_mesh_geometry(*stage_, container, {});
+    const int32_t meshes = set_mesh_geometry(*stage, container, {});
     EXPECT_NE(meshes, geometry);
     EXPECT_EQ(_api__geom_dispatcher(meshes, kProbeRequestDraw, nullptr, &reply), 0);
-    EXPECT_THAT(stage_->complaints.list, IsEmpty());
+    EXPECT_THAT(stage->complaints.list, IsEmpty());
     EXPECT_EQ(_api__geom_dispatcher(geometry, kProbeRequestDraw, nullptr, &reply), 0);
-    EXPECT_EQ(stage_->complaints.list.size(), 1u);
+    EXPECT_EQ(stage->complaints.list.size(), 1u);
 }
 
 const std::tuple<int32_t, const char*, const char*> kBrokenRules[] = {
@@ -250,21 +250,21 @@ TEST_F(Instances, ComplaintsNameThePlugInThatBreaksARule) {
     for (const auto& [action, call, message] : kBrokenRules) {
         SCOPED_TRACE(message);
         const int32_t container = add_probe("probe");
-        stage_->complaints = {};
-        execute_action(*stage_, container, action);
-        execute_action(*stage_, container, 0);  // does nothing; the complaint is not repeated
-        ASSERT_EQ(stage_->complaints.list.size(), 1u);
-        const Complaint& complaint = stage_->complaints.list[0];
+        stage->complaints = {};
+        execute_action(*stage, container, action);
+        execute_action(*stage, container, 0);  // does nothing; the complaint is not repeated
+        ASSERT_EQ(stage->complaints.list.size(), 1u);
+        const Complaint& complaint = stage->complaints.list[0];
         EXPECT_EQ(complaint.call, call);
         EXPECT_EQ(complaint.caller, "PLUGIN_EXEC_ACTION of Probe in 'probe'");
         EXPECT_THAT(complaint.message, HasSubstr(message));
         EXPECT_EQ(complaint.times, 1);
-        EXPECT_TRUE(remove_container(*stage_, container));
+        EXPECT_TRUE(remove_container(*stage, container));
     }
-    stage_->complaints = {};
+    stage->complaints = {};
     EXPECT_EQ(_api__get_objectid_local("", TOVU_OBJECT_CONTAINER), kNoObject);
-    ASSERT_EQ(stage_->complaints.list.size(), 1u);
-    EXPECT_THAT(stage_->complaints.list[0].message, HasSubstr("no entry point of an instance"));
+    ASSERT_EQ(stage->complaints.list.size(), 1u);
+    EXPECT_THAT(stage->complaints.list[0].message, HasSubstr("no entry point of an instance"));
 }
 
 TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {

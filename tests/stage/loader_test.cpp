@@ -13,13 +13,13 @@ const std::string kPlugins = std::string(TOVU_BINARY_DIR) + "/plugins/tests/";
 
 class Loader : public testing::Test {
   protected:
-    StagePtr stage_ = make_stage();
+    StagePtr stage = make_stage();
 };
 
 TEST_F(Loader, LoadsALibraryOnce) {
     const TemporaryFolder folder;
     std::filesystem::create_symlink(kPlugins + "probe_plugin.so", folder / "link.so");
-    const auto first = load_plugin(*stage_, kPlugins + "probe_plugin.so");
+    const auto first = load_plugin(*stage, kPlugins + "probe_plugin.so");
     const StagePtr other_stage = make_stage();
     const auto second = load_plugin(*other_stage, folder / "link.so");
     ASSERT_TRUE(first && second);
@@ -46,10 +46,10 @@ const std::pair<const char*, std::vector<const char*>> kRefusedLibraries[] = {
 };
 
 TEST_F(Loader, SaysWhatIsWrongWithALibrary) {
-    ASSERT_TRUE(load_plugin(*stage_, kPlugins + "probe_plugin.so"));
+    ASSERT_TRUE(load_plugin(*stage, kPlugins + "probe_plugin.so"));
     const size_t loaded = loaded_plugins().size();
     for (const auto& [file, messages] : kRefusedLibraries) {
-        const auto id = load_plugin(*stage_, kPlugins + file);
+        const auto id = load_plugin(*stage, kPlugins + file);
         ASSERT_FALSE(id) << file;
         EXPECT_THAT(id.error().message, testing::StartsWith(kPlugins + file + ": "));
         for (const char* message : messages) EXPECT_THAT(id.error().message, HasSubstr(message));

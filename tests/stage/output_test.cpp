@@ -107,33 +107,33 @@ class VideoCommand : public testing::Test {
   protected:
     /// The only command there is.
     void put_ffmpeg(const std::string& script) {
-        write_bytes(commands_ / "ffmpeg", "#!/bin/sh\n" + script);
-        std::filesystem::permissions(commands_ / "ffmpeg", std::filesystem::perms::owner_all);
+        write_bytes(commands / "ffmpeg", "#!/bin/sh\n" + script);
+        std::filesystem::permissions(commands / "ffmpeg", std::filesystem::perms::owner_all);
     }
-    void SetUp() override { setenv("PATH", commands_.path().c_str(), 1); }
-    void TearDown() override { setenv("PATH", path_.c_str(), 1); }
+    void SetUp() override { setenv("PATH", commands.path().c_str(), 1); }
+    void TearDown() override { setenv("PATH", path.c_str(), 1); }
 
-    const std::string path_ = std::getenv("PATH");
-    const TemporaryFolder commands_;
-    const TemporaryFolder folder_;
-    const stage::VideoSettings settings_{kWidth, kHeight, 25.0};
+    const std::string path = std::getenv("PATH");
+    const TemporaryFolder commands;
+    const TemporaryFolder folder;
+    const stage::VideoSettings settings{kWidth, kHeight, 25.0};
 };
 
 TEST_F(VideoCommand, ThatIsMissingIsAskedFor) {
-    EXPECT_THAT(VideoFile::create(folder_ / "a.mp4", settings_).error().message,
+    EXPECT_THAT(VideoFile::create(folder / "a.mp4", settings).error().message,
                 HasSubstr("a.mp4: there is no ffmpeg command; install the package ffmpeg"));
 }
 
 TEST_F(VideoCommand, ThatFailsIsQuotedWithItsLastLines) {
     put_ffmpeg("for i in 1 2 3 4 5 6 7; do echo \"line $i\" >&2; done\nexit 3\n");
-    auto video = VideoFile::create(folder_ / "a.mp4", settings_);
+    auto video = VideoFile::create(folder / "a.mp4", settings);
     ASSERT_TRUE(video);
     std::string message;
     for (int i = 0; i < 1000 && message.empty(); ++i)  // it takes a while to end
         if (const auto added = video->add_frame(video_frame(0)); !added) message = added.error().message;
     EXPECT_THAT(message,
                 testing::EndsWith("a.mp4: ffmpeg failed with exit status 3:\nline 3\nline 4\nline 5\nline 6\nline 7"));
-    EXPECT_TRUE(folder_.is_empty());
+    EXPECT_TRUE(folder.is_empty());
 }
 
 TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
@@ -146,11 +146,11 @@ TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
         put_ffmpeg(std::string("for last; do :; done\necho some >\"${last#file:}\"\nwhile read -r line; do :; done\n") +
                    "echo full >&2\n" + end + "\n");
         const auto before = std::signal(SIGCHLD, child_signal);
-        const auto written = write_video(folder_ / "a.mp4", settings_);
+        const auto written = write_video(folder / "a.mp4", settings);
         std::signal(SIGCHLD, before);
         ASSERT_FALSE(written) << message;
         EXPECT_THAT(written.error().message, HasSubstr(message));
-        EXPECT_TRUE(folder_.is_empty()) << message;
+        EXPECT_TRUE(folder.is_empty()) << message;
     }
 }
 

@@ -21,69 +21,69 @@ std::vector<std::string> complaint_texts(const Stage& stage) {
 
 class Scene : public testing::Test {
   protected:
-    StagePtr stage_ = make_stage();
+    StagePtr stage = make_stage();
 };
 
 TEST_F(Scene, RemovedObjectsStayGone) {
-    const int32_t parent = add_container(*stage_, "parent");
-    const int32_t child = add_container(*stage_, "child", parent);
-    const int32_t geometry = set_mesh_geometry(*stage_, child, {});
+    const int32_t parent = add_container(*stage, "parent");
+    const int32_t child = add_container(*stage, "child", parent);
+    const int32_t geometry = set_mesh_geometry(*stage, child, {});
     for (const int32_t handle : {parent, child, geometry}) EXPECT_NE(_api__object_valid(handle), 0);
 
-    EXPECT_TRUE(remove_container(*stage_, parent));
-    const int32_t next = add_container(*stage_, "child");
+    EXPECT_TRUE(remove_container(*stage, parent));
+    const int32_t next = add_container(*stage, "child");
     for (const int32_t handle : {parent, child, geometry}) {
         EXPECT_EQ(_api__object_valid(handle), 0);
         EXPECT_EQ(_api__get_objectid_from_objectid(number_of(handle)), kNoObject);
         EXPECT_NE(handle, next);
     }
-    EXPECT_FALSE(remove_container(*stage_, parent));
-    EXPECT_EQ(add_container(*stage_, "orphan", parent), kNoObject);
+    EXPECT_FALSE(remove_container(*stage, parent));
+    EXPECT_EQ(add_container(*stage, "orphan", parent), kNoObject);
     EXPECT_EQ(_api__get_objectid("child", "", TOVU_OBJECT_CONTAINER), next);
 }
 
 TEST_F(Scene, ReplacedMeshesKeepTheirHandleAndRemovedOnesDoNot) {
-    const int32_t container = add_container(*stage_, "outline");
+    const int32_t container = add_container(*stage, "outline");
     const auto carried = [&] {
         int32_t geometry = -7;
         _api__container_get_geometry(container, &geometry);
         return geometry;
     };
-    const int32_t first = set_mesh_geometry(*stage_, container, {});
-    EXPECT_EQ(set_mesh_geometry(*stage_, container, {{{{1, 2, 3}}}}), first);
+    const int32_t first = set_mesh_geometry(*stage, container, {});
+    EXPECT_EQ(set_mesh_geometry(*stage, container, {{{{1, 2, 3}}}}), first);
     EXPECT_EQ(carried(), first);
-    EXPECT_TRUE(remove_geometry(*stage_, container));
+    EXPECT_TRUE(remove_geometry(*stage, container));
     EXPECT_EQ(_api__object_valid(first), 0);
     EXPECT_EQ(carried(), kNoObject);
-    EXPECT_NE(set_mesh_geometry(*stage_, container, {}), first);
+    EXPECT_NE(set_mesh_geometry(*stage, container, {}), first);
 }
 
 TEST_F(Scene, ObjectsAreFoundInTreeOrderByNameAndByNumber) {
-    const int32_t a = add_container(*stage_, "a");
-    const int32_t b = add_container(*stage_, "b");
-    const int32_t first = add_container(*stage_, "same", b);
-    const int32_t second = add_container(*stage_, "same", a);
-    EXPECT_THAT(containers_in_tree_order(*stage_), ElementsAre(a, second, b, first));
+    const int32_t a = add_container(*stage, "a");
+    const int32_t b = add_container(*stage, "b");
+    const int32_t first = add_container(*stage, "same", b);
+    const int32_t second = add_container(*stage, "same", a);
+    EXPECT_THAT(containers_in_tree_order(*stage), ElementsAre(a, second, b, first));
     EXPECT_EQ(_api__get_objectid("same", "", TOVU_OBJECT_CONTAINER), second);
     EXPECT_EQ(_api__get_objectid("other", "", TOVU_OBJECT_CONTAINER), kNoObject);
     EXPECT_EQ(number_of(a), 1);
     EXPECT_EQ(_api__get_objectid_from_objectid(3), first);
     for (const int32_t number : {-1, 0, 5, 1 << 24}) EXPECT_EQ(_api__get_objectid_from_objectid(number), kNoObject);
-    EXPECT_THAT(complaint_texts(*stage_), IsEmpty());
+    EXPECT_THAT(complaint_texts(*stage), IsEmpty());
 }
 
 TEST_F(Scene, VisibilityAndOpacityGoDownTheTree) {
-    const int32_t parent = add_container(*stage_, "parent");
-    const int32_t child = add_container(*stage_, "child", parent);
-    set_mesh_geometry(*stage_, child, {});
-    find_container(*stage_, parent)->opacity = 0.5f;
-    find_container(*stage_, child)->opacity = 0.25f;
+    const int32_t parent = add_container(*stage, "parent");
+    const int32_t child = add_container(*stage, "child", parent);
+    set_mesh_geometry(*stage, child, {});
+    find_container(*stage, parent)->opacity = 0.5f;
+    find_container(*stage, child)->opacity = 0.25f;
     std::vector<float> opacities;
     const auto note = [&](const DrawItem& item) { opacities.push_back(item.opacity); };
-    for_each_shown(*stage_, note);
+    for_each_shown(*stage, note);
     EXPECT_THAT(opacities, ElementsAre(0.125f)) << "the parent carries nothing to draw";
-    find_container(*stage_, parent)->visible = false;
-    for_each_shown(*stage_, note);
+    find_container(*stage, parent)->visible = false;
+    for_each_shown(*stage, note);
     EXPECT_THAT(opacities, testing::SizeIs(1)) << "hidden with its parent";
 }
 
@@ -96,28 +96,28 @@ const WrongImage kWrongImages[] = {
 };
 
 TEST_F(Scene, WrongImagesAreRefused) {
-    ASSERT_TRUE(add_image(*stage_, "taken", 1, 1, GL_ALPHA, {0}));
+    ASSERT_TRUE(add_image(*stage, "taken", 1, 1, GL_ALPHA, {0}));
     for (const auto& [name, width, height, format, bytes, message] : kWrongImages) {
-        const auto added = add_image(*stage_, name, width, height, format, std::vector<uint8_t>(bytes));
+        const auto added = add_image(*stage, name, width, height, format, std::vector<uint8_t>(bytes));
         ASSERT_FALSE(added) << message;
         EXPECT_THAT(added.error().message, HasSubstr(message));
     }
-    EXPECT_EQ(stage_->images.size(), 1u);
+    EXPECT_EQ(stage->images.size(), 1u);
 }
 
 class MeshAccess : public Scene {
   protected:
     int32_t open(bool begin = true) {
         int32_t detail = -1, access = 0;
-        _api__get_geom_detail(geometry_, &detail);
-        _api__get_geom_geomod(geometry_, 2, detail, &access);
+        _api__get_geom_detail(outline_geometry, &detail);
+        _api__get_geom_geomod(outline_geometry, 2, detail, &access);
         if (begin) _api__geomod_init(access);
         return access;
     }
 
-    int32_t container_ = add_container(*stage_, "outline");
-    int32_t geometry_ =
-        set_mesh_geometry(*stage_, container_, {{{{1, 2, 3}, {4, 5, 6}}}, {{}}, {{{7, 8, 9}, {10, 11, 12}}}});
+    int32_t outline_container = add_container(*stage, "outline");
+    int32_t outline_geometry =
+        set_mesh_geometry(*stage, outline_container, {{{{1, 2, 3}, {4, 5, 6}}}, {{}}, {{{7, 8, 9}, {10, 11, 12}}}});
 };
 
 /// A wrong call with an out value, and what the complaint about it says.
@@ -134,20 +134,20 @@ TEST_F(MeshAccess, WrongCursorsAreNotFollowed) {
     const int32_t access = open();
     for (const auto& [call, message] : kWrongMeshCalls) {
         SCOPED_TRACE(message);
-        stage_->complaints = {};
+        stage->complaints = {};
         start_recording_calls();
         int32_t out = -7;
         call(access, &out);
         EXPECT_EQ(out, -7);
         const std::string service = recorded_calls().at(0).name;
-        EXPECT_THAT(complaint_texts(*stage_),
+        EXPECT_THAT(complaint_texts(*stage),
                     ElementsAre(testing::AllOf(testing::StartsWith(service), HasSubstr(message))));
     }
-    stage_->complaints = {};
+    stage->complaints = {};
     float x = -7, y = -7, z = -7;
     _api__geomod_get_vertex(access, 3, &x, &y, &z);  // of a cursor that has passed the first mesh's last vertex
     EXPECT_THAT(std::vector({x, y, z}), ElementsAre(-7, -7, -7));
-    EXPECT_THAT(complaint_texts(*stage_), ElementsAre(HasSubstr("vertex cursor 3 stands on no vertex")));
+    EXPECT_THAT(complaint_texts(*stage), ElementsAre(HasSubstr("vertex cursor 3 stands on no vertex")));
 }
 
 TEST_F(MeshAccess, MustBeBegunAndEndsWithItsFrame) {
@@ -155,10 +155,10 @@ TEST_F(MeshAccess, MustBeBegunAndEndsWithItsFrame) {
     const int32_t access = open(false);
     _api__geomod_goto_mesh(access, 0, &cursor);
     _api__geomod_init(access);
-    advance_frame(*stage_);
+    advance_frame(*stage);
     _api__geomod_goto_mesh(access, 0, &cursor);
     EXPECT_EQ(cursor, -7);
-    EXPECT_THAT(complaint_texts(*stage_),
+    EXPECT_THAT(complaint_texts(*stage),
                 ElementsAre("_api__geomod_goto_mesh: the mesh access was not begun with _api__geomod_init",
                             "_api__geomod_goto_mesh: the mesh access is of an earlier frame"));
 }
@@ -175,15 +175,15 @@ void (*const kGiveIntegers[])(int32_t, int32_t*) = {_api__container_get_geometry
                                                     _api__get_camera_direction};
 
 TEST_F(Scene, UnknownHandlesLeaveOutValuesAlone) {
-    const int32_t gone = add_container(*stage_, "gone");
-    remove_container(*stage_, gone);
+    const int32_t gone = add_container(*stage, "gone");
+    remove_container(*stage, gone);
     const int32_t made_up = make_handle(static_cast<ObjectKind>(5), 1);
     float out[16];
     int32_t number;
     uint8_t byte, *pixels;
     const auto expect_nothing = [&](auto ask) {
         for (const int32_t handle : {kNoObject, gone, made_up, INT32_MIN, INT32_MAX}) {
-            stage_->complaints = {};
+            stage->complaints = {};
             start_recording_calls();
             out[0] = -7;
             number = -7;
@@ -193,8 +193,8 @@ TEST_F(Scene, UnknownHandlesLeaveOutValuesAlone) {
             SCOPED_TRACE(service + " " + std::to_string(handle));
             EXPECT_TRUE(out[0] == -7 && number == -7 && pixels == &byte);
             const size_t complaints = handle == kNoObject ? 0 : 1;  // -1 (none) is not reported
-            ASSERT_EQ(stage_->complaints.list.size(), complaints);
-            for (const Complaint& complaint : stage_->complaints.list) EXPECT_EQ(complaint.call, service);
+            ASSERT_EQ(stage->complaints.list.size(), complaints);
+            for (const Complaint& complaint : stage->complaints.list) EXPECT_EQ(complaint.call, service);
         }
     };
     for (const auto service : kGiveFloats) expect_nothing([&](int32_t h) { service(h, out); });
@@ -210,21 +210,21 @@ TEST_F(Scene, UnknownHandlesLeaveOutValuesAlone) {
 }
 
 TEST_F(Scene, HandlesOfAWrongKindAreNamed) {
-    const int32_t container = add_container(*stage_, "outline");
-    const int32_t geometry = set_mesh_geometry(*stage_, container, {});
+    const int32_t container = add_container(*stage, "outline");
+    const int32_t geometry = set_mesh_geometry(*stage, container, {});
     float pan = -7;
     int32_t detail = -7;
     _api__get_camera_pan(geometry, &pan);
     for (int i = 0; i < 2; ++i) _api__get_geom_detail(container, &detail);
     EXPECT_TRUE(pan == -7 && detail == -7);
-    EXPECT_THAT(complaint_texts(*stage_), ElementsAre("_api__get_camera_pan: handle " + std::to_string(geometry) +
-                                                          " is that of a geometry, not of a camera",
-                                                      "_api__get_geom_detail: handle " + std::to_string(container) +
-                                                          " is that of a container, not of a geometry (2 times)"));
+    EXPECT_THAT(complaint_texts(*stage), ElementsAre("_api__get_camera_pan: handle " + std::to_string(geometry) +
+                                                         " is that of a geometry, not of a camera",
+                                                     "_api__get_geom_detail: handle " + std::to_string(container) +
+                                                         " is that of a container, not of a geometry (2 times)"));
 }
 
 TEST_F(Scene, WithoutAStageNothingIsAnswered) {
-    stage_.reset();
+    stage.reset();
     double period = -7;
     _api__pellor_get_refreshrate(&period);
     EXPECT_EQ(period, -7);
@@ -233,8 +233,8 @@ TEST_F(Scene, WithoutAStageNothingIsAnswered) {
 }
 
 TEST_F(Scene, OverridesReplaceAnswersAndCanAskTheStage) {
-    const int32_t container = add_container(*stage_, "steam");
-    stage_->overrides.object_valid = [](int32_t object) { return _api__object_valid(object) + 5; };
+    const int32_t container = add_container(*stage, "steam");
+    stage->overrides.object_valid = [](int32_t object) { return _api__object_valid(object) + 5; };
     for (int i = 0; i < 2; ++i) EXPECT_EQ(_api__object_valid(container), 6);
 }
 

@@ -38,18 +38,18 @@ TEST(Placement, PlacesPoints) {
 
 class PlacedContainer : public testing::Test {
   protected:
-    StagePtr stage_ = make_stage();
-    int32_t parent_ = add_container(*stage_, "parent");
-    int32_t child_ = add_container(*stage_, "child", parent_);
+    StagePtr stage = make_stage();
+    int32_t parent = add_container(*stage, "parent");
+    int32_t child = add_container(*stage, "child", parent);
 };
 
 TEST_F(PlacedContainer, ChildIsPlacedInItsParent) {
-    find_container(*stage_, parent_)->placement = {{100, 0, 0}, {0, 0, 90}, {2, 2, 2}};
-    find_container(*stage_, child_)->placement.position = {1, 0, 0};
-    EXPECT_THAT(transform_point(world_matrix(*stage_, child_), {0, 3, 0}), is_near({100 - 6, 2, 0}));
+    find_container(*stage, parent)->placement = {{100, 0, 0}, {0, 0, 90}, {2, 2, 2}};
+    find_container(*stage, child)->placement.position = {1, 0, 0};
+    EXPECT_THAT(transform_point(world_matrix(*stage, child), {0, 3, 0}), is_near({100 - 6, 2, 0}));
 
     Vector3 position{};
-    _api__container_get_absolute_position(child_, &position.x, &position.y, &position.z);
+    _api__container_get_absolute_position(child, &position.x, &position.y, &position.z);
     EXPECT_THAT(position, is_near({100, 2, 0}));
 }
 
@@ -65,10 +65,10 @@ const Row kReadBacks[] = {
 
 TEST_F(PlacedContainer, RotationAndScalingAreReadFromTheWorldMatrix) {
     for (const auto& [name, placed_rotation, placed_scale, expected_rotation, expected_scale] : kReadBacks) {
-        find_container(*stage_, child_)->placement = {{7, 8, 9}, placed_rotation, placed_scale};
+        find_container(*stage, child)->placement = {{7, 8, 9}, placed_rotation, placed_scale};
         Vector3 rotation{}, scale{};
-        _api__container_get_absolute_rotation(child_, &rotation.x, &rotation.y, &rotation.z);
-        _api__container_get_absolute_scaling(child_, &scale.x, &scale.y, &scale.z);
+        _api__container_get_absolute_rotation(child, &rotation.x, &rotation.y, &rotation.z);
+        _api__container_get_absolute_scaling(child, &scale.x, &scale.y, &scale.z);
         for (const auto axis : {&Vector3::x, &Vector3::z})  // -180 and 180 degrees are the same rotation
             if (std::abs(rotation.*axis - expected_rotation.*axis) > 359) rotation.*axis = -(rotation.*axis);
         EXPECT_THAT(rotation, is_near(expected_rotation, 1e-3f)) << name;
@@ -80,28 +80,28 @@ TEST_F(PlacedContainer, RotationAndScalingThatAreReadGiveTheSameMatrix) {
     for (float x = -180; x <= 180; x += 45)
         for (float y = -90; y <= 90; y += 30)
             for (float z = -170; z <= 180; z += 50) {
-                find_container(*stage_, parent_)->placement = {{0, 0, 0}, {x, y, z}, {2, 2, 2}};
-                find_container(*stage_, child_)->placement = {{0, 0, 0}, {-z, x, y}, {1, 3, 0.5f}};
-                const Matrix world = world_matrix(*stage_, child_);
+                find_container(*stage, parent)->placement = {{0, 0, 0}, {x, y, z}, {2, 2, 2}};
+                find_container(*stage, child)->placement = {{0, 0, 0}, {-z, x, y}, {1, 3, 0.5f}};
+                const Matrix world = world_matrix(*stage, child);
                 Vector3 rotation{}, scale{};
-                _api__container_get_absolute_rotation(child_, &rotation.x, &rotation.y, &rotation.z);
-                _api__container_get_absolute_scaling(child_, &scale.x, &scale.y, &scale.z);
+                _api__container_get_absolute_rotation(child, &rotation.x, &rotation.y, &rotation.z);
+                _api__container_get_absolute_scaling(child, &scale.x, &scale.y, &scale.z);
                 const Matrix again = local_matrix({{0, 0, 0}, rotation, scale});
                 ASSERT_THAT(again, Pointwise(FloatNear(2e-5f), world)) << x << ' ' << y << ' ' << z;
             }
 }
 
 TEST_F(PlacedContainer, InverseUndoesTheTransformation) {
-    find_container(*stage_, parent_)->placement = {{3, 4, 5}, {30, 40, 50}, {2, 2, 2}};
-    find_container(*stage_, child_)->placement = {{-1, 0, 6}, {15, 0, 80}, {1, 4, 0.5f}};
+    find_container(*stage, parent)->placement = {{3, 4, 5}, {30, 40, 50}, {2, 2, 2}};
+    find_container(*stage, child)->placement = {{-1, 0, 6}, {15, 0, 80}, {1, 4, 0.5f}};
     Matrix matrix{}, inverted{};
-    _api__container_get_transformation_matrix(child_, matrix.data());
-    _api__container_get_inverse_matrix(child_, inverted.data());
-    EXPECT_THAT(matrix, world_matrix(*stage_, child_));
+    _api__container_get_transformation_matrix(child, matrix.data());
+    _api__container_get_inverse_matrix(child, inverted.data());
+    EXPECT_THAT(matrix, world_matrix(*stage, child));
     EXPECT_THAT(multiply(inverted, matrix), Pointwise(FloatNear(1e-5f), kIdentity));
 
-    find_container(*stage_, child_)->placement.scale = {1, 0, 1};
-    _api__container_get_inverse_matrix(child_, inverted.data());
+    find_container(*stage, child)->placement.scale = {1, 0, 1};
+    _api__container_get_inverse_matrix(child, inverted.data());
     EXPECT_EQ(inverted, kIdentity) << "a scale of 0 has no inverse";
 }
 
@@ -131,10 +131,10 @@ TEST_F(PlacedContainer, CameraLooksWhereItIsTurned) {
     };
     for (const auto& [name, pan, tilt, roll, direction, top] : kCameraViews) {
         SCOPED_TRACE(name);
-        stage_->camera.position = {10, 20, 30};
-        stage_->camera.pan_degrees = pan;
-        stage_->camera.tilt_degrees = tilt;
-        stage_->camera.roll_degrees = roll;
+        stage->camera.position = {10, 20, 30};
+        stage->camera.pan_degrees = pan;
+        stage->camera.tilt_degrees = tilt;
+        stage->camera.roll_degrees = roll;
         EXPECT_THAT(vector_of(_api__get_camera_position), is_near({10, 20, 30}));
         EXPECT_THAT(vector_of(_api__get_camera_direction), is_near(direction));
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <tovu/particle_record.h>
 
+#include <array>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -27,6 +29,12 @@ inline Vector3 transform_point(const stage::Matrix& matrix, Vector3 point) {
     return {row(0), row(1), row(2)};
 }
 
+/// The 32-bit words of a plain value, to compare numbers bit for bit.
+template <class Value>
+std::array<uint32_t, sizeof(Value) / 4> words_of(const Value& value) {
+    return std::bit_cast<std::array<uint32_t, sizeof(Value) / 4>>(value);
+}
+
 /// Fails with the name of each field, links and consumer's marks aside, in which two records differ by a bit.
 inline void expect_same(const Particle& expected, const Particle& value) {
     const char* const words[] = {"position.x", "position.y",  "position.z", "velocity.x",    "velocity.y",
@@ -34,11 +42,12 @@ inline void expect_same(const Particle& expected, const Particle& value) {
                                  "size_y",     "size_step_y", "rotation",   "rotation_step", "path_angle",
                                  "age",        "life",        "accelerated"};
     for (size_t i = 0; i < std::size(words); ++i) {
-        float numbers[2] = {};
+        uint32_t bits[2] = {};
         const size_t bytes = 4 * i == offsetof(Particle, color) ? sizeof expected.color : 4;
-        std::memcpy(&numbers[0], reinterpret_cast<const char*>(&expected) + 4 * i, bytes);
-        std::memcpy(&numbers[1], reinterpret_cast<const char*>(&value) + 4 * i, bytes);
-        EXPECT_EQ(0, std::memcmp(&numbers[0], &numbers[1], 4)) << words[i] << ": " << numbers[0] << ", " << numbers[1];
+        std::memcpy(&bits[0], reinterpret_cast<const char*>(&expected) + 4 * i, bytes);
+        std::memcpy(&bits[1], reinterpret_cast<const char*>(&value) + 4 * i, bytes);
+        EXPECT_EQ(bits[0], bits[1]) << words[i] << ": " << std::bit_cast<float>(bits[0]) << ", "
+                                    << std::bit_cast<float>(bits[1]);
     }
 }
 

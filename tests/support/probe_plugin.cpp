@@ -34,7 +34,7 @@ void ask_target(ProbeInstance& probe) {
 }  // namespace
 
 int32_t PLUGIN_INIT() noexcept {
-    static const char* const kModes[] = {"Slow", "Fast", nullptr};
+    static constexpr const char* kModes[] = {"Slow", "Fast", nullptr};
     pelRegisterPlugin("Probe");
     pelRegisterPluginType(1);
     pelRegisterParameterInt("count", "Count", 3, -5, 10);

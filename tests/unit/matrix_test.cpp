@@ -1,7 +1,6 @@
 // Vectors and matrices: OpenGL's conventions, and the zero rules that leave every bit as it was.
 #include "math/matrix.h"
 
-#include <cstring>
 #include <limits>
 
 #include "expect.h"
@@ -51,7 +50,7 @@ TEST(Matrix, ZeroLeavesEveryBit) {
     rotate_y(matrix, -0.0f);
     rotate_z(matrix, 0);
     scale(matrix, {0, 0, 0});
-    EXPECT_EQ(0, std::memcmp(before.m, matrix.m, sizeof matrix.m));
+    EXPECT_EQ(words_of(before), words_of(matrix));
     translate(matrix, {0, 1, 0});  // the terms of x and z stay out of the sum
     EXPECT_EQ(2.0f, matrix.m[13]);
 }

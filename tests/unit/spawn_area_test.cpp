@@ -63,11 +63,12 @@ std::vector<Vector3> comb(int teeth) {
 }
 
 /// Random edges, which cross far more often than pieces are cut for.
-std::vector<Vector3> tangle(int corners) {
+std::vector<Vector3> tangle(size_t corners) {
     std::mt19937 generator(random_seed());
     std::uniform_real_distribution<float> share(0, 1);
     std::vector<Vector3> outline;
-    for (int i = 0; i < corners; ++i) outline.push_back({8 * share(generator), 4 * share(generator), 0});
+    outline.reserve(corners);
+    for (size_t i = 0; i < corners; ++i) outline.push_back({8 * share(generator), 4 * share(generator), 0});
     return outline;
 }
 

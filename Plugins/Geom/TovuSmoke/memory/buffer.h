@@ -28,8 +28,8 @@ class Buffer {
     bool reserve(int64_t count) {
         static_assert(std::is_trivially_copyable_v<Element>, "growing copies elements as bytes");
         if (count <= capacity_) return true;
-        if (count > INT32_MAX || static_cast<uint64_t>(count) > SIZE_MAX / sizeof(Element)) return false;
-        void* const grown = std::realloc(elements_, static_cast<size_t>(count) * sizeof(Element));
+        if (count > INT32_MAX || static_cast<uint64_t>(count) > SIZE_MAX / kElementBytes) return false;
+        void* const grown = std::realloc(elements_, static_cast<size_t>(count) * kElementBytes);
         if (grown == nullptr) return false;
         elements_ = static_cast<Element*>(grown);
         capacity_ = static_cast<int32_t>(count);
@@ -43,6 +43,8 @@ class Buffer {
     const Element& operator[](int32_t index) const { return elements_[index]; }
 
   private:
+    static constexpr size_t kElementBytes = sizeof(Element);  // NOLINT(bugprone-sizeof-expression): may be pointers
+
     Element* elements_ = nullptr;
     int32_t capacity_ = 0;
 };
