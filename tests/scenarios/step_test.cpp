@@ -218,6 +218,7 @@ const struct {
     bool attached, released;
     float life, age;  // after a step of 0.25 s from age 1 of 8
     int accelerated;
+    bool container_removed = false;
 } kDeaths[] = {
     {"100 changes nothing", 2, 100, false, true, true, 8, 1.25f, 0},
     {"cube", 0, 50, false, false, true, 8, 1.25f, 0},
@@ -225,6 +226,7 @@ const struct {
     {"sphere, released", 1, 50, false, true, true, 4, 0.625f, 1},
     {"outside the container", 2, 50, false, false, false, 4, 0.625f, 1},
     {"inside the container", 2, 50, true, false, false, 8, 1.25f, 0},
+    {"inside outlines whose container is removed", 2, 50, true, false, false, 4, 0.625f, 1, true},
     {"inside the container, released", 2, 50, true, true, true, 4, 0.625f, 1},
     {"outside and released counts once", 2, 50, false, true, true, 4, 0.625f, 1},
     {"off the mask keeps its age", 3, 50, false, false, false, 4.625f, 1.25f, 1},
@@ -241,7 +243,8 @@ TEST(Step, DeathAcceleration) {
                          {"spawn_image", "mask"},
                          {"spawn_range_x", 100.0},
                          {"spawn_range_y", 100.0}});
-        one.host.add_outlines("square", {{{{0, 0, 0}, {100, 0, 0}, {100, 100, 0}, {0, 100, 0}}}});
+        const int32_t square =
+            one.host.add_outlines("square", {{{{0, 0, 0}, {100, 0, 0}, {100, 100, 0}, {0, 100, 0}}}});
         stage::add_image(one.host.stage(), "mask", 2, 1, GL_LUMINANCE, {0, 255});  // lit where x is not below 0
         one.host.set(one.smoke, "freeze_motion", true);
         one.host.set(one.smoke, "spawn_type", row.spawn_type);
@@ -250,6 +253,7 @@ TEST(Step, DeathAcceleration) {
         stage::notify_changed(one.host.stage(), one.smoke.container, kIndex_spawn_image);
         one.host.run_frames(2);
         one.host.set(one.smoke, "freeze_motion", false);
+        if (row.container_removed) stage::remove_container(one.host.stage(), square);
         one.particle->position = {row.on_shape ? 10.0f : -10.0f, 10, 0};
         one.particle->velocity = {-20, 0, 0};  // tested before it moves
         one.host.block(one.smoke).consumer_attached = row.attached;
