@@ -28,4 +28,5 @@ install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/
   DESTINATION share/doc/tovu COMPONENT SDK OPTIONAL)
 
 install(TARGETS TovuSmoke LIBRARY DESTINATION lib/tovu/plugins COMPONENT Plugins)
-install(FILES ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.toml DESTINATION lib/tovu/plugins COMPONENT Plugins)
+install(FILES ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.toml
+  ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.fields DESTINATION lib/tovu/plugins COMPONENT Plugins)

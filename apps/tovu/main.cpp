@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "fault_guard.h"
+#include "hash_command.h"
 #include "params_command.h"
 #include "plugin_location.h"
 #include "render_command.h"
@@ -41,6 +42,14 @@ int run_params(const tovu::ParamsOptions& options) {
     return 0;
 }
 
+int run_hash(const tovu::HashOptions& options) {
+    const stage::Result<stage::Done> done = tovu::hash_scenes(options, [](const std::string& line) {
+        std::puts(line.c_str());
+        std::fflush(stdout);
+    });
+    return done ? 0 : fail(done.error().message);
+}
+
 int run_render(const tovu::RenderOptions& options) {
     std::signal(SIGCHLD, SIG_DFL);  // while it is ignored, the exit status of ffmpeg is lost
     std::unique_ptr<stage::ProgressLine> line;
@@ -62,6 +71,14 @@ int run_validate(const tovu::ValidateOptions& options) {
         std::fflush(stdout);
     });
     return status ? *status : fail(status.error().message);
+}
+
+void add_hash(CLI::App& app, tovu::HashOptions& options) {
+    CLI::App* command = app.add_subcommand("hash", "Print digests of a scene's frames, without drawing");
+    command->add_option("scene", options.scenes, "Scene files")->required();
+    command->add_option("--every", options.every, "Only every Nth frame, from frame 0 on; default 1");
+    command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
+    command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
 }
 
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
@@ -107,15 +124,17 @@ int run(int argc, char** argv) {
     CLI::App app("Renders scenes with smoke: loads plug-ins into the Stage, a host without a window.", "tovu");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
+    tovu::HashOptions hash;
     tovu::ParamsOptions params;
     tovu::RenderOptions render;
     tovu::ValidateOptions validate;
-    render.plugin = tovu::smoke_plugin_file();
+    hash.plugin = render.plugin = tovu::smoke_plugin_file();
+    add_hash(app, hash);
     add_params(app, params);
     add_render(app, render);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "params", "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "params", "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -126,6 +145,7 @@ int run(int argc, char** argv) {
         return fail(std::string(error.what()) + "\nsee --help");
     }
     tovu::install_fault_guard();
+    if (app.got_subcommand("hash")) return run_hash(hash);
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);
     if (app.got_subcommand("validate")) return run_validate(validate);

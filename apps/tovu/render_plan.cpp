@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 
+#include "option_values.h"
 #include "stage/assets/picture.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/video_file.h"
@@ -22,13 +22,6 @@ namespace {
 using stage::Done;
 using stage::Error;
 using stage::Result;
-
-// The whole text as a number.
-template <class T>
-bool parse_number(std::string_view text, T& value) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size();
-}
 
 Result<Done> apply_size(const std::string& text, stage::SceneDescription& scene) {
     if (text.empty()) return Done{};
@@ -58,18 +51,11 @@ Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
 }
 
 Result<Done> take_frames(const std::string& text, RenderPlan& plan) {
-    const int count = static_cast<int>(stage::frame_count(plan.scene));
-    plan.first = 0;
-    plan.last = count - 1;
-    if (text.empty()) return Done{};
-    const size_t dash = text.find('-');
-    const std::string_view first = std::string_view(text).substr(0, dash);
-    const std::string_view last = dash == std::string::npos ? first : std::string_view(text).substr(dash + 1);
-    if (parse_number(first, plan.first) && parse_number(last, plan.last) && plan.first >= 0 &&
-        plan.first <= plan.last && plan.last < count)
-        return Done{};
-    return Error{fmt::format("--frames {}: must be A-B with 0 <= A <= B <= {}; the scene has {} frames", text,
-                             count - 1, count)};
+    const Result<FrameRange> range = parse_frames(text, plan.scene);
+    if (!range) return range.error();
+    plan.first = range->first;
+    plan.last = range->last;
+    return Done{};
 }
 
 Result<Done> take_moment(const std::string& text, RenderPlan& plan) {

@@ -91,6 +91,8 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.png --at 0 --trace no/t.json", "--trace no/t.json: there is no folder 'no'"},
     {"render tiny.toml -o x.png --at 0 --plugin-timeout -1",
      "--plugin-timeout -1: must be a time in seconds from 0, for no limit, to 86400"},
+    {"hash tiny.toml --every 0", "--every 0: must be a whole number from 1 to 1000000000"},
+    {"hash tiny.toml --frames 5-10", "must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
     {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
     {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
     {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},
@@ -104,6 +106,19 @@ TEST_F(Command, MistakesEndWithStatus2AndLeaveNothing) {
         SCOPED_TRACE(arguments);
         expect_mistake(arguments, message);
     }
+}
+
+TEST_F(Command, HashPrintsADigestOfEveryNthFrame) {
+    write("older.toml", "prewarm = 0.04\n" + bytes("tiny.toml"));
+    const std::string all = run("hash tiny.toml").output;
+    EXPECT_EQ(10, std::count(all.begin(), all.end(), '\n'));
+    std::istringstream some(run("hash tiny.toml older.toml --every 4 --frames 1-8").output);
+    std::string lines[4];
+    for (std::string& line : lines) std::getline(some, line);
+    EXPECT_THAT(lines, testing::Each(testing::MatchesRegex("[a-z]+ [48] [0-9a-f]{16}")));
+    EXPECT_THAT(all, testing::AllOf(HasSubstr(lines[0] + "\n"), HasSubstr(lines[1] + "\n")));
+    EXPECT_NE(lines[0].substr(5), lines[2].substr(6)) << "older smoke";
+    EXPECT_THAT(lines[2], testing::StartsWith("older 4 "));
 }
 
 // Mistakes that only the plug-in's registration or another file shows.

@@ -1,8 +1,11 @@
 // The scenes that come along: each is loaded, built and run, and none of them is empty.
 #include <algorithm>
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 
 #include "scene_pictures.h"
+#include "stage/replay/digest.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 #include "stored_picture.h"
@@ -56,6 +59,27 @@ TEST_P(Scenes, LookAsStored) {
     scene.size = {320, 180};
     const ScenePictures drawn = draw_frames(scene, {stage::frame_count(scene) / 2});
     expect_stored_picture("scene_" + GetParam(), drawn.pictures.at(0), drawn.renderer);
+}
+
+// `./tovu hash scenes/*.toml --every 50 >scenes/digests.txt` makes them anew.
+TEST_P(Scenes, HaveTheStoredDigests) {
+    std::ifstream stored(kFolder / "digests.txt");
+    auto built = stage::build_scene(scene, TOVU_SMOKE_PLUGIN);
+    ASSERT_TRUE(built) << built.error().message;
+    const auto tables = stage::read_field_tables();
+    ASSERT_TRUE(tables) << tables.error().message;
+    stage::SceneRun run = stage::start_run(std::move(*built));
+    int64_t frames = 0;
+    std::string name, digest;
+    for (int64_t frame; stored >> name >> frame >> digest;) {
+        if (name != GetParam()) continue;
+        ASSERT_TRUE(stage::run_until(run, frame));
+        std::ostringstream now;
+        now << std::hex << std::setw(16) << std::setfill('0') << stage::frame_digest(*run.built.stage, *tables);
+        ASSERT_EQ(digest, now.str()) << "frame " << frame;
+        ++frames;
+    }
+    EXPECT_EQ((stage::frame_count(scene) + 49) / 50, frames);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Scenes, testing::ValuesIn(scene_names()), [](const auto& one) { return one.param; });

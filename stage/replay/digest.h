@@ -1,0 +1,29 @@
+// Digests of the state of plug-in instances.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "field_table.h"
+#include "stage/scene/stage.h"
+
+namespace stage {
+
+using FieldTables = std::map<PluginId, FieldTable>;
+
+/// Of all plug-ins that are loaded. The error is that of read_field_table.
+STAGE_EXPORT Result<FieldTables> read_field_tables();
+
+/// The digest of an instance after its PLUGIN_NEW_GEOM:
+/// - parameter slots, texts by their characters;
+/// - the fields of the block, in order; no addresses, and nothing that is not set yet;
+/// - the records of each list, in the order of the lists and in list order;
+/// - the bounding box that it sent last.
+/// It is the same on every platform on which these are the same, bit for bit. Of a plug-in without a table only slots
+/// and box count.
+STAGE_EXPORT uint64_t instance_digest(const Stage& stage, const Instance& instance, const FieldTable& table);
+
+/// The digest of a frame that has run: every instance with the name of its container, in tree order.
+STAGE_EXPORT uint64_t frame_digest(const Stage& stage, const FieldTables& tables);
+
+}  // namespace stage

@@ -1,0 +1,31 @@
+// A digest of bytes.
+#pragma once
+
+#include <bit>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace stage {
+
+/// FNV-1a with 64 bits (Fowler, Noll, Vo). Numbers count as their little-endian bytes, so that a digest is the same on
+/// every machine.
+struct Fnv1a {
+    uint64_t value = 14695981039346656037u;
+
+    void add_byte(unsigned byte) { value = (value ^ byte) * 1099511628211u; }
+    template <std::unsigned_integral Number>
+    void add(Number number) {
+        for (size_t i = 0; i < sizeof number; ++i)
+            add_byte(static_cast<unsigned>(static_cast<uint64_t>(number) >> 8 * i & 0xFF));
+    }
+    void add(float number) { add(std::bit_cast<uint32_t>(number)); }
+    /// The characters and a NUL behind them.
+    void add(std::string_view text) {
+        for (const char character : text) add_byte(static_cast<unsigned char>(character));
+        add_byte(0);
+    }
+};
+
+}  // namespace stage
