@@ -3,6 +3,8 @@
 #include <epoxy/gl.h>
 #include <fmt/format.h>
 
+#include <tuple>
+
 #include "dispatch.h"
 #include "errors.h"
 #include "real_opengl.h"
@@ -31,12 +33,13 @@ constexpr StackKind kStacks[kStackCount] = {
 struct SavedState {
     GLint depths[kStackCount];
     Matrix matrices[kStackCount];
+    Matrix light_matrix;  // of the second texture unit, in a pass with a light
     GLint program = 0;
     GLint vertex_array = 0;
     OpenGlDispatch dispatch;
 };
 
-SavedState save_state() {
+SavedState save_state(const PassSettings& settings) {
     SavedState saved{};
     saved.dispatch = current_opengl();
     glGetIntegerv(GL_CURRENT_PROGRAM, &saved.program);
@@ -45,6 +48,10 @@ SavedState save_state() {
     glBindVertexArray(0);  // first, since the client attributes saved below belong to the bound object
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    if (settings.light.texture != 0) {
+        glActiveTexture(GL_TEXTURE1);
+        glGetFloatv(GL_TEXTURE_MATRIX, saved.light_matrix.data());
+    }
     glActiveTexture(GL_TEXTURE0);  // texture matrices and texture coordinate arrays are per unit; plug-ins use unit 0
     glClientActiveTexture(GL_TEXTURE0);
     for (int i = 0; i < kStackCount; ++i) {
@@ -65,13 +72,51 @@ void set_matrices(const PassSettings& settings) {
     glLoadMatrixf(settings.world.data());
 }
 
-void set_texture(unsigned int texture) {
+// Of the active unit; 0 turns texturing off.
+void bind_texture(unsigned int texture) {
     for (const unsigned int target : Constants{GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP})
         glDisable(target);
     if (texture == 0) return;
     glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, texture);
-    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+}
+
+void set_texture(unsigned int texture) {
+    bind_texture(texture);
+    if (texture != 0) glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+}
+
+// One coordinate of a light's texture from one of the world: (coordinate - position) / size + 1/2.
+void generate_coordinate(GLenum coordinate, GLenum enable, size_t axis, const PassLight& light) {
+    GLfloat plane[4] = {0, 0, 0, 0.5f - light.position[axis] / light.size[axis]};
+    plane[axis] = 1.0f / light.size[axis];
+    glTexGeni(coordinate, GL_TEXTURE_GEN_MODE, GL_EYE_LINEAR);
+    glTexGenfv(coordinate, GL_EYE_PLANE, plane);
+    glEnable(enable);
+}
+
+// Changes GL_MODELVIEW. Eye coordinates are those of the world, since GL_MODELVIEW has no camera in it; a plug-in that
+// loads the identity and draws in world coordinates gets the same light.
+void set_light(const PassLight& light) {
+    if (light.texture == 0) return;
+    glActiveTexture(GL_TEXTURE1);
+    bind_texture(light.texture);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+    for (const auto& [combine, texture, previous] : {std::tuple{GL_COMBINE_RGB, GL_SOURCE0_RGB, GL_SOURCE1_RGB},
+                                                     {GL_COMBINE_ALPHA, GL_SOURCE0_ALPHA, GL_SOURCE1_ALPHA}}) {
+        glTexEnvi(GL_TEXTURE_ENV, combine, GL_MODULATE);
+        glTexEnvi(GL_TEXTURE_ENV, texture, GL_TEXTURE);
+        glTexEnvi(GL_TEXTURE_ENV, previous, GL_PREVIOUS);
+    }
+    glTexEnvf(GL_TEXTURE_ENV, GL_RGB_SCALE, 4.0f);
+    glTexEnvf(GL_TEXTURE_ENV, GL_ALPHA_SCALE, 1.0f);
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();  // planes are taken through the modelview matrix of the moment
+    generate_coordinate(GL_S, GL_TEXTURE_GEN_S, 0, light);
+    generate_coordinate(GL_T, GL_TEXTURE_GEN_T, 1, light);
+    glActiveTexture(GL_TEXTURE0);
 }
 
 void set_client_state() {
@@ -81,6 +126,7 @@ void set_client_state() {
 }
 
 void set_state(const PassSettings& settings) {
+    set_light(settings.light);
     set_matrices(settings);
     set_texture(settings.texture);
     set_client_state();
@@ -133,7 +179,12 @@ void restore_stack(const StackKind& stack, GLint depth_before, const Matrix& mat
     glLoadMatrixf(matrix.data());
 }
 
-void restore_state(const SavedState& saved, std::vector<std::string>& complaints) {
+void restore_state(const SavedState& saved, const PassSettings& settings, std::vector<std::string>& complaints) {
+    if (settings.light.texture != 0) {
+        glActiveTexture(GL_TEXTURE1);
+        glMatrixMode(GL_TEXTURE);
+        glLoadMatrixf(saved.light_matrix.data());
+    }
     glActiveTexture(GL_TEXTURE0);
     for (int i = 0; i < kStackCount; ++i) restore_stack(kStacks[i], saved.depths[i], saved.matrices[i], complaints);
     glPopClientAttrib();
@@ -147,7 +198,7 @@ void restore_state(const SavedState& saved, std::vector<std::string>& complaints
 
 std::vector<std::string> draw_pass(const PassSettings& settings, const std::function<void()>& draw) {
     std::vector<std::string> complaints;
-    const SavedState saved = save_state();
+    const SavedState saved = save_state(settings);
     set_state(settings);
     take_opengl_errors();  // errors from before this pass
     take_opengl_complaints();
@@ -158,7 +209,7 @@ std::vector<std::string> draw_pass(const PassSettings& settings, const std::func
     end_open_begin(complaints);
     for (std::string& complaint : take_opengl_complaints()) complaints.push_back(std::move(complaint));
     for (const std::string& error : take_opengl_errors()) complaints.push_back("OpenGL: " + error);
-    restore_state(saved, complaints);
+    restore_state(saved, settings, complaints);
     return complaints;
 }
 

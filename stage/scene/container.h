@@ -1,6 +1,7 @@
 // Containers: the nodes of the scene's tree. Each has a placement, an appearance and at most one geometry.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,10 +22,18 @@ enum class Blend {
     kAdditive,  // SRC_ALPHA, ONE
 };
 
+/// An image laid over the world's XY plane that scales the colours of what is drawn there.
+struct LightMap {
+    int32_t image_handle = kNoObject;    // kNoObject: no light map
+    std::array<float, 2> position = {};  // centre, world units
+    std::array<float, 2> size = {};      // width and height, world units, above 0
+};
+
 /// How the container's geometry is drawn.
 struct Appearance {
     int32_t texture_handle = kNoObject;  // an image; kNoObject draws without a texture
     Blend blend = Blend::kAlpha;
+    LightMap light;
 };
 
 struct BoundingBox {

@@ -20,6 +20,31 @@ struct WrittenContainer {
     const toml::node* children = nullptr;
 };
 
+const KeyRow<LightDescription> kLightKeys[] = {
+    {"image",
+     [](KeyReader& r, const KeyedNode& e, LightDescription& l) {
+         read_text(r, e, l.image);
+         l.image_place = place_of(r, e.node.source());
+     }},
+    {"position", [](KeyReader& r, const KeyedNode& e, LightDescription& l) { read_pair(r, e, l.position); }},
+    {"size",
+     [](KeyReader& r, const KeyedNode& e, LightDescription& l) {
+         if (read_pair(r, e, l.size) && !(l.size[0] > 0.0f && l.size[1] > 0.0f))
+             report(r, e.node.source(), "size must be [width, height], both above 0");
+     }},
+};
+
+void read_light(KeyReader& reader, const KeyedNode& entry, WrittenContainer& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    LightDescription light;
+    read_keys(reader, *table, "a light", kLightKeys, light);
+    for (const char* key : {"image", "size"}) {
+        if (!table->contains(key)) report(reader, table->source(), fmt::format("a light needs {}", key));
+    }
+    written.container.light = light;
+}
+
 const KeyRow<WrittenContainer> kContainerKeys[] = {
     {"name",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
@@ -61,6 +86,7 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
      }},
     {"opacity",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_number(r, e, 0.0, 1.0, w.container.opacity); }},
+    {"light", read_light},
     {"geometry",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_geometry(r, e, w.container.geometry); }},
     {"container", [](KeyReader&, const KeyedNode& e, WrittenContainer& w) { w.children = &e.node; }},
@@ -178,6 +204,7 @@ int32_t read_container_name(KeyReader& reader, const KeyedNode& entry,
 
 void append_container_keys(std::vector<std::string>& keys) {
     for (const std::string& key : key_names(kContainerKeys)) keys.push_back("container." + key);
+    for (const std::string& key : key_names(kLightKeys)) keys.push_back("container.light." + key);
     append_geometry_keys(keys);
 }
 

@@ -75,11 +75,13 @@ void add_plate(const std::optional<GeometryDescription>& geometry, std::set<std:
     if (geometry) names.insert(geometry->image);
 }
 
-// Every text that may name an image: textures, plates and text values of parameters, those of the timeline too.
+// Every text that may name an image: textures, light maps, plates and text values of parameters, those of the timeline
+// too.
 std::set<std::string> possible_image_names(const SceneDescription& scene) {
     std::set<std::string> names;
     for (const ContainerDescription& container : scene.containers) {
         names.insert(container.texture);
+        if (container.light) names.insert(container.light->image);
         add_plate(container.geometry, names);
         add_texts(container.parameters, names);
     }
@@ -105,17 +107,26 @@ void add_sprites(Builder& builder) {
     }
 }
 
+// use: "texture" or another word for the message. Returns kNoObject after an error.
+int32_t image_named(Builder& builder, const std::string& name, const char* use, const Place& place) {
+    const int32_t handle = find_image_by_name(*builder.built.stage, name);
+    if (handle == kNoObject && !is_image_name(builder.scene, name))
+        builder.messages.errors.push_back(
+            fmt::format("{}: unknown {} '{}': {}", place, use, name, name_hint(name, image_names(builder.scene))));
+    return handle;
+}
+
 void set_container(Builder& builder, const ContainerDescription& description, Container& container) {
     container.placement = {vector_of(description.position), vector_of(description.rotation),
                            vector_of(description.scale)};
     container.opacity = description.opacity;
     container.appearance.blend = description.blend;
-    if (description.texture == "none") return;
-    container.appearance.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
-    if (container.appearance.texture_handle == kNoObject && !is_image_name(builder.scene, description.texture))
-        builder.messages.errors.push_back(fmt::format("{}: unknown texture '{}': {}", description.texture_place,
-                                                      description.texture,
-                                                      name_hint(description.texture, image_names(builder.scene))));
+    if (description.texture != "none")
+        container.appearance.texture_handle =
+            image_named(builder, description.texture, "texture", description.texture_place);
+    if (const auto& light = description.light)
+        container.appearance.light = {image_named(builder, light->image, "image", light->image_place), light->position,
+                                      light->size};
 }
 
 void add_containers(Builder& builder) {

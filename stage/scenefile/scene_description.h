@@ -65,6 +65,14 @@ struct GeometryDescription {
     Place place;
 };
 
+/// An image over the world's XY plane that brightens and darkens what a container draws.
+struct LightDescription {
+    std::string image;  // name of an image or a built-in sprite
+    Place image_place;
+    std::array<float, 2> position = {0, 0};  // centre, world units
+    std::array<float, 2> size = {0, 0};      // width and height, world units, above 0
+};
+
 struct ContainerDescription {
     std::string name;             // unique in the scene
     int32_t parent = -1;          // index of an earlier container, -1 for none
@@ -79,6 +87,7 @@ struct ContainerDescription {
     Place texture_place;
     Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
+    std::optional<LightDescription> light;
     std::optional<GeometryDescription> geometry;
     Place place;
 };

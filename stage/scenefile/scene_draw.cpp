@@ -61,6 +61,9 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     settings.world = item.world;
     settings.blend = appearance.blend;
     settings.check_every_call = canvas.check_opengl;
+    const Result<unsigned int> light = texture_of(canvas, stage, appearance.light.image_handle);
+    if (!light) return light.error();
+    settings.light = {*light, appearance.light.position, appearance.light.size};
     if (!item.has_instance) return draw_shape(canvas, scene, settings, item);
     const Result<unsigned int> texture = texture_of(canvas, stage, appearance.texture_handle);
     if (!texture) return texture.error();

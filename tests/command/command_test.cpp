@@ -130,6 +130,7 @@ constexpr const char* kMistakesAboutPlugins = R"(container = [
     { name = "e", parameters = { spawn_cont_name = "aa" } },  #! 52: parameter 'spawn_cont_name' names the unknown
     { name = "f", parameters = { spawn_image = "puf" } },  #! 48: parameter 'spawn_image' names the unknown image
     { name = "g", texture = "pufff", plugin = "smoke" },  #! 29: unknown texture 'pufff': did you mean 'puff'?
+    { name = "lit", light = { image = "puf", size = [1, 1] } },  #! 39: unknown image 'puf': did you mean 'puff'?
     { name = "h", plugin = "none.so" },  #! 28: none.so: not a plug-in library
     { name = "i", plugin = "TovuGathr" },  #! 28: unknown plug-in 'TovuGathr': did you mean 'TovuGather'?
 ]

@@ -68,6 +68,7 @@ container = [
     { name = "egg", parent = "hen" },  #! 30: 'hen' cannot be the parent of 'egg'
     { name = "smoke", parameters = { gravity = [1] } },  #! 48: gravity must be a number, true, false or a text
     { name = "both", plugin = "smoke", geometry = { kind = "text", text = "b" } },  #! 51: container 'both' carries
+    { name = "lit", light = { position = [0, 0], size = [9, 0] } },  #! 29: a light needs image  #! 57: size must be
     { name = "text", geometry = { kind = "text", text = "b" } },
     { name = "switched" },
     { name = "plain" },

@@ -58,6 +58,9 @@ parameters = { birth_rate = 60, life_time = 0.6, turbulence_x = 3, size_birth_x 
 texture = <container.texture: "sheet" -> "none">
 blend = <container.blend: "alpha" -> "additive">
 opacity = <container.opacity: 0.8 -> 0.4>
+light.image = <container.light.image: "switched" -> "puff">
+light.position = <container.light.position: [-40, 0] -> [-60, 0]>
+light.size = <container.light.size: [40, 90] -> [60, 90]>
 [[container]]
 name = "defaults"
 plugin = "smoke"

@@ -209,6 +209,34 @@ TEST_F(FrameTest, ShowsPlatesUprightAndKeepsTheDepthBehind) {
     expect_pixel({0, 0, 255, 255}, pixel_at(frame.read(), 4, 4), "hidden by what is nearer");
 }
 
+// A light of two pixels: the left one neutral, the right one darkens red, doubles green, and clears.
+TEST_F(FrameTest, LightScalesByThePlaceInTheWorld) {
+    const auto light = stage::make_texture({2, 1, stage::kPictureRgba, {64, 64, 64, 255, 32, 128, 255, 128}});
+    const auto white = stage::make_texture({1, 1, stage::kPictureLuminance, {255}});
+    ASSERT_TRUE(light && white);
+    glTranslatef(3, 0, 0);  // a matrix of the caller's, which does not count
+    for (const bool in_world : {false, true})
+        for (const unsigned int texture : {0u, white->number()}) {
+            SCOPED_TRACE(testing::Message() << (in_world ? "world" : "local") << ", texture " << texture);
+            stage::Framebuffer frame = make_frame(kSize);
+            PassSettings settings;
+            settings.projection_view = kPixels;
+            settings.world[12] = in_world ? 100.0f : 4.0f;
+            settings.texture = texture;
+            settings.light = {light->number(), {4, 0}, {8, 8}};
+            settings.color = {0.5f, 0.25f, 0.1f, 0.8f};
+            stage::draw_pass(settings, [&] {
+                if (in_world) ormixGL_glLoadIdentity();
+                if (texture != 0) ormixGL_glDisable(GL_TEXTURE_2D);
+                glRectf(in_world ? 0.0f : -4.0f, 0, in_world ? 8.0f : 4.0f, 8);
+            });
+            const stage::Picture picture = frame.read();
+            for (const int x : {0, 1}) expect_pixel({128, 64, 26, 204}, pixel_at(picture, x, 6), "neutral");
+            for (const int x : {6, 7}) expect_pixel({64, 128, 102, 102}, pixel_at(picture, x, 1), "coloured");
+        }
+    glLoadIdentity();
+}
+
 TEST_F(FrameTest, PicturesThatCannotBeTexturesAreNamed) {
     EXPECT_THAT(stage::make_texture({0, 4, stage::kPictureRgb, {}}).error().message, testing::HasSubstr("0 x 4"));
     EXPECT_THAT(stage::make_texture({4, 4, stage::kPictureRgb, std::vector<uint8_t>(47)}).error().message,

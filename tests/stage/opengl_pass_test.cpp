@@ -23,8 +23,9 @@ using State = std::map<GLenum, std::vector<double>>;
 constexpr GLenum kMatrices[] = {GL_PROJECTION_MATRIX, GL_MODELVIEW_MATRIX, GL_TEXTURE_MATRIX};
 constexpr GLenum kFourNumbers[] = {GL_CURRENT_COLOR, GL_CURRENT_TEXTURE_COORDS};
 constexpr GLenum kSwitches[] = {
-    GL_BLEND, GL_ALPHA_TEST,   GL_DEPTH_TEST,   GL_LIGHTING,    GL_TEXTURE_2D,          GL_CULL_FACE,
-    GL_FOG,   GL_STENCIL_TEST, GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY, GL_NORMAL_ARRAY};
+    GL_BLEND,         GL_ALPHA_TEST,   GL_DEPTH_TEST,   GL_LIGHTING,    GL_TEXTURE_2D,          GL_CULL_FACE,
+    GL_FOG,           GL_STENCIL_TEST, GL_VERTEX_ARRAY, GL_COLOR_ARRAY, GL_TEXTURE_COORD_ARRAY, GL_NORMAL_ARRAY,
+    GL_TEXTURE_GEN_S, GL_TEXTURE_GEN_T};
 constexpr GLenum kDepths[] = {GL_PROJECTION_STACK_DEPTH, GL_MODELVIEW_STACK_DEPTH, GL_TEXTURE_STACK_DEPTH,
                               GL_ATTRIB_STACK_DEPTH, GL_CLIENT_ATTRIB_STACK_DEPTH};
 constexpr GLenum kBlending[] = {GL_BLEND_SRC_RGB,   GL_BLEND_DST_RGB,  GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA,
@@ -58,6 +59,8 @@ State whole_state() {
     }
     return state;
 }
+
+constexpr stage::Matrix kHalf = {0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 1};
 
 /// Changes all state that the contract's functions can change; matrix stacks stay balanced.
 void change_everything() {
@@ -103,6 +106,9 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
     glBindBuffer(GL_ARRAY_BUFFER, buffer);
     glActiveTexture(GL_TEXTURE1);
     glClientActiveTexture(GL_TEXTURE1);
+    glMatrixMode(GL_TEXTURE);
+    glLoadMatrixf(kHalf.data());
+    glMatrixMode(GL_MODELVIEW);
     glPointSize(3);
     const State before = whole_state();
     stage::use_opengl(stage::silent_opengl());
@@ -111,6 +117,7 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
     ASSERT_TRUE(texture);
     stage::PassSettings settings;
     settings.texture = texture->number();
+    settings.light = {texture->number(), {0, 0}, {1, 1}};
     settings.blend = stage::Blend::kAdditive;
     State inside;
     const auto complaints = stage::draw_pass(settings, [&] {
@@ -120,6 +127,9 @@ TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
 
     EXPECT_THAT(complaints, IsEmpty());
     EXPECT_EQ(before, whole_state());
+    glMatrixMode(GL_TEXTURE);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
     EXPECT_EQ(stage::silent_opengl().Begin, stage::current_opengl().Begin);
     size_t changed = 0;
     for (const auto& [name, values] : before) changed += inside[name] != values;
