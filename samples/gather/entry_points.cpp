@@ -2,33 +2,30 @@
 #include <tovu/entry_points.h>
 #include <tovu/host_services.h>
 
-#include <new>
-
 #include "gather.h"
 
 using gather::Gather;
+
+constexpr int32_t kRestart = 1;  // number of the push button
 
 static Gather& gather_at(void* instance) {
     return *static_cast<Gather*>(instance);
 }
 
-static void register_parameters() {
-    static constexpr const char* kReferenceChoices[] = {"Local", "World", nullptr};
-    using gather::kReferenceLocal;
-#define CONTAINER(name, label) pelRegisterParameterContainer(#name, label, "");
-#define RADIO(name, label, initial, choices) pelRegisterParameterRadio(#name, label, initial, choices);
-#define FLOAT(name, label, initial, minimum, maximum) \
-    pelRegisterParameterFloat(#name, label, initial, minimum, maximum);
-#define COLOUR(name, label, initial) pelRegisterParameterInt(#name, label, initial, 0, 255);
-    GATHER_PARAMETERS(CONTAINER, RADIO, FLOAT, COLOUR)
-}
-
 int32_t PLUGIN_INIT() noexcept {
     pelRegisterPlugin("TovuGather");
     pelRegisterPluginType(1);
-    register_parameters();
+    static constexpr const char* kReferenceChoices[] = {"Local", "World", nullptr};
+    pelRegisterParameterContainer("smoke_container", "Smoke Container", "");
+    pelRegisterParameterRadio("smoke_reference", "Smoke's Reference", gather::kReferenceLocal, kReferenceChoices);
+    pelRegisterParameterContainer("target_container", "Target Container", "");
+#define FLOAT(name, label, initial, minimum, maximum) \
+    pelRegisterParameterFloat(#name, label, initial, minimum, maximum);
+#define COLOUR(name, label, initial) pelRegisterParameterInt(#name, label, initial, 0, 255);
+    GATHER_FLOATS(FLOAT)
+    GATHER_COLOURS(COLOUR)
     pelRegisterInfoText("info", "Gathers smoke into the outline of a container");
-    pelRegisterPushButton("restart", "Restart", gather::kActionRestart);
+    pelRegisterPushButton("restart", "Restart", kRestart);
     pelRegisterTotalSize(static_cast<int32_t>(sizeof(Gather)));
     pelRegisterUseLOD(0);
     pelRegisterUseEvents(0);
@@ -36,19 +33,17 @@ int32_t PLUGIN_INIT() noexcept {
 }
 
 void PLUGIN_INIT_FUNCTION(void* instance) noexcept {
-    const gather::Slots slots = gather_at(instance).slots;  // the host has filled them
-    new (instance) Gather{slots, {}, {}};
+    gather_at(instance) = {gather_at(instance).slots};  // the host has filled them
 }
 
 void PLUGIN_CLEANUP_FUNCTION(void* instance) noexcept {
     gather::detach(gather_at(instance));
-    gather_at(instance).~Gather();
 }
 
 void PLUGIN_CHANGED_CALLBACK(void* /*instance*/, int32_t /*parameter_index*/) noexcept {}  // slots are read every frame
 
 void PLUGIN_EXEC_ACTION(void* instance, int32_t action) noexcept {
-    if (action == gather::kActionRestart) gather_at(instance).clock.seconds = 0;
+    if (action == kRestart) gather_at(instance).seconds = 0;
 }
 
 uint8_t PLUGIN_NEW_GEOM(void* instance, int32_t /*not read*/) noexcept {

@@ -4,23 +4,17 @@
 
 #include <cstdint>
 
-#include "outline.h"
 #include "parameters.h"
 
 namespace gather {
-
-struct Clock {
-    int32_t last_retrace = 0;
-    float last_post_seconds = -1;  // negative: no post-recording time seen yet
-    double seconds = 0;            // since the first frame or since Restart was pressed
-};
 
 /// The block: the slots come first, since the host fills them, then the instance's own state. The only thing kept about
 /// the smoke is a handle. Each particle stores its own number in `Particle::claimed`, so there is no table to maintain.
 struct Gather {
     Slots slots;
-    Clock clock;
-    Outline outline;
+    int32_t last_retrace = 0;
+    float last_post_seconds = -1;        // negative: no post-recording time seen yet
+    double seconds = 0;                  // since the first frame or since Restart was pressed
     int32_t smoke_geometry_handle = -1;  // of the attached smoke
     int32_t last_number = 0;             // given to the particle that was claimed last
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <span>
 
 namespace gather {
@@ -20,49 +21,36 @@ Vector3 transform(const Matrix& matrix, Vector3 p) {
             m[2] * p.x + m[6] * p.y + m[10] * p.z + m[14]};
 }
 
-// Compares edges regardless of their direction.
-bool is_before(const Edge* a, const Edge* b) {
-    const auto ends = [](const Edge& e) {
-        return std::minmax({std::array{e.from.x, e.from.y, e.from.z}, std::array{e.to.x, e.to.y, e.to.z}});
-    };
-    return ends(*a) < ends(*b);
-}
-
 // A cut joins the hole of a letter to its outer border, and the outline runs along the cut twice. No smoke belongs
 // there: two edges of one mesh with the same ends get the length 0.
 void close_cuts(std::span<Edge> edges) {
-    std::vector<Edge*> sorted;
-    for (Edge& edge : edges) sorted.push_back(&edge);
-    std::sort(sorted.begin(), sorted.end(), is_before);
-    for (size_t i = 0; i + 1 < sorted.size(); ++i) {
-        if (is_before(sorted[i], sorted[i + 1])) continue;
-        sorted[i]->to = sorted[i]->from;
-        sorted[i + 1]->to = sorted[i + 1]->from;
-        ++i;
+    using Point = std::array<float, 3>;
+    std::map<std::pair<Point, Point>, Edge*> unpaired;  // by both ends, the lesser first
+    for (Edge& edge : edges) {
+        const Point from{edge.from.x, edge.from.y, edge.from.z}, to{edge.to.x, edge.to.y, edge.to.z};
+        const auto [other, is_first] = unpaired.try_emplace(std::minmax(from, to), &edge);
+        if (is_first) continue;
+        edge.length = other->second->length = 0;
+        unpaired.erase(other);
     }
 }
 
 void add_mesh(Outline& outline, const std::vector<Vector3>& corners) {
-    const auto first_edge = static_cast<std::ptrdiff_t>(outline.edges.size());
-    for (size_t i = 0; i < corners.size(); ++i)
-        outline.edges.push_back({corners[i], corners[(i + 1) % corners.size()], 0});
+    const size_t first_edge = outline.edges.size();
+    for (size_t i = 0; i < corners.size(); ++i) {
+        const Vector3 a = corners[i], b = corners[(i + 1) % corners.size()];
+        outline.edges.push_back({a, b, std::hypot(double{b.x} - a.x, double{b.y} - a.y, double{b.z} - a.z), 0});
+    }
     // Both edges of a mesh of two vertices have the same ends too, but are no cut.
-    if (corners.size() > 2) close_cuts({outline.edges.begin() + first_edge, outline.edges.end()});
+    if (corners.size() > 2) close_cuts(std::span(outline.edges).subspan(first_edge));
 }
 
-double length_of(const Edge& edge) {
-    return std::hypot(double{edge.to.x} - edge.from.x, double{edge.to.y} - edge.from.y,
-                      double{edge.to.z} - edge.from.z);
-}
-
-// Removes edges without a length and measures the others.
+// Removes edges without a length and measures the outline.
 void measure(Outline& outline) {
-    std::erase_if(outline.edges, [](const Edge& e) { return !(length_of(e) > 0); });
-    outline.length = 0;
-    outline.low_x = INFINITY;
-    outline.high_x = -INFINITY;
+    std::erase_if(outline.edges, [](const Edge& e) { return !(e.length > 0); });
     for (Edge& edge : outline.edges) {
-        edge.end = outline.length += length_of(edge);
+        edge.start = outline.length;
+        outline.length += edge.length;
         outline.low_x = std::min(outline.low_x, edge.from.x);  // outlines are closed, so one end of each edge is enough
         outline.high_x = std::max(outline.high_x, edge.from.x);
     }
@@ -70,28 +58,27 @@ void measure(Outline& outline) {
 
 }  // namespace
 
-void read_outline(Outline& outline, int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle) {
-    outline.edges.clear();
-    outline.length = 0;
-    if (geometry_handle == -1) return;
+Outline read_outline(int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle) {
+    Outline outline;
+    if (geometry_handle == -1) return outline;
     int32_t detail = 0, access = 0, vertex_count = 0, mesh_count = 0, mesh = 0, vertex = 0;
     uint8_t flags[3] = {};
     _api__get_geom_detail(geometry_handle, &detail);
     _api__get_geom_geomod(geometry_handle, 2, detail, &access);
-    if (access == 0) return;
+    if (access == 0) return outline;
     _api__geomod_init(access);
     _api__geomod_get_info(access, &vertex_count, &mesh_count, &flags[0], &flags[1], &flags[2]);
+    if (mesh_count < 1) return outline;
 
     Matrix to_world, to_smoke;
     _api__container_get_transformation_matrix(container_handle, to_world.m);
     if (smoke_handle != -1) _api__container_get_inverse_matrix(smoke_handle, to_smoke.m);
-    for (int32_t i = 0; i < mesh_count; ++i) {
-        i == 0 ? _api__geomod_goto_mesh(access, 0, &mesh) : _api__geomod_next_mesh(access, &mesh);
-        _api__geomod_get_num_mesh_verices(access, mesh, &vertex_count);
+    _api__geomod_goto_mesh(access, 0, &mesh);
+    for (int32_t i = 0; i < mesh_count; ++i, _api__geomod_next_mesh(access, &mesh)) {
         std::vector<Vector3> corners;
-        for (int32_t j = 0; j < vertex_count; ++j) {
-            j == 0 ? _api__geomod_goto_vertex(access, mesh, 0, &vertex)
-                   : _api__geomod_next_vertex(access, mesh, &vertex);
+        _api__geomod_get_num_mesh_verices(access, mesh, &vertex_count);
+        _api__geomod_goto_vertex(access, mesh, 0, &vertex);
+        for (int32_t j = 0; j < vertex_count; ++j, _api__geomod_next_vertex(access, mesh, &vertex)) {
             Vector3 corner{};
             _api__geomod_get_vertex(access, vertex, &corner.x, &corner.y, &corner.z);
             corner = transform(to_smoke, transform(to_world, corner));
@@ -100,6 +87,7 @@ void read_outline(Outline& outline, int32_t container_handle, int32_t geometry_h
         add_mesh(outline, corners);
     }
     measure(outline);
+    return outline;
 }
 
 std::optional<Place> place_of(const Outline& outline, int32_t number) {
@@ -107,13 +95,11 @@ std::optional<Place> place_of(const Outline& outline, int32_t number) {
     // The fractional parts of multiples of the golden ratio are evenly spread for any count: each new one falls into
     // one of the widest gaps (Knuth, The Art of Computer Programming 3, 6.4).
     constexpr double kGoldenRatio = 0.6180339887498949;
-    const double turns = number * kGoldenRatio;
-    const double along = (turns - std::floor(turns)) * outline.length;
-    const auto edge = std::lower_bound(outline.edges.begin(), outline.edges.end() - 1, along,
-                                       [](const Edge& e, double x) { return e.end < x; });
-    const float t = static_cast<float>((along - (edge->end - length_of(*edge))) / length_of(*edge));
-    const Vector3 a = edge->from;
-    const Vector3 b = edge->to;
+    const double along = std::fmod(number * kGoldenRatio, 1.0) * outline.length;
+    const auto next = std::upper_bound(outline.edges.begin(), outline.edges.end(), along,
+                                       [](double x, const Edge& e) { return x < e.start; });
+    const auto& [a, b, length, start] = *std::prev(next);
+    const float t = static_cast<float>((along - start) / length);
     const Vector3 point{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t};
     const float width = outline.high_x - outline.low_x;
     return Place{point, width > 0 ? (point.x - outline.low_x) / width : 0};

@@ -3,6 +3,7 @@
 
 #include <tovu/vector3.h>
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -12,21 +13,21 @@ namespace gather {
 struct Edge {
     Vector3 from;
     Vector3 to;
-    double end;  // length of all edges up to the end of this one
+    double length;
+    double start;  // length of all edges before this one
 };
 
 /// Every mesh of the target as one closed outline, in the coordinates of the smoke's particles.
 struct Outline {
-    std::vector<Edge> edges;
-    double length = 0;  // 0: no shape
-    float low_x = 0;
-    float high_x = 0;
+    std::vector<Edge> edges;  // none: no shape
+    double length = 0;
+    float low_x = INFINITY;
+    float high_x = -INFINITY;
 };
 
-/// Reads the meshes of the container's geometry again, since it may have moved or changed. Without a geometry (-1) or a
-/// mesh the outline has no edges. smoke_handle: the container in whose coordinates the edges are wanted; -1 for the
-/// world's.
-void read_outline(Outline& outline, int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle);
+/// Reads the meshes of the container's geometry. Without a geometry (-1) or a mesh the outline has no edges.
+/// smoke_handle: the container in whose coordinates the edges are wanted; -1 for the world's.
+Outline read_outline(int32_t container_handle, int32_t geometry_handle, int32_t smoke_handle);
 
 struct Place {
     Vector3 point;
