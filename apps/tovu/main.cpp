@@ -82,9 +82,12 @@ void add_hash(CLI::App& app, tovu::HashOptions& options) {
 }
 
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
-    CLI::App* command = app.add_subcommand("params", "Show what a plug-in registers");
-    command->add_option("plugin", options.plugin,
-                        "As in a scene: \"smoke\" (the default), a library beside it such as TovuGather, or a file");
+    CLI::App* command = app.add_subcommand("params", "Show a plug-in's parameters");
+    command->add_option(
+        "plugin", options.plugin,
+        "As in a scene: \"smoke\" (the default), a library beside it such as TovuGather, or a file; or a "
+        "parameter of the smoke");
+    command->add_option("parameter", options.parameter, "Only this parameter, with all that is known of it");
     command->add_flag("--json", options.json, "JSON instead of a table");
 }
 

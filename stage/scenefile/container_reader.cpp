@@ -140,25 +140,29 @@ ParameterValue value_of(int64_t whole) {
 
 }  // namespace
 
+bool read_value(KeyReader& reader, const KeyedNode& entry, ParameterValue& out) {
+    if (const auto* flag = entry.node.as_boolean())
+        out = flag->get();
+    else if (const auto* whole = entry.node.as_integer())
+        out = value_of(whole->get());
+    else if (const auto* number = entry.node.as_floating_point())
+        out = number->get();
+    else if (const auto* text = entry.node.as_string())
+        out = text->get();
+    else {
+        report(reader, entry.node.source(),
+               fmt::format("{} must be a number, true, false or a text, not {}", entry.key, describe(entry.node)));
+        return false;
+    }
+    return true;
+}
+
 void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<ParameterSetting>& settings) {
     const toml::table* table = read_table(reader, entry);
     if (table == nullptr) return;
     for (const auto& [key, node] : entries_as_written(*table)) {
         ParameterSetting setting{std::string(key->str()), false, place_of(reader, node->source())};
-        if (const auto* flag = node->as_boolean())
-            setting.value = flag->get();
-        else if (const auto* whole = node->as_integer())
-            setting.value = value_of(whole->get());
-        else if (const auto* number = node->as_floating_point())
-            setting.value = number->get();
-        else if (const auto* text = node->as_string())
-            setting.value = text->get();
-        else {
-            report(reader, node->source(),
-                   fmt::format("{} must be a number, true, false or a text, not {}", setting.name, describe(*node)));
-            continue;
-        }
-        settings.push_back(setting);
+        if (read_value(reader, {setting.name.c_str(), *node}, setting.value)) settings.push_back(setting);
     }
 }
 

@@ -13,7 +13,10 @@ void read_containers(KeyReader& reader, const KeyedNode& entry, std::vector<Cont
 int32_t read_container_name(KeyReader& reader, const KeyedNode& entry,
                             const std::vector<ContainerDescription>& containers);
 
-/// Parameter values by registered name, as written; only what no parameter can be (tables, arrays, dates) is reported.
+/// A parameter's value as written; reports what no parameter can be: tables, arrays, dates.
+bool read_value(KeyReader& reader, const KeyedNode& entry, ParameterValue& out);
+
+/// Parameter values by registered name, as read_value reads them.
 void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<ParameterSetting>& settings);
 
 /// "container.name", "container.geometry.kind", …

@@ -49,6 +49,7 @@ std::string curve_fault(const CurveFormat& curve, std::string_view text) {
 
 std::string text_of(const ParameterInfo& parameter, const ParameterValue& value) {
     if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    if (const auto* on = std::get_if<bool>(&value)) return *on ? "true" : "false";
     const auto* position = std::get_if<int>(&value);
     return position != nullptr && parameter.kind == ParameterKind::kRadio
                ? parameter.choices.at(static_cast<size_t>(*position))
@@ -81,8 +82,9 @@ void warn_of_needs(const Moment& moment, const ParameterInfo& parameter, const P
     const ParameterInfo& needed = *find_parameter(moment.plugin, need->second);
     const auto value = moment.values.find(needed.name);
     if (!text_of(needed, value == moment.values.end() ? needed.initial : value->second).empty()) return;
-    warnings.push_back(fmt::format("{}: {} = \"{}\" has no effect while '{}' is empty: name {} there", setting.place,
-                                   parameter.name, choice, needed.name,
+    const char* quote = parameter.kind == ParameterKind::kRadio ? "\"" : "";
+    warnings.push_back(fmt::format("{}: {} = {}{}{} has no effect while '{}' is empty: name {} there", setting.place,
+                                   parameter.name, quote, choice, quote, needed.name,
                                    needed.kind == ParameterKind::kImage ? "an image" : "a container"));
 }
 
@@ -94,11 +96,11 @@ void warn_of_moment(Moment& moment, const std::vector<ParameterSetting>& setting
         moment.settings[setting.name] = &setting;
     }
     for (const auto& [name, setting] : moment.settings) {
-        const auto noted = notes.find(name);
-        if (noted == notes.end()) continue;
+        const ParameterNotes* noted = find_notes(notes, name);
+        if (noted == nullptr) continue;
         const ParameterInfo& parameter = *find_parameter(moment.plugin, name);
-        if (noted->second.curve) warn_of_curve(parameter, *noted->second.curve, *setting, warnings);
-        warn_of_needs(moment, parameter, noted->second, *setting, warnings);
+        if (noted->curve) warn_of_curve(parameter, *noted->curve, *setting, warnings);
+        warn_of_needs(moment, parameter, *noted, *setting, warnings);
     }
 }
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "key_reader.h"
+#include "container_reader.h"
 #include "stage/names.h"
 #include "stage/plugins/parameter_values.h"
 
@@ -14,47 +14,165 @@ namespace stage {
 
 namespace {
 
-// The notes of one parameter as they are read.
-struct WrittenNotes {
-    const Plugin& plugin;
-    const ParameterInfo& parameter;
-    bool is_curve = false;
-    CurveFormat curve{};
-    std::map<std::string, std::string> needs{};
-};
-
 struct WrittenPlugin {
     const Plugin& plugin;
     PluginNotes notes{};
 };
 
-void read_needs(KeyReader& reader, const KeyedNode& entry, WrittenNotes& notes) {
+// The notes of one parameter as they are read.
+struct WrittenNotes {
+    const WrittenPlugin& of;
+    const ParameterInfo& parameter;
+    ParameterNotes notes{};
+    bool is_curve = false;
+    CurveFormat curve{};
+};
+
+// Reads an array with `read_element`, which reports mistakes itself.
+template <class ReadElement>
+void read_array(KeyReader& reader, const KeyedNode& entry, const char* elements, const ReadElement& read_element) {
+    const toml::array* array = entry.node.as_array();
+    if (array == nullptr)
+        report(reader, entry.node.source(),
+               fmt::format("{} must be an array of {}, not {}", entry.key, elements, describe(entry.node)));
+    else
+        for (const toml::node& element : *array) read_element(KeyedNode{entry.key, element});
+}
+
+void read_texts(KeyReader& reader, const KeyedNode& entry, std::vector<std::string>& out) {
+    read_array(reader, entry, "texts", [&](const KeyedNode& element) {
+        std::string text;
+        if (read_text(reader, element, text)) out.push_back(text);
+    });
+}
+
+// The parameter of this name, or null after reporting that there is none.
+const ParameterInfo* named_parameter(KeyReader& reader, const toml::source_region& source, const std::string& name,
+                                     const Plugin& plugin) {
+    const ParameterInfo* parameter = find_parameter(plugin, name);
+    if (parameter == nullptr) report(reader, source, unknown_parameter(plugin, name).message);
+    return parameter;
+}
+
+void read_value_of(KeyReader& reader, const KeyedNode& entry, const ParameterInfo& parameter,
+                   std::vector<ParameterValue>& out) {
+    ParameterValue value;
+    if (!read_value(reader, entry, value)) return;
+    if (const Result<Done> checked = check_parameter(parameter, value); !checked)
+        report(reader, entry.node.source(), checked.error().message);
+    else
+        out.push_back(value);
+}
+
+ValueTest read_test(KeyReader& reader, const KeyedNode& entry, const ParameterInfo& parameter) {
+    ValueTest test{parameter.name, entry.node.value<std::string_view>() == "set", {}};
+    if (test.set) return test;
+    if (entry.node.is_array())
+        read_array(reader, entry, "values",
+                   [&](const KeyedNode& element) { read_value_of(reader, element, parameter, test.values); });
+    else
+        read_value_of(reader, entry, parameter, test.values);
+    return test;
+}
+
+void read_condition(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
     const toml::table* table = read_table(reader, entry);
     if (table == nullptr) return;
-    const std::vector<std::string>& choices = notes.parameter.choices;
+    Condition condition;
+    for (const auto& [key, node] : entries_as_written(*table)) {
+        const std::string name(key->str());
+        if (name == "attached")
+            read_flag(reader, {"attached", *node}, condition.attached);
+        else if (const ParameterInfo* parameter = named_parameter(reader, key->source(), name, written.of.plugin))
+            condition.tests.push_back(read_test(reader, {parameter->name.c_str(), *node}, *parameter));
+    }
+    written.notes.acts_when.push_back(condition);
+}
+
+void read_acts_when(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    if (entry.node.is_array())
+        read_array(reader, entry, "tables",
+                   [&](const KeyedNode& element) { read_condition(reader, element, written); });
+    else
+        read_condition(reader, entry, written);
+}
+
+void read_needs(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    std::vector<std::string> choices = written.parameter.choices;
+    if (written.parameter.kind == ParameterKind::kBool) choices = {"true"};
     for (const auto& [key, node] : entries_as_written(*table)) {
         const std::string choice(key->str());
         std::string needed;
         if (std::find(choices.begin(), choices.end(), choice) == choices.end())
             report(reader, key->source(), fmt::format("unknown choice '{}': {}", choice, name_hint(choice, choices)));
-        else if (read_text(reader, {choice.c_str(), *node}, needed) && find_parameter(notes.plugin, needed) == nullptr)
-            report(reader, node->source(), unknown_parameter(notes.plugin, needed).message);
-        else
-            notes.needs[choice] = needed;
+        else if (read_text(reader, {choice.c_str(), *node}, needed) &&
+                 named_parameter(reader, node->source(), needed, written.of.plugin) != nullptr)
+            written.notes.needs[choice] = needed;
     }
 }
 
+void read_one_of(KeyReader& reader, const KeyedNode& entry, const std::vector<std::string>& choices, std::string& out) {
+    size_t choice = 0;
+    if (read_choice(reader, entry, choices, choice)) out = choices[choice];
+}
+
+struct WrittenPicture {
+    const WrittenNotes& of;
+    PictureNotes picture{};
+};
+
+const KeyRow<WrittenPicture> kPictureKeys[] = {
+    {"scene", [](KeyReader& r, const KeyedNode& e, WrittenPicture& w) { read_text(r, e, w.picture.scene); }},
+    {"values",
+     [](KeyReader& r, const KeyedNode& e, WrittenPicture& w) {
+         read_array(r, e, "values",
+                    [&](const KeyedNode& element) { read_value_of(r, element, w.of.parameter, w.picture.values); });
+     }},
+    {"with", [](KeyReader& r, const KeyedNode& e, WrittenPicture& w) { read_settings(r, e, w.picture.with); }},
+};
+
+void read_picture(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    WrittenPicture picture{written};
+    read_keys(reader, *table, "a picture", kPictureKeys, picture);
+    written.notes.picture = std::move(picture.picture);
+}
+
+template <std::string ParameterNotes::*text>
+void read_words(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    read_text(reader, entry, written.notes.*text);
+}
+
 const KeyRow<WrittenNotes> kNoteKeys[] = {
+    {"group",
+     [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_one_of(r, e, w.of.notes.groups, w.notes.group); }},
+    {"sentence", read_words<&ParameterNotes::sentence>},
+    {"more", read_words<&ParameterNotes::more>},
+    {"unit", read_words<&ParameterNotes::unit>},
+    {"conversion",
+     [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {
+         read_one_of(r, e, {"drag", "gravity", "speed", "turbulence"}, w.notes.conversion);
+     }},
+    {"per",
+     [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {
+         read_one_of(r, e, {"second", "frame"}, w.notes.per);
+     }},
+    {"at_birth", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.notes.at_birth); }},
+    {"acts_when", read_acts_when},
+    {"needs", read_needs},
+    {"picture", read_picture},
     {"format",
-     [](KeyReader& r, const KeyedNode& e, WrittenNotes& n) {
+     [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {
          size_t choice = 0;
-         n.is_curve = read_choice(r, e, {"curve"}, choice);
+         w.is_curve = read_choice(r, e, {"curve"}, choice);
      }},
     {"components",
-     [](KeyReader& r, const KeyedNode& e, WrittenNotes& n) { read_integer(r, e, 1, 16, n.curve.components); }},
-    {"range", [](KeyReader& r, const KeyedNode& e, WrittenNotes& n) { read_pair(r, e, n.curve.range); }},
-    {"steps", [](KeyReader& r, const KeyedNode& e, WrittenNotes& n) { read_flag(r, e, n.curve.steps); }},
-    {"needs", read_needs},
+     [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_integer(r, e, 1, 16, w.curve.components); }},
+    {"range", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_pair(r, e, w.curve.range); }},
+    {"steps", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.curve.steps); }},
 };
 
 void read_parameters(KeyReader& reader, const KeyedNode& entry, WrittenPlugin& written) {
@@ -62,21 +180,30 @@ void read_parameters(KeyReader& reader, const KeyedNode& entry, WrittenPlugin& w
     if (table == nullptr) return;
     for (const auto& [key, node] : entries_as_written(*table)) {
         const std::string name(key->str());
-        const ParameterInfo* parameter = find_parameter(written.plugin, name);
+        const ParameterInfo* parameter = named_parameter(reader, key->source(), name, written.plugin);
         const toml::table* keys = read_table(reader, {name.c_str(), *node});
-        if (parameter == nullptr) report(reader, key->source(), unknown_parameter(written.plugin, name).message);
         if (parameter == nullptr || keys == nullptr) continue;
-        WrittenNotes notes{written.plugin, *parameter};
+        WrittenNotes notes{written, *parameter};
         read_keys(reader, *keys, fmt::format("[parameter.{}]", name), kNoteKeys, notes);
-        ParameterNotes& out = written.notes[name];
-        if (notes.is_curve) out.curve = notes.curve;
-        out.needs = std::move(notes.needs);
+        if (notes.is_curve) notes.notes.curve = notes.curve;
+        notes.notes.name = name;
+        written.notes.parameters.push_back(std::move(notes.notes));
     }
 }
 
-const KeyRow<WrittenPlugin> kPluginKeys[] = {{"parameter", read_parameters}};
+const KeyRow<WrittenPlugin> kPluginKeys[] = {
+    {"groups", [](KeyReader& r, const KeyedNode& e, WrittenPlugin& w) { read_texts(r, e, w.notes.groups); }},
+    {"facts", [](KeyReader& r, const KeyedNode& e, WrittenPlugin& w) { read_texts(r, e, w.notes.facts); }},
+    {"parameter", read_parameters},
+};
 
 }  // namespace
+
+const ParameterNotes* find_notes(const PluginNotes& notes, const std::string& parameter) {
+    const auto found = std::find_if(notes.parameters.begin(), notes.parameters.end(),
+                                    [&](const ParameterNotes& one) { return one.name == parameter; });
+    return found == notes.parameters.end() ? nullptr : &*found;
+}
 
 Result<PluginNotes> read_plugin_notes(const Plugin& plugin) {
     const std::filesystem::path file = std::filesystem::path(plugin.path).parent_path() / (plugin.name + ".toml");

@@ -5,7 +5,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "parameter_condition.h"
+#include "scene_description.h"
 #include "stage/plugins/plugin.h"
 #include "stage/result.h"
 #include "stage/stage_export.h"
@@ -20,17 +23,40 @@ struct CurveFormat {
     bool steps = false;                         // two points may have one position
 };
 
-struct ParameterNotes {
-    std::optional<CurveFormat> curve;          // of a String
-    std::map<std::string, std::string> needs;  // of a Radio: by choice, the parameter that must not be empty then
+/// One parameter in pictures that differ in its value alone.
+struct PictureNotes {
+    std::string scene;                   // its name, without folder and extension
+    std::vector<ParameterValue> values;  // a picture for each
+    std::vector<ParameterSetting> with;  // other parameters
 };
 
-/// By the parameter's name; parameters without notes are left out.
-using PluginNotes = std::map<std::string, ParameterNotes>;
+struct ParameterNotes {
+    std::string name;                          // as registered
+    std::string group;                         // one of the plug-in's groups
+    std::string sentence;                      // what the parameter does
+    std::string more;                          // further sentences
+    std::string unit;                          // of the value
+    std::string per;                           // "second", "frame": the value acts anew in each; else empty
+    std::string conversion;                    // how the value changes with the frame rate; empty: it does not
+    bool at_birth = false;                     // a change reaches new particles only
+    std::vector<Condition> acts_when;          // the value has an effect while one of these holds; none: always
+    std::map<std::string, std::string> needs;  // by choice, or "true": the parameter that must not be empty then
+    std::optional<PictureNotes> picture;
+    std::optional<CurveFormat> curve;  // of a String
+};
+
+struct PluginNotes {
+    std::vector<std::string> groups;         // in the order to show them
+    std::vector<std::string> facts;          // about several parameters at once
+    std::vector<ParameterNotes> parameters;  // in the order of the file
+};
+
+/// Null for a parameter without notes.
+STAGE_EXPORT const ParameterNotes* find_notes(const PluginNotes& notes, const std::string& parameter);
 
 /// Reads NAME.toml in the folder of the plug-in's library, NAME being the registered name. No file: no notes.
 /// Error, a line for each mistake: "file:line:column: …" for what is not TOML, unknown keys, wrong values, and
-/// parameters and choices that the plug-in does not have.
+/// groups, parameters and choices that the plug-in does not have.
 STAGE_EXPORT Result<PluginNotes> read_plugin_notes(const Plugin& plugin);
 
 }  // namespace stage

@@ -376,8 +376,16 @@ TEST_F(Command, ParamsTellsWhatIsRegistered) {
     EXPECT_THAT(smoke.output, testing::ContainsRegex("^TovuSmoke: [0-9]+ parameters, 9096 bytes per instance\n"));
     EXPECT_THAT(smoke.output, testing::ContainsRegex(
                                   "\n12 +alpha_curve +Alpha Curve +String +\"0.0 1.0 1.0 0.0\" +at most 4096 bytes\n"));
-    EXPECT_THAT(smoke.output, testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360\n"));
+    EXPECT_THAT(smoke.output,
+                testing::ContainsRegex("\n21 +opening_angle_x +Opening Angle X +Float +45 +0 to 360 +degrees\n"));
+    EXPECT_THAT(smoke.output, testing::ContainsRegex("\nForces\n30 +gravity .* units per second, per frame\n +Pulls "));
     EXPECT_THAT(run("params TovuGather").output, testing::StartsWith("TovuGather: "));
+    for (const char* one : {"params wind_rot_x", "params smoke wind_rot_x"})
+        EXPECT_THAT(run(one).output,
+                    testing::ContainsRegex("^wind_rot_x .*\nunit +degrees\nacts only while  wind_force is not 0 and "
+                                           "use_wind_image is off and wind_rot_z is not 0\n$"));
+    EXPECT_EQ("Forces", nlohmann::json::parse(run("params gravity --json").output)["group"]);
+    expect_mistake("params smoke gravty", "did you mean 'gravity'?");
 }
 
 }  // namespace
