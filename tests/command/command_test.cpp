@@ -362,7 +362,7 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     };
     const Outcome typo = script("rendre tiny.toml -o x.png");
     EXPECT_EQ(2, typo.status);
-    EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("demo, render, params")));
+    EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, render, ")));
     EXPECT_EQ("tovu " TOVU_VERSION "\n", script("--version").output);
     EXPECT_FALSE(fs::exists(folder / "build"));
 }
