@@ -1,5 +1,5 @@
 # Rules of `cmake --install`. Component SDK: the headers, the CMake package, the pkg-config file, samples and documents.
-# Component Plugins: the plug-in library.
+# Component Plugins: the plug-in library. Component Looks: the built-in images, beside the folder of the plug-ins.
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 
@@ -30,3 +30,6 @@ install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/
 install(TARGETS TovuSmoke LIBRARY DESTINATION lib/tovu/plugins COMPONENT Plugins)
 install(FILES ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.toml
   ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.fields DESTINATION lib/tovu/plugins COMPONENT Plugins)
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/looks/ DESTINATION lib/tovu/looks COMPONENT Looks
+  FILES_MATCHING PATTERN "*.png" PATTERN "*.toml" PATTERN "make" EXCLUDE)

@@ -25,11 +25,31 @@ void read_sequence(KeyReader& reader, const KeyedNode& entry, const std::string&
         report(reader, entry.node.source(), fmt::format("{}: {}", entry.key, files.error().message));
 }
 
+void read_built_in(KeyReader& reader, const KeyedNode& entry, const std::string& name, ImageDescription& image) {
+    std::vector<std::string> names;
+    for (const auto& [known, built_in] : *reader.built_in_images) {
+        names.push_back(known);
+        if (known != name) continue;
+        image = built_in;
+        image.place = place_of(reader, entry.node.source());
+        return;
+    }
+    report(reader, entry.node.source(),
+           fmt::format("{}: there is no built-in image '{}', and a file's name has an ending: {}", entry.key, name,
+                       name_hint(name, names)));
+}
+
+bool is_plain_name(const std::string& written) {
+    return written.find_first_of("./%") == std::string::npos;
+}
+
 void read_files(KeyReader& reader, const KeyedNode& entry, ImageDescription& image) {
     std::string written;
     if (!read_text(reader, entry, written)) return;
     std::filesystem::path file;
-    if (is_frame_pattern(written))
+    if (is_plain_name(written) && reader.built_in_images != nullptr)
+        read_built_in(reader, entry, written, image);
+    else if (is_frame_pattern(written))
         read_sequence(reader, entry, written, image);
     else if (read_file_path(reader, entry, file))
         image.files = {file};
@@ -52,7 +72,7 @@ void read_table_of(KeyReader& reader, const std::string& name, const toml::table
     read_keys(reader, table, fmt::format("the image '{}'", name), kImageKeys, image);
     if (!table.contains("file")) report(reader, table.source(), fmt::format("the image '{}' needs a file", name));
     const auto file = table["file"].value<std::string>();
-    if (!file || is_frame_pattern(*file)) return;
+    if (!file || is_frame_pattern(*file) || image.files.size() > 1) return;
     for (const char* key : {"frame_rate", "start", "play"}) {
         if (table.contains(key))
             report(reader, table.get(key)->source(),
@@ -62,19 +82,19 @@ void read_table_of(KeyReader& reader, const std::string& name, const toml::table
 
 }  // namespace
 
-void read_images(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
+void read_images(KeyReader& reader, const KeyedNode& entry, double frame_rate, ImageDescriptions& images) {
     const toml::table* table = read_table(reader, entry);
     if (table == nullptr) return;
     for (const auto& [key, node] : entries_as_written(*table)) {
         const std::string name(key->str());
         ImageDescription image;
-        image.frame_rate = scene.frame_rate;
+        image.frame_rate = frame_rate;
         image.place = place_of(reader, node->source());
         if (const toml::table* description = node->as_table())
             read_table_of(reader, name, *description, image);
         else
             read_files(reader, {name.c_str(), *node}, image);
-        scene.images[name] = image;
+        images[name] = image;
     }
 }
 

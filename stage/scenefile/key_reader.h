@@ -16,9 +16,10 @@ namespace stage {
 
 /// State of reading one file. Reading continues after an error, so that one run reports all of them.
 struct KeyReader {
-    std::string file;                 // as given by the user
-    std::filesystem::path folder;     // where relative paths start
-    std::vector<std::string> errors;  // "file:line:column: what is wrong and what would be right"
+    std::string file;                                    // as given by the user
+    std::filesystem::path folder;                        // where relative paths start
+    std::vector<std::string> errors;                     // "file:line:column: what is wrong and what would be right"
+    const ImageDescriptions* built_in_images = nullptr;  // which the file may name; null while they are read themselves
 };
 
 /// One value and the key that it was given for.

@@ -15,7 +15,7 @@ void check_settings(const SceneDescription& scene, const Plugin& plugin, const s
 void check_button(const Plugin& plugin, const std::string& button, const Place& place,
                   std::vector<std::string>& errors);
 
-/// Whether `name` is one of the scene's images or a built-in sprite.
+/// Whether `name` is one of the scene's images or a built-in one.
 bool is_image_name(const SceneDescription& scene, const std::string& name);
 
 /// The names that is_image_name accepts: the scene's own first.

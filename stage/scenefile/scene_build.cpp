@@ -9,6 +9,7 @@
 #include <numbers>
 #include <set>
 
+#include "built_in_images.h"
 #include "parameter_check.h"
 #include "parameter_warnings.h"
 #include "plugin_file.h"
@@ -63,35 +64,6 @@ void add_images(Builder& builder) {
         const Result<Done> shown = show_image(*builder.built.stage, image, first_time(builder.scene));
         if (!shown) builder.messages.errors.push_back(shown.error().message);
     }
-}
-
-void add_texts(const std::vector<ParameterSetting>& settings, std::set<std::string>& texts) {
-    for (const ParameterSetting& setting : settings) {
-        if (const auto* text = std::get_if<std::string>(&setting.value)) texts.insert(*text);
-    }
-}
-
-void add_plate(const std::optional<GeometryDescription>& geometry, std::set<std::string>& names) {
-    if (geometry) names.insert(geometry->image);
-}
-
-// Every text that may name an image: textures, light maps, plates and text values of parameters, those of the timeline
-// too.
-std::set<std::string> possible_image_names(const SceneDescription& scene) {
-    std::set<std::string> names;
-    for (const ContainerDescription& container : scene.containers) {
-        names.insert(container.texture);
-        if (container.light) names.insert(container.light->image);
-        add_plate(container.geometry, names);
-        add_texts(container.parameters, names);
-    }
-    for (const TimelineEntry& entry : scene.timeline) {
-        add_plate(entry.geometry, names);
-        add_texts(entry.parameters, names);
-    }
-    for (const Track& track : scene.tracks)
-        for (const TrackKey& key : track.keys) add_plate(key.geometry, names);
-    return names;
 }
 
 // Adds the built-in sprites that the scene names. An image of the scene replaces the sprite of its name.
@@ -211,10 +183,12 @@ void add_instances(Builder& builder) {
 }  // namespace
 
 Result<BuiltScene> build_scene(const SceneDescription& description, const std::string& smoke_plugin) {
+    const Result<SceneDescription> scene = with_built_in_images(description);
+    if (!scene) return scene.error();
     StageOptions options;
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
-    Builder builder{description, smoke_plugin, {description, make_stage(options), {}, {}, {}, {}}, {}, {}, {}};
+    Builder builder{*scene, smoke_plugin, {*scene, make_stage(options), {}, {}, {}, {}}, {}, {}, {}};
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);

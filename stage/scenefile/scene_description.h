@@ -138,6 +138,8 @@ struct ImageDescription {
     Place place;
 };
 
+using ImageDescriptions = std::map<std::string, ImageDescription>;  // by the name that containers and parameters use
+
 struct SceneDescription {
     std::filesystem::path file;                 // the scene file; relative paths in it start from its folder
     std::array<int32_t, 2> size = {1280, 720};  // pixels, 1…16384 each
@@ -148,9 +150,9 @@ struct SceneDescription {
     std::optional<Triple> background;  // 0…1 each; none is transparent
     int32_t bits = 16;                 // per channel of the frame that is drawn into: 8, or 16 (floating point)
     CameraDescription camera;
-    std::map<std::string, ImageDescription> images;  // by the name that containers and parameters use
-    std::vector<ContainerDescription> containers;    // parents before their children
-    std::vector<TimelineEntry> timeline;             // by time, those of one time as written
+    ImageDescriptions images;
+    std::vector<ContainerDescription> containers;  // parents before their children
+    std::vector<TimelineEntry> timeline;           // by time, those of one time as written
     std::vector<Track> tracks;
 };
 

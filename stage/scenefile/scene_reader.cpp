@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "built_in_images.h"
 #include "container_reader.h"
 #include "image_reader.h"
 #include "stage/assets/picture.h"
@@ -108,7 +109,8 @@ const KeyRow<SceneDescription> kSceneKeys[] = {
              report(r, e.node.source(), fmt::format("bits must be 8 or 16, not {}", describe(e.node)));
      }},
     {"camera", read_camera},
-    {"images", read_images},
+    {"images",
+     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_images(r, e, s.frame_rate, s.images); }},
     {"container", [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_containers(r, e, s.containers); }},
     {"at", read_timeline},
     {"track", read_tracks},
@@ -117,7 +119,9 @@ const KeyRow<SceneDescription> kSceneKeys[] = {
 }  // namespace
 
 Result<SceneDescription> read_scene(const std::string& text, const std::filesystem::path& file) {
-    KeyReader reader{file.string(), file.parent_path(), {}};
+    const Result<ImageDescriptions>& built_in = built_in_images();
+    if (!built_in) return built_in.error();
+    KeyReader reader{file.string(), file.parent_path(), {}, &*built_in};
     SceneDescription scene;
     scene.file = file;
     try {

@@ -54,6 +54,7 @@ camera.tilt = 3             #! 15: tilt and look_at both turn the camera
 images.mask = "assets/logo.png"
 images.none = { play = "loop" }                             #! 15: the image 'none' needs a file
 images.still = { file = "assets/logo.png", play = "loop" }  #! 51: play is for a sequence
+images.built_in = "glwo"  #! 19: built_in: there is no built-in image 'glwo', and a file's name has an ending: did you mean 'glow'?
 images.gone = "assets/no.png"       #! 15: gone: there is no file
 images.numbers = "assets/no%d.png"  #! 18: numbers: no file matches 'no%d.png' in the folder
 images.folders = "no%d/logo.png"    #! 18: folders: the number belongs into the file's name
@@ -194,8 +195,10 @@ TEST(Names, NearestIsOfferedOnlyWhenNear) {
 }
 
 TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
-    const std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md"), begin = "```toml\n";
+    std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md");
+    const std::string begin = "```toml\n";
     for (const std::string& key : stage::scene_keys()) EXPECT_THAT(text, HasSubstr("`" + key + "`"));
+    text += file_bytes(TOVU_SOURCE_DIR "/docs/looks.md");
     int examples = 0;
     for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at), ++examples) {
         at += begin.size();

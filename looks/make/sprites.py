@@ -1,0 +1,72 @@
+"""Makes the built-in sprites and wind maps anew, in looks/sprites and looks/maps, and writes their digests.
+
+Run by `./tovu docs sprites`. The seeds are fixed, so that the same version of numpy and scipy gives the same pictures.
+"""
+import hashlib
+import pathlib
+import sys
+
+import numpy as np
+
+import contact_sheet
+import flames
+import points
+import puffs
+import winds
+import wisps
+
+LOOKS = pathlib.Path(__file__).resolve().parent.parent
+LARGEST = 8 * 1024 * 1024  # bytes of all files together
+MAP_SIDE = 128
+MAP_PICTURES = 32
+
+# The drift is a share of the eddies' r.m.s. speed.
+MAPS = {
+    "rise": dict(seed=3, drift=(0, 1.1), waves=(1, 6), slope=1.6),
+    "lean": dict(seed=5, drift=(0.4, 0.9), waves=(1, 6), slope=1.6),
+    "blow": dict(seed=7, drift=(2.0, 0.5), waves=(2, 8), slope=1.3),
+    "roll": dict(seed=9, drift=(0.8, 0), waves=(1, 5), slope=1.35),
+}
+
+
+def make_map(name, seed, drift, waves, slope):
+    psis = winds.eddies(MAP_SIDE, MAP_PICTURES, waves, winds.direction_of(drift), np.random.default_rng(seed), slope)
+    frames = [winds.velocity(psi, 1 / MAP_SIDE) for psi in psis]
+    speed = winds.root_mean_square(frames)
+    frames = [(u / speed + drift[0], v / speed + drift[1]) for u, v in frames]
+    full = winds.save_loop(frames, lambda i: LOOKS / "maps" / f"{name}_{i:02d}.png")
+    print(f"{name}: 255 is {full:.2f} times the r.m.s. speed of the eddies; drift {drift}")
+
+
+def made_files():
+    return sorted(path for folder in ("sprites", "maps") for path in (LOOKS / folder).glob("*.png"))
+
+
+def digest_lines():
+    """As sha256sum writes and checks them."""
+    return [f"{hashlib.sha256(path.read_bytes()).hexdigest()}  {path.relative_to(LOOKS)}\n" for path in made_files()]
+
+
+def main():
+    for path in made_files():
+        path.unlink()
+    for folder in ("sprites", "maps"):
+        (LOOKS / folder).mkdir(exist_ok=True)
+    for module in (points, puffs, flames, wisps):
+        print(f"{module.__name__} ...", flush=True)
+        module.make(LOOKS / "sprites")
+    for name, options in MAPS.items():
+        make_map(name, **options)
+    contact_sheet.make(LOOKS, LOOKS.parent / "docs")
+    digests = LOOKS / "digests.txt"
+    before = digests.read_text().splitlines(True) if digests.exists() else []
+    after = digest_lines()
+    digests.write_text("".join(after))
+    changed = {line.split()[1] for line in set(before) ^ set(after)}
+    size = sum(path.stat().st_size for path in made_files())
+    print(f"{len(made_files())} files, {size / 1024 / 1024:.1f} MiB; changed: {len(changed)}", *sorted(changed), sep="\n  ")
+    if size > LARGEST:
+        sys.exit(f"the pictures take {size} bytes; {LARGEST} are allowed")
+
+
+main()
