@@ -1,6 +1,12 @@
-// The built-in images.
+// The built-in images, and the wind images that `./tovu bake` makes.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+
+#include "../../support/test_host.h"
+#include "../stage/temporary_folder.h"
+#include "stage/assets/picture_file.h"
 #include "stage/scenefile/built_in_images.h"
 #include "stage/scenefile/scene_build.h"
 #include "stage/scenefile/scene_reader.h"
@@ -37,6 +43,96 @@ TEST(BuiltInImages, ASceneSetsHowASequenceIsPlayed) {
     const auto& shown = built->description.images;
     EXPECT_EQ(1u, shown.at("wisp_a").files.size()) << "the scene's own image of that name";
     EXPECT_EQ(12.0, shown.at("wisp_b").frame_rate) << "its own rate";
+}
+
+/// The first picture that `tovu bake` writes for these arguments, with its folder for other pictures.
+stage::Picture baked(const TemporaryFolder& folder, const std::string& arguments) {
+    const std::string command = "/usr/bin/python3 -B '" TOVU_SOURCE_DIR "/looks/make/bake.py' " + arguments +
+                                " --range 100 -o '" + (folder / "%d.png").string() + "' >'" +
+                                (folder / "printed").string() + "'";
+    EXPECT_EQ(0, std::system(command.c_str())) << command;
+    auto picture = stage::read_picture(folder / "0.png");
+    EXPECT_TRUE(picture) << picture.error().message;
+    return picture ? *picture : stage::Picture{};
+}
+
+/// The wind_force that bake has printed.
+double printed_force(const TemporaryFolder& folder) {
+    std::ifstream printed(folder / "printed");
+    for (std::string line; std::getline(printed, line);)
+        if (line.starts_with("wind_force = ")) return std::stod(line.substr(13));
+    return 0;
+}
+
+/// Moves one particle at rest in the wind of a picture over (-50, -50) to (50, 50), for a second at each place.
+struct Weather {
+    Weather(stage::Picture picture, double force) {
+        stage::add_image(host.stage(), "wind", picture.width, picture.height, picture.format, std::move(picture.bytes));
+        smoke = host.add_smoke({{"number_of_particles", 1},
+                                {"birth_rate", 1e6},
+                                {"life_time", 1e6},
+                                {"initial_speed", 0.0},
+                                {"use_wind_image", true},
+                                {"wind_image", "wind"},
+                                {"wind_force", force},
+                                {"wind_image_range_x", 100.0},
+                                {"wind_image_range_y", 100.0}});
+        host.run_frames(2);
+    }
+    Vector3 at(float x, float y) {
+        Particle& p = *host.active(smoke).at(0);
+        p.position = {x, y, 0};
+        host.run_frames(1);
+        return p.position - Vector3{x, y, 0};
+    }
+    TestHost host{1, 1.0};
+    SmokeHandle smoke;
+};
+
+TEST(Bake, TheSmokeReadsTheWindThatWasAskedFor) {
+    // A Gaussian vortex: at the distance r the speed is strength · r / scale · exp((1 - (r / scale)²) / 2).
+    const TemporaryFolder folder;
+    const stage::Picture picture = baked(folder, "vortex --strength 12 --scale 20 --drift 30,0 --size 100");
+    Weather weather(picture, printed_force(folder));
+    for (const auto& [x, y] : {std::pair{20.5f, 0.5f}, {0.5f, 20.5f}, {-20.5f, 5.5f}, {9.5f, -3.5f}, {0.5f, 0.5f}}) {
+        const double turn = 12.0 / 20 * std::exp((1 - (x * x + y * y) / 400) / 2);
+        const Vector3 wind = weather.at(x, y);
+        EXPECT_NEAR(30 - turn * y, wind.x, 0.5) << x << ", " << y;
+        EXPECT_NEAR(turn * x, wind.y, 0.5) << x << ", " << y;
+        EXPECT_EQ(0, wind.z);
+    }
+}
+
+/// What flows out of boxes of `side` pixels, as a share of what flows through their borders.
+double outflow_share(const stage::Picture& picture, int side) {
+    const auto wind = [&](int column, int row) {
+        const uint8_t* pixel = &picture.bytes[static_cast<size_t>((row * picture.width + column) * 3)];
+        const double turns = pixel[2] / 255.0 * 2 * M_PI;
+        return std::array{pixel[0] * std::cos(turns), pixel[0] * std::sin(turns)};
+    };
+    double out = 0, through = 0;
+    for (int row = 0; row + side < picture.height; row += side)
+        for (int column = 0; column + side < picture.width; column += side) {
+            double net = 0;
+            for (int i = 0; i < side; ++i) {
+                const double borders[] = {-wind(column, row + i)[0], wind(column + side, row + i)[0],
+                                          -wind(column + i, row)[1], wind(column + i, row + side)[1]};
+                for (const double flow : borders) {
+                    net += flow;
+                    through += std::abs(flow);
+                }
+            }
+            out += std::abs(net);
+        }
+    return out / through;
+}
+
+TEST(Bake, NothingGathersOrThinsOut) {
+    for (const char* arguments : {"eddies --drift 0,22", "eddies --scale 30 --seed 5", "vortex --count 5 --drift 9,1",
+                                  "shear --drift 10,0", "shear --drift 0,-10"}) {
+        const TemporaryFolder folder;
+        EXPECT_GT(0.05, outflow_share(baked(folder, std::string(arguments) + " --size 64"), 8)) << arguments;
+    }
 }
 
 }  // namespace
