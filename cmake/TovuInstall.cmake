@@ -1,5 +1,6 @@
 # Rules of `cmake --install`. Component SDK: the headers, the CMake package, the pkg-config file, samples and documents.
-# Component Plugins: the plug-in library. Component Looks: the built-in images, beside the folder of the plug-ins.
+# Component Plugins: the plug-in library. Component Looks: looks and built-in images, beside the folder of
+# the plug-ins.
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 

@@ -1,4 +1,4 @@
-"""The pictures of docs/looks.md: the built-in sprites, and four baked winds. Run by `./tovu docs sprites`."""
+"""The pictures of docs/images.md: the built-in sprites, and four baked winds. Run by `./tovu docs sprites`."""
 import pathlib
 import subprocess
 import sys

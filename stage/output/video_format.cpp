@@ -6,6 +6,8 @@
 #include <cctype>
 #include <cmath>
 
+#include "stage/frame_rate.h"
+
 namespace stage {
 
 const std::vector<VideoFormat>& video_formats() {
@@ -40,12 +42,10 @@ const VideoFormat* find_video_format(const std::filesystem::path& path) {
 }
 
 std::string frame_rate_text(double frames_per_second) {
-    const double whole = std::round(frames_per_second * 1.001);
-    const double television = whole * 1000.0 / 1001.0;
-    const bool is_television =
-        std::abs(frames_per_second - television) < 0.004 && frames_per_second != std::round(frames_per_second);
-    return is_television ? fmt::format("{:.0f}/1001", whole * 1000.0)
-                         : fmt::format("{:.0f}/1000", frames_per_second * 1000.0);
+    const double exact = exact_frame_rate(frames_per_second);
+    const double rounded = std::round(exact * 1001.0);
+    const bool is_television = exact != std::round(exact) && std::abs(exact * 1001.0 - rounded) < 1e-6;
+    return is_television ? fmt::format("{:.0f}/1001", rounded) : fmt::format("{:.0f}/1000", exact * 1000.0);
 }
 
 /// Converts to BT.709 (high definition television) and marks the file with it, since players otherwise guess from the

@@ -1,24 +1,17 @@
 #include "built_in_images.h"
 
-#include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include "image_reader.h"
+#include "look_file.h"
 
 namespace stage {
 
 namespace {
 
-std::filesystem::path looks_folder() {
-    Dl_info info{};
-    dladdr(reinterpret_cast<const void*>(&built_in_images), &info);
-    std::error_code ignored;
-    return std::filesystem::canonical(info.dli_fname, ignored).parent_path().parent_path() / "looks";
-}
-
 Result<ImageDescriptions> read_catalogue() {
-    const std::filesystem::path file = looks_folder() / "images.toml";
+    const std::filesystem::path file = shipped_looks_folder() / "images.toml";
     if (std::error_code ignored; !std::filesystem::exists(file, ignored)) return ImageDescriptions{};
     KeyReader reader{file.string(), file.parent_path(), {}};
     ImageDescriptions images;

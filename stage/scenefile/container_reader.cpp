@@ -2,9 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
+#include <span>
 
 #include "geometry_reader.h"
+#include "look_layers.h"
 #include "stage/names.h"
 
 namespace stage {
@@ -18,6 +22,9 @@ struct WrittenContainer {
     std::string parent_name;
     Place parent_place;
     const toml::node* children = nullptr;
+    const toml::table* table = nullptr;
+    const toml::node* layers = nullptr;
+    Place look_place;
 };
 
 const KeyRow<LightDescription> kLightKeys[] = {
@@ -89,8 +96,45 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
     {"light", read_light},
     {"geometry",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_geometry(r, e, w.container.geometry); }},
+    {"look",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
+         read_text(r, e, w.container.look);
+         w.look_place = place_of(r, e.node.source());
+     }},
+    {"layers", [](KeyReader&, const KeyedNode& e, WrittenContainer& w) { w.layers = &e.node; }},
     {"container", [](KeyReader&, const KeyedNode& e, WrittenContainer& w) { w.children = &e.node; }},
 };
+
+// The keys that are about a container's place in the tree: a layer of a look has none of them.
+constexpr std::array<std::string_view, 4> kTreeKeys = {"parent", "look", "layers", "container"};
+
+// With a look, these hold for each of its layers. The other keys reach layers by way of the tree.
+constexpr std::array<std::string_view, 4> kLayerWideKeys = {"parameters", "texture", "blend", "light"};
+
+bool is_among(std::span<const std::string_view> keys, std::string_view key) {
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
+template <class Predicate>
+std::vector<KeyRow<WrittenContainer>> keys_that(Predicate predicate) {
+    std::vector<KeyRow<WrittenContainer>> rows;
+    std::copy_if(std::begin(kContainerKeys), std::end(kContainerKeys), std::back_inserter(rows),
+                 [predicate](const KeyRow<WrittenContainer>& row) { return predicate(row.key); });
+    return rows;
+}
+
+// A container with a look carries no plug-in: its layers do, and its parameters are theirs.
+void check_look(KeyReader& reader, WrittenContainer& written) {
+    if (written.container.look.empty()) {
+        if (written.layers != nullptr)
+            report(reader, written.layers->source(), "layers changes layers of a look: give the container a look");
+        return;
+    }
+    if (const toml::node* plugin = written.table->get("plugin"))
+        report(reader, plugin->source(), "the layers of a look have plug-ins of their own: leave 'plugin' out");
+    written.container.has_plugin = false;
+    written.container.parameters.clear();
+}
 
 void read_written(KeyReader& reader, const KeyedNode& entry, int32_t nested_in,
                   std::vector<WrittenContainer>& written) {
@@ -98,7 +142,9 @@ void read_written(KeyReader& reader, const KeyedNode& entry, int32_t nested_in,
         WrittenContainer one;
         one.nested_in = nested_in;
         one.container.place = place_of(reader, table->source());
+        one.table = table;
         read_keys(reader, *table, "[[container]]", kContainerKeys, one);
+        check_look(reader, one);
         if (!table->contains("name"))
             report(reader, table->source(), "a container needs a name, such as name = \"smoke\"");
         if (one.container.has_plugin && one.container.geometry)
@@ -130,6 +176,16 @@ void check_names(KeyReader& reader, const std::vector<WrittenContainer>& written
         if (!one.parent_name.empty() && index_of(written, one.parent_name) < 0)
             report_at(reader, one.parent_place,
                       fmt::format("unknown container '{}': {}", one.parent_name, name_hint(one.parent_name, names)));
+    }
+}
+
+void check_layer_names(KeyReader& reader, const std::vector<ContainerDescription>& containers) {
+    for (const ContainerDescription& one : containers) {
+        const auto is_taken = [&one](const ContainerDescription& layer) {
+            return layer.look_container >= 0 && layer.name == one.name && &layer != &one;
+        };
+        if (std::any_of(containers.begin(), containers.end(), is_taken))
+            report_at(reader, one.place, fmt::format("a look has a layer '{}' already: names are used once", one.name));
     }
 }
 
@@ -166,7 +222,25 @@ void read_settings(KeyReader& reader, const KeyedNode& entry, std::vector<Parame
     }
 }
 
-void read_containers(KeyReader& reader, const KeyedNode& entry, std::vector<ContainerDescription>& containers) {
+void read_layer(KeyReader& reader, const toml::table& table, const std::string& section, ContainerDescription& layer) {
+    WrittenContainer written;
+    written.container = layer;
+    read_keys(reader, table, section, keys_that([](std::string_view key) { return !is_among(kTreeKeys, key); }),
+              written);
+    layer = std::move(written.container);
+}
+
+void read_layer_wide_keys(KeyReader& reader, const toml::table& table, ContainerDescription& layer) {
+    WrittenContainer written;
+    written.container = layer;
+    for (const auto& row : keys_that([](std::string_view key) { return is_among(kLayerWideKeys, key); })) {
+        if (const toml::node* node = table.get(row.key)) row.read(reader, {row.key, *node}, written);
+    }
+    layer = std::move(written.container);
+}
+
+void read_containers(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
+    std::vector<ContainerDescription>& containers = scene.containers;
     std::vector<WrittenContainer> written;
     read_written(reader, entry, -1, written);
     check_names(reader, written);
@@ -183,8 +257,11 @@ void read_containers(KeyReader& reader, const KeyedNode& entry, std::vector<Cont
             placed[i] = static_cast<int32_t>(containers.size());
             containers.push_back(written[i].container);
             grew = true;
+            if (!written[i].container.look.empty())
+                add_look_layers(reader, {written[i].look_place, *written[i].table, written[i].layers}, scene);
         }
     }
+    check_layer_names(reader, containers);
     for (size_t i = 0; i < written.size(); ++i) {
         if (placed[i] < 0 && !written[i].parent_name.empty())
             report_at(reader, written[i].parent_place,

@@ -6,8 +6,16 @@
 namespace stage {
 
 /// Appends the containers of one [[container]] array and all nested in them, parents before children, whatever the
-/// order in the file. Reports missing or repeated names, unknown parents and circles of parents.
-void read_containers(KeyReader& reader, const KeyedNode& entry, std::vector<ContainerDescription>& containers);
+/// order in the file; behind one with a look, the look's layers. Reports missing or repeated names, unknown parents and
+/// circles of parents.
+void read_containers(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene);
+
+/// Reads the keys that a layer of a look may have over what `layer` has already; later parameters override earlier
+/// ones. section: the table's name in messages.
+void read_layer(KeyReader& reader, const toml::table& table, const std::string& section, ContainerDescription& layer);
+
+/// Reads those keys of a container with a look that hold for each of its layers: parameters, texture, blend, light.
+void read_layer_wide_keys(KeyReader& reader, const toml::table& table, ContainerDescription& layer);
 
 /// Index of the container whose name stands in `entry`, or -1 after reporting that there is none.
 int32_t read_container_name(KeyReader& reader, const KeyedNode& entry,

@@ -14,6 +14,7 @@ void add_shape(const std::optional<GeometryDescription>& geometry, std::vector<s
 
 std::vector<std::filesystem::path> input_files(const SceneDescription& scene) {
     std::vector<std::filesystem::path> files = {scene.file};
+    files.insert(files.end(), scene.looks.begin(), scene.looks.end());
     for (const auto& [name, image] : scene.images) files.insert(files.end(), image.files.begin(), image.files.end());
     for (const ContainerDescription& container : scene.containers) add_shape(container.geometry, files);
     for (const TimelineEntry& entry : scene.timeline) {

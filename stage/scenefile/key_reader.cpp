@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "stage/frame_rate.h"
 #include "stage/names.h"
 
 namespace stage {
@@ -128,6 +129,12 @@ bool read_text(KeyReader& reader, const KeyedNode& entry, std::string& out) {
     return true;
 }
 
+bool read_frame_rate(KeyReader& reader, const KeyedNode& entry, double& out) {
+    if (!read_number(reader, entry, 1.0, 1000.0, out)) return false;
+    out = exact_frame_rate(out);
+    return true;
+}
+
 bool read_flag(KeyReader& reader, const KeyedNode& entry, bool& out) {
     const auto* flag = entry.node.as_boolean();
     if (flag == nullptr) {
@@ -162,8 +169,8 @@ bool read_file_path(KeyReader& reader, const KeyedNode& entry, std::filesystem::
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) {
         report(reader, entry.node.source(),
-               fmt::format("{}: there is no file '{}'; relative paths start from the scene file's folder", entry.key,
-                           file.string()));
+               fmt::format("{}: there is no file '{}'; relative paths start from the folder of the file that names it",
+                           entry.key, file.string()));
         return false;
     }
     out = file;

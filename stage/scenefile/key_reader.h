@@ -55,6 +55,8 @@ bool read_integer(KeyReader& reader, const KeyedNode& entry, int32_t minimum, in
 bool read_text(KeyReader& reader, const KeyedNode& entry, std::string& out);
 /// A width, height or size: 1e-6 to 1e9 units.
 bool read_length(KeyReader& reader, const KeyedNode& entry, float& out);
+/// Frames per second, 1 to 1000; 29.97 is read as 30000/1001.
+bool read_frame_rate(KeyReader& reader, const KeyedNode& entry, double& out);
 /// true or false.
 bool read_flag(KeyReader& reader, const KeyedNode& entry, bool& out);
 /// [x, y, z] or [x, y], each -1e9 to 1e9, which keeps matrices far from the limits of float.

@@ -28,13 +28,17 @@ Result<Done> override_parameter(SceneDescription& scene, const std::string& assi
     settings[0].name = name;
     settings[0].place = place;
     std::vector<std::string> names;
+    bool found = false;
     for (ContainerDescription& candidate : scene.containers) {
-        if (candidate.name == container && candidate.has_plugin) {
-            candidate.parameters.push_back(settings[0]);
-            return Done{};
-        }
-        if (candidate.has_plugin) names.push_back(candidate.name);
+        if (!candidate.has_plugin) continue;
+        names.push_back(candidate.name);
+        const auto look_container = static_cast<size_t>(candidate.look_container);
+        const bool is_layer_of_it = candidate.look_container >= 0 && scene.containers[look_container].name == container;
+        if (candidate.name != container && !is_layer_of_it) continue;
+        candidate.parameters.push_back(settings[0]);
+        found = true;
     }
+    if (found) return Done{};
     return Error{
         fmt::format("{}: no container '{}' carries a plug-in: {}", place, container, name_hint(container, names))};
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ struct ParameterSetting {
     std::string name;      // as registered
     ParameterValue value;  // as written; a whole number that int does not hold is a double
     Place place;
+    double frame_rate = 0.0;  // that the value was made at, of a look's value; 0 is the scene's
 };
 
 struct CameraDescription {
@@ -89,6 +91,8 @@ struct ContainerDescription {
     float opacity = 1.0f;  // 0…1
     std::optional<LightDescription> light;
     std::optional<GeometryDescription> geometry;
+    std::string look;             // as written, empty for none; the look's layers are its children
+    int32_t look_container = -1;  // of a layer: index of the container with its look
     Place place;
 };
 
@@ -142,6 +146,7 @@ using ImageDescriptions = std::map<std::string, ImageDescription>;  // by the na
 
 struct SceneDescription {
     std::filesystem::path file;                 // the scene file; relative paths in it start from its folder
+    std::set<std::filesystem::path> looks;      // files of the looks that the scene uses
     std::array<int32_t, 2> size = {1280, 720};  // pixels, 1…16384 each
     double frame_rate = 50.0;                   // frames per second, 1…1000
     double length = 5.0;                        // seconds

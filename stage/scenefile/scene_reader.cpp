@@ -11,6 +11,7 @@
 #include "built_in_images.h"
 #include "container_reader.h"
 #include "image_reader.h"
+#include "look_layers.h"
 #include "stage/assets/picture.h"
 #include "stage/names.h"
 #include "timeline_reader.h"
@@ -87,8 +88,7 @@ void read_camera(KeyReader& reader, const KeyedNode& entry, SceneDescription& sc
 // timeline, which refers to them.
 const KeyRow<SceneDescription> kSceneKeys[] = {
     {"size", read_size},
-    {"frame_rate",
-     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 1.0, 1000.0, s.frame_rate); }},
+    {"frame_rate", [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_frame_rate(r, e, s.frame_rate); }},
     {"length",
      [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_number(r, e, 0.001, kMaxSeconds, s.length); }},
     {"prewarm",
@@ -111,7 +111,7 @@ const KeyRow<SceneDescription> kSceneKeys[] = {
     {"camera", read_camera},
     {"images",
      [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_images(r, e, s.frame_rate, s.images); }},
-    {"container", [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_containers(r, e, s.containers); }},
+    {"container", read_containers},
     {"at", read_timeline},
     {"track", read_tracks},
 };
@@ -127,6 +127,7 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
     try {
         const toml::table table = toml::parse(text, file.string());
         read_keys(reader, table, "the scene", kSceneKeys, scene);
+        hand_entries_to_layers(scene);
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }

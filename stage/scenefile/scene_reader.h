@@ -8,7 +8,8 @@
 namespace stage {
 
 /// Reads a scene file. The error has one line for each mistake: "file:line:column: what is wrong, what would be right".
-/// Files that it names must exist; names and ranges of parameters are checked when the scene is built.
+/// Files that it names must exist; names and ranges of parameters are checked when the scene is built. Looks are found
+/// in the folder looks/ beside the scene file, then among those that come along.
 STAGE_EXPORT Result<SceneDescription> load_scene_file(const std::filesystem::path& file);
 
 /// The same from text; `file` is for messages, and its folder is where relative paths start.

@@ -119,7 +119,7 @@ void check_container_entry(KeyReader& reader, const toml::table& table, const Ti
                            fmt::join(entry_keys_for({EntryUse::kImage}), " and ")));
     if (entry.container < 0) return;
     const ContainerDescription& container = scene.containers[static_cast<size_t>(entry.container)];
-    if (contains_any(table, plugin_actions) && !container.has_plugin)
+    if (contains_any(table, plugin_actions) && !container.has_plugin && container.look.empty())
         report(reader, table.get("container")->source(),
                fmt::format("container '{}' carries no plug-in whose parameters could be set", container.name));
     if (entry.geometry && container.has_plugin)

@@ -198,7 +198,8 @@ TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
     std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md");
     const std::string begin = "```toml\n";
     for (const std::string& key : stage::scene_keys()) EXPECT_THAT(text, HasSubstr("`" + key + "`"));
-    text += file_bytes(TOVU_SOURCE_DIR "/docs/looks.md");
+    for (const char* page : {"/docs/images.md", "/docs/looks.md"})
+        text += file_bytes(std::string(TOVU_SOURCE_DIR) + page);
     int examples = 0;
     for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at), ++examples) {
         at += begin.size();

@@ -70,6 +70,11 @@ name = <container.name: "free" -> "other">
 plugin = <container.plugin: "smoke" -> "TovuSpiral">
 
 [[container]]
+name = "look"
+look = <container.look: "steam" -> "campfire">
+<container.layers: -> layers.steam.texture = "none">
+
+[[container]]
 name = "anchor"
 position = [30, 0, 0]
 [[<container.container: container.container -> container>]]

@@ -1,0 +1,117 @@
+#include "look_layers.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "container_reader.h"
+#include "look_file.h"
+#include "stage/names.h"
+
+namespace stage {
+
+namespace {
+
+std::vector<std::string> layer_names(const LookDescription& look) {
+    std::vector<std::string> names;
+    for (const ContainerDescription& layer : look.layers) names.push_back(layer.name);
+    return names;
+}
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// The scene's name for what `name` is in the look: one of its layers, one of its images, or the same name.
+std::string name_in_scene(const std::string& name, const LookDescription& look, const ContainerDescription& container) {
+    if (look.images.contains(name)) return container.look + "." + name;
+    if (contains(layer_names(look), name)) return container.name + "." + name;
+    return name;
+}
+
+// A text value of a parameter may name an image or a layer of the look.
+void rename_objects(ContainerDescription& layer, const LookDescription& look, const ContainerDescription& container) {
+    const auto rename_image = [&](std::string& image) {
+        if (look.images.contains(image)) image = container.look + "." + image;
+    };
+    rename_image(layer.texture);
+    if (layer.light) rename_image(layer.light->image);
+    if (layer.geometry) rename_image(layer.geometry->image);
+    for (ParameterSetting& setting : layer.parameters) {
+        if (auto* text = std::get_if<std::string>(&setting.value)) *text = name_in_scene(*text, look, container);
+    }
+}
+
+// The container's own keys for all layers, then those for this one.
+void override_layer(KeyReader& reader, const LookUse& use, ContainerDescription& layer, const std::string& name) {
+    const toml::table* overrides = use.overrides == nullptr ? nullptr : use.overrides->as_table();
+    const toml::node* own = overrides == nullptr ? nullptr : overrides->get(name);
+    KeyReader reported = reader;  // the container's own mistakes have been reported
+    if (layer.has_plugin) read_layer_wide_keys(reported, use.table, layer);
+    const toml::table* keys = own == nullptr ? nullptr : read_table(reader, {name.c_str(), *own});
+    if (keys == nullptr) return;
+    const std::string kept = layer.name;
+    read_layer(reader, *keys, fmt::format("[layers.{}]", name), layer);
+    if (const toml::node* other = keys->get("name"))
+        report(reader, other->source(), "a layer keeps the name that it has in its look: leave 'name' out");
+    layer.name = kept;
+}
+
+void check_overrides(KeyReader& reader, const LookUse& use, const LookDescription& look) {
+    const toml::table* overrides = use.overrides == nullptr ? nullptr : read_table(reader, {"layers", *use.overrides});
+    if (overrides == nullptr) return;
+    for (const auto& [key, node] : entries_as_written(*overrides)) {
+        const std::string name(key->str());
+        if (!contains(layer_names(look), name))
+            report(reader, key->source(),
+                   fmt::format("unknown layer '{}': {}", name, name_hint(name, layer_names(look))));
+    }
+}
+
+}  // namespace
+
+void add_look_layers(KeyReader& reader, const LookUse& use, SceneDescription& scene) {
+    const auto index = static_cast<int32_t>(scene.containers.size()) - 1;
+    const ContainerDescription container = scene.containers.back();
+    const Result<std::filesystem::path> file = find_look_file(container.look, reader.folder);
+    if (!file) return report_at(reader, use.place, file.error().message);
+    Result<LookDescription> look = load_look_file(*file);
+    if (!look) {
+        if (scene.looks.insert(*file).second) reader.errors.push_back(look.error().message);
+        return;
+    }
+    scene.looks.insert(*file);
+    for (const auto& [name, image] : look->images) scene.images[container.look + "." + name] = image;
+    check_overrides(reader, use, *look);
+    std::vector<ContainerDescription> layers = look->layers;
+    for (ContainerDescription& layer : layers) {
+        const std::string name = layer.name;
+        layer.name = container.name + "." + name;
+        layer.parent = layer.look_container = index;
+        rename_objects(layer, *look, container);
+        override_layer(reader, use, layer, name);
+        scene.containers.push_back(std::move(layer));
+    }
+}
+
+void hand_entries_to_layers(SceneDescription& scene) {
+    std::vector<TimelineEntry> entries;
+    for (TimelineEntry& entry : scene.timeline) {
+        const bool is_for_layers = entry.container >= 0 &&
+                                   !scene.containers[static_cast<size_t>(entry.container)].look.empty() &&
+                                   (!entry.parameters.empty() || !entry.press.empty());
+        if (!is_for_layers) {
+            entries.push_back(std::move(entry));
+            continue;
+        }
+        for (size_t i = 0; i < scene.containers.size(); ++i) {
+            const ContainerDescription& layer = scene.containers[i];
+            if (layer.look_container != entry.container || !layer.has_plugin) continue;
+            entries.push_back(entry);
+            entries.back().container = static_cast<int32_t>(i);
+        }
+    }
+    scene.timeline = std::move(entries);
+}
+
+}  // namespace stage
