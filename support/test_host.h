@@ -9,6 +9,7 @@
 #include "instance/smoke_instance.h"
 #include "stage/call_log.h"
 #include "stage/plugins/frames.h"
+#include "stage/plugins/instance.h"
 #include "stage/scene/stage.h"
 
 namespace tovu {

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "instance_memory.h"
 #include "stage/scene/stage.h"
 
@@ -36,7 +34,8 @@ EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* ent
       random_(stage.options.shared_random ? stream_in_force : &instance.random),
       code_(entry_point, plugin(instance.plugin).name.c_str(), container_name(stage, instance), stage.clock.frame) {
     make_current(&stage);
-    stage.running.push_back({entry_point, &instance, stage.profile.open.size()});
+    stage.running.push_back(
+        {entry_point, &instance, code_.plugin, instance.container_handle, stage.profile.open.size()});
     if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
     if (call_watch && call_watch->entry_begins) call_watch->entry_begins(stage.running.back());
 }
@@ -52,11 +51,6 @@ EntryPointCall::~EntryPointCall() {
     }
     stage_.running.pop_back();
     make_current(previous_stage_);
-}
-
-bool is_running(const Stage& stage, const Instance& instance) {
-    return std::any_of(stage.running.begin(), stage.running.end(),
-                       [&](const RunningCall& call) { return call.instance == &instance; });
 }
 
 }  // namespace stage

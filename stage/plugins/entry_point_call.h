@@ -27,9 +27,6 @@ class EntryPointCall {
     PluginCode code_;
 };
 
-/// Whether an entry point of the instance is running, or waits for a dispatcher call that it made.
-bool is_running(const Stage& stage, const Instance& instance);
-
 template <class EntryPoint, class... Arguments>
 auto call_entry_point(Stage& stage, Instance& instance, const char* name, EntryPoint EntryPoints::*entry_point,
                       Arguments... arguments) {

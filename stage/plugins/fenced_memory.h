@@ -6,13 +6,10 @@
 #include <optional>
 #include <vector>
 
+#include "stage/scene/memory_options.h"
 #include "stage/stage_export.h"
 
 namespace stage {
-
-/// Where the bytes lie within their pages: directly before the unreadable pages behind them, or directly behind those
-/// before them.
-enum class FenceSide { kBehind, kBefore };
 
 struct FenceOptions {
     FenceSide side = FenceSide::kBehind;

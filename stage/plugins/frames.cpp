@@ -10,7 +10,8 @@ namespace {
 
 void expect_one(Stage& stage, const Instance& instance, const char* entry_point, uint8_t returned) {
     if (returned == 1) return;
-    complain(stage, describe_call(stage, entry_point, instance), fmt::format("returned {}; 1 is right", returned));
+    complain(stage, describe_call(stage, entry_point, plugin(instance.plugin).name, instance.container_handle),
+             fmt::format("returned {}; 1 is right", returned));
 }
 
 }  // namespace

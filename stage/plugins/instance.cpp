@@ -38,6 +38,10 @@ Result<std::unique_ptr<Instance>> make_instance(const Stage& stage, const Contai
     return instance;
 }
 
+void clean_up(Stage& stage, Instance& instance) {
+    call_entry_point(stage, instance, "PLUGIN_CLEANUP_FUNCTION", &EntryPoints::cleanup_function);
+}
+
 }  // namespace
 
 Result<int32_t> add_instance(Stage& stage, int32_t container_handle, PluginId owner, const ParameterValues& values) {
@@ -54,6 +58,7 @@ Result<int32_t> add_instance(Stage& stage, int32_t container_handle, PluginId ow
     geometry.container_handle = container_handle;
     geometry.instance = std::move(*made);
     geometry.instance->geometry_handle = handle;
+    geometry.clean_up = clean_up;
     container->geometry_handle = handle;
     stage.instance_handles.push_back(handle);
     call_entry_point(stage, *geometry.instance, "PLUGIN_INIT_FUNCTION", &EntryPoints::init_function);

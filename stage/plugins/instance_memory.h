@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "instance.h"
-#include "memory_options.h"
 #include "parameter_values.h"
+#include "stage/scene/memory_options.h"
 
 namespace stage {
 

@@ -11,14 +11,16 @@ namespace {
 
 std::string caller_of(const Stage& stage) {
     if (stage.running.empty()) return "";
-    return describe_call(stage, stage.running.back().entry_point, *stage.running.back().instance);
+    const RunningCall& call = stage.running.back();
+    return describe_call(stage, call.entry_point, call.plugin_name, call.container_handle);
 }
 
 }  // namespace
 
-std::string describe_call(const Stage& stage, const char* entry_point, const Instance& instance) {
-    const Container* container = find_container(stage, instance.container_handle);
-    return fmt::format("{} of {} in '{}'", entry_point, plugin(instance.plugin).name, container ? container->name : "");
+std::string describe_call(const Stage& stage, std::string_view entry_point, std::string_view plugin_name,
+                          int32_t container_handle) {
+    const Container* container = find_container(stage, container_handle);
+    return fmt::format("{} of {} in '{}'", entry_point, plugin_name, container ? container->name : "");
 }
 
 void complain(Stage& stage, std::string call, std::string message) {

@@ -21,7 +21,7 @@ bool is_running_below(const Stage& stage, int32_t container_handle) {
         return false;
     };
     return std::any_of(stage.running.begin(), stage.running.end(),
-                       [&](const RunningCall& call) { return is_below(call.instance->container_handle); });
+                       [&](const RunningCall& call) { return is_below(call.container_handle); });
 }
 
 void destroy_below(Stage& stage, int32_t container_handle) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "stage.h"
-#include "stage/plugins/entry_point_call.h"
 
 namespace stage {
 namespace {
@@ -53,7 +52,7 @@ bool remove_geometry(Stage& stage, int32_t container_handle) {
     if (!geometry) return false;
     if (Instance* instance = geometry->instance.get()) {
         if (is_running(stage, *instance)) return false;
-        call_entry_point(stage, *instance, "PLUGIN_CLEANUP_FUNCTION", &EntryPoints::cleanup_function);
+        geometry->clean_up(stage, *instance);
         std::erase(stage.instance_handles, geometry->handle);
     }
     find_container(stage, container_handle)->geometry_handle = kNoObject;

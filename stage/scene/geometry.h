@@ -7,17 +7,19 @@
 
 #include "container.h"
 #include "mesh.h"
-#include "stage/plugins/instance.h"
 
 namespace stage {
+
+struct Instance;  // of a plug-in: stage/plugins/instance.h
 
 /// A container's geometry: an instance, or else meshes (of which there may be none).
 struct Geometry {
     int32_t handle = kNoObject;
     int32_t container_handle = kNoObject;
     std::vector<Mesh> meshes;
-    std::unique_ptr<Instance> instance;  // null for meshes
-    int64_t changed_count = 0;           // how often its plug-in reported a change, or it got new meshes
+    std::shared_ptr<Instance> instance;                            // null for meshes
+    void (*clean_up)(Stage& stage, Instance& instance) = nullptr;  // called before an instance is destroyed
+    int64_t changed_count = 0;  // how often its plug-in reported a change, or it got new meshes
 
     // Mesh access.
     std::vector<int32_t> first_cursors;  // the vertex cursor of each mesh's first vertex

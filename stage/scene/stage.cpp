@@ -1,5 +1,6 @@
 #include "stage.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace stage {
@@ -37,6 +38,11 @@ Stage* current_stage() {
 
 void make_current(Stage* stage) {
     the_current_stage = stage;
+}
+
+bool is_running(const Stage& stage, const Instance& instance) {
+    return std::any_of(stage.running.begin(), stage.running.end(),
+                       [&](const RunningCall& call) { return call.instance == &instance; });
 }
 
 bool is_alive(const Stage& stage, int32_t handle) {

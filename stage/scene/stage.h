@@ -13,9 +13,9 @@
 #include "geometry.h"
 #include "handles.h"
 #include "image.h"
+#include "memory_options.h"
 #include "overrides.h"
 #include "profile.h"
-#include "stage/plugins/memory_options.h"
 
 namespace stage {
 
@@ -32,7 +32,9 @@ struct StageOptions {
 struct RunningCall {
     const char* entry_point;  // exported name
     Instance* instance;
-    size_t open_sections;  // profiling sections that were open when it began
+    const char* plugin_name;
+    int32_t container_handle;  // carries the instance
+    size_t open_sections;      // profiling sections that were open when it began
 };
 
 /// One scene and everything in it. All fields may be read. Callers may change camera, clock, overrides, complaints, the
@@ -72,6 +74,9 @@ STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
 /// they return.
 STAGE_EXPORT Stage* current_stage();
 STAGE_EXPORT void make_current(Stage* stage);
+
+/// Whether an entry point of the instance is running, or waits for a dispatcher call that it made.
+bool is_running(const Stage& stage, const Instance& instance);
 
 /// Whether the object exists: a container, geometry, image or camera, or the position or direction of a camera.
 STAGE_EXPORT bool is_alive(const Stage& stage, int32_t handle);

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "stage/assets/picture_file.h"
-#include "stage/plugins/parameters.h"
+#include "stage/plugins/instance.h"
 #include "timeline.h"
 
 namespace stage {

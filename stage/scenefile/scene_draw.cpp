@@ -3,6 +3,7 @@
 #include "stage/opengl/pass.h"
 #include "stage/opengl/shapes.h"
 #include "stage/plugins/frames.h"
+#include "stage/plugins/instance.h"
 
 namespace stage {
 
@@ -69,9 +70,10 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     if (!texture) return texture.error();
     settings.texture = *texture;
     const int32_t handle = item.container.handle;
+    const std::string& owner = plugin(instance_of(stage, handle)->plugin).name;
     const auto wrong = draw_pass(settings, [&] { call_render(stage, handle, 0, item.opacity); });
     for (const std::string& complaint : wrong)
-        complain(stage, describe_call(stage, "PLUGIN_RENDER_OPENGL", *instance_of(stage, handle)), complaint);
+        complain(stage, describe_call(stage, "PLUGIN_RENDER_OPENGL", owner, handle), complaint);
     return Done{};
 }
 

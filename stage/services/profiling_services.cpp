@@ -25,7 +25,7 @@ void report_span(const Stage& stage, const Profile::OpenSection& section) {
     if (!stage.profile.sink) return;
     const auto seconds = [](Profile::TimePoint::duration time) { return std::chrono::duration<double>(time).count(); };
     const Container* container =
-        stage.running.empty() ? nullptr : find_container(stage, stage.running.back().instance->container_handle);
+        stage.running.empty() ? nullptr : find_container(stage, stage.running.back().container_handle);
     stage.profile.sink({section.event->name, container ? std::string_view(container->name) : std::string_view(),
                         seconds(section.start - stage.profile.origin),
                         seconds(std::chrono::steady_clock::now() - section.start)});

@@ -11,7 +11,7 @@
 #include "probe_plugin.h"
 #include "stage/opengl/real_opengl.h"
 #include "stage/plugins/frames.h"
-#include "stage/plugins/low_memory.h"
+#include "stage/plugins/instance.h"
 #include "stage/scene/stage.h"
 
 namespace stage {

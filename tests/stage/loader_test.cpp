@@ -1,6 +1,7 @@
 // Loading plug-in libraries: what is registered, and what is refused and why.
 #include <gmock/gmock.h>
 
+#include "stage/plugins/plugin.h"
 #include "stage/scene/stage.h"
 #include "temporary_folder.h"
 

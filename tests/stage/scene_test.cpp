@@ -3,6 +3,7 @@
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
 
+#include "stage/call_log.h"
 #include "stage/plugins/frames.h"
 #include "stage/scene/stage.h"
 

@@ -10,7 +10,7 @@
 
 #include "checks.h"
 #include "model_smoke.h"
-#include "stage/plugins/parameters.h"
+#include "stage/plugins/instance.h"
 #include "stage/scene/stage.h"
 
 namespace tovu::validate {

@@ -47,7 +47,7 @@ void record_into(int descriptor, const std::function<void()>& scenario, const st
     // A request to another instance ends the stretch of calls of the one that sent it.
     const auto hand_over = [&] {
         const auto& running = watch().stage->running;
-        const bool is_wanted = !running.empty() && running.back().instance->container_handle == container();
+        const bool is_wanted = !running.empty() && running.back().container_handle == container();
         if (is_wanted)
             write_calls(file.get(),
                         fmt::format("{}, frame {}", running.back().entry_point, watch().stage->clock.frame));
@@ -57,7 +57,7 @@ void record_into(int descriptor, const std::function<void()>& scenario, const st
     watch().on_entry.push_back([&](const stage::RunningCall&) {
         // The call is the running one already: what was recorded before belongs to the one outside of it.
         const auto& running = watch().stage->running;
-        if (running.size() > 1 && running[running.size() - 2].instance->container_handle == container())
+        if (running.size() > 1 && running[running.size() - 2].container_handle == container())
             write_calls(file.get(), fmt::format("{}, frame {}", running[running.size() - 2].entry_point,
                                                 watch().stage->clock.frame));
         else

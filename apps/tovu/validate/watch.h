@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "findings.h"
-#include "stage/plugins/fenced_memory.h"
+#include "stage/plugins/instance.h"
 #include "stage/scene/stage.h"
 
 namespace tovu::validate {

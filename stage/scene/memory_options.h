@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "fenced_memory.h"
-
 namespace stage {
+
+/// Where bytes lie within pages of their own: directly before the unreadable pages behind them, or directly behind
+/// those before them.
+enum class FenceSide { kBehind, kBefore };
 
 struct MemoryOptions {
     /// Blocks and texts lie between unreadable pages of their own, instead of close together with guard bytes behind.
