@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 
+#include "docs_command.h"
 #include "fault_guard.h"
 #include "hash_command.h"
 #include "params_command.h"
@@ -81,6 +82,19 @@ void add_hash(CLI::App& app, tovu::HashOptions& options) {
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
 }
 
+int run_docs(const tovu::DocsOptions& options) {
+    const auto print = [](const std::string& line) { std::printf("%s\n", line.c_str()); };
+    const stage::Result<stage::Done> made = tovu::make_docs(options, print);
+    return made ? 0 : fail(made.error().message);
+}
+
+void add_docs(CLI::App& app, tovu::DocsOptions& options) {
+    CLI::App* command = app.add_subcommand("docs", "Make the reference of the smoke's parameters");
+    command->add_option("folder", options.folder, "The folder of parameters.md")->required();
+    command->add_flag("--changed", options.changed, "Draw only the pictures whose sources changed");
+    command->add_flag("--check", options.check, "Write nothing; fail when something is not up to date");
+}
+
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     CLI::App* command = app.add_subcommand("params", "Show a plug-in's parameters");
     command->add_option(
@@ -127,17 +141,19 @@ int run(int argc, char** argv) {
     CLI::App app("Renders scenes with smoke: loads plug-ins into the Stage, a host without a window.", "tovu");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
+    tovu::DocsOptions docs;
     tovu::HashOptions hash;
     tovu::ParamsOptions params;
     tovu::RenderOptions render;
     tovu::ValidateOptions validate;
     hash.plugin = render.plugin = tovu::smoke_plugin_file();
+    add_docs(app, docs);
     add_hash(app, hash);
     add_params(app, params);
     add_render(app, render);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "params", "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "params", "docs", "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -148,6 +164,7 @@ int run(int argc, char** argv) {
         return fail(std::string(error.what()) + "\nsee --help");
     }
     tovu::install_fault_guard();
+    if (app.got_subcommand("docs")) return run_docs(docs);
     if (app.got_subcommand("hash")) return run_hash(hash);
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);

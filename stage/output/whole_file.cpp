@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
 #include "unfinished.h"
 
@@ -46,6 +47,11 @@ Result<Done> write_whole_file(const std::filesystem::path& target, std::string_v
     const std::string reason = std::strerror(errno);
     discard_partial(target);
     return Error{fmt::format("{}: cannot be written: {}", target.string(), reason)};
+}
+
+std::string read_whole_file(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace stage

@@ -1,7 +1,8 @@
-// Output files that get their name only when they are complete.
+// Files in one piece; output files get their name only when they are complete.
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 #include "stage/result.h"
@@ -24,5 +25,8 @@ STAGE_EXPORT void discard_partial(const std::filesystem::path& target) noexcept;
 
 /// Writes a file that is in memory.
 STAGE_EXPORT Result<Done> write_whole_file(const std::filesystem::path& target, std::string_view bytes);
+
+/// The file's bytes; empty when it cannot be read.
+STAGE_EXPORT std::string read_whole_file(const std::filesystem::path& file);
 
 }  // namespace stage

@@ -1,5 +1,8 @@
-// What is known of the smoke's parameters: the notes beside the plug-in.
+// What is known of the smoke's parameters: the notes beside the plug-in, and the reference that is made from them.
 #include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
 
 #include "stage/scene/stage.h"
 #include "stage/scenefile/plugin_notes.h"
@@ -23,6 +26,14 @@ TEST(Reference, NotesAreOfExactlyTheRegisteredParameters) {
         EXPECT_THAT(parameter.sentence, testing::EndsWith(".")) << parameter.name;
     }
     EXPECT_THAT(noted, testing::UnorderedElementsAreArray(registered));
+}
+
+TEST(Reference, PageAndPicturesAreMadeFromTheNotes) {
+    EXPECT_EQ(0, std::system(TOVU_PROGRAM " docs " TOVU_SOURCE_DIR "/docs --check")) << "see above";
+    uintmax_t bytes = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(TOVU_SOURCE_DIR "/docs/parameters"))
+        if (entry.path().extension() == ".jpg") bytes += entry.file_size();
+    EXPECT_LT(bytes, 5'000'000u);
 }
 
 }  // namespace

@@ -1,0 +1,15 @@
+// The reference of a plug-in's parameters as a page of Markdown.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "parameter_strip.h"
+
+namespace tovu {
+
+/// Each parameter with its sentences, facts and strip; strips are linked as `pictures`/NAME.jpg.
+std::string reference_page(const NotedPlugin& noted, const std::vector<ParameterStrip>& strips,
+                           const std::string& pictures);
+
+}  // namespace tovu
