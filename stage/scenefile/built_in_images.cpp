@@ -55,7 +55,10 @@ std::set<std::string> possible_image_names(const SceneDescription& scene) {
         add_texts(entry.parameters, names);
     }
     for (const Track& track : scene.tracks)
-        for (const TrackKey& key : track.keys) add_plate(key.geometry, names);
+        for (const TrackKey& key : track.keys) {
+            add_plate(key.geometry, names);
+            add_texts({key.setting}, names);
+        }
     return names;
 }
 

@@ -68,6 +68,51 @@ void check_overrides(KeyReader& reader, const LookUse& use, const LookDescriptio
     }
 }
 
+// Those with a plug-in, of the look of the container; by index.
+std::vector<int32_t> layers_with_plugins(const SceneDescription& scene, int32_t container) {
+    std::vector<int32_t> layers;
+    for (size_t i = 0; i < scene.containers.size(); ++i) {
+        if (scene.containers[i].look_container == container && scene.containers[i].has_plugin)
+            layers.push_back(static_cast<int32_t>(i));
+    }
+    return layers;
+}
+
+void hand_entries(SceneDescription& scene) {
+    std::vector<TimelineEntry> entries;
+    for (TimelineEntry& entry : scene.timeline) {
+        const bool is_for_layers = entry.container >= 0 &&
+                                   !scene.containers[static_cast<size_t>(entry.container)].look.empty() &&
+                                   (!entry.parameters.empty() || !entry.press.empty());
+        if (!is_for_layers) {
+            entries.push_back(std::move(entry));
+            continue;
+        }
+        for (const int32_t layer : layers_with_plugins(scene, entry.container)) {
+            entries.push_back(entry);
+            entries.back().container = layer;
+        }
+    }
+    scene.timeline = std::move(entries);
+}
+
+void hand_tracks(SceneDescription& scene) {
+    std::vector<Track> tracks;
+    for (Track& track : scene.tracks) {
+        const bool is_for_layers = track.property == TrackProperty::kParameter && track.container >= 0 &&
+                                   !scene.containers[static_cast<size_t>(track.container)].look.empty();
+        if (!is_for_layers) {
+            tracks.push_back(std::move(track));
+            continue;
+        }
+        for (const int32_t layer : layers_with_plugins(scene, track.container)) {
+            tracks.push_back(track);
+            tracks.back().container = layer;
+        }
+    }
+    scene.tracks = std::move(tracks);
+}
+
 }  // namespace
 
 void add_look_layers(KeyReader& reader, const LookUse& use, SceneDescription& scene) {
@@ -94,24 +139,9 @@ void add_look_layers(KeyReader& reader, const LookUse& use, SceneDescription& sc
     }
 }
 
-void hand_entries_to_layers(SceneDescription& scene) {
-    std::vector<TimelineEntry> entries;
-    for (TimelineEntry& entry : scene.timeline) {
-        const bool is_for_layers = entry.container >= 0 &&
-                                   !scene.containers[static_cast<size_t>(entry.container)].look.empty() &&
-                                   (!entry.parameters.empty() || !entry.press.empty());
-        if (!is_for_layers) {
-            entries.push_back(std::move(entry));
-            continue;
-        }
-        for (size_t i = 0; i < scene.containers.size(); ++i) {
-            const ContainerDescription& layer = scene.containers[i];
-            if (layer.look_container != entry.container || !layer.has_plugin) continue;
-            entries.push_back(entry);
-            entries.back().container = static_cast<int32_t>(i);
-        }
-    }
-    scene.timeline = std::move(entries);
+void hand_changes_to_layers(SceneDescription& scene) {
+    hand_entries(scene);
+    hand_tracks(scene);
 }
 
 }  // namespace stage

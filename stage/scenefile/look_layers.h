@@ -17,8 +17,8 @@ struct LookUse {
 /// unknown look or layer, the mistakes in the look's file, and names that are taken.
 void add_look_layers(KeyReader& reader, const LookUse& use, SceneDescription& scene);
 
-/// Replaces each timeline entry that sets parameters of a container with a look, or presses its button, by such an
-/// entry for each of its layers that carries a plug-in.
-void hand_entries_to_layers(SceneDescription& scene);
+/// Replaces each timeline entry that sets parameters of a container with a look, or presses its button, and each track
+/// of its parameters, by one for each of its layers that carries a plug-in.
+void hand_changes_to_layers(SceneDescription& scene);
 
 }  // namespace stage

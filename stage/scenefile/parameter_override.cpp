@@ -2,10 +2,22 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "container_reader.h"
 #include "stage/names.h"
 
 namespace stage {
+
+namespace {
+
+bool is_tracked(const SceneDescription& scene, const ContainerDescription& container, const std::string& parameter) {
+    return std::any_of(scene.tracks.begin(), scene.tracks.end(), [&](const Track& track) {
+        return track.parameter == parameter && &scene.containers[static_cast<size_t>(track.container)] == &container;
+    });
+}
+
+}  // namespace
 
 Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment) {
     const Place place = "--set " + assignment;
@@ -35,6 +47,8 @@ Result<Done> override_parameter(SceneDescription& scene, const std::string& assi
         const auto look_container = static_cast<size_t>(candidate.look_container);
         const bool is_layer_of_it = candidate.look_container >= 0 && scene.containers[look_container].name == container;
         if (candidate.name != container && !is_layer_of_it) continue;
+        if (is_tracked(scene, candidate, name))
+            return Error{fmt::format("{}: a [[track]] of the scene moves '{}'; change its keys", place, name)};
         candidate.parameters.push_back(settings[0]);
         found = true;
     }

@@ -12,7 +12,7 @@ namespace stage {
 /// Appends "container.parameter=value" to the container's settings, where it overrides earlier ones; with a look, to
 /// those of its layers, whose own names are CONTAINER.LAYER. The value is read
 /// as in a scene file; what is no number, true, false or quoted text counts as plain text. Error: an assignment of
-/// another form, or a container that does not exist or carries no plug-in.
+/// another form, a container that does not exist or carries no plug-in, or a parameter that a track moves.
 STAGE_EXPORT Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment);
 
 }  // namespace stage

@@ -2,30 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
-#include <cmath>
+#include "curve_text.h"
 
 namespace stage {
 
 namespace {
 
 constexpr size_t kMinPoints = 2;
-
-std::vector<std::string_view> words_of(std::string_view text) {
-    std::vector<std::string_view> words;
-    while (!text.empty()) {
-        const size_t end = std::min(text.find(' '), text.size());
-        if (end > 0) words.push_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return words;
-}
-
-bool parse_number(std::string_view word, double& number) {
-    if (word.starts_with('+')) word.remove_prefix(1);
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    return error == std::errc() && end == word.data() + word.size() && std::isfinite(number);
-}
 
 // What breaks the format; empty when nothing does.
 std::string curve_fault(const CurveFormat& curve, std::string_view text) {
@@ -112,6 +95,10 @@ void warn_of_settings(const SceneDescription& scene, int32_t container, const Pl
     warn_of_moment(moment, scene.containers[static_cast<size_t>(container)].parameters, notes, warnings);
     for (const TimelineEntry& entry : scene.timeline) {
         if (entry.container == container) warn_of_moment(moment, entry.parameters, notes, warnings);
+    }
+    for (const Track& track : scene.tracks) {
+        if (track.container != container || track.property != TrackProperty::kParameter) continue;
+        for (const TrackKey& key : track.keys) warn_of_moment(moment, {key.setting}, notes, warnings);
     }
 }
 

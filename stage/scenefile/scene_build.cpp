@@ -11,6 +11,7 @@
 
 #include "built_in_images.h"
 #include "parameter_check.h"
+#include "parameter_track.h"
 #include "parameter_warnings.h"
 #include "plugin_file.h"
 #include "stage/assets/sprites.h"
@@ -153,18 +154,33 @@ void check_timeline(Builder& builder) {
     }
 }
 
+void check_tracks(Builder& builder) {
+    for (const Track& track : builder.scene.tracks) {
+        const PluginId id = builder.plugins[static_cast<size_t>(track.container)];
+        if (id < 0 || track.property != TrackProperty::kParameter) continue;
+        const size_t errors_before = builder.messages.errors.size();
+        for (const TrackKey& key : track.keys)
+            check_settings(builder.scene, plugin(id), {key.setting}, builder.messages.errors);
+        if (builder.messages.errors.size() == errors_before)
+            check_blends(track, plugin(id), builder.notes[id], builder.messages.errors);
+    }
+}
+
+void read_notes(Builder& builder) {
+    for (const PluginId id : builder.plugins) {
+        if (id < 0 || builder.notes.contains(id)) continue;
+        Result<PluginNotes> notes = read_plugin_notes(plugin(id));
+        if (!notes) builder.messages.errors.push_back(notes.error().message);
+        builder.notes[id] = notes ? std::move(*notes) : PluginNotes{};
+    }
+}
+
 // All settings must be right.
 void warn_of_parameters(Builder& builder) {
     for (size_t i = 0; i < builder.plugins.size(); ++i) {
-        const PluginId id = builder.plugins[i];
-        if (id < 0) continue;
-        if (!builder.notes.contains(id)) {
-            Result<PluginNotes> notes = read_plugin_notes(plugin(id));
-            if (!notes) builder.messages.errors.push_back(notes.error().message);
-            builder.notes[id] = notes ? std::move(*notes) : PluginNotes{};
-        }
-        warn_of_settings(builder.scene, static_cast<int32_t>(i), plugin(id), builder.notes[id],
-                         builder.messages.warnings);
+        if (const PluginId id = builder.plugins[i]; id >= 0)
+            warn_of_settings(builder.scene, static_cast<int32_t>(i), plugin(id), builder.notes[id],
+                             builder.messages.warnings);
     }
 }
 
@@ -196,7 +212,9 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     add_containers(builder);
     if (builder.messages.errors.empty()) add_shapes(builder);
     load_plugins(builder);
+    read_notes(builder);
     check_timeline(builder);
+    check_tracks(builder);
     if (builder.messages.errors.empty()) warn_of_parameters(builder);
     if (builder.messages.errors.empty()) add_instances(builder);
     if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};

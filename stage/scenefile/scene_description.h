@@ -111,20 +111,22 @@ struct TimelineEntry {
 };
 
 enum class Ease { kLinear, kSmooth, kStep };  // step: the value before until the key's time
-enum class TrackProperty { kPosition, kRotation, kScale, kGeometry };
+enum class TrackProperty { kPosition, kRotation, kScale, kGeometry, kOpacity, kParameter };
 
 struct TrackKey {
     double time = 0.0;                            // seconds, above the key before
-    Triple value = {0, 0, 0};                     // of every property but geometry
+    Triple value = {0, 0, 0};                     // of position, rotation and scale; of opacity the first number, 0…1
     std::optional<GeometryDescription> geometry;  // of the property geometry
     Ease ease = Ease::kLinear;                    // of the change from the key before
+    ParameterSetting setting{};                   // of a parameter
 };
 
-/// Motion or deformation of one container between keyed values; constant before the first key and after the last.
+/// What changes on one container between keyed values; constant before the first key and after the last.
 struct Track {
     int32_t container = -1;  // index
     TrackProperty property = TrackProperty::kPosition;
     std::vector<TrackKey> keys;  // one or more
+    std::string parameter = {};  // of kParameter: its name
 };
 
 enum class Play {

@@ -127,7 +127,7 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
     try {
         const toml::table table = toml::parse(text, file.string());
         read_keys(reader, table, "the scene", kSceneKeys, scene);
-        hand_entries_to_layers(scene);
+        hand_changes_to_layers(scene);
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }

@@ -1,6 +1,8 @@
 #include "scene_run.h"
 
+#include "parameter_track.h"
 #include "stage/plugins/frames.h"
+#include "stage/plugins/instance.h"
 #include "stage/plugins/parameters.h"
 #include "timeline.h"
 
@@ -32,23 +34,46 @@ Result<Done> apply_timeline(SceneRun& run, int64_t frame) {
     return Done{};
 }
 
-void move_containers(SceneRun& run, double seconds) {
-    for (const Track& track : run.built.description.tracks) {
-        if (track.property == TrackProperty::kGeometry) continue;
-        Container* container =
-            find_container(*run.built.stage, run.built.container_handles[static_cast<size_t>(track.container)]);
-        if (container == nullptr) continue;
-        const Triple value = track_value(track, seconds);
-        Vector3& target = track.property == TrackProperty::kPosition   ? container->placement.position
-                          : track.property == TrackProperty::kRotation ? container->placement.rotation_degrees
-                                                                       : container->placement.scale;
-        target = {value[0], value[1], value[2]};
+Result<Done> set_tracked(Stage& stage, int32_t container_handle, const Track& track, double seconds) {
+    const Instance* instance = instance_of(stage, container_handle);
+    if (instance == nullptr) return Done{};
+    const ParameterInfo& parameter = *find_parameter(plugin(instance->plugin), track.parameter);
+    const Result<Done> set =
+        set_parameter(stage, container_handle, track.parameter, parameter_value(track, parameter, seconds));
+    if (!set) return Error{track.keys.front().setting.place + ": " + set.error().message};
+    return Done{};
+}
+
+void move_container(Container& container, const Track& track, double seconds) {
+    const Triple value = track_value(track, seconds);
+    if (track.property == TrackProperty::kOpacity) {
+        container.opacity = value[0];
+        return;
     }
+    Vector3& target = track.property == TrackProperty::kPosition   ? container.placement.position
+                      : track.property == TrackProperty::kRotation ? container.placement.rotation_degrees
+                                                                   : container.placement.scale;
+    target = {value[0], value[1], value[2]};
+}
+
+// All tracks but those of shapes.
+Result<Done> apply_tracks(SceneRun& run, double seconds) {
+    Stage& stage = *run.built.stage;
+    for (const Track& track : run.built.description.tracks) {
+        const int32_t handle = run.built.container_handles[static_cast<size_t>(track.container)];
+        if (track.property == TrackProperty::kParameter) {
+            if (Result<Done> set = set_tracked(stage, handle, track, seconds); !set) return set;
+        } else if (Container* container = find_container(stage, handle);
+                   container != nullptr && track.property != TrackProperty::kGeometry) {
+            move_container(*container, track, seconds);
+        }
+    }
+    return Done{};
 }
 
 Result<Done> show_moment(SceneRun& run, double seconds) {
     BuiltScene& built = run.built;
-    move_containers(run, seconds);
+    if (Result<Done> applied = apply_tracks(run, seconds); !applied) return applied;
     for (ShapeTrack& shape : built.shapes)
         show_shape(*built.stage, built.container_handles[static_cast<size_t>(shape.container)], shape, seconds);
     for (ImageTrack& image : built.images) {

@@ -43,7 +43,7 @@ KeyMoment key_moment(const std::vector<Key>& keys, double seconds) {
 }
 
 /// The value of a track at a time: constant before the first key and after the last, eased in between. Not for
-/// geometry.
+/// geometry and parameters.
 STAGE_EXPORT Triple track_value(const Track& track, double seconds);
 
 /// The index into `files` of the picture shown at a time; -1 for none, before and after a sequence that is played once.

@@ -25,7 +25,7 @@ struct WrittenTrack {
 };
 
 struct WrittenKey {
-    TrackProperty property;
+    const Track& track;
     TrackKey key;
 };
 
@@ -136,15 +136,26 @@ void check_entry(KeyReader& reader, const toml::table& table, const TimelineEntr
         check_container_entry(reader, table, entry, scene);
 }
 
+void read_track_value(KeyReader& reader, const KeyedNode& entry, WrittenKey& written) {
+    switch (written.track.property) {
+        case TrackProperty::kGeometry:
+            read_geometry(reader, entry, written.key.geometry);
+            break;
+        case TrackProperty::kOpacity:
+            read_number(reader, entry, 0.0, 1.0, written.key.value[0]);
+            break;
+        case TrackProperty::kParameter:
+            written.key.setting = {written.track.parameter, false, place_of(reader, entry.node.source())};
+            read_value(reader, entry, written.key.setting.value);
+            break;
+        default:
+            read_triple(reader, entry, written.key.value);
+    }
+}
+
 const KeyRow<WrittenKey> kTrackKeyKeys[] = {
     {"time", [](KeyReader& r, const KeyedNode& e, WrittenKey& w) { read_number(r, e, 0.0, kMaxSeconds, w.key.time); }},
-    {"value",
-     [](KeyReader& r, const KeyedNode& e, WrittenKey& w) {
-         if (w.property == TrackProperty::kGeometry)
-             read_geometry(r, e, w.key.geometry);
-         else
-             read_triple(r, e, w.key.value);
-     }},
+    {"value", read_track_value},
     {"ease",
      [](KeyReader& r, const KeyedNode& e, WrittenKey& w) {
          size_t choice = 0;
@@ -154,7 +165,7 @@ const KeyRow<WrittenKey> kTrackKeyKeys[] = {
 
 void read_track_keys(KeyReader& reader, const KeyedNode& entry, Track& track) {
     for (const toml::table* table : read_tables(reader, entry)) {
-        WrittenKey written{track.property, {}};
+        WrittenKey written{track, {}};
         read_keys(reader, *table, "a key of [[track]]", kTrackKeyKeys, written);
         const TrackKey& key = written.key;
         require(reader, *table, "a key", {"time", "value"});
@@ -167,15 +178,20 @@ void read_track_keys(KeyReader& reader, const KeyedNode& entry, Track& track) {
     if (track.keys.empty()) report(reader, entry.node.source(), "keys must hold at least one { time, value }");
 }
 
-// The property stands before the keys, whose values depend on it.
+// The property and the parameter stand before the keys, whose values depend on them.
 const KeyRow<WrittenTrack> kTrackKeys[] = {
     {"container", [](KeyReader& r, const KeyedNode& e,
                      WrittenTrack& w) { w.track.container = read_container_name(r, e, w.scene.containers); }},
     {"property",
      [](KeyReader& r, const KeyedNode& e, WrittenTrack& w) {
          size_t choice = 0;
-         if (read_choice(r, e, {"position", "rotation", "scale", "geometry"}, choice))
+         if (read_choice(r, e, {"position", "rotation", "scale", "geometry", "opacity"}, choice))
              w.track.property = static_cast<TrackProperty>(choice);
+     }},
+    {"parameter",
+     [](KeyReader& r, const KeyedNode& e, WrittenTrack& w) {
+         w.track.property = TrackProperty::kParameter;
+         read_text(r, e, w.track.parameter);
      }},
     {"keys", [](KeyReader& r, const KeyedNode& e, WrittenTrack& w) { read_track_keys(r, e, w.track); }},
 };
@@ -200,6 +216,29 @@ void check_shape_track(KeyReader& reader, const toml::table& table, const Track&
     }
 }
 
+// A parameter changes by one track, or by [[at]].
+void check_parameter_track(KeyReader& reader, const toml::table& table, const Track& track,
+                           const SceneDescription& scene) {
+    if (track.property != TrackProperty::kParameter) return;
+    if (table.contains("property"))
+        report(reader, table.get("property")->source(), "property and parameter: give each a [[track]] of its own");
+    if (track.container < 0) return;
+    const ContainerDescription& container = scene.containers[static_cast<size_t>(track.container)];
+    if (!container.has_plugin && container.look.empty())
+        report(reader, table.get("container")->source(),
+               fmt::format("container '{}' carries no plug-in whose parameters could be set", container.name));
+    for (const TimelineEntry& entry : scene.timeline) {
+        if (entry.container != track.container) continue;
+        for (const ParameterSetting& setting : entry.parameters) {
+            if (setting.name == track.parameter)
+                report_at(
+                    reader, setting.place,
+                    fmt::format("container '{}' has a track for '{}': make this a key of it, with ease = \"step\"",
+                                container.name, setting.name));
+        }
+    }
+}
+
 }  // namespace
 
 void read_timeline(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
@@ -218,15 +257,19 @@ void read_tracks(KeyReader& reader, const KeyedNode& entry, SceneDescription& sc
     for (const toml::table* table : read_tables(reader, entry)) {
         WrittenTrack written{scene, {}};
         read_keys(reader, *table, "[[track]]", kTrackKeys, written);
-        require(reader, *table, "[[track]]", {"container", "property", "keys"});
+        require(reader, *table, "[[track]]", {"container", "keys"});
+        if (!table->contains("property") && !table->contains("parameter"))
+            report(reader, table->source(), "[[track]] needs property or parameter");
         for (const Track& other : scene.tracks) {
             if (other.container == written.track.container && other.property == written.track.property &&
-                other.container >= 0)
+                other.parameter == written.track.parameter && other.container >= 0)
                 report(reader, table->source(),
-                       fmt::format("container '{}' has a track for this property already: put all keys into one",
-                                   scene.containers[static_cast<size_t>(other.container)].name));
+                       fmt::format("container '{}' has a track for this {} already: put all keys into one",
+                                   scene.containers[static_cast<size_t>(other.container)].name,
+                                   other.property == TrackProperty::kParameter ? "parameter" : "property"));
         }
         check_shape_track(reader, *table, written.track, scene);
+        check_parameter_track(reader, *table, written.track, scene);
         scene.tracks.push_back(written.track);
     }
 }

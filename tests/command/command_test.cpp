@@ -139,6 +139,18 @@ at = [
     { time = 1, container = "g", press = "rest" },  #! 42: TovuSmoke has no push button 'rest': did you mean 'reset'?
     { time = 1, image = "logo", file = "dot.png" },  #! 40: dot.png: not a PNG
 ]
+track = [
+    { container = "a", parameter = "gravitiy", keys = [{ time = 0, value = 1 }] },  #! 76: parameter 'gravitiy' is not known
+    { container = "a", parameter = "life_time", keys = [{ time = 0, value = -1 }] },  #! 77: parameter 'life_time' takes
+    { container = "a", parameter = "sort", keys = [{ time = 0, value = true }, { time = 1, value = false, ease = "step" }] },
+    { container = "b", parameter = "sort", keys = [{ time = 0, value = true },
+      { time = 1, value = false },  #! 27: parameter 'sort' is neither a number nor a curve: only a key with ease = "step"
+    ] },
+    { container = "a", parameter = "color", keys = [{ time = 0, value = "0 1 1 1 1 0 0 0" },
+      { time = 1, value = "0 1 1 1 0.5 0 0 0 1 0 0 0" },  #! 27: curves that are … there are 3 here, 2 in the key before
+      { time = 2, value = "0 red" },  #! 27: curves that are blended must hold numbers only
+    ] },
+]
 images.logo = "s1.png"
 images.dot = "dot.png"  #! 14: dot.png: not a PNG
 images.sizes = "s%d.png"  #! 16: s2.png has 128 x 128 pixels, s1.png has 256 x 256 pixels
@@ -185,6 +197,9 @@ constexpr const char* kDoubtful = R"(container = [
 at = [
     { time = 1, container = "i", parameters = { spawn_type = "Image" } },
     { time = 1, container = "i", parameters = { color = "" } },  #! 57: parameter 'color' … ; it has 0 numbers
+]
+track = [
+    { container = "h", parameter = "alpha_curve", keys = [{ time = 0, value = "0 2 1 0" }] },  #! 79: parameter … 2 is not from 0
 ]
 )";
 
@@ -362,7 +377,8 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     };
     const Outcome typo = script("rendre tiny.toml -o x.png");
     EXPECT_EQ(2, typo.status);
-    EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, render, ")));
+    EXPECT_THAT(typo.errors,
+                testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, render, ")));
     EXPECT_EQ("tovu " TOVU_VERSION "\n", script("--version").output);
     EXPECT_FALSE(fs::exists(folder / "build"));
 }

@@ -72,6 +72,10 @@ parameters = { gravity = 5 }
 time = 2
 container = "first.fire"
 press = "reset"
+[[track]]
+container = "first"
+parameter = "life_time"
+keys = [{ time = 0, value = 1 }]
 )");
     ASSERT_TRUE(scene) << scene.error().message;
     ASSERT_TRUE(stage::override_parameter(*scene, "first.gravity=4"));
@@ -100,6 +104,8 @@ press = "reset"
     ASSERT_EQ(3u, scene->timeline.size());
     EXPECT_THAT((std::array{scene->timeline[0].container, scene->timeline[1].container, scene->timeline[2].container}),
                 ElementsAre(2, 3, 3));
+    ASSERT_EQ(2u, scene->tracks.size());
+    EXPECT_THAT((std::array{scene->tracks[0].container, scene->tracks[1].container}), ElementsAre(2, 3));
 }
 
 TEST_F(Looks, MistakesNameThePlaceInTheSceneOrInTheLook) {

@@ -4,6 +4,7 @@
 #include "annotated_scene.h"
 #include "stage/names.h"
 #include "stage/scenefile/parameter_override.h"
+#include "stage/scenefile/parameter_track.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -79,11 +80,18 @@ at = [
     { time = 1, container = "plain", press = "reset" },  #! 29: container 'plain' carries no plug-in
     { time = 1, container = "smoke", geometry = { kind = "text", text = "b" } },  #! 49: container 'smoke' carries
     { time = 1, container = "switched", geometry = { kind = "text", text = "b" } },  #! 52: container 'switched' has
+    { time = 1, container = "smoke", parameters = { gravity = 2 } },  #! 63: container 'smoke' has a track for 'gravity'
     { time = 1, image = "maks", file = "assets/logo.png" },  #! 25: unknown image 'maks': did you mean 'mask'?
     { time = 1, image = "mask", container = "a" },  #! 5: [[at]] about an image needs file  #! 45: container is for
 ]
 track = [
     { container = "plain", property = "scale" },  #! 5: [[track]] needs keys
+    { container = "plain", property = "opacity", keys = [{ time = 0, value = 2 }] },  #! 78: value must be a number from 0
+    { container = "plain", keys = [{ time = 0, value = [1, 1, 1] }] },  #! 5: [[track]] needs property or parameter
+    { container = "plain", parameter = "sort", keys = [{ time = 0, value = [] }] },  #! 19: container 'plain' carries no … parameters  #! 76: value must
+    { container = "smoke", parameter = "sort", property = "scale", keys = [{ time = 0, value = 2 }] },  #! 59: property and
+    { container = "smoke", parameter = "gravity", keys = [{ time = 0, value = 2 }] },
+    { container = "smoke", parameter = "sort", keys = [{ time = 0, value = 2 }] },  #! 5: container 'smoke' has a track for this parameter
     { container = "plain", property = "scale", keys = [] },  #! 55: keys must  #! 5: container 'plain' has a track for
     { container = "text", property = "geometry", keys = [  #! 5: container 'text' has a geometry already
         { time = 1, value = { kind = "text", text = "b" } },
@@ -159,7 +167,8 @@ TEST(SceneFile, OverridesAddASetting) {
         EXPECT_EQ(value, scene.containers[0].parameters.back().value) << assignment;
         EXPECT_EQ(std::string("--set ") + assignment, scene.containers[0].parameters.back().place);
     }
-    for (const char* wrong : {"fire", "fire.=1", ".gravity=1", "fire.gravity", "fire.gravity=[1]"})
+    scene.tracks = {{0, stage::TrackProperty::kParameter, {}, "sort"}};
+    for (const char* wrong : {"fire.sort=true", "fire", "fire.=1", ".gravity=1", "fire.gravity", "fire.gravity=[1]"})
         EXPECT_FALSE(stage::override_parameter(scene, wrong)) << wrong;
 }
 
@@ -185,6 +194,33 @@ TEST(Timeline, TracksHoldAndEase) {
     EXPECT_THAT(stage::track_value(track, 2.5), ElementsAre(4, 10, 1.25)) << "u = 1/4: 3/16 - 2/64 = 5/32 of 8";
     EXPECT_THAT(stage::track_value(track, 9.99), ElementsAre(4, 10, 8));
     EXPECT_THAT(stage::track_value(track, 10.0), ElementsAre(0, 0, 0));
+}
+
+// At 0, 1 and 2 seconds values that are blended half way at 0.5 and kept at 1.5.
+TEST(Timeline, TracksOfParametersBlendNumbersAndCurves) {
+    using stage::ParameterKind;
+    using Values = std::array<stage::ParameterValue, 3>;
+    const std::tuple<ParameterKind, Values, stage::ParameterValue> cases[] = {
+        {ParameterKind::kFloat, {1, 2, 4}, 1.5},
+        {ParameterKind::kFloat, {-1.0, 2, 4}, 0.5},
+        {ParameterKind::kInt, {10, 13, 20}, 12},  // 11.5, rounded
+        {ParameterKind::kString, {"0 0  0.5 1 1 0", "0 0.5 0.6 1 1 -0.5", "0 1 1 1"}, "0 0.25 0.55 1 1 -0.25"},
+    };
+    for (const auto& [kind, values, half] : cases) {
+        stage::Track track{0, stage::TrackProperty::kParameter, {}, "p"};
+        for (size_t i = 0; i < 3; ++i)
+            track.keys.push_back({static_cast<double>(i),
+                                  {},
+                                  {},
+                                  i == 2 ? stage::Ease::kStep : stage::Ease::kLinear,
+                                  {"p", values[i], ""}});
+        stage::ParameterInfo parameter;
+        parameter.kind = kind;
+        const std::pair<double, stage::ParameterValue> moments[] = {
+            {-1, values[0]}, {0.5, half}, {1.5, values[1]}, {2, values[2]}};
+        for (const auto& [seconds, value] : moments)
+            EXPECT_EQ(value, stage::parameter_value(track, parameter, seconds)) << track.keys.size() << seconds;
+    }
 }
 
 TEST(Names, NearestIsOfferedOnlyWhenNear) {

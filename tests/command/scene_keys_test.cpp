@@ -34,6 +34,14 @@ keys = [
     { time = <track.keys.time: 0.3 -> 0.5>, value = [9, 0, 0], ease = <track.keys.ease: "linear" -> "step"> },
     { time = 0.7, value = <track.keys.value: [0, -30, 0] -> [20, -30, 0]> },
 ]
+[[track]]
+container = "defaults"
+parameter = <track.parameter: "initial_rot_z" -> "wind_force">
+keys = [{ time = 0, value = 0 }, { time = 0.5, value = 90 }]
+[[track]]
+container = "letters"
+property = "opacity"
+keys = [{ time = 0, value = <opacity of a track: 0.2 -> 0.6> }, { time = 0.5, value = 1 }]
 [camera]
 position = <camera.position: [0, 0, 150] -> [0, 5, 150]>
 <camera.look_at: -> look_at = [9, 0, 0] # >pan = <camera.pan: 2 -> 5>

@@ -106,6 +106,47 @@ TEST_F(SceneRun, ShapesDeformAndSmokeFollows) {
     EXPECT_TRUE(scene.complaints.list.empty());
 }
 
+constexpr const char* kTracks = R"(
+prewarm = 0.1
+[[container]]
+name = "smoke"
+opacity = 0.9
+parameters = { number_of_particles = 7, birth_rate = 30, sort = true }
+[[track]]
+container = "smoke"
+property = "opacity"
+keys = [{ time = 0, value = 0.5 }, { time = 1, value = 1 }]
+[[track]]
+container = "smoke"
+parameter = "birth_rate"
+keys = [{ time = 0, value = 100 }, { time = 1, value = 0, ease = "smooth" }]
+[[track]]
+container = "smoke"
+parameter = "number_of_particles"
+keys = [{ time = 0, value = 20 }, { time = 1, value = 40 }]
+[[track]]
+container = "smoke"
+parameter = "alpha_curve"
+keys = [{ time = 0, value = "0 1 1 0" }, { time = 1, value = "0 0 1 1" }]
+)";
+
+TEST_F(SceneRun, TracksSetOpacityAndParameters) {
+    stage::SceneRun run = start(kTracks);
+    const void* block = stage::instance_of(*run.built.stage, container(run, "smoke"))->block;
+    const auto* smoke = static_cast<const tovu::SmokeInstance*>(block);
+    const std::tuple<int64_t, float, float, int32_t, float> rows[] = {// frame; the four tracks
+                                                                      {-1, 0.5f, 100.0f, 20, 1.0f},
+                                                                      {5, 0.75f, 50.0f, 30, 0.5f},
+                                                                      {12, 1.0f, 0.0f, 40, 0.0f}};
+    for (const auto& [frame, opacity, rate, count, alpha] : rows) {
+        ASSERT_TRUE(stage::run_until(run, frame));
+        EXPECT_FLOAT_EQ(opacity, stage::find_container(*run.built.stage, container(run, "smoke"))->opacity) << frame;
+        EXPECT_FLOAT_EQ(rate, tovu::param::birth_rate(smoke->parameters)) << frame;
+        EXPECT_EQ(count, smoke->particle_count) << frame;
+        EXPECT_FLOAT_EQ(alpha, smoke->alpha_table.alpha[0]) << frame;
+    }
+}
+
 // In a transparent picture: one patch of blue, two of red, three of green, one of half transparent and one of white.
 // Brightness × opacity, with 77, 150 and 29 of 256 parts for red, green and blue, is 28, 76, 149, 128 and 255.
 TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {

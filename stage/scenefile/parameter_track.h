@@ -1,0 +1,21 @@
+// Tracks of parameters: values between keys.
+#pragma once
+
+#include "plugin_notes.h"
+#include "scene_description.h"
+#include "stage/result.h"
+#include "stage/stage_export.h"
+
+namespace stage {
+
+/// Adds a line to `errors` for each key of a track of a parameter that the key before cannot be blended into: only
+/// numbers can, and curves with as many points. A key with the ease step can have any value. All values must have
+/// passed check_settings.
+void check_blends(const Track& track, const Plugin& plugin, const PluginNotes& notes, std::vector<std::string>& errors);
+
+/// The value of a track of `parameter` at a time: constant before the first key and after the last, eased in between.
+/// Numbers of an Int are rounded to nearest. A curve's positions and numbers are blended one by one, and written with
+/// six digits. The track must have passed check_blends.
+STAGE_EXPORT ParameterValue parameter_value(const Track& track, const ParameterInfo& parameter, double seconds);
+
+}  // namespace stage
