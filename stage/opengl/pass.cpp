@@ -5,9 +5,9 @@
 
 #include <tuple>
 
-#include "dispatch.h"
 #include "errors.h"
 #include "real_opengl.h"
+#include "stage/opengl_table/dispatch.h"
 
 namespace stage {
 namespace {

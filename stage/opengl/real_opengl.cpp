@@ -20,7 +20,7 @@ constinit const OpenGlDispatch kRealOpenGl = {
         const DrawFrom outside(nullptr);                       \
         gl##name arguments;                                    \
     },
-#include "opengl_functions.def"
+#include "stage/opengl_table/opengl_functions.def"
 };
 
 constexpr size_t kMaxComplaints = 100;  // a fault for each particle would fill the memory
@@ -71,7 +71,7 @@ constinit const OpenGlDispatch kCheckingOpenGl = {
         note_begin_and_end(&OpenGlDispatch::name);             \
         check_call([&] { return call_text recorded; });        \
     },
-#include "opengl_functions.def"
+#include "stage/opengl_table/opengl_functions.def"
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "dispatch.h"
+#include "stage/opengl_table/dispatch.h"
 
 namespace stage {
 

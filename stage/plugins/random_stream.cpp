@@ -2,8 +2,6 @@
 
 #include <cstdlib>
 
-#include "stage/stage_export.h"
-
 namespace stage {
 namespace {
 

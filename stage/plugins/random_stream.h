@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "stage/stage_export.h"
+
 namespace stage {
 
 /// State of the additive feedback generator r[i] = r[i - 3] + r[i - 31] mod 2^32 (Knuth, The Art of Computer
@@ -22,13 +24,13 @@ void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view con
 
 /// The stream that `rand` draws from in this thread; null: the thread's own numbers, outside all instances.
 /// initial-exec: the address is an offset from the thread pointer, without a call.
-[[gnu::tls_model("initial-exec")]] extern constinit thread_local RandomStream* stream_in_force;
+[[gnu::tls_model("initial-exec")]] STAGE_EXPORT extern constinit thread_local RandomStream* stream_in_force;
 
 /// False where the process binds `rand` to another library.
-extern const bool kRandIsOurs;
+STAGE_EXPORT extern const bool kRandIsOurs;
 
 /// Makes the C library's generator draw from `next` instead of `previous`; null: from the process's own state.
-void switch_library_state(RandomStream* previous, RandomStream* next);
+STAGE_EXPORT void switch_library_state(RandomStream* previous, RandomStream* next);
 
 inline void put_in_force(RandomStream* stream) {
     if (!kRandIsOurs) switch_library_state(stream_in_force, stream);

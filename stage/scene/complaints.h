@@ -33,8 +33,8 @@ constexpr int kMaxComplaints = 1000;
 STAGE_EXPORT void complain(Stage& stage, std::string call, std::string message);
 
 /// "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'".
-std::string describe_call(const Stage& stage, std::string_view entry_point, std::string_view plugin_name,
-                          int32_t container_handle);
+STAGE_EXPORT std::string describe_call(const Stage& stage, std::string_view entry_point, std::string_view plugin_name,
+                                       int32_t container_handle);
 
 /// "_api__get_image_size, called by PLUGIN_NEW_GEOM of TovuSmoke in 'steam': … (3 times)".
 STAGE_EXPORT std::string to_string(const Complaint& complaint);

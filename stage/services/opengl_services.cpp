@@ -2,7 +2,7 @@
 
 #include <tovu/opengl.h>
 
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl_table/dispatch.h"
 
 // The shared header declares the same functions: where a prototype differs from opengl_functions.def, this file does
 // not compile.
@@ -11,5 +11,5 @@ extern "C" {
     STAGE_EXPORT void ormixGL_gl##name parameters {            \
         stage::opengl_in_force.name arguments;                 \
     }
-#include "stage/opengl/opengl_functions.def"
+#include "stage/opengl_table/opengl_functions.def"
 }

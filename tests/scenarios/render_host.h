@@ -8,7 +8,7 @@
 
 #include "expect.h"
 #include "stage/call_log.h"
-#include "stage/opengl/recording_opengl.h"
+#include "stage/opengl_table/recording_opengl.h"
 #include "test_host.h"
 
 namespace tovu {

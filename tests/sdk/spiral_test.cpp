@@ -10,7 +10,7 @@
 
 #include "expect.h"
 #include "random_seed.h"
-#include "stage/opengl/recording_opengl.h"
+#include "stage/opengl_table/recording_opengl.h"
 #include "test_host.h"
 
 namespace tovu {

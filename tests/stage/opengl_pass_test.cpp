@@ -2,13 +2,18 @@
 #include <epoxy/gl.h>
 #include <tovu/opengl.h>
 
+#include <cstdlib>
 #include <map>
 #include <span>
+#include <utility>
 
+#include "expect.h"
 #include "opengl_fixture.h"
-#include "stage/opengl/dispatch.h"
 #include "stage/opengl/pass.h"
+#include "stage/opengl/real_opengl.h"
 #include "stage/opengl/textures.h"
+#include "stage/opengl_table/dispatch.h"
+#include "stage/plugins/random_stream.h"
 
 namespace {
 
@@ -208,6 +213,21 @@ TEST_F(PassTest, NamesAPopBelowTheCallersMatrices) {
     EXPECT_EQ(before, whole_state());
     glPopMatrix();
     glLoadIdentity();
+}
+
+TEST(RealOpenGl, ADriverDrawsFromTheProcesssNumbers) {
+    stage::RandomStream of_an_instance;
+    const auto hint = std::exchange(epoxy_glHint, [](GLenum, GLenum) { (void)std::rand(); });
+    const auto get_error = std::exchange(epoxy_glGetError, [] { return static_cast<GLenum>(std::rand() & 0); });
+    std::srand(3);
+    {
+        const stage::DrawFrom instance(&of_an_instance);
+        stage::real_opengl().Hint(0, 0);
+        stage::checking_opengl().Hint(0, 0);
+    }
+    EXPECT_EQ(tovu::draws_since(3), 3);
+    epoxy_glHint = hint;
+    epoxy_glGetError = get_error;
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 #include "elf_file.h"
 #include "heap_watch.h"
 #include "stage/call_log.h"
-#include "stage/opengl/dispatch.h"
+#include "stage/opengl_table/dispatch.h"
 #include "watch.h"
 
 namespace tovu::validate {

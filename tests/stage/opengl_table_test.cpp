@@ -3,7 +3,7 @@
 #include <tovu/opengl.h>
 
 #include "stage/call_log.h"
-#include "stage/opengl/recording_opengl.h"
+#include "stage/opengl_table/recording_opengl.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "recording_opengl.h"
 
-#include <epoxy/gl.h>
+#include <tovu/opengl.h>
 
 #include <algorithm>
 #include <cstring>
@@ -72,13 +72,13 @@ RecordedArray read_array(const ClientArray& array, int first, int count) {
     read.values.reserve(static_cast<size_t>(count) * static_cast<size_t>(array.size));
     switch (array.type) {
         case GL_FLOAT:
-            copy_values<GLfloat>(array, first, count, read.values);
+            copy_values<float>(array, first, count, read.values);
             break;
         case GL_SHORT:
-            copy_values<GLshort>(array, first, count, read.values);
+            copy_values<short>(array, first, count, read.values);
             break;
         case GL_UNSIGNED_BYTE:
-            copy_values<GLubyte>(array, first, count, read.values);
+            copy_values<unsigned char>(array, first, count, read.values);
             break;
         default:
             break;
