@@ -28,16 +28,22 @@ void close_sections(Stage& stage, size_t count, const char* entry_point) {
 
 }  // namespace
 
-EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* entry_point)
+EntryPointCall::EntryPointCall(Stage& stage, Instance& instance, const char* entry_point,
+                               std::span<const CallValue> arguments)
     : stage_(stage),
       previous_stage_(current_stage()),
       random_(stage.options.shared_random ? stream_in_force : &instance.random),
       code_(entry_point, plugin(instance.plugin).name.c_str(), container_name(stage, instance), stage.clock.frame) {
     make_current(&stage);
     stage.running.push_back(
-        {entry_point, &instance, code_.plugin, instance.container_handle, stage.profile.open.size()});
+        {entry_point, &instance, code_.plugin, instance.container_handle, stage.profile.open.size(), arguments});
     if (stage.profile.sink) start_seconds_ = seconds_since_start(stage.profile);
     if (call_watch && call_watch->entry_begins) call_watch->entry_begins(stage.running.back());
+}
+
+void EntryPointCall::set_result(int32_t result) {
+    stage_.running.back().has_result = true;
+    stage_.running.back().result = result;
 }
 
 EntryPointCall::~EntryPointCall() {

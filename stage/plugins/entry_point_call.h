@@ -1,6 +1,9 @@
 // Calls of an instance's entry points: with the instance's random numbers, and checked afterwards.
 #pragma once
 
+#include <array>
+#include <type_traits>
+
 #include "instance.h"
 #include "plugin_code.h"
 #include "stage/scene/call_watch.h"
@@ -14,10 +17,13 @@ struct Stage;
 /// left open and overwritten guard bytes become complaints. Nests, since dispatcher calls do.
 class EntryPointCall {
   public:
-    EntryPointCall(Stage& stage, Instance& instance, const char* entry_point);
+    /// arguments: those after the instance; they must live as long.
+    EntryPointCall(Stage& stage, Instance& instance, const char* entry_point, std::span<const CallValue> arguments);
     ~EntryPointCall();
     EntryPointCall(const EntryPointCall&) = delete;
     EntryPointCall& operator=(const EntryPointCall&) = delete;
+
+    void set_result(int32_t result);
 
   private:
     Stage& stage_;
@@ -30,12 +36,20 @@ class EntryPointCall {
 template <class EntryPoint, class... Arguments>
 auto call_entry_point(Stage& stage, Instance& instance, const char* name, EntryPoint EntryPoints::*entry_point,
                       Arguments... arguments) {
-    const EntryPointCall call(stage, instance, name);
+    const std::array<CallValue, sizeof...(arguments)> values = {CallValue(arguments)...};
+    EntryPointCall call(stage, instance, name, values);
     const EntryPoint function = plugin(instance.plugin).entry_points.*entry_point;
-    return call_plugin([&] {
+    const auto run = [&] {
         if (call_watch && call_watch->entry_follows) call_watch->entry_follows();
         return function(instance.block, arguments...);
-    });
+    };
+    if constexpr (std::is_void_v<decltype(run())>) {
+        call_plugin(run);
+    } else {
+        const auto result = call_plugin(run);
+        call.set_result(result);
+        return result;
+    }
 }
 
 }  // namespace stage

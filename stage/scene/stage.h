@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "call_watch.h"
 #include "camera.h"
 #include "clock.h"
 #include "complaints.h"
@@ -33,8 +34,11 @@ struct RunningCall {
     const char* entry_point;  // exported name
     Instance* instance;
     const char* plugin_name;
-    int32_t container_handle;  // carries the instance
-    size_t open_sections;      // profiling sections that were open when it began
+    int32_t container_handle;              // carries the instance
+    size_t open_sections;                  // profiling sections that were open when it began
+    std::span<const CallValue> arguments;  // after the instance
+    bool has_result = false;               // set once it has returned a value
+    int32_t result = 0;
 };
 
 /// One scene and everything in it. All fields may be read. Callers may change camera, clock, overrides, complaints, the

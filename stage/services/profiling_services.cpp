@@ -49,15 +49,15 @@ void end_section(Stage& stage, int32_t handle) {
 using namespace stage;
 
 void pelEventStart(int32_t event) {
-    const WatchedService watched(__func__);
-    if (!watched.admitted()) return;
-    record_call(__func__, event);
-    if (Stage* stage = current_stage()) start_section(*stage, event);
+    const auto start = [event] {
+        if (Stage* stage = current_stage()) start_section(*stage, event);
+    };
+    watched(__func__, 0, start, event);
 }
 
 void pelEventEnd(int32_t event) {
-    const WatchedService watched(__func__);
-    if (!watched.admitted()) return;
-    record_call(__func__, event);
-    if (Stage* stage = current_stage()) end_section(*stage, event);
+    const auto end = [event] {
+        if (Stage* stage = current_stage()) end_section(*stage, event);
+    };
+    watched(__func__, 0, end, event);
 }

@@ -23,16 +23,16 @@ void note_null_texts(Registration& registration, Arguments... arguments) {
 /// Records the call and lets `add` work on the running registration. Outside of PLUGIN_INIT it is a complaint.
 template <class Add, class... Arguments>
 void register_with(const char* name, Add add, Arguments... arguments) {
-    const WatchedService watched(name);
-    if (!watched.admitted()) return;
-    record_call(name, arguments...);
-    if (Registration* registration = running_registration()) {
-        registration->plugin.registration_calls.push_back(make_call(name, arguments...));
-        note_null_texts(*registration, arguments...);
-        add(*registration);
-    } else if (Stage* stage = current_stage()) {
-        complain(*stage, name, "registration is over once PLUGIN_INIT has returned");
-    }
+    const auto answer = [&] {
+        if (Registration* registration = running_registration()) {
+            registration->plugin.registration_calls.push_back(make_call(name, arguments...));
+            note_null_texts(*registration, arguments...);
+            add(*registration);
+        } else if (Stage* stage = current_stage()) {
+            complain(*stage, name, "registration is over once PLUGIN_INIT has returned");
+        }
+    };
+    watched(name, 0, answer, arguments...);
 }
 
 ParameterInfo parameter_info(const char* name, const char* label, ParameterKind kind, ParameterValue initial) {

@@ -5,10 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "stage/call_log.h"
 #include "stage/plugins/registration.h"
-#include "stage/scene/call_watch.h"
 #include "stage/scene/stage.h"
+#include "watched.h"
 
 namespace stage {
 
@@ -49,14 +48,12 @@ inline const char* text_of(const char* text) {
     return text ? text : "";
 }
 
-/// Records the call (without pointers), then calls the override where one is set, `own` otherwise. Returns `fallback`
-/// when there is no current Stage, and inside PLUGIN_INIT, where there is no scene.
-template <int32_t fallback = 0, class Signature, class Own, class... Arguments>
-auto serve(const char* name, std::function<Signature> Overrides::*override_field, Own own, Arguments... arguments) {
+/// Calls the override where one is set, `own` otherwise. Answers `fallback` when there is no current Stage, and inside
+/// PLUGIN_INIT, where there is no scene.
+template <int32_t fallback, class Signature, class Own, class... Arguments>
+auto answer_service(const char* name, std::function<Signature> Overrides::*override_field, Own own,
+                    Arguments... arguments) {
     using Answer = decltype(own(std::declval<const Service&>(), arguments...));
-    const WatchedService watched(name);
-    if (!watched.admitted()) return static_cast<Answer>(fallback);
-    record_call(name, arguments...);
     Stage* stage = current_stage();
     if (Registration* registration = running_registration()) {
         registration->problems.push_back(std::string(name) + " was called inside PLUGIN_INIT, where there is no scene");
@@ -72,6 +69,14 @@ auto serve(const char* name, std::function<Signature> Overrides::*override_field
         ~Restore() { slot = replaced; }
     } restore{slot, replaced};
     return static_cast<Answer>(replaced(arguments...));
+}
+
+/// A service about the scene: watched, recorded and answered.
+template <int32_t fallback = 0, class Signature, class Own, class... Arguments>
+auto serve(const char* name, std::function<Signature> Overrides::*override_field, Own own, Arguments... arguments) {
+    return watched(
+        name, fallback, [&] { return answer_service<fallback>(name, override_field, own, arguments...); },
+        arguments...);
 }
 
 }  // namespace stage

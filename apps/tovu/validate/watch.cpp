@@ -59,7 +59,8 @@ void entry_ends(const stage::RunningCall& call) {
     set_running(nested ? words_of(running[running.size() - 2]) : "");
 }
 
-bool service_begins(const char* service) {
+bool service_begins(stage::ServiceCall& call) {
+    const char* service = call.name;
     if (!on_host_thread()) {
         // Findings are kept by one thread; the others wait for each other.
         static std::atomic_flag busy;
@@ -78,7 +79,7 @@ bool service_begins(const char* service) {
     return true;
 }
 
-void service_ends(const char*) {
+void service_ends(stage::ServiceCall&) {
     --watch().host_depths.back();
     if (watch().poison_stack) poison_stack();
 }
