@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 #include "container_reader.h"
 #include "stage/names.h"
@@ -191,9 +192,30 @@ void read_parameters(KeyReader& reader, const KeyedNode& entry, WrittenPlugin& w
     }
 }
 
+void read_births(KeyReader& reader, const KeyedNode& entry, WrittenPlugin& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    BirthNotes births;
+    const std::tuple<const char*, ParameterKind, std::string*> roles[] = {
+        {"rate", ParameterKind::kFloat, &births.rate}, {"number", ParameterKind::kInt, &births.number}};
+    for (const auto& [key, kind, name] : roles) {
+        const toml::node* node = table->get(key);
+        if (node == nullptr || !read_text(reader, {key, *node}, *name)) {
+            report(reader, entry.node.source(), "births needs rate and number, both names of parameters");
+            return;
+        }
+        const ParameterInfo* parameter = named_parameter(reader, node->source(), *name, written.plugin);
+        if (parameter == nullptr) return;
+        if (parameter->kind != kind)
+            report(reader, node->source(), fmt::format("{} must be a parameter of kind {}", key, to_string(kind)));
+    }
+    written.notes.births = births;
+}
+
 const KeyRow<WrittenPlugin> kPluginKeys[] = {
     {"groups", [](KeyReader& r, const KeyedNode& e, WrittenPlugin& w) { read_texts(r, e, w.notes.groups); }},
     {"facts", [](KeyReader& r, const KeyedNode& e, WrittenPlugin& w) { read_texts(r, e, w.notes.facts); }},
+    {"births", read_births},
     {"parameter", read_parameters},
 };
 

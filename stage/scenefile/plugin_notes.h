@@ -45,10 +45,18 @@ struct ParameterNotes {
     std::optional<CurveFormat> curve;  // of a String
 };
 
+/// The parameters that births depend on. Time is saved up, and at 1 / rate seconds each it is spent on births; those
+/// that find no free record are lost.
+struct BirthNotes {
+    std::string rate;    // a Float: births per second
+    std::string number;  // an Int: how many particles can be alive
+};
+
 struct PluginNotes {
     std::vector<std::string> groups;         // in the order to show them
     std::vector<std::string> facts;          // about several parameters at once
     std::vector<ParameterNotes> parameters;  // in the order of the file
+    std::optional<BirthNotes> births;        // of a plug-in that answers 'RAD1'
 };
 
 /// Null for a parameter without notes.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <map>
@@ -144,6 +145,20 @@ void load_plugins(Builder& builder) {
     }
 }
 
+void check_burst(Builder& builder, const TimelineEntry& entry, PluginId id) {
+    if (entry.burst == 0) return;
+    const Plugin& owner = plugin(id);
+    const std::optional<BirthNotes>& births = builder.notes[id].births;
+    if (!births) {
+        builder.messages.errors.push_back(
+            fmt::format("{}: the notes beside {} do not say which of its parameters births depend on: it has no bursts",
+                        entry.burst_place, owner.name));
+    } else if (const double most = find_parameter(owner, births->number)->maximum; entry.burst > most) {
+        builder.messages.errors.push_back(
+            fmt::format("{}: burst must be a whole number from 1 to {}, not {}", entry.burst_place, most, entry.burst));
+    }
+}
+
 void check_timeline(Builder& builder) {
     for (const TimelineEntry& entry : builder.scene.timeline) {
         if (entry.container < 0) continue;
@@ -151,6 +166,7 @@ void check_timeline(Builder& builder) {
         if (id < 0) continue;
         check_settings(builder.scene, plugin(id), entry.parameters, builder.messages.errors);
         check_button(plugin(id), entry.press, entry.press_place, builder.messages.errors);
+        check_burst(builder, entry, id);
     }
 }
 
@@ -184,15 +200,33 @@ void warn_of_parameters(Builder& builder) {
     }
 }
 
+bool has_burst(const SceneDescription& scene, size_t container) {
+    return std::any_of(scene.timeline.begin(), scene.timeline.end(), [&](const TimelineEntry& entry) {
+        return entry.burst > 0 && entry.container == static_cast<int32_t>(container);
+    });
+}
+
+void add_instance_of(Builder& builder, size_t container) {
+    Stage& stage = *builder.built.stage;
+    const ContainerDescription& description = builder.scene.containers[container];
+    const int32_t handle = builder.built.container_handles[container];
+    const PluginId id = builder.plugins[container];
+    const auto fail = [&](const Error& error) {
+        builder.messages.errors.push_back(description.place + ": " + error.message);
+    };
+    ParameterValues values;
+    for (const ParameterSetting& setting : description.parameters) values.emplace_back(setting.name, setting.value);
+    const Result<int32_t> added = add_instance(stage, handle, id, values);
+    if (!added) return fail(added.error());
+    if (!has_burst(builder.scene, container)) return;
+    Result<BurstTarget> target = make_burst_target(stage, handle, *builder.notes[id].births);
+    if (!target) return fail(target.error());
+    builder.built.bursts.push_back(std::move(*target));
+}
+
 void add_instances(Builder& builder) {
     for (size_t i = 0; i < builder.scene.containers.size(); ++i) {
-        if (builder.plugins[i] < 0) continue;
-        ParameterValues values;
-        for (const ParameterSetting& setting : builder.scene.containers[i].parameters)
-            values.emplace_back(setting.name, setting.value);
-        const Result<int32_t> added =
-            add_instance(*builder.built.stage, builder.built.container_handles[i], builder.plugins[i], values);
-        if (!added) builder.messages.errors.push_back(builder.scene.containers[i].place + ": " + added.error().message);
+        if (builder.plugins[i] >= 0) add_instance_of(builder, i);
     }
 }
 
@@ -204,7 +238,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     StageOptions options;
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
-    Builder builder{*scene, smoke_plugin, {*scene, make_stage(options), {}, {}, {}, {}}, {}, {}, {}};
+    Builder builder{*scene, smoke_plugin, {*scene, make_stage(options), {}, {}, {}, {}, {}}, {}, {}, {}};
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "burst.h"
 #include "image_track.h"
 #include "scene_description.h"
 #include "shape_track.h"
@@ -19,6 +20,7 @@ struct BuiltScene {
     std::vector<int32_t> container_handles;  // by index of the description's containers
     std::vector<ImageTrack> images;
     std::vector<ShapeTrack> shapes;
+    std::vector<BurstTarget> bursts;    // of the containers that have a burst in the timeline
     std::vector<std::string> warnings;  // "file:line:column: …": what can be rendered, but hardly as intended
 };
 

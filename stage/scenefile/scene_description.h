@@ -103,6 +103,8 @@ struct TimelineEntry {
     std::vector<ParameterSetting> parameters;
     std::string press;  // name of a push button, empty for none
     Place press_place;
+    int32_t burst = 0;  // births in that frame; 0 for none
+    Place burst_place;
     std::optional<GeometryDescription> geometry;  // the container's new shape
     std::string image;                            // name of an image of the scene, empty for none
     std::filesystem::path file;                   // its new picture

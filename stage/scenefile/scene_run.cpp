@@ -18,6 +18,11 @@ Result<Done> apply_entry(SceneRun& run, const TimelineEntry& entry) {
         const Result<Done> set = set_parameter(stage, handle, setting.name, setting.value);
         if (!set) return Error{setting.place + ": " + set.error().message};
     }
+    for (BurstTarget& target : run.built.bursts) {
+        if (target.container_handle != handle || entry.burst == 0) continue;
+        target.due += entry.burst;
+        target.place = entry.burst_place;
+    }
     if (entry.press.empty()) return Done{};
     const Result<Done> pressed = press_button(stage, handle, entry.press);
     if (!pressed) return Error{entry.press_place + ": " + pressed.error().message};
@@ -94,7 +99,11 @@ Result<Done> run_until(SceneRun& run, int64_t frame) {
         const double seconds = static_cast<double>(run.next_frame) / run.built.description.frame_rate;
         if (Result<Done> applied = apply_timeline(run, run.next_frame); !applied) return applied;
         if (Result<Done> shown = show_moment(run, seconds); !shown) return shown;
+        for (BurstTarget& target : run.built.bursts) {
+            if (Result<Done> begun = begin_burst_frame(*run.built.stage, target); !begun) return begun;
+        }
         run_frame(*run.built.stage);
+        for (BurstTarget& target : run.built.bursts) end_burst_frame(*run.built.stage, target);
     }
     return Done{};
 }

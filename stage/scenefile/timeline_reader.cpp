@@ -65,6 +65,12 @@ const EntryRow kEntryRows[] = {
           read_text(r, e, w.entry.press);
           w.entry.press_place = place_of(r, e.node.source());
       }}},
+    {EntryUse::kPluginAction,
+     {"burst",
+      [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) {
+          read_integer(r, e, 1, INT32_MAX, w.entry.burst);
+          w.entry.burst_place = place_of(r, e.node.source());
+      }}},
     {EntryUse::kShapeAction,
      {"geometry", [](KeyReader& r, const KeyedNode& e, WrittenEntry& w) { read_geometry(r, e, w.entry.geometry); }}},
     {EntryUse::kImage,
@@ -122,6 +128,10 @@ void check_container_entry(KeyReader& reader, const toml::table& table, const Ti
     if (contains_any(table, plugin_actions) && !container.has_plugin && container.look.empty())
         report(reader, table.get("container")->source(),
                fmt::format("container '{}' carries no plug-in whose parameters could be set", container.name));
+    if (entry.burst > 0 && !container.look.empty())
+        report_at(reader, entry.burst_place,
+                  fmt::format("container '{}' has a look: give the burst to one of its layers, by its name '{}.LAYER'",
+                              container.name, container.name));
     if (entry.geometry && container.has_plugin)
         report_at(
             reader, entry.geometry->place,

@@ -132,11 +132,14 @@ constexpr const char* kMistakesAboutPlugins = R"(container = [
     { name = "g", texture = "pufff", plugin = "smoke" },  #! 29: unknown texture 'pufff': did you mean 'puff'?
     { name = "lit", light = { image = "puf", size = [1, 1] } },  #! 39: unknown image 'puf': did you mean 'puff'?
     { name = "h", plugin = "none.so" },  #! 28: none.so: not a plug-in library
+    { name = "j", plugin = "TovuGather" },
     { name = "i", plugin = "TovuGathr" },  #! 28: unknown plug-in 'TovuGathr': did you mean 'TovuGather'?
 ]
 at = [
     { time = 1, container = "g", parameters = { gravitiy = 1 } },  #! 60: parameter 'gravitiy' is not known
     { time = 1, container = "g", press = "rest" },  #! 42: TovuSmoke has no push button 'rest': did you mean 'reset'?
+    { time = 1, container = "g", burst = 25001 },  #! 42: burst must be a whole number from 1 to 25000, not 25001
+    { time = 1, container = "j", burst = 1 },  #! 42: the notes beside TovuGather do not say
     { time = 1, image = "logo", file = "dot.png" },  #! 40: dot.png: not a PNG
 ]
 track = [

@@ -119,7 +119,9 @@ TEST_F(Looks, MistakesNameThePlaceInTheSceneOrInTheLook) {
     { name = "g", look = "two", parameters = { gravity = [1] } },  #! 58: gravity must be a number
     { name = "h.fire" },  #! 14: a look has a layer 'h.fire' already
     { name = "h", look = "two" },
-])";
+]
+at = [{ time = 1, container = "h", burst = 7 }]  #! 44: container 'h' has a look: give the burst to one of its layers
+)";
     const std::string file = folder / "scene.toml", look_file = folder / "looks/two.toml";
     EXPECT_THAT(messages_about(file, read(scene).error().message),
                 testing::UnorderedElementsAreArray(annotated_messages(scene, file)));

@@ -77,6 +77,7 @@ container = [
 ]
 at = [
     { time = 1, container = "smoke" },  #! 5: [[at]] does nothing
+    { time = 1, container = "smoke", burst = 0 },  #! 46: burst must be a whole number from 1
     { time = 1, container = "plain", press = "reset" },  #! 29: container 'plain' carries no plug-in
     { time = 1, container = "smoke", geometry = { kind = "text", text = "b" } },  #! 49: container 'smoke' carries
     { time = 1, container = "switched", geometry = { kind = "text", text = "b" } },  #! 52: container 'switched' has

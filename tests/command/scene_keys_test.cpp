@@ -22,6 +22,7 @@ at = [
     { time = <at.time: 0.3 -> 0.7>, container = "smoke", parameters = { gravity = <at.parameters: 5 -> -5> } },
     { time = 0.2, container = <at.container: "smoke" -> "defaults">, parameters = { gravity = 9 } },
     { time = 0.6, container = "defaults", <at.press: press = "reset" -> parameters = {}> },
+    { time = 0.6, container = "defaults", burst = <at.burst: 2 -> 9> },
     { time = 0.4, container = "round", geometry = { kind = "text", text = <at.geometry: "I" -> "M">, fill = [1, 0, 0] } },
     { time = 0.5, image = <at.image: "switched" -> "sheet">, file = "assets/logo_flame.png" },
     { time = 0.7, image = "switched", file = <at.file: "assets/wind_vortex.png" -> "assets/logo_wipe12.png"> },

@@ -7,8 +7,10 @@
 #include "instance/smoke_instance.h"
 #include "stage/output/png_file.h"
 #include "stage/plugins/instance.h"
+#include "stage/plugins/parameters.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/scene_run.h"
+#include "stage/scenefile/timeline.h"
 
 namespace {
 
@@ -19,8 +21,9 @@ class SceneRun : public testing::Test {
         ASSERT_TRUE(written) << written.error().message;
     }
 
-    stage::SceneRun start(const std::string& text) {
-        const auto scene = stage::read_scene("frame_rate = 10\n" + text, folder / "scene.toml");
+    stage::SceneRun start(const std::string& text, double frame_rate = 10) {
+        const auto scene =
+            stage::read_scene("frame_rate = " + std::to_string(frame_rate) + "\n" + text, folder / "scene.toml");
         if (!scene) throw std::runtime_error(scene.error().message);
         auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
         if (!built) throw std::runtime_error(built.error().message);
@@ -32,6 +35,13 @@ class SceneRun : public testing::Test {
         const auto found =
             std::find_if(containers.begin(), containers.end(), [&](const auto& one) { return one.name == name; });
         return run.built.container_handles[static_cast<size_t>(found - containers.begin())];
+    }
+
+    static int32_t alive(const stage::SceneRun& run) {
+        const void* block = stage::instance_of(*run.built.stage, container(run, "smoke"))->block;
+        int32_t count = 0;
+        for (const Particle* p = static_cast<const tovu::SmokeInstance*>(block)->active_head; p; p = p->next) ++count;
+        return count;
     }
 
     /// The newest particles' x and y: those as old as the one that was born last.
@@ -145,6 +155,64 @@ TEST_F(SceneRun, TracksSetOpacityAndParameters) {
         EXPECT_EQ(count, smoke->particle_count) << frame;
         EXPECT_FLOAT_EQ(alpha, smoke->alpha_table.alpha[0]) << frame;
     }
+}
+
+// Whatever the frame rate, and the time that was saved up: for two seconds at a rate of 0, or part of a period.
+TEST_F(SceneRun, BurstsAreExact) {
+    for (const double frame_rate : {1.0, 29.97, 50.0, 1000.0})
+        for (const double rate : {0.0, 0.4, 70.0, 2000.0})
+            for (const int32_t burst : {1, 7, 500, 25000}) {
+                SCOPED_TRACE(testing::Message() << frame_rate << " frames, rate " << rate << ", burst " << burst);
+                stage::SceneRun run =
+                    start("at = [{ time = 2, container = 'smoke', burst = " + std::to_string(burst) +
+                              " }]\n[[container]]\nname = 'smoke'\nparameters = { number_of_particles = 25000, "
+                              "life_time = 1000, birth_rate = " +
+                              std::to_string(rate) + " }",
+                          frame_rate);
+                const int64_t frame = stage::first_frame_from(run.built.description, 2.0);
+                ASSERT_TRUE(stage::run_until(run, frame - 1));
+                const int32_t before = alive(run);
+                const auto done = stage::run_until(run, frame);
+                if (before + burst <= 25000) {
+                    ASSERT_TRUE(done) << done.error().message;
+                    EXPECT_EQ(before + burst, alive(run));
+                } else {
+                    EXPECT_THAT(done.error().message,
+                                testing::HasSubstr("scene.toml:2:48: a burst of 25000 on top of " +
+                                                   std::to_string(before) + " living particles"));
+                }
+            }
+}
+
+// Ten a second, for half a second each, and at most eight at once.
+TEST_F(SceneRun, RegularBirthsGoOnAfterABurst) {
+    stage::SceneRun run = start(R"(
+at = [
+    { time = 1.05, container = "smoke", burst = 20 },
+    { time = 1.05, container = "smoke", burst = 30, parameters = { gravity = 1 } },
+    { time = 1.15, container = "smoke", burst = 5 },
+]
+[[container]]
+name = "smoke"
+parameters = { number_of_particles = 8, life_time = 0.5, life_time_scale = 40, birth_rate = 10 }
+)",
+                                100);
+    std::vector<int32_t> counts;
+    for (const int64_t frame : {104, 105, 114, 115, 130, 170, 250}) {
+        ASSERT_TRUE(stage::run_until(run, frame));
+        counts.push_back(alive(run));
+    }
+    EXPECT_EQ(5, counts[0]);
+    EXPECT_EQ(counts[0] + 50, counts[1]) << "two at once";
+    EXPECT_EQ(counts[1] - 1, counts[2]) << "one died; no births while more than eight are alive";
+    EXPECT_EQ(counts[2] + 5, counts[3]);
+    EXPECT_GE(counts[4], 55) << "none is removed";
+    EXPECT_LE(counts[5], 8);
+    EXPECT_EQ(5, counts[6]);
+    const std::pair<const char*, stage::ParameterValue> kept[] = {
+        {"number_of_particles", 8}, {"life_time_scale", 40.0}, {"birth_rate", 10.0}};
+    for (const auto& [name, value] : kept)
+        EXPECT_EQ(value, *stage::get_parameter(*run.built.stage, container(run, "smoke"), name)) << name;
 }
 
 // In a transparent picture: one patch of blue, two of red, three of green, one of half transparent and one of white.
