@@ -1,4 +1,5 @@
-"""Makes the built-in sprites and wind maps anew, in looks/sprites and looks/maps, and writes their digests.
+"""Makes the built-in sprites and wind maps anew, in looks/sprites and looks/maps, and writes their digests. Makes the
+pictures in scenes/assets and docs that the scripts of this folder draw, too.
 
 Run by `./tovu docs sprites`. The seeds are fixed, so that the same version of numpy and scipy gives the same pictures.
 """
@@ -10,6 +11,7 @@ import numpy as np
 
 import contact_sheet
 import flames
+import plates
 import points
 import puffs
 import winds
@@ -57,6 +59,7 @@ def main():
         module.make(LOOKS / "sprites")
     for name, options in MAPS.items():
         make_map(name, **options)
+    plates.make(LOOKS.parent / "scenes" / "assets")
     contact_sheet.make(LOOKS, LOOKS.parent / "docs")
     digests = LOOKS / "digests.txt"
     before = digests.read_text().splitlines(True) if digests.exists() else []

@@ -49,12 +49,10 @@ alpha_curve = "{alpha}"
 color = "0 0.96 0.97 1 1 0.55 0.62 0.75"
 """
 
-PICTURE = """
+PLATE = """
 [[container]]
 name = "title"
-texture = "title"
-parameters = {{ number_of_particles = 1, birth_rate = 1000, life_time = 1000000, initial_speed = 0, \
-alpha_curve = "0 1 1 1", size_birth_x = {x}, size_death_x = {x}, size_birth_y = {y}, size_death_y = {y} }}
+geometry = {{ kind = "plate", image = "title", width = {width}, height = {height}, fill = [0.95, 0.97, 1] }}
 """
 
 
@@ -83,14 +81,13 @@ def save_pictures(folder, text, font, count, rng):
     """Writes the title and its band; returns the band's area in pixels, picture by picture."""
     mask = letters(text, font)
     goes = erosion_times(mask, rng)
-    y, x = pixel_centres(HEIGHT, WIDTH)
+    y, _ = pixel_centres(HEIGHT, WIDTH)
     areas = []
     for i in range(count):
         time = (i + 1) / (count - 1) * 1.06 - 0.03
         glow = np.exp(-(((goes - time) / 0.02) ** 2))
         left = mask * np.clip((goes - time) / 0.012, 0, 1)
-        save(folder / f"title_{i:02d}.png", 0.82 + 0.14 * y + 0.1 * glow, 0.87 + 0.1 * y + 0.05 * glow,
-             0.95 + 0.05 * y, left)
+        save(folder / f"title_{i:02d}.png", 0.86 + 0.11 * y + 0.05 * glow, left)
         band = (mask > 0.4) & (np.abs(goes - time) < 0.03)
         # Births repeat the last rows and columns of the mask beyond it.
         band[:2] = band[-2:] = band[:, -2:] = False
@@ -99,13 +96,13 @@ def save_pictures(folder, text, font, count, rng):
     return areas
 
 
-def rate_entries(areas, start):
-    """[[at]] entries: births follow the band's area. A steady rate would choke a small band and starve a large one."""
-    for i in [*range(0, len(areas), 2), len(areas)]:
-        for name, most in RATES.items():
-            rate = round(most * areas[i] / max(areas)) if i < len(areas) else 0
-            yield (f'\n[[at]]\ntime = {start + i / PICTURES_PER_SECOND:.2f}\ncontainer = "{name}"\n'
-                   f"parameters = {{ birth_rate = {rate} }}\n")
+def rate_tracks(areas, start):
+    """Tracks of the birth rates, which follow the band's area: a steady rate would choke a small band."""
+    shares = {0: 0, **{i: areas[i] / max(areas) for i in range(2, len(areas), 2)}, len(areas): 0}
+    for name, most in RATES.items():
+        keys = [f"    {{ time = {start + i / PICTURES_PER_SECOND:.2f}, value = {round(most * share)} }},\n"
+                for i, share in shares.items()]
+        yield f'\n[[track]]\ncontainer = "{name}"\nparameter = "birth_rate"\nkeys = [\n{"".join(keys)}]\n'
 
 
 def scene(text, areas, start):
@@ -113,19 +110,21 @@ def scene(text, areas, start):
     sequence = f"frame_rate = {PICTURES_PER_SECOND}, start = {start:g}, play = \"hold\""
     area = dict(width=UNITS, height=height)
     wisp_alpha = "0 0 0.08 0.42 0.35 0.2 0.7 0.07 1 0"
+    backdrop = 'geometry = { kind = "plate", image = "glow", width = 640, height = 420, fill = [0.16, 0.22, 0.34] }'
     return (f"# The title {ascii(text)} erodes from right to left and blows away. Made by ./tovu bake title.\n"
             f"size = [1280, 720]\nframe_rate = 25\nlength = {start + len(areas) / PICTURES_PER_SECOND + 2:g}\n"
-            f"prewarm = 1\nseed = 11\nbackground = \"#0a0e16\"\n\n[images]\n"
+            f"prewarm = 1\nseed = 11\nbackground = \"#070a11\"\n\n[images]\n"
             f"title = {{ file = \"title_%02d.png\", {sequence} }}\nedge = {{ file = \"edge_%02d.png\", {sequence} }}\n"
-            f"# It moves over 460 units as fast as the smoke.\nblow = {{ file = \"blow\", frame_rate = 5.2 }}\n" +
+            f"# It moves over 460 units as fast as the smoke.\nblow = {{ file = \"blow\", frame_rate = 5.2 }}\n\n"
+            f"[[container]]\nname = \"backdrop\"\n{backdrop}\n" +
             SMOKE.format(name="wisps", texture="wisp_c", most=900, life=2.2, gravity=-0.25, birth=6, death=46,
                          alpha=wisp_alpha, **area) +
             SMOKE.format(name="other wisps", texture="wisp_a", most=900, life=2.4, gravity=-0.3, birth=7, death=50,
                          alpha=wisp_alpha, **area) +
-            PICTURE.format(x=UNITS / 2, y=height / 2) +
+            PLATE.format(**area) +
             SMOKE.format(name="fine smoke", texture="puff_soft_b", most=8000, life=1.7, gravity=-0.2, birth=1.1, death=9,
                          alpha="0 0.8 0.06 0.34 0.25 0.10 0.6 0.03 1 0", **area) +
-            "\n# Births follow the area of the band.\n" + "".join(rate_entries(areas, start)).lstrip("\n"))
+            "\n# Births follow the area of the band.\n" + "".join(rate_tracks(areas, start)).lstrip("\n"))
 
 
 def bake(options):

@@ -41,8 +41,11 @@ TEST_P(Scenes, ShowSmokeAndKeepToTheContract) {
 
     scene.size = {64, 36};
     scene.background.reset();
-    for (auto& container : scene.containers)
-        if (container.geometry) container.geometry->fill.reset();
+    for (auto& container : scene.containers) {
+        if (!container.geometry) continue;
+        container.geometry->fill.reset();
+        if (container.geometry->kind == stage::GeometryKind::kPlate) container.opacity = 0;
+    }
     std::vector<int64_t> frames;
     for (int64_t frame = 0; frame < std::min<int64_t>(stage::frame_count(scene), 150); frame += 15)
         frames.push_back(frame);
