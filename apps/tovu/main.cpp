@@ -113,6 +113,8 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
+    command->add_option("--rate", options.rate,
+                        "Frames per second, such as 25, 29.97 or 60; the scene's smoke is converted to it");
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");

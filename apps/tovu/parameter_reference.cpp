@@ -23,6 +23,7 @@ const std::map<std::string, const char*> kConversions = {
     {"gravity", "times old rate / new rate; where air slows particles, corrected for that too"},
     {"speed", "as it is; where air slows particles, corrected for that"},
     {"turbulence", "times the square root of new rate / old rate"},
+    {"reported", "the smoke differs a little; a warning says so"},
 };
 
 std::string acts_text(const ParameterNotes& notes) {

@@ -17,6 +17,7 @@ struct RenderOptions {
     std::string frames;                 // "A-B" or "A", from 0, both included
     std::string size;                   // "WIDTHxHEIGHT", pixels
     std::string seed;                   // 0 to 4294967295
+    std::string rate;                   // frames per second that the scene is converted to
     std::vector<std::string> settings;  // "container.parameter=value"
     std::string plugin;                 // library of the plug-in "smoke"
     std::string trace;                  // output file for the times of plug-in calls

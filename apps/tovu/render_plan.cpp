@@ -8,6 +8,7 @@
 
 #include "option_values.h"
 #include "stage/assets/picture.h"
+#include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/video_file.h"
 #include "stage/scenefile/input_files.h"
@@ -40,6 +41,17 @@ Result<Done> apply_size(const std::string& text, stage::SceneDescription& scene)
 Result<Done> apply_seed(const std::string& text, stage::SceneDescription& scene) {
     if (text.empty() || parse_number(text, scene.seed)) return Done{};
     return Error{fmt::format("--seed {}: must be a whole number from 0 to 4294967295", text)};
+}
+
+// Values of parameters stay those of the scene's own rate, and are converted when the scene is built.
+Result<Done> apply_rate(const std::string& text, stage::SceneDescription& scene) {
+    double rate = 0.0;
+    if (text.empty()) return Done{};
+    if (!parse_number(text, rate) || !(rate >= 1.0 && rate <= 1000.0))
+        return Error{fmt::format("--rate {}: must be frames per second from 1 to 1000, such as 25, 29.97 or 60", text)};
+    scene.values_rate = scene.frame_rate;
+    scene.frame_rate = stage::exact_frame_rate(rate);
+    return Done{};
 }
 
 Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
@@ -158,6 +170,7 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     RenderPlan plan{.scene = std::move(*scene)};
     if (const Result<Done> done = apply_size(options.size, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_seed(options.seed, plan.scene); !done) return done.error();
+    if (const Result<Done> done = apply_rate(options.rate, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_timeout(options.plugin_timeout, plan); !done) return done.error();
     for (const std::string& setting : options.settings) {
         if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();

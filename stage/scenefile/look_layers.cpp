@@ -83,7 +83,7 @@ void hand_entries(SceneDescription& scene) {
     for (TimelineEntry& entry : scene.timeline) {
         const bool is_for_layers = entry.container >= 0 &&
                                    !scene.containers[static_cast<size_t>(entry.container)].look.empty() &&
-                                   (!entry.parameters.empty() || !entry.press.empty());
+                                   (!entry.parameters.empty() || !entry.press.empty() || entry.burst > 0);
         if (!is_for_layers) {
             entries.push_back(std::move(entry));
             continue;

@@ -155,7 +155,7 @@ const KeyRow<WrittenNotes> kNoteKeys[] = {
     {"unit", read_words<&ParameterNotes::unit>},
     {"conversion",
      [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {
-         read_one_of(r, e, {"drag", "gravity", "speed", "turbulence"}, w.notes.conversion);
+         read_one_of(r, e, {"drag", "gravity", "speed", "turbulence", "reported"}, w.notes.conversion);
      }},
     {"per",
      [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {

@@ -15,6 +15,7 @@
 #include "parameter_track.h"
 #include "parameter_warnings.h"
 #include "plugin_file.h"
+#include "scene_rate.h"
 #include "stage/assets/sprites.h"
 #include "stage/names.h"
 #include "stage/plugins/instance.h"
@@ -200,6 +201,15 @@ void warn_of_parameters(Builder& builder) {
     }
 }
 
+// All settings must be right. The scene that is run differs from the one that was read.
+void convert_rates(Builder& builder) {
+    for (size_t i = 0; i < builder.plugins.size(); ++i) {
+        if (const PluginId id = builder.plugins[i]; id >= 0)
+            convert_container_rate(builder.built.description, static_cast<int32_t>(i), plugin(id), builder.notes[id],
+                                   builder.messages.warnings);
+    }
+}
+
 bool has_burst(const SceneDescription& scene, size_t container) {
     return std::any_of(scene.timeline.begin(), scene.timeline.end(), [&](const TimelineEntry& entry) {
         return entry.burst > 0 && entry.container == static_cast<int32_t>(container);
@@ -208,7 +218,7 @@ bool has_burst(const SceneDescription& scene, size_t container) {
 
 void add_instance_of(Builder& builder, size_t container) {
     Stage& stage = *builder.built.stage;
-    const ContainerDescription& description = builder.scene.containers[container];
+    const ContainerDescription& description = builder.built.description.containers[container];
     const int32_t handle = builder.built.container_handles[container];
     const PluginId id = builder.plugins[container];
     const auto fail = [&](const Error& error) {
@@ -250,6 +260,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     check_timeline(builder);
     check_tracks(builder);
     if (builder.messages.errors.empty()) warn_of_parameters(builder);
+    if (builder.messages.errors.empty()) convert_rates(builder);
     if (builder.messages.errors.empty()) add_instances(builder);
     if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};
     builder.built.warnings = std::move(builder.messages.warnings);

@@ -15,7 +15,7 @@
 namespace stage {
 
 struct BuiltScene {
-    SceneDescription description;
+    SceneDescription description;  // its parameters are converted to its frame rate
     StagePtr stage;
     std::vector<int32_t> container_handles;  // by index of the description's containers
     std::vector<ImageTrack> images;

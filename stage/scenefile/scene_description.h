@@ -153,6 +153,7 @@ struct SceneDescription {
     std::set<std::filesystem::path> looks;      // files of the looks that the scene uses
     std::array<int32_t, 2> size = {1280, 720};  // pixels, 1…16384 each
     double frame_rate = 50.0;                   // frames per second, 1…1000
+    double values_rate = 0.0;                   // that the scene's parameters were made at; 0: frame_rate
     double length = 5.0;                        // seconds
     double prewarm = 0.0;                       // seconds simulated before the first picture
     uint32_t seed = 1;
