@@ -10,6 +10,7 @@
 #include "docs_command.h"
 #include "fault_guard.h"
 #include "hash_command.h"
+#include "looks_command.h"
 #include "params_command.h"
 #include "plugin_location.h"
 #include "render_command.h"
@@ -95,6 +96,32 @@ void add_docs(CLI::App& app, tovu::DocsOptions& options) {
     command->add_flag("--check", options.check, "Write nothing; fail when something is not up to date");
 }
 
+int run_looks(const CLI::App& command, const tovu::LooksOptions& options) {
+    const auto print = [](const std::string& line) { std::printf("%s\n", line.c_str()); };
+    const stage::Result<stage::Done> done =
+        command.got_subcommand("save")     ? tovu::save_look(options, print, print_warning)
+        : command.got_subcommand("diff")   ? tovu::diff_looks(options, print)
+        : command.got_subcommand("retime") ? tovu::retime_look_file(options, print, print_warning)
+                                           : tovu::list_looks(print);
+    return done ? 0 : fail(done.error().message);
+}
+
+void add_looks(CLI::App& app, tovu::LooksOptions& options) {
+    CLI::App* command = app.add_subcommand("looks", "List the looks that scenes can take");
+    command->require_subcommand(0, 1);
+    CLI::App* save = command->add_subcommand("save", "Make a look of a scene's container");
+    save->add_option("scene", options.scene, "Scene file")->required();
+    save->add_option("container", options.container, "Its name")->required();
+    save->add_option("-o,--output", options.output, "The file; looks/CONTAINER.toml beside the scene when left out");
+    CLI::App* diff = command->add_subcommand("diff", "What differs between two looks");
+    diff->add_option("first", options.first, "Name or file")->required();
+    diff->add_option("second", options.second, "Name or file")->required();
+    CLI::App* retime = command->add_subcommand("retime", "Convert a look to another frame rate");
+    retime->add_option("look", options.look, "Name or file")->required();
+    retime->add_option("rate", options.rate, "Frames per second, such as 25, 29.97 or 60")->required();
+    retime->add_option("-o,--output", options.output, "The file; printed when left out");
+}
+
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     CLI::App* command = app.add_subcommand("params", "Show a plug-in's parameters");
     command->add_option(
@@ -145,17 +172,19 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
     tovu::DocsOptions docs;
     tovu::HashOptions hash;
+    tovu::LooksOptions looks;
     tovu::ParamsOptions params;
     tovu::RenderOptions render;
     tovu::ValidateOptions validate;
     hash.plugin = render.plugin = tovu::smoke_plugin_file();
     add_docs(app, docs);
     add_hash(app, hash);
+    add_looks(app, looks);
     add_params(app, params);
     add_render(app, render);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "params", "docs", "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "params", "looks", "docs", "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -168,6 +197,7 @@ int run(int argc, char** argv) {
     tovu::install_fault_guard();
     if (app.got_subcommand("docs")) return run_docs(docs);
     if (app.got_subcommand("hash")) return run_hash(hash);
+    if (app.got_subcommand("looks")) return run_looks(*app.get_subcommand("looks"), looks);
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);
     if (app.got_subcommand("validate")) return run_validate(validate);

@@ -3,6 +3,7 @@
 
 #include "plugin_notes.h"
 #include "scene_description.h"
+#include "stage/stage_export.h"
 
 namespace stage {
 
@@ -10,7 +11,7 @@ namespace stage {
 /// of a look at the look's rate, all others at `values_rate`, to `frame_rate`. Settings for the results are added
 /// behind the others. The notes say which parameters convert. Adds a line to `warnings` for each value that is held at
 /// the limit of its range, and for each that cannot be converted. All settings must have passed check_settings.
-void convert_container_rate(SceneDescription& scene, int32_t container, const Plugin& plugin, const PluginNotes& notes,
-                            std::vector<std::string>& warnings);
+STAGE_EXPORT void convert_container_rate(SceneDescription& scene, int32_t container, const Plugin& plugin,
+                                         const PluginNotes& notes, std::vector<std::string>& warnings);
 
 }  // namespace stage

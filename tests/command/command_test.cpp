@@ -94,6 +94,10 @@ const std::pair<const char*, const char*> kMistakes[] = {
      "--plugin-timeout -1: must be a time in seconds from 0, for no limit, to 86400"},
     {"hash tiny.toml --every 0", "--every 0: must be a whole number from 1 to 1000000000"},
     {"hash tiny.toml --frames 5-10", "must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
+    {"looks save tiny.toml smok", "tiny.toml: unknown container 'smok': did you mean 'smoke'?"},
+    {"looks diff ./no.toml steam", "there is no look file"},
+    {"looks retime steem 50", "unknown look 'steem': did you mean 'steam'?"},
+    {"looks retime steam 0", "0: must be frames per second from 1 to 1000"},
     {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
     {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
     {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},
@@ -220,6 +224,41 @@ TEST_F(Command, FramesOfALongerRenderAreWarnedOf) {
     for (const char* name : {"f1.png", "f2.png", "f3.png", "g5.png"}) write(name, "");
     EXPECT_THAT(run("render short.toml --size 8x8 -o f%d.png").errors,
                 HasSubstr("warning: f2.png to f3.png are from an earlier render: this scene has 2 frames\n"));
+}
+
+// A look that a scene changes is saved as a look, which then gives the same pictures without the changes.
+TEST_F(Command, LooksAreSavedComparedAndConverted) {
+    fs::create_directory(folder / "work" / "looks");
+    write("looks/plume.toml", R"(purpose = "A plume"
+rate = 50
+images = { map = { file = "rise", frame_rate = 3 } }
+[[layer]]
+name = "puffs"
+position = [3, 0, 0]
+texture = "puff_lit_a"
+parameters = { birth_rate = 200, air_resistance = 36, gravity = -2, wind_image = "map", use_wind_image = true }
+)");
+    const std::string head = "size = [32, 24]\nframe_rate = 25\nlength = 0.4\n[[container]]\nname = \"smoke\"\n";
+    write("changed.toml", head + R"(look = "plume"
+parameters = { wind_force = 20, wind_image_range_x = 100, wind_image_range_y = 100, birth_rate = 100 }
+layers.puffs = { texture = "puff_lit_b", parameters = { gravity = 0 } }
+)");
+    const Outcome saved = run("looks save changed.toml smoke");
+    EXPECT_EQ(0, saved.status) << saved.errors;
+    EXPECT_THAT(saved.output, HasSubstr("looks/smoke.toml"));
+    write("plain.toml", head + "look = \"smoke\"\n");
+    for (const char* name : {"changed", "plain"})
+        ASSERT_EQ(0, run(std::string("render ") + name + ".toml -o " + name + ".png --at 0.36").status);
+    EXPECT_TRUE(bytes("changed.png") == bytes("plain.png"));
+    expect_mistake("looks save changed.toml smoke", "looks/smoke.toml: there is such a look already");
+
+    EXPECT_THAT(run("looks").output, testing::AllOf(HasSubstr("plume"), HasSubstr("A plume"), HasSubstr("steam")));
+    ASSERT_EQ(0, run("looks retime plume 25 -o back.toml").status);
+    const std::string differences = run("looks diff plume back.toml").output;
+    for (const char* line :
+         {"rate: 50 -> 25\n", "puffs.air_resistance: 36 -> 70.704\n", "puffs.gravity: -2 -> -4.07469\n"})
+        EXPECT_THAT(differences, HasSubstr(line));
+    EXPECT_EQ(4, std::count(differences.begin(), differences.end(), '\n')) << differences;
 }
 
 TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
