@@ -22,6 +22,12 @@ double nothing(double) {
 double identity(double u) {
     return u;
 }
+// Rises to 1/2 in the middle: a line, then from a quarter on a cubic that is level at its end.
+double roof(double u) {
+    const double height = std::min(u, 1 - u);
+    const double s = 4 * height - 1;
+    return s < 0 ? height : (1 + s + s * s - s * s * s) / 4;
+}
 
 const struct {
     const char* name;
@@ -33,6 +39,7 @@ const struct {
     {"uneven points on a line", "0 0.9 0.1 0.84 0.7 0.48 1 0.3", [](double u) { return 0.9 - 0.6 * u; }},
     {"clamped to 0 and 1", "-1 -2 0 -1 0.5 0.5 1 2", [](double u) { return -1 + 3 * u; }},
     {"extrapolated at both ends", "0.4 0.4 0.5 0.5 0.6 0.6", identity},
+    {"the slope at a corner between lines is their mean", "0 0 0.25 0.25 0.5 0.5 0.75 0.25 1 0", roof},
     {"a last x alone is ignored", "0 0.9 0.5 0.6 1 0.3 2", [](double u) { return 0.9 - 0.6 * u; }},
     {"points past the thousandth are ignored", line_of(1000) + "5 0 6 1 7 0", identity},
     {"x falls", "0 1 0.5 1 0.4 1", nothing},

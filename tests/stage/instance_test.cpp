@@ -54,20 +54,6 @@ const char* text_at(uint32_t slot) {
     return reinterpret_cast<const char*>(static_cast<uintptr_t>(slot));
 }
 
-TEST_F(Instances, BlockHoldsTheValuesBeforeItIsBuilt) {
-    const int32_t container = add_probe("probe", {{"count", 7}, {"mode", "Slow"}, {"target", "elsewhere"}});
-    const ProbeInstance& probe = block(container);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(&probe) % 8, 0u);
-    EXPECT_THAT(std::vector<double>({double(probe.count), probe.amount, double(probe.on), double(probe.mode)}),
-                ElementsAre(7, 0.5, 1, 0));
-    EXPECT_STREQ(text_at(probe.text), "hello");
-    EXPECT_STREQ(text_at(probe.target), "elsewhere");
-    EXPECT_STREQ(text_at(probe.picture), "");
-    EXPECT_EQ(probe.container, container);
-    EXPECT_EQ(probe.geometry, find_container(*stage, container)->geometry_handle);
-    EXPECT_EQ(probe.random[7] + probe.changes, 0) << "the block is zeroed after the slots";
-}
-
 struct SetCase {
     const char* parameter;
     ParameterValue value;
@@ -143,26 +129,6 @@ TEST_F(Instances, SlotsTakeAnyBits) {
     EXPECT_EQ(block(container).changes, 0);
     ASSERT_TRUE(set_parameter(*stage, container, "text", "back"));
     EXPECT_STREQ(text_at(block(container).text), "back");
-}
-
-TEST_F(Instances, HaveRandomNumbersOfTheirOwn) {
-    std::srand(99);
-    const std::vector<int> process = {std::rand(), std::rand()};
-    const int32_t alone = add_probe("first");
-    const auto first_numbers = draw(alone), next_numbers = draw(alone);
-    EXPECT_NE(first_numbers, next_numbers);
-
-    stage = make_stage();
-    std::srand(99);
-    const int32_t first = add_probe("first"), second = add_probe("second");
-    EXPECT_EQ(draw(first), first_numbers) << "a new Stage repeats the run";
-    EXPECT_EQ(std::rand(), process[0]);
-    EXPECT_NE(draw(second), first_numbers);
-    EXPECT_EQ(draw(first), next_numbers) << "whatever another one drew meanwhile";
-    EXPECT_EQ(std::rand(), process[1]) << "and the process's own numbers go on untouched";
-
-    stage = make_stage({.seed = 2});
-    EXPECT_NE(draw(add_probe("first")), first_numbers);
 }
 
 TEST_F(Instances, KeepTheirRandomNumbersAcrossNestedCalls) {

@@ -43,22 +43,6 @@ TEST_F(Scene, RemovedObjectsStayGone) {
     EXPECT_EQ(_api__get_objectid("child", "", TOVU_OBJECT_CONTAINER), next);
 }
 
-TEST_F(Scene, ReplacedMeshesKeepTheirHandleAndRemovedOnesDoNot) {
-    const int32_t container = add_container(*stage, "outline");
-    const auto carried = [&] {
-        int32_t geometry = -7;
-        _api__container_get_geometry(container, &geometry);
-        return geometry;
-    };
-    const int32_t first = set_mesh_geometry(*stage, container, {});
-    EXPECT_EQ(set_mesh_geometry(*stage, container, {{{{1, 2, 3}}}}), first);
-    EXPECT_EQ(carried(), first);
-    EXPECT_TRUE(remove_geometry(*stage, container));
-    EXPECT_EQ(_api__object_valid(first), 0);
-    EXPECT_EQ(carried(), kNoObject);
-    EXPECT_NE(set_mesh_geometry(*stage, container, {}), first);
-}
-
 TEST_F(Scene, ObjectsAreFoundInTreeOrderByNameAndByNumber) {
     const int32_t a = add_container(*stage, "a");
     const int32_t b = add_container(*stage, "b");

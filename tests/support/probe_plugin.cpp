@@ -56,7 +56,6 @@ int32_t PLUGIN_INIT() noexcept {
 
 void PLUGIN_INIT_FUNCTION(void* instance) noexcept {
     ProbeInstance& probe = probe_at(instance);
-    probe.container = _api__get_objectid_local("", TOVU_OBJECT_CONTAINER);
     probe.geometry = _api__get_objectid_local("GEOM", TOVU_OBJECT_GEOMETRY);
 }
 

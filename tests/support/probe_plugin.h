@@ -5,15 +5,14 @@
 
 /// The block: a slot for each kind of parameter, then what the probe records.
 struct ProbeInstance {
-    int32_t count;     // Int "count"
-    float amount;      // Float "amount"
-    int32_t on;        // Bool "on"
-    int32_t mode;      // Radio "mode"
-    uint32_t text;     // String "text"
-    uint32_t target;   // Container "target"
-    uint32_t picture;  // Image "picture"
-    int32_t geometry;  // its own handles, from PLUGIN_INIT_FUNCTION
-    int32_t container;
+    int32_t count;        // Int "count"
+    float amount;         // Float "amount"
+    int32_t on;           // Bool "on"
+    int32_t mode;         // Radio "mode"
+    uint32_t text;        // String "text"
+    uint32_t target;      // Container "target"
+    uint32_t picture;     // Image "picture"
+    int32_t geometry;     // its own handle, from PLUGIN_INIT_FUNCTION
     int32_t last_change;  // parameter index of the last PLUGIN_CHANGED_CALLBACK
     int32_t changes;      // calls of PLUGIN_CHANGED_CALLBACK so far
     int32_t random[8];    // the random numbers that were drawn last
