@@ -160,6 +160,11 @@ TEST_P(ShippedLooks, ShowSmokeAndKeepToTheContract) {
         most = std::max(most, smoky);
     }
     EXPECT_GT(most, 64u * 36u / 50u) << "a fiftieth of the picture";
+
+    const auto look = stage::load_look_file(*scene->looks.begin());
+    ASSERT_TRUE(look) << look.error().message;
+    EXPECT_THAT(file_bytes(TOVU_SOURCE_DIR "/docs/looks.md"),
+                HasSubstr("\n| `" + GetParam() + "` | " + look->purpose + " |\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ShippedLooks, testing::ValuesIn(shipped_names()),
