@@ -55,14 +55,15 @@ stage::Result<std::set<const Check*>> wanted_checks(const std::vector<std::strin
 stage::Result<Subject> open_subject(const ValidateOptions& options) {
     Subject subject;
     std::error_code ignored;
-    subject.path = options.plugin;
-    if (!std::filesystem::is_regular_file(subject.path, ignored)) {
+    subject.name = options.plugin;
+    if (!std::filesystem::is_regular_file(subject.name, ignored)) {
         const auto file = stage::find_plugin_file(options.plugin, smoke_plugin_file(), {});
         if (!file) return file.error();
-        subject.path = *file;
+        subject.name = *file;
     }
-    if (!std::filesystem::is_regular_file(subject.path, ignored))
-        return Error{fmt::format("{}: there is no file of this name", subject.path)};
+    if (!std::filesystem::is_regular_file(subject.name, ignored))
+        return Error{fmt::format("{}: there is no file of this name", subject.name)};
+    subject.path = std::filesystem::absolute(subject.name).string();
     const char* end = options.seed.data() + options.seed.size();
     const auto parsed = std::from_chars(options.seed.data(), end, subject.seed);
     if (parsed.ec != std::errc() || parsed.ptr != end)
@@ -74,12 +75,11 @@ stage::Result<Subject> open_subject(const ValidateOptions& options) {
     return subject;
 }
 
-validate::Result run_check(const Subject& subject, const Check& check, const std::vector<std::string>& failed,
-                           const ValidateOptions& options) {
+validate::Result run_check(const Subject& subject, const Check& check, const ValidateOptions& options) {
     const auto start = std::chrono::steady_clock::now();
     validate::SharedOutcome& outcome = *validate::make_shared_outcome();
     const auto work = [&] {
-        validate::begin_watch(check.name, outcome, failed);
+        validate::begin_watch(check.name, outcome);
         // What a plug-in does to the heap is not to bring down checks that look for other things.
         if (validate::heap_can_be_watched()) validate::watch_heap({});
         check.run(subject);
@@ -103,11 +103,28 @@ const Check* failed_before(const Check& check, const std::vector<validate::Resul
     return nullptr;
 }
 
-std::vector<std::string> failed_checks(const std::vector<validate::Result>& results) {
-    std::vector<std::string> names;
-    for (const validate::Result& result : results)
-        if (!validate::holds(result)) names.emplace_back(result.check->name);
-    return names;
+/// Where the plug-in's code ended: the place of a crash, the function of a loop.
+std::string place_of_end(const validate::Result& result) {
+    if (result.stack.empty()) return "";
+    const std::string& innermost = result.stack.front();
+    return result.state == validate::State::kTimeout ? innermost.substr(0, innermost.find(" +0x")) : innermost;
+}
+
+/// The first check that crashed or hung in the same place of the plug-in; null where there is none.
+const Check* same_end(const validate::Result& result, const std::vector<validate::Result>& before) {
+    for (const validate::Result& other : before)
+        if (!result.stack.empty() && result.state == other.state && place_of_end(result) == place_of_end(other))
+            return other.check;
+    return nullptr;
+}
+
+validate::Result skipped(const Check& check, const std::string& reason) {
+    validate::Result result;
+    result.check = &check;
+    result.state = validate::State::kSkip;
+    result.reason = reason;
+    result.after_failure = true;
+    return result;
 }
 
 /// The wanted checks and all that must hold before them.
@@ -140,13 +157,10 @@ stage::Result<int> validate_plugin(const ValidateOptions& options,
     for (const Check& check : validate::all_checks()) {
         if (!to_run.empty() && to_run.count(&check) == 0) continue;
         const Check* failed = failed_before(check, ran);
-        validate::Result result;
-        result.check = &check;
-        if (failed) {
-            result.state = validate::State::kSkip;
-            result.reason = fmt::format("{} does not hold", failed->name);
-        }
-        if (!failed) result = run_check(*subject, check, failed_checks(ran), options);
+        validate::Result result = failed ? skipped(check, fmt::format("{} does not hold", failed->name))
+                                         : run_check(*subject, check, options);
+        if (const Check* same = same_end(result, ran))
+            result = skipped(check, fmt::format("it ends in the same place as {}", same->name));
         ran.push_back(result);
         const bool is_asked_for = wanted->empty() || wanted->count(&check) > 0;
         // A forerunner that was not asked for is shown where it is the reason why another one does not run.

@@ -57,7 +57,8 @@ bool fits_name_only(const Instance& instance, const ParameterInfo& parameter) {
 }
 
 FenceOptions text_fence(const MemoryOptions& options) {
-    return {options.side, 1, options.room_bytes, true};
+    // All of it is compared after each call, and there may be hundreds of texts.
+    return {options.side, 1, std::min<size_t>(options.room_bytes, 4096), true};
 }
 
 bool allocate_fenced(Instance& instance, const Plugin& owner, const MemoryOptions& options) {

@@ -13,8 +13,9 @@ constexpr uint64_t kFirstWanted = 0x10000000;  // above the heap of a program th
 constexpr uint64_t kStep = 0x10000;            // the largest page size of the supported processors
 constexpr uint64_t kMaxTries = (kEnd - kFirstWanted) / kStep;
 
-// Where the next search begins: after what the last one found.
-std::atomic<uint64_t> next_wanted = kFirstWanted;
+// Where the next search begins: after what the last one found. The first one begins in the upper half, where a plug-in
+// that takes the 32 bits for a signed number reads from a wrong address.
+std::atomic<uint64_t> next_wanted = kEnd / 2;
 
 }  // namespace
 

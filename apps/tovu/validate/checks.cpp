@@ -14,6 +14,9 @@ const Names kLoadable = {"file.exports", "file.imports"};
 const Names kLoaded = {"load.init"};
 const Names kRegistered = {"load.init", "register.order", "register.once", "register.values", "register.size"};
 const Names kAlive = {"life.cycle"};
+// What is wrong in a right scene would be told once more for a wrong one.
+const Names kKeepsToItsMemory = {"life.cycle",  "block.bounds", "text.bounds", "text.moves",
+                                 "image.moves", "heap.bounds",  "thread.host"};
 
 const Check kChecks[] = {
     {"file.format", "The file is a shared library of this machine", {}, check_file_format, Group::kFile},
@@ -43,7 +46,11 @@ const Check kChecks[] = {
     {"heap.bounds", "Heap blocks are used inside their bounds and freed once", kAlive, check_heap_bounds,
      Group::kMemory},
     {"heap.leaks", "An instance gives back all that it took", kAlive, check_heap_leaks, Group::kMemory},
-    {"heap.steady", "A steady frame allocates nothing", kAlive, check_heap_steady, Group::kMemory},
+    {"heap.steady",
+     "A steady frame allocates nothing",
+     {"life.cycle", "heap.leaks"},
+     check_heap_steady,
+     Group::kMemory},
     {"thread.host", "The host is called from its own thread only", kAlive, check_thread_host, Group::kMemory},
     {"process.state", "Rounding, locale, signals and folder stay as they were", kAlive, check_process_state,
      Group::kMemory},
@@ -57,11 +64,15 @@ const Check kChecks[] = {
     {"dispatch.quiet", "Unknown requests are ignored, and requests do not recurse", kAlive, check_dispatch_quiet,
      Group::kExchange},
     {"consumer.lists", "A consumer leaves the lists of a smoke alone", kAlive, check_consumer_lists, Group::kExchange},
-    {"consumer.manners", "A consumer claims, lets go, detaches, and survives the end of a smoke", kAlive,
-     check_consumer_manners, Group::kExchange},
+    {"consumer.manners",
+     "A consumer claims, lets go, detaches, and survives the end of a smoke",
+     {"life.cycle", "consumer.lists"},
+     check_consumer_manners,
+     Group::kExchange},
     {"spawn.answers", "Spawn points are finite and inside", kAlive, check_spawn_answers, Group::kExchange},
-    {"host.lies", "Missing and wrong answers of the host do no harm", kAlive, check_host_lies, Group::kHostile},
-    {"fuzz.slots", "Any bits in any slot do no harm", kAlive, check_fuzz_slots, Group::kHostile},
+    {"host.lies", "Missing and wrong answers of the host do no harm", kKeepsToItsMemory, check_host_lies,
+     Group::kHostile},
+    {"fuzz.slots", "Any bits in any slot do no harm", kKeepsToItsMemory, check_fuzz_slots, Group::kHostile},
 };
 
 }  // namespace

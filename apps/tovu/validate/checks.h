@@ -12,8 +12,9 @@ namespace tovu::validate {
 
 /// What is checked.
 struct Subject {
-    std::string path;
-    ElfFile file;  // empty where the file is no library
+    std::string name;  // of the file, as it was given
+    std::string path;  // absolute: a plug-in may change the current folder
+    ElfFile file;      // empty where the file is no library
     uint32_t seed = 1;
 };
 

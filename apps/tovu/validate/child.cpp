@@ -102,7 +102,10 @@ void on_fault(int number, siginfo_t* info, void* context_pointer) {
         std::snprintf(words, sizeof words, "%s at no valid address", signal_name(number));
     else if (has_address)
         std::snprintf(words, sizeof words, "%s: %s address 0x%zx%s", signal_name(number),
-                      is_write(context) ? "wrote to" : "read", address, address < 4096 ? " (a null pointer)" : "");
+                      is_write(context) ? "wrote to" : "read", address,
+                      address < 4096                           ? " (a null pointer)"
+                      : uint64_t{address} >> 31 == 0x1FFFFFFFF ? " (a slot's 32 bits, taken for a signed number)"
+                                                               : "");
     else
         std::snprintf(words, sizeof words, "%s", signal_name(number));
     end_early(Ending::kCrash, words);

@@ -197,6 +197,11 @@ const ElfSymbol* symbol_at(const ElfFile& file, uint64_t address) {
     return nullptr;
 }
 
+bool imports(const ElfFile& file, std::string_view name) {
+    return std::any_of(file.imports.begin(), file.imports.end(),
+                       [name](const ElfSymbol& symbol) { return symbol.name == name; });
+}
+
 std::string plain_name(const std::string& name) {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> text(abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status),

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "stage/result.h"
@@ -37,6 +38,8 @@ stage::Result<ElfFile> read_elf(const std::string& path);
 
 /// The symbol that covers the address, or null.
 const ElfSymbol* symbol_at(const ElfFile& file, uint64_t address);
+
+bool imports(const ElfFile& file, std::string_view name);
 
 /// "draw_rim" for "_ZN6spiral8draw_rimE…"; other names as they are.
 std::string plain_name(const std::string& name);

@@ -183,13 +183,7 @@ std::optional<Attached> attached_consumer(const Subject& subject) {
         const auto ways = ways_to_name_the_smoke(*attached.rig);
         count = ways.size();
         attached.values = ways[i];
-        ModelSmoke& smoke = attached.rig->smoke;
-        watch().on_return.push_back([&smoke](const stage::RunningCall& call) {
-            check_records(smoke);
-            if (call.entry_point == std::string_view("PLUGIN_NEW_GEOM")) check_claims(smoke);
-        });
         if (run_until_attached(*attached.rig, attached.values)) return attached;
-        watch().on_return.pop_back();
     }
     skip("it sends no 'RAD1'");
     return std::nullopt;
@@ -252,10 +246,12 @@ Given ask_for_points(Rig& rig) {
                  "three finite numbers, or no as the answer");
             continue;
         }
-        const float asked[3] = {point[0], point[1], point[2]};
         if (ask(rig, TOVU_REQUEST_IS_INSIDE, point, "'ISIN'")) ++given.inside;
-        if (!std::equal(asked, asked + 3, point)) fail("spawn.answers", "'ISIN' changed the point", "read it only");
     }
+    float point[3] = {1.5f, -2.5f, 3.5f};
+    ask(rig, TOVU_REQUEST_IS_INSIDE, point, "'ISIN'");
+    if (point[0] != 1.5f || point[1] != -2.5f || point[2] != 3.5f)
+        fail("spawn.answers", "'ISIN' changed the point", "read it only");
     return given;
 }
 
@@ -266,7 +262,7 @@ void check_dispatch_quiet(const Subject& subject) {
     stage::FencedMemory nowhere(64, {});
     nowhere.forbid();
     watch().regions.push_back(
-        {&nowhere, "dispatch.quiet", "", "the data of an unknown request", "look at the data of known requests only"});
+        {&nowhere, "dispatch.quiet", "the data of an unknown request", "", "look at the data of known requests only"});
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));
     send_unknown(*rig, nowhere.data());
     run_frame(*rig);
@@ -292,13 +288,12 @@ void check_consumer_lists(const Subject& subject) {
         press_all_buttons(rig, rig.carrier);
     }
     stage::remove_geometry(*rig.stage, rig.carrier);
-    watch().on_return.pop_back();
 }
 
 void check_consumer_manners(const Subject& subject) {
     std::optional<Attached> attached = attached_consumer(subject);
     if (!attached) return;
-    watch().poison_stack = true;
+    poison_stack();
     {
         Rig& rig = *attached->rig;
         run_frames(rig, 60);
@@ -332,12 +327,10 @@ void check_consumer_manners(const Subject& subject) {
         remove_model_smoke(rig.smoke);
         run_frames(rig, 4);
     });
-    watch().on_return.pop_back();
     attached->rig.reset();
     attached = attached_consumer(subject);
     if (!attached) return;
     again("when its smoke went just before", [&](Rig& rig) { remove_model_smoke(rig.smoke); });
-    watch().on_return.pop_back();
 }
 
 void check_spawn_answers(const Subject& subject) {

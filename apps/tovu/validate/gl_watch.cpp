@@ -234,7 +234,7 @@ void set_pointer(const char* call, ClientArray& array, int smallest, std::initia
     if (!contains(types, type))
         fault(fmt::format("{} was given the type {:#x}", call, type), "a type of OpenGL 1.1 for this array");
     if (stride < 0) fault(fmt::format("{} was given a stride of {}", call, stride), "0 or more");
-    array.size = size;
+    array.size = std::clamp(size, 1, 4);
     array.type = type;
     array.stride = stride;
     array.pointer = pointer;
@@ -310,7 +310,7 @@ bool check_array(const ClientArray& array, int first, int count) {
         fail("gl.arrays", name + " is enabled and has no address", "set its pointer, or disable the array");
         return false;
     }
-    if (count <= 0 || array.size < 1) return true;
+    if (count <= 0) return true;
     const uintptr_t start = reinterpret_cast<uintptr_t>(array.pointer) + static_cast<size_t>(first) * step_of(array);
     const size_t bytes = static_cast<size_t>(count - 1) * step_of(array) + bytes_per_vertex(array);
     const std::string words = dangling_words(array, start, bytes);
@@ -327,40 +327,28 @@ float number_at(const char* place) {
     return static_cast<float>(number);
 }
 
-float component_at(const ClientArray& array, const char* vertex, int component) {
-    const char* place = vertex + static_cast<size_t>(component) * bytes_of_type(array.type);
-    switch (array.type) {
-        case GL_DOUBLE:
-            return number_at<double>(place);
-        case GL_SHORT:
-            return number_at<short>(place);
-        case GL_INT:
-            return number_at<int>(place);
-        default:
-            return number_at<float>(place);
-    }
-}
-
-void check_vertices(const ClientArray& array, int first, int count) {
+/// Numbers of other types are finite.
+void check_array_values(const ClientArray& array, int first, int count) {
+    if (!array.enabled || (array.type != GL_FLOAT && array.type != GL_DOUBLE)) return;
     const auto* place = static_cast<const char*>(array.pointer) + static_cast<size_t>(first) * step_of(array);
     for (int i = 0; i < count; ++i, place += step_of(array)) {
         float numbers[4] = {};
-        for (int c = 0; c < array.size; ++c) numbers[c] = component_at(array, place, c);
-        check_numbers("glDrawArrays, a vertex ", numbers, array.size);
+        for (int c = 0; c < array.size; ++c)
+            numbers[c] = array.type == GL_FLOAT ? number_at<float>(place + 4 * c) : number_at<double>(place + 8 * c);
+        check_numbers(array.name, numbers, array.size);
     }
 }
 
-/// What a glDrawArrays reads goes into the call log as well, as one number for each array and vertex.
+/// What a glDrawArrays reads goes into the call log as well, as one number for each array.
 void record_arrays(int first, int count) {
     for (const ClientArray& array : state().arrays) {
-        if (!array.enabled || !array.pointer) continue;
+        if (!array.enabled) continue;
         const auto* place = static_cast<const char*>(array.pointer) + static_cast<size_t>(first) * step_of(array);
-        for (int i = 0; i < count; ++i, place += step_of(array)) {
-            uint32_t hash = 2166136261u;  // FNV-1a
+        uint32_t hash = 2166136261u;  // FNV-1a
+        for (int i = 0; i < count; ++i, place += step_of(array))
             for (size_t k = 0; k < bytes_per_vertex(array); ++k)
                 hash = (hash ^ static_cast<unsigned char>(place[k])) * 16777619u;
-            stage::record_call("vertex of an array", i, hash);
-        }
+        stage::record_call(array.name, count, hash);
     }
 }
 
@@ -377,9 +365,9 @@ void draw_arrays(unsigned int mode, int first, int count) {
         return fail("gl.arrays", "glDrawArrays was called while GL_VERTEX_ARRAY is off",
                     "enable it with glEnableClientState");
     check_whole("glDrawArrays", static_cast<int>(mode), count);
-    const bool is_right = contains({GL_SHORT, GL_INT, GL_FLOAT, GL_DOUBLE}, vertices.type);
-    if (all_readable && is_right && vertices.size >= 2 && vertices.size <= 4) check_vertices(vertices, first, count);
-    if (all_readable && stage::is_recording_calls()) record_arrays(first, count);
+    if (!all_readable) return;
+    for (const ClientArray& array : s.arrays) check_array_values(array, first, count);
+    if (stage::is_recording_calls()) record_arrays(first, count);
 }
 
 void set_client_state(const char* call, unsigned int code, bool enabled) {

@@ -35,7 +35,7 @@ struct Heap {
     uint32_t used = 0;
     bool keep_freed = false;
     bool note_callers = false;
-    std::atomic<int> fill = -1;  // the byte that new blocks hold, where it is not negative
+    int fill = -1;  // the byte that new blocks hold, where it is not negative
     size_t freed_bytes = 0;
     uint32_t generation = 0;
     HeapTotals totals;
@@ -250,13 +250,9 @@ void __libc_free(void* memory);
 // NOLINTEND(readability-identifier-naming)
 
 TOVU_HEAP_EXPORT void* malloc(size_t bytes) {
-    if (!is_noted_now()) {
-        const int fill = the_heap.fill.load(std::memory_order_relaxed);
-        void* plain = __libc_malloc(bytes);
-        if (fill >= 0 && plain && in_plugin_code()) std::memset(plain, fill, bytes);
-        return plain;
-    }
-    void* memory = __libc_malloc(bytes + kGuardBytes < bytes ? bytes : bytes + kGuardBytes);
+    if (!is_noted_now() || bytes + kGuardBytes < bytes) return __libc_malloc(bytes);
+    void* memory = __libc_malloc(bytes + kGuardBytes);
+    if (memory && the_heap.fill >= 0) std::memset(memory, the_heap.fill, bytes);
     note_block(memory, bytes);
     return memory;
 }
@@ -271,7 +267,7 @@ TOVU_HEAP_EXPORT void* calloc(size_t count, size_t bytes) {
 }
 
 TOVU_HEAP_EXPORT void free(void* memory) {
-    if (!memory) return;
+    if (!memory || frees_lent_memory(memory)) return;
     if (the_heap_is_watched.load(std::memory_order_relaxed) && !the_heap_is_in_use && !note_free(memory)) return;
     __libc_free(memory);
 }

@@ -25,6 +25,7 @@ using stage::Registration;
 
 constexpr int64_t kMostBytes = int64_t{64} << 20;
 constexpr size_t kMostChoices = 1000;
+constexpr const char* kOrder = "pelRegisterPlugin first, then pelRegisterPluginType, then the rest";
 
 /// Loads the library and lets it register. Empty after a finding.
 std::optional<Registration> register_subject(const Subject& subject) {
@@ -57,30 +58,30 @@ int64_t count_of(const Registration& registration, const std::string& name) {
     return std::count_if(calls.begin(), calls.end(), [&](const Call& call) { return call.name == name; });
 }
 
-void expect_first(const Registration& registration, size_t position, const char* name, const char* what) {
+/// `name` is the first call but for those of `before`.
+void expect_first(const Registration& registration, const char* name, const char* what, const std::string& before) {
     const auto& calls = registration.plugin.registration_calls;
-    const bool is_there = count_of(registration, name) > 0;
-    if (is_there && calls[position].name == name) return;
-    fail("register.order",
-         is_there ? fmt::format(
-                        "{} is call {} of the registration",
-                        stage::to_string(*std::find_if(calls.begin(), calls.end(),
-                                                       [&](const Call& call) { return call.name == name; })),
-                        std::find_if(calls.begin(), calls.end(), [&](const Call& call) { return call.name == name; }) -
-                            calls.begin() + 1)
-                  : fmt::format("{} is not registered ({})", what, name),
-         "pelRegisterPlugin first, then pelRegisterPluginType, then the rest");
+    const auto is_other = [&](const Call& call) { return call.name != before; };
+    const auto first = std::find_if(calls.begin(), calls.end(), is_other);
+    if (count_of(registration, name) == 0)
+        return fail("register.order", fmt::format("{} is not registered ({})", what, name), kOrder);
+    if (first->name != name)
+        fail("register.order", fmt::format("{} comes before {}", stage::to_string(*first), name), kOrder);
 }
 
-/// "call 3, pelRegisterParameterInt(a, …)".
-void check_names(const Registration& registration, const char* what, bool (*is_one)(const Call&)) {
-    std::map<std::string, int> names;
-    for (const Call& call : registration.plugin.registration_calls)
-        if (is_one(call)) ++names[text_of(call, 0)];
-    for (const auto& [name, times] : names)
-        if (times > 1)
-            fail("register.once", fmt::format("the {} '{}' is registered {} times", what, name, times),
+/// Parameters, buttons and info texts share one set of names; events have another.
+void check_names(const Registration& registration, bool events) {
+    std::map<std::string, std::string> first_calls;
+    for (const Call& call : registration.plugin.registration_calls) {
+        const bool is_named =
+            is_parameter(call) || call.name == "pelRegisterPushButton" || call.name == "pelRegisterInfoText";
+        if (events ? call.name != "pelRegisterEvent" : !is_named) continue;
+        const auto [first, is_new] = first_calls.emplace(text_of(call, 0), call.name);
+        if (!is_new)
+            fail("register.once",
+                 fmt::format("the name '{}' is given in {} and again in {}", first->first, first->second, call.name),
                  "a name of its own for each");
+    }
 }
 
 /// Well-formed UTF-8 (RFC 3629) without control characters.
@@ -223,16 +224,6 @@ void check_events(const stage::Plugin& plugin) {
     }
 }
 
-bool is_event(const Call& call) {
-    return call.name == "pelRegisterEvent";
-}
-bool is_button(const Call& call) {
-    return call.name == "pelRegisterPushButton";
-}
-bool is_info(const Call& call) {
-    return call.name == "pelRegisterInfoText";
-}
-
 }  // namespace
 
 void check_load_init(const Subject& subject) {
@@ -248,17 +239,16 @@ void check_load_init(const Subject& subject) {
 void check_register_order(const Subject& subject) {
     const auto registered = register_subject(subject);
     if (!registered) return;
-    expect_first(*registered, 0, "pelRegisterPlugin", "the name");
-    if (!registered->plugin.registration_calls.empty() &&
-        registered->plugin.registration_calls[0].name == "pelRegisterPlugin")
-        expect_first(*registered, 1, "pelRegisterPluginType", "the type");
+    expect_first(*registered, "pelRegisterPlugin", "the name", "");
+    expect_first(*registered, "pelRegisterPluginType", "the type", "pelRegisterPlugin");
     if (!registered->problems.empty() || registered->init_returned != 0) return;
+    if (registered->plugin.total_size > kMostBytes) return;
     // A life, for what is registered too late. What else is wrong with it is life.cycle's to tell.
     SharedOutcome& outcome = *watch().outcome;
     const bool lived = run_in_grandchild([&] {
-        alarm(3);
+        alarm(1);
         const auto rig = make_rig(subject);
-        tour(*rig, {2, 2, false, {}});
+        tour(*rig, {2, 2, false, false, {}});
     });
     if (lived) return;
     outcome.ending = Ending::kNone;
@@ -273,10 +263,8 @@ void check_register_once(const Subject& subject) {
                              "pelRegisterUseEvents"})
         if (const int64_t times = count_of(*registered, call); times > 1)
             fail("register.once", fmt::format("{} is called {} times", call, times), "once");
-    check_names(*registered, "parameter", is_parameter);
-    check_names(*registered, "button", is_button);
-    check_names(*registered, "info text", is_info);
-    check_names(*registered, "event", is_event);
+    check_names(*registered, false);
+    check_names(*registered, true);
     std::map<int32_t, std::string> actions;
     for (const stage::PushButton& button : registered->plugin.buttons)
         if (const auto [place, is_new] = actions.emplace(button.action, button.name); !is_new)
@@ -299,7 +287,7 @@ void check_register_values(const Subject& subject) {
     for (const Call& call : plugin.registration_calls) {
         check_flag(call);
         if (is_parameter(call)) check_parameter(plugin.parameters[index++], call);
-        if (is_button(call) && text_of(call, 0).empty())
+        if (call.name == "pelRegisterPushButton" && text_of(call, 0).empty())
             fail("register.values", "registers a button without a name", "a name");
     }
     check_events(plugin);

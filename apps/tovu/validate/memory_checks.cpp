@@ -26,22 +26,6 @@ std::vector<uint32_t> slots_of(const Instance& instance) {
     return slots;
 }
 
-/// Requests of all kinds, as a smoke, a consumer and strangers send them.
-void send_requests(Rig& rig) {
-    for (const int32_t request : {TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, TOVU_REQUEST_NEW_SPAWN_POINT,
-                                  TOVU_REQUEST_IS_INSIDE, INT32_C(0x51554954)}) {
-        float point[3] = {1, 2, 3};
-        int64_t reply[4] = {};
-        stage::dispatch(*rig.stage, rig.carrier, request, point, reply);
-    }
-}
-
-void tour_with_requests(Rig& rig) {
-    TourOptions options;
-    options.each_frame = [&rig] { send_requests(rig); };
-    tour(rig, options);
-}
-
 std::string longest_text(const ParameterInfo& parameter) {
     return std::string(static_cast<size_t>(parameter.max_length), 'x');
 }
@@ -107,35 +91,48 @@ void watch_texts(std::deque<Texts>& before) {
     });
 }
 
-/// Hands out copies of pixels that cannot be read any more once the call has returned.
+/// A copy of an image's pixels, for one call.
+struct LentPixels {
+    stage::FencedMemory memory;
+    std::vector<uint8_t> pixels;  // as they were
+    std::string image;
+};
+
+/// Hands out copies of pixels that cannot be read any more once the call has returned or sent a request.
 struct MovingPixels {
-    std::deque<stage::FencedMemory> given;
-    size_t first_open = 0;  // of `given`
+    std::deque<LentPixels> lent;
+    size_t first_open = 0;  // of `lent`
     stage::FenceSide side = stage::FenceSide::kBehind;
     int64_t asked = 0;
 };
 
-void give_pixels(MovingPixels& moving, int32_t handle, uint8_t** pixels) {
+void lend_pixels(MovingPixels& moving, int32_t handle, uint8_t** pixels) {
     const stage::Image* image = stage::find_image(*watch().stage, handle);
     if (!image || image->pixels.empty()) return _api__get_image_data(handle, pixels);
     ++moving.asked;
-    stage::FencedMemory& copy =
-        moving.given.emplace_back(image->pixels.size(), stage::FenceOptions{moving.side, 1, 0, false});
-    std::memcpy(copy.data(), image->pixels.data(), image->pixels.size());
+    LentPixels& copy = moving.lent.emplace_back(stage::FencedMemory(image->pixels.size(), {moving.side, 1, 0, false}),
+                                                image->pixels, image->name);
+    std::memcpy(copy.memory.data(), image->pixels.data(), image->pixels.size());
     watch().regions.push_back(
-        {&copy, "image.moves", fmt::format("beyond the {} bytes of the image '{}'", image->pixels.size(), image->name),
-         fmt::format("the pixels of the image '{}' after the call that asked for them", image->name),
-         "width x height x bytes of a pixel are there, until the entry point returns"});
-    *pixels = reinterpret_cast<uint8_t*>(copy.data());
+        {&copy.memory, "image.moves", fmt::format("the pixels of the image '{}'", image->name),
+         " after the call that asked for them, or after a request that it sent since",
+         "width x height x bytes of a pixel are there, until the entry point returns or sends a request"});
+    *pixels = reinterpret_cast<uint8_t*>(copy.memory.data());
 }
 
 void take_pixels_back(MovingPixels& moving) {
-    for (; moving.first_open < moving.given.size(); ++moving.first_open) moving.given[moving.first_open].forbid();
+    for (; moving.first_open < moving.lent.size(); ++moving.first_open) {
+        LentPixels& back = moving.lent[moving.first_open];
+        if (std::memcmp(back.memory.data(), back.pixels.data(), back.pixels.size()) != 0)
+            fail("image.moves", fmt::format("wrote into the pixels of the image '{}'", back.image),
+                 "the host owns the pixels: read them only");
+        back.memory.forbid();
+    }
     constexpr size_t kMostKept = 256;
-    while (moving.given.size() > kMostKept) {
-        const stage::FencedMemory* oldest = &moving.given.front();
+    while (moving.lent.size() > kMostKept) {
+        const stage::FencedMemory* oldest = &moving.lent.front().memory;
         std::erase_if(watch().regions, [oldest](const FencedRegion& region) { return region.memory == oldest; });
-        moving.given.pop_front();
+        moving.lent.pop_front();
         --moving.first_open;
     }
 }
@@ -145,7 +142,11 @@ void tour_with_moving_pixels(const Subject& subject, stage::FenceSide side, int6
     moving.side = side;
     const auto rig = make_rig(subject);
     rig->stage->overrides.get_image_data = [&moving](int32_t image, uint8_t** pixels) {
-        give_pixels(moving, image, pixels);
+        lend_pixels(moving, image, pixels);
+    };
+    rig->stage->overrides.geom_dispatcher = [&moving, next = rig->stage->overrides.geom_dispatcher](auto... request) {
+        take_pixels_back(moving);
+        return next(request...);
     };
     watch().on_return.push_back([&moving](const RunningCall&) {
         if (watch().stage->running.size() == 1) take_pixels_back(moving);
@@ -170,8 +171,6 @@ void tour_with_moving_pixels(const Subject& subject, stage::FenceSide side, int6
     }
     stage::remove_geometry(*rig->stage, rig->carrier);
     asked += moving.asked;
-    watch().on_return.pop_back();
-    watch().regions.clear();
 }
 
 /// "step +0x1c" for the innermost of the callers that is the plug-in's own.
@@ -216,7 +215,7 @@ void live_once(Rig& rig) {
 void check_block_bounds(const Subject& subject) {
     const auto run = [&subject](const stage::MemoryOptions& memory) {
         const auto rig = make_rig(subject, memory);
-        tour_with_requests(*rig);
+        tour(*rig);
     };
     run(wide_memory());
     // Reads show only where the memory around the block cannot be read.
@@ -242,7 +241,7 @@ void check_block_slots(const Subject& subject) {
                      "slots are the host's: keep values of your own behind them");
         before.pop_back();
     });
-    tour_with_requests(*rig);
+    tour(*rig);
 }
 
 void check_text_bounds(const Subject& subject) {
@@ -292,7 +291,7 @@ void check_heap_bounds(const Subject& subject) {
     watch_heap({true, true});
     const auto rig = make_rig(subject);
     watch().on_return.push_back([&](const RunningCall&) { report_heap(subject); });
-    tour(*rig, {5, 3, true, {}});
+    tour(*rig);
 }
 
 void check_heap_leaks(const Subject& subject) {

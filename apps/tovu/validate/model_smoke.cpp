@@ -170,7 +170,7 @@ void make_model_smoke(ModelSmoke& smoke, int32_t container_handle) {
     for (int i = 0; i < kLiveAtFirst; ++i) bear(smoke);
     remember(records);
     watch().regions.push_back(
-        {&smoke.memory, "consumer.lists", "beyond the records of the smoke", "", "follow `next` only"});
+        {&smoke.memory, "consumer.lists", "the records of the smoke", "", "they are the smoke's: follow `next` only"});
 }
 
 void step_model_smoke(ModelSmoke& smoke) {
@@ -189,7 +189,7 @@ void remove_model_smoke(ModelSmoke& smoke) {
     smoke.memory.forbid();
     for (FencedRegion& region : watch().regions)
         if (region.memory == &smoke.memory)
-            region = {&smoke.memory, "consumer.manners", "", "a record of a smoke that is gone",
+            region = {&smoke.memory, "consumer.manners", "the records of a smoke", " after it was gone",
                       "test the smoke's geometry with _api__object_valid and attach in every frame; keep no pointers"};
     stage::remove_geometry(*watch().stage, smoke.container_handle);
 }

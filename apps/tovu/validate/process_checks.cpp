@@ -138,6 +138,7 @@ void check_thread_host(const Subject& subject) {
     const int64_t threads_before = entries_in("/proc/self/task");
     TourOptions options;
     options.settings = 5;
+    options.limits = false;
     options.each_frame = wait_for_threads;
     tour(*rig, options);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));

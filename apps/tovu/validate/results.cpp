@@ -120,7 +120,8 @@ Result result_of(const Subject& subject, const Check& check, const SharedOutcome
 }
 
 bool holds(const Result& result) {
-    return result.state == State::kOk || result.state == State::kWarn;
+    return result.state == State::kOk || result.state == State::kWarn ||
+           (result.state == State::kSkip && !result.after_failure);
 }
 
 Verdict verdict_on(const Subject& subject, const std::vector<Result>& results, bool strict) {
@@ -154,7 +155,7 @@ std::string text_of(const Subject& subject, const Result& result, bool all) {
         if (i == 0 && result.state != State::kOk) {
             if (const int64_t more = static_cast<int64_t>(result.findings.size() - count) + result.dropped; more > 0)
                 text += fmt::format(" {} more finding{}.", more, more == 1 ? "" : "s");
-            text += fmt::format(" Again: tovu validate {} --only {} --seed {}", subject.path, result.check->name,
+            text += fmt::format(" Again: tovu validate {} --only {} --seed {}", subject.name, result.check->name,
                                 subject.seed);
         }
         text += '\n';
@@ -164,7 +165,7 @@ std::string text_of(const Subject& subject, const Result& result, bool all) {
 }
 
 std::string json_of(const Subject& subject, const std::vector<Result>& results, const Verdict& verdict) {
-    Json json = {{"version", kJsonVersion}, {"plugin", subject.path}, {"seed", subject.seed}};
+    Json json = {{"version", kJsonVersion}, {"plugin", subject.name}, {"seed", subject.seed}};
     json["checks"] = Json::array();
     for (const Result& result : results) json["checks"].push_back(json_of_result(result));
     json["verdict"] = {{"status", verdict.status}, {"ran", verdict.ran},         {"failed", verdict.failed},

@@ -18,6 +18,7 @@ struct Result {
     const Check* check = nullptr;
     State state = State::kOk;
     std::string reason;              // of a skip
+    bool after_failure = false;      // of a skip: another check does not hold; otherwise this one does not apply
     std::vector<Finding> findings;   // worst first
     int64_t dropped = 0;             // findings that were not kept
     std::vector<std::string> stack;  // of a crash, a timeout or an exit: the plug-in's own functions, innermost first
@@ -28,7 +29,7 @@ struct Result {
 Result result_of(const Subject& subject, const Check& check, const SharedOutcome& outcome, const ChildEnd& end,
                  double seconds);
 
-/// "failed", "warned" and so on; ok and warned checks hold.
+/// Ok, warned, or not applicable.
 bool holds(const Result& result);
 
 struct Verdict {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include <tovu/opengl.h>
+#include <tovu/spawn_requests.h>
 #include "child.h"
 #include "gl_watch.h"
 #include "stage/plugins/frames.h"
@@ -187,9 +188,7 @@ std::unique_ptr<Rig> make_rig(const Subject& subject, const stage::MemoryOptions
     rig->stage = stage::make_stage(options);
     watch().regions.clear();
     watch_stage(*rig->stage);
-    static bool is_first = true;
-    if (is_first) watch_opengl(subject.file);
-    is_first = false;
+    watch_opengl(subject.file);
     {
         const RunningCode running("PLUGIN_INIT");
         const auto loaded = stage::load_plugin(*rig->stage, subject.path);
@@ -207,7 +206,16 @@ std::unique_ptr<Rig> make_rig(const Subject& subject, const stage::MemoryOptions
     rig->stage->overrides.geom_dispatcher = [raw = rig.get()](auto... arguments) {
         return dispatch_in(*raw, arguments...);
     };
+    // A plug-in's geometry has no meshes.
+    rig->stage->overrides.get_geom_geomod = [raw = rig.get()](int32_t geometry, int32_t kind, int32_t detail,
+                                                              int32_t* mesh_access) {
+        if (geometry != raw->smoke.geometry_handle) _api__get_geom_geomod(geometry, kind, detail, mesh_access);
+    };
     watch_boxes(*rig->stage);
+    watch().on_return.push_back([raw = rig.get()](const stage::RunningCall& call) {
+        check_records(raw->smoke);
+        if (call.entry_point == std::string_view("PLUGIN_NEW_GEOM")) check_claims(raw->smoke);
+    });
     return rig;
 }
 
@@ -215,6 +223,8 @@ Rig::~Rig() {
     stage.reset();
     watch().stage = nullptr;
     watch().regions.clear();
+    watch().on_entry.clear();
+    watch().on_return.clear();
 }
 
 const stage::Plugin& plugin_of(const Rig& rig) {
@@ -287,6 +297,50 @@ void press_all_buttons(Rig& rig, int32_t container) {
         stage::execute_action(*rig.stage, container, button.action);
 }
 
+std::vector<ParameterValues> limits_to_try(const Rig& rig, size_t most, bool with_numbers) {
+    std::vector<ParameterValues> all;
+    const auto add = [&](const ParameterInfo& parameter, const ParameterValue& value) {
+        if (value != parameter.initial) all.push_back({{parameter.name, value}});
+    };
+    for (const ParameterInfo& parameter : plugin_of(rig).parameters) {
+        const bool is_number = parameter.kind == ParameterKind::kInt || parameter.kind == ParameterKind::kFloat;
+        for (const double limit : {parameter.minimum, parameter.maximum}) {
+            if (!with_numbers || !is_number || !std::isfinite(limit)) continue;
+            if (parameter.kind == ParameterKind::kInt)
+                add(parameter, static_cast<int>(limit));
+            else
+                add(parameter, limit);
+        }
+        if (parameter.kind == ParameterKind::kBool) add(parameter, !std::get<bool>(parameter.initial));
+        for (size_t i = 0; i < parameter.choices.size(); ++i) add(parameter, static_cast<int>(i));
+    }
+    std::vector<ParameterValues> some;
+    const size_t step = all.size() / most + 1;
+    for (size_t i = 0; i < all.size(); i += step) some.push_back(all[i]);
+    return some;
+}
+
+void send_requests(Rig& rig) {
+    for (const int32_t request : {TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, TOVU_REQUEST_NEW_SPAWN_POINT,
+                                  TOVU_REQUEST_IS_INSIDE, INT32_C(0x51554954)}) {
+        float point[3] = {1, 2, 3};
+        int64_t reply[4] = {};
+        stage::dispatch(*rig.stage, rig.carrier, request, point, reply);
+    }
+}
+
+/// Each parameter in turn at the ends of its range, all others at their defaults.
+void try_limits(Rig& rig) {
+    set_values(rig, rig.carrier, values_to_try(rig, 0), true);
+    for (const ParameterValues& values : limits_to_try(rig, 200)) {
+        const auto& [name, value] = values.front();
+        set_values(rig, rig.carrier, values, true);
+        run_frame(rig);
+        draw(rig, rig.carrier);
+        set_values(rig, rig.carrier, {{name, stage::find_parameter(plugin_of(rig), name)->initial}}, true);
+    }
+}
+
 void tour(Rig& rig, const TourOptions& options) {
     add_instance(rig, rig.carrier);
     for (int setting = 0; setting < options.settings; ++setting) {
@@ -298,10 +352,12 @@ void tour(Rig& rig, const TourOptions& options) {
             if (frame == 1) stage::new_frame(*rig.stage);  // no time has passed
             draw(rig, rig.carrier);
             if (frame % 2 == 1) draw(rig, rig.carrier, true, 0.5f);
+            send_requests(rig);
             if (options.each_frame) options.each_frame();
         }
         press_all_buttons(rig, rig.carrier);
     }
+    if (options.limits) try_limits(rig);
     stage::remove_geometry(*rig.stage, rig.carrier);
 }
 

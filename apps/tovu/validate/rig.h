@@ -62,6 +62,12 @@ stage::ParameterValues values_with_container(const Rig& rig, size_t position, co
 std::vector<const stage::ParameterInfo*> container_parameters(const Rig& rig);
 bool has_parameter_of(const Rig& rig, stage::ParameterKind kind);
 
+/// One parameter each: both ends of a range, the other value of a switch, every choice; evenly left out beyond `most`.
+std::vector<stage::ParameterValues> limits_to_try(const Rig& rig, size_t most, bool with_numbers = true);
+
+/// What a smoke asks of a spawn source, and a request of a stranger.
+void send_requests(Rig& rig);
+
 void set_values(Rig& rig, int32_t container, const stage::ParameterValues& values, bool notify);
 void press_all_buttons(Rig& rig, int32_t container);
 
@@ -69,10 +75,11 @@ struct TourOptions {
     int settings = 8;                  // number of sets from values_to_try
     int frames = 4;                    // run with each set
     bool vanishing = true;             // containers and images come and go
+    bool limits = true;                // each parameter at the ends of its range
     std::function<void()> each_frame;  // called after each frame; may be empty
 };
 /// The life of an instance, from PLUGIN_INIT_FUNCTION to PLUGIN_CLEANUP_FUNCTION, with many values, passes of both
-/// kinds, buttons, a recording, dropped frames, a frame run twice.
+/// kinds, requests, buttons, a recording, dropped frames, a frame run twice.
 void tour(Rig& rig, const TourOptions& options = {});
 
 }  // namespace tovu::validate

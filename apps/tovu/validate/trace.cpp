@@ -85,6 +85,22 @@ std::vector<TraceLine> read_lines(int descriptor) {
     return lines;
 }
 
+/// Where two runs differ first, as a sentence; empty where they do not.
+struct Difference {
+    std::string where;
+    std::string message;
+};
+
+Difference first_difference(const std::vector<TraceLine>& one, const std::vector<TraceLine>& other) {
+    const size_t both = std::min(one.size(), other.size());
+    for (size_t i = 0; i < both; ++i)
+        if (one[i].where != other[i].where || one[i].call != other[i].call)
+            return {other[i].where, fmt::format("{} instead of {}", other[i].call, one[i].call)};
+    if (one.size() == other.size()) return {};
+    const std::vector<TraceLine>& longer = one.size() > other.size() ? one : other;
+    return {longer[both].where, fmt::format("{} in one run only", longer[both].call)};
+}
+
 }  // namespace
 
 std::vector<TraceLine> trace_of(const std::function<void()>& scenario, const std::function<int32_t()>& container) {
@@ -96,14 +112,18 @@ std::vector<TraceLine> trace_of(const std::function<void()>& scenario, const std
     return lines;
 }
 
-Difference first_difference(const std::vector<TraceLine>& one, const std::vector<TraceLine>& other) {
-    const size_t both = std::min(one.size(), other.size());
-    for (size_t i = 0; i < both; ++i)
-        if (one[i].where != other[i].where || one[i].call != other[i].call)
-            return {other[i].where, fmt::format("{} instead of {}", other[i].call, one[i].call)};
-    if (one.size() == other.size()) return {};
-    const std::vector<TraceLine>& longer = one.size() > other.size() ? one : other;
-    return {longer[both].where, fmt::format("{} in one run only", longer[both].call)};
+bool expect_equal(const char* check, const std::vector<TraceLine>& one, const std::vector<TraceLine>& other,
+                  const std::function<std::vector<TraceLine>()>& one_again, const std::string& when,
+                  const std::string& right) {
+    const Difference difference = first_difference(one, other);
+    if (difference.message.empty()) return true;
+    if (!first_difference(one, one_again()).message.empty()) {
+        found(check, Weight::kNote, "two equal runs differ, so that runs are not compared", "");
+        return false;
+    }
+    const RunningCode running(difference.where);
+    fail(check, fmt::format("{}: {}", when, difference.message), right);
+    return false;
 }
 
 }  // namespace tovu::validate

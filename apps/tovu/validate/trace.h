@@ -20,11 +20,11 @@ struct TraceLine {
 /// `container` carries, services and OpenGL alike. The process ends with this one where the plug-in ends it.
 std::vector<TraceLine> trace_of(const std::function<void()>& scenario, const std::function<int32_t()>& container);
 
-/// Where two runs differ first, as a sentence; empty where they do not.
-struct Difference {
-    std::string where;
-    std::string message;
-};
-Difference first_difference(const std::vector<TraceLine>& one, const std::vector<TraceLine>& other);
+/// Whether the runs `one` and `other` agree. Where they do not, a finding of `check` tells the first difference. Where
+/// another run of `one` differs from it as well, a note says that runs are not compared.
+/// when: what was done to the other one.
+bool expect_equal(const char* check, const std::vector<TraceLine>& one, const std::vector<TraceLine>& other,
+                  const std::function<std::vector<TraceLine>()>& one_again, const std::string& when,
+                  const std::string& right);
 
 }  // namespace tovu::validate

@@ -13,6 +13,8 @@ namespace {
 
 std::atomic<bool> the_watch_is_on = false;
 pthread_t the_host_thread;
+bool the_stack_is_poisoned = false;
+uint32_t the_poison;
 
 bool starts_with(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
@@ -26,10 +28,11 @@ void set_running(std::string_view words) {
     copy_text(watch().outcome->running, sizeof watch().outcome->running, words);
 }
 
-// Fills the stack that the next calls will use.
-[[gnu::noinline]] void poison_stack() {
+// Fills the stack that the next calls will use. A frame of its own, and callers with small ones: what lies above is not
+// filled.
+[[gnu::noinline]] void fill_stack(uint32_t value) {
     volatile uint32_t words[4096];
-    for (volatile uint32_t& word : words) word = watch().poison;
+    for (volatile uint32_t& word : words) word = value;
 }
 
 void entry_begins(const stage::RunningCall& call) {
@@ -42,7 +45,7 @@ void entry_begins(const stage::RunningCall& call) {
 }
 
 void entry_follows() {
-    if (watch().stage && watch().poison_stack) poison_stack();
+    if (the_stack_is_poisoned) fill_stack(the_poison);
 }
 
 void entry_ends(const stage::RunningCall& call) {
@@ -81,7 +84,7 @@ bool service_begins(stage::ServiceCall& call) {
 
 void service_ends(stage::ServiceCall&) {
     --watch().host_depths.back();
-    if (watch().poison_stack) poison_stack();
+    if (the_stack_is_poisoned) fill_stack(the_poison);
 }
 
 constexpr stage::CallWatch kWatch = {entry_begins, entry_follows, entry_ends, service_begins, service_ends};
@@ -145,9 +148,8 @@ Watch& watch() {
     return the_watch;
 }
 
-void begin_watch(const std::string& check, SharedOutcome& outcome, const std::vector<std::string>& failed) {
+void begin_watch(const std::string& check, SharedOutcome& outcome) {
     watch().check = check;
-    watch().failed = failed;
     watch().outcome = &outcome;
     the_host_thread = pthread_self();
     the_watch_is_on = true;
@@ -161,10 +163,7 @@ void watch_stage(stage::Stage& stage) {
 
 void found(std::string_view check, Weight weight, const std::string& message, const std::string& right) {
     Watch& w = watch();
-    const auto has = [check](const std::vector<std::string>& names) {
-        return std::find(names.begin(), names.end(), check) != names.end();
-    };
-    if (check != w.check && (!has(w.stands_for) || has(w.failed))) return;
+    if (check != w.check && std::find(w.stands_for.begin(), w.stands_for.end(), check) == w.stands_for.end()) return;
     const bool is_running = w.stage && !w.stage->running.empty();
     std::string where = is_running ? words_of(w.stage->running.back()) : std::string(w.outcome->running);
     if (!w.during.empty()) where += (where.empty() ? "" : ", ") + w.during;
@@ -173,6 +172,11 @@ void found(std::string_view check, Weight weight, const std::string& message, co
 
 void fail(std::string_view check, const std::string& message, const std::string& right) {
     found(check, Weight::kFailure, message, right);
+}
+
+void poison_stack(uint32_t word) {
+    the_stack_is_poisoned = true;
+    the_poison = word;
 }
 
 RunningCode::RunningCode(std::string_view words) : before_(watch().outcome->running) {
@@ -191,14 +195,26 @@ bool pass_fence(uintptr_t address, bool is_write) {
     for (const FencedRegion& region : w.regions) {
         if (!region.memory->covers(address)) continue;
         region.memory->allow(address);
-        const bool beyond = region.memory->is_open();
-        fail(region.check, fmt::format("{} {}", act, beyond ? region.beyond : region.forbidden), region.right);
+        const bool is_open = region.memory->is_open();
+        fail(region.check,
+             fmt::format("{}{} {}{}", act, is_open ? " beyond" : "", region.what, is_open ? "" : region.when_forbidden),
+             region.right);
         return true;
     }
     if (!w.stage) return false;
     return std::any_of(w.stage->geometries.begin(), w.stage->geometries.end(), [&](auto& entry) {
         return entry.second.instance && pass_instance_fence(*entry.second.instance, address, act);
     });
+}
+
+bool frees_lent_memory(const void* memory) {
+    if (!in_plugin_code() || !on_host_thread()) return false;
+    for (const FencedRegion& region : watch().regions) {
+        if (!region.memory->covers(reinterpret_cast<uintptr_t>(memory))) continue;
+        fail(region.check, "freed " + region.what, region.right);
+        return true;
+    }
+    return false;
 }
 
 bool on_host_thread() {

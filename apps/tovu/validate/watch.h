@@ -13,12 +13,13 @@
 
 namespace tovu::validate {
 
-/// Fenced memory outside of instances: an access beyond it, or to it once it is forbidden, is a finding of `check`.
+/// Fenced memory outside of instances that the plug-in is lent. An access beyond it, or to it once it is forbidden, is
+/// a finding of `check`, as is freeing it.
 struct FencedRegion {
     const stage::FencedMemory* memory;
     const char* check;
-    std::string beyond;     // "read or wrote beyond the pixels of 'x'"
-    std::string forbidden;  // "read the pixels of 'x' after the call that asked for them"
+    std::string what;            // "the pixels of 'x'"
+    std::string when_forbidden;  // " after the call that asked for them"
     std::string right;
 };
 
@@ -26,7 +27,6 @@ struct FencedRegion {
 struct Watch {
     std::string check;                    // findings under other names are dropped
     std::vector<std::string> stands_for;  // but for these, which are then findings of `check`
-    std::vector<std::string> failed;      // checks that did not hold before: they have told of theirs
     SharedOutcome* outcome = nullptr;
     stage::Stage* stage = nullptr;  // whose calls are watched
     std::vector<FencedRegion> regions;
@@ -37,15 +37,13 @@ struct Watch {
     std::vector<std::function<void(const stage::RunningCall&)>> on_entry;
     std::vector<std::function<void(const stage::RunningCall&)>> on_return;
     std::vector<int> host_depths = {
-        1};                        // for each entry point that runs, how many services of it do; the host itself first
-    bool poison_stack = false;     // unset locals of the plug-in hold kPoison
-    uint32_t poison = 0x7FFD7FFD;  // not a number as a float and as a double, and far too large as an integer
+        1};  // for each entry point that runs, how many services of it do; the host itself first
 };
 
 Watch& watch();
 
-/// Starts watching the calls of this process for a check. failed: the checks that ran before and did not hold.
-void begin_watch(const std::string& check, SharedOutcome& outcome, const std::vector<std::string>& failed);
+/// Starts watching the calls of this process for a check.
+void begin_watch(const std::string& check, SharedOutcome& outcome);
 
 /// Watches this Stage: its complaints become findings.
 void watch_stage(stage::Stage& stage);
@@ -53,6 +51,10 @@ void watch_stage(stage::Stage& stage);
 /// A finding of `check`; dropped while another one runs. Where it was seen is the plug-in code that runs.
 void found(std::string_view check, Weight weight, const std::string& message, const std::string& right);
 void fail(std::string_view check, const std::string& message, const std::string& right);
+
+/// From now on unset locals of the plug-in hold `word`. By default that is not a number as a float and as a double, and
+/// far too large as an integer.
+void poison_stack(uint32_t word = 0x7FFD7FFD);
 
 /// Names plug-in code that is no entry point of an instance, while it lives: "PLUGIN_INIT", "the loading".
 class RunningCode {
@@ -68,6 +70,9 @@ class RunningCode {
 
 /// The address lies in fenced memory: notes what the plug-in did, and lets it go on. For the handler of SIGSEGV.
 bool pass_fence(uintptr_t address, bool is_write);
+
+/// The plug-in frees memory that it was lent: notes it. The memory stays.
+bool frees_lent_memory(const void* memory);
 
 /// On the thread that runs the Stage.
 bool on_host_thread();
