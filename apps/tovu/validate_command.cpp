@@ -79,7 +79,7 @@ validate::Result run_check(const Subject& subject, const Check& check, const Val
     const auto start = std::chrono::steady_clock::now();
     validate::SharedOutcome& outcome = *validate::make_shared_outcome();
     const auto work = [&] {
-        validate::begin_watch(check.name, outcome);
+        validate::begin_watch(check.name, outcome, subject.file);
         // What a plug-in does to the heap is not to bring down checks that look for other things.
         if (validate::heap_can_be_watched()) validate::watch_heap({});
         check.run(subject);

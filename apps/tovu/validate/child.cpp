@@ -4,7 +4,6 @@
 #include <execinfo.h>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <link.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <ucontext.h>
@@ -32,28 +31,10 @@ constexpr int kTimeoutSignal = SIGUSR2;
 SharedOutcome* the_outcome = nullptr;  // a signal handler has no argument that could carry it
 alignas(16) char the_handler_stack[1 << 18];
 
+/// "SEGV". Async-signal-safe.
 const char* signal_name(int number) {
-    switch (number) {
-        case SIGSEGV:
-            return "SIGSEGV";
-        case SIGBUS:
-            return "SIGBUS";
-        case SIGILL:
-            return "SIGILL";
-        case SIGFPE:
-            return "SIGFPE";
-        case SIGABRT:
-            return "SIGABRT";
-        case SIGTRAP:
-            return "SIGTRAP";
-        default:
-            return nullptr;
-    }
-}
-
-std::string signal_words(int number) {
-    const char* name = signal_name(number);
-    return name ? name : fmt::format("signal {}", number);
+    const char* name = sigabbrev_np(number);
+    return name ? name : "?";
 }
 
 void note_stack() {
@@ -99,15 +80,15 @@ void on_fault(int number, siginfo_t* info, void* context_pointer) {
     if (number == SIGSEGV && has_address && below_stack < 131072)
         std::snprintf(words, sizeof words, "SIGSEGV: the stack overflowed");
     else if (has_address && info->si_code == SI_KERNEL)
-        std::snprintf(words, sizeof words, "%s at no valid address", signal_name(number));
+        std::snprintf(words, sizeof words, "SIG%s at no valid address", signal_name(number));
     else if (has_address)
-        std::snprintf(words, sizeof words, "%s: %s address 0x%zx%s", signal_name(number),
+        std::snprintf(words, sizeof words, "SIG%s: %s address 0x%zx%s", signal_name(number),
                       is_write(context) ? "wrote to" : "read", address,
                       address < 4096                           ? " (a null pointer)"
                       : uint64_t{address} >> 31 == 0x1FFFFFFFF ? " (a slot's 32 bits, taken for a signed number)"
                                                                : "");
     else
-        std::snprintf(words, sizeof words, "%s", signal_name(number));
+        std::snprintf(words, sizeof words, "SIG%s", signal_name(number));
     end_early(Ending::kCrash, words);
 }
 
@@ -211,7 +192,7 @@ bool wait_for(pid_t child, double seconds, const SharedOutcome& outcome, int& st
 std::string end_words(const SharedOutcome& outcome, int status) {
     if (outcome.ending == Ending::kCrash || outcome.ending == Ending::kTimeout || outcome.ending == Ending::kExit)
         return outcome.ending_words;
-    if (WIFSIGNALED(status)) return signal_words(WTERMSIG(status));
+    if (WIFSIGNALED(status)) return fmt::format("SIG{}", signal_name(WTERMSIG(status)));
     return fmt::format("the process was ended with status {}", WEXITSTATUS(status));
 }
 
@@ -265,24 +246,10 @@ bool run_in_grandchild(const std::function<void()>& work) {
 }
 
 void note_library(SharedOutcome& outcome, const void* address_in_library) {
-    struct Search {
-        uintptr_t address;
-        SharedOutcome& outcome;
-    } search{reinterpret_cast<uintptr_t>(address_in_library), outcome};
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, size_t, void* argument) {
-            Search& wanted = *static_cast<Search*>(argument);
-            uintptr_t end = info->dlpi_addr;
-            for (int i = 0; i < info->dlpi_phnum; ++i)
-                if (info->dlpi_phdr[i].p_type == PT_LOAD)
-                    end = std::max(end, static_cast<uintptr_t>(info->dlpi_addr + info->dlpi_phdr[i].p_vaddr +
-                                                               info->dlpi_phdr[i].p_memsz));
-            if (wanted.address < info->dlpi_addr || wanted.address >= end) return 0;
-            wanted.outcome.library_start = info->dlpi_addr;
-            wanted.outcome.library_end = end;
-            return 1;
-        },
-        &search);
+    dl_find_object found;
+    if (_dl_find_object(const_cast<void*>(address_in_library), &found) != 0) return;
+    outcome.library_start = reinterpret_cast<uintptr_t>(found.dlfo_map_start);
+    outcome.library_end = reinterpret_cast<uintptr_t>(found.dlfo_map_end);
 }
 
 }  // namespace tovu::validate

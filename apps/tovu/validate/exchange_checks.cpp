@@ -1,14 +1,11 @@
 // Requests: those of strangers, of smokes and of consumers.
 #include <fmt/format.h>
-#include <sys/uio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <optional>
-#include <span>
 
 #include <tovu/exchange.h>
 #include <tovu/spawn_requests.h>
@@ -69,10 +66,9 @@ void send_unknown(Rig& rig, void* data) {
 
 template <class Value>
 bool read_safely(const void* address, Value& value) {
-    const auto bytes = std::as_writable_bytes(std::span(&value, 1));
-    const iovec local{bytes.data(), bytes.size()};
-    const iovec remote{const_cast<void*>(address), bytes.size()};
-    return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == static_cast<ssize_t>(bytes.size());
+    if (readable_bytes(address, sizeof value) < sizeof value) return false;
+    std::memcpy(&value, address, sizeof value);
+    return true;
 }
 
 /// What is wrong with the list behind a head's address, or empty.

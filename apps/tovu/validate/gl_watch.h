@@ -3,10 +3,8 @@
 
 namespace tovu::validate {
 
-struct ElfFile;
-
-/// Sends the plug-in's OpenGL calls here from now on. library: for the sizes of the plug-in's own arrays.
-void watch_opengl(const ElfFile& library);
+/// Sends the plug-in's OpenGL calls here from now on.
+void watch_opengl();
 
 /// Whether the passes to come have bit 0 of their flags set.
 void expect_reduced_pass(bool is_reduced);

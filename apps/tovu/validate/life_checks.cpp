@@ -135,6 +135,7 @@ std::vector<TraceLine> trace_beside(const Subject& subject, bool is_second_there
     const auto scenario = [&] {
         rig = make_rig(subject);
         rig->keeps_to_itself = true;
+        fill_new_blocks(0);  // what is not set is life.garbage's to tell
         if (second_is_first) {
             std::swap(rig->carrier, rig->other_carrier);
             add_second();

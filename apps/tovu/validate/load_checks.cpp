@@ -32,7 +32,7 @@ std::optional<Registration> register_subject(const Subject& subject) {
     static const stage::StagePtr host = stage::make_stage();
     stage::make_current(host.get());
     watch_stage(*host);
-    watch_opengl(subject.file);
+    watch_opengl();
     const RunningCode running("PLUGIN_INIT");
     stage::Result<Registration> registered = stage::try_plugin(*host, subject.path);
     if (registered) {

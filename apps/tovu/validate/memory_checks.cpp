@@ -1,11 +1,10 @@
 // Block, slots, texts, pixels and heap.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <deque>
-#include <map>
 
-#include <tovu/spawn_requests.h>
 #include "checks.h"
 #include "heap_watch.h"
 #include "rig.h"
@@ -24,6 +23,12 @@ std::vector<uint32_t> slots_of(const Instance& instance) {
     std::vector<uint32_t> slots(stage::plugin(instance.plugin).parameters.size());
     if (!slots.empty()) std::memcpy(slots.data(), instance.block, 4 * slots.size());
     return slots;
+}
+
+bool has_texts(const Rig& rig) {
+    const auto& parameters = plugin_of(rig).parameters;
+    return std::any_of(parameters.begin(), parameters.end(),
+                       [](const ParameterInfo& parameter) { return parameter.max_length > 0; });
 }
 
 std::string longest_text(const ParameterInfo& parameter) {
@@ -49,17 +54,15 @@ void try_texts(Rig& rig, bool with_longest) {
     }
 }
 
-/// The texts before a call, for telling what it wrote.
-struct Texts {
-    std::vector<std::string> values;
-};
+using Texts = std::vector<std::string>;
 
+/// The texts before a call, for telling what it wrote.
 Texts texts_of(const Instance& instance) {
     Texts texts;
     for (const ParameterInfo& parameter : stage::plugin(instance.plugin).parameters) {
         const char* buffer = instance.text_buffers[static_cast<size_t>(parameter.index)];
-        texts.values.push_back(
-            buffer ? std::string(buffer, strnlen(buffer, static_cast<size_t>(parameter.max_length) + 1)) : "");
+        texts.push_back(buffer ? std::string(buffer, strnlen(buffer, static_cast<size_t>(parameter.max_length) + 1))
+                               : "");
     }
     return texts;
 }
@@ -71,7 +74,7 @@ void compare_texts(const Instance& instance, const Texts& before) {
         if (!buffer) continue;
         const size_t room = instance.fenced_texts[index].size();
         const size_t length = strnlen(buffer, room);
-        if (before.values[index] == std::string_view(buffer, length)) continue;
+        if (before[index] == std::string_view(buffer, length)) continue;
         if (parameter.kind != ParameterKind::kString)
             fail("text.bounds", fmt::format("wrote into the text of '{}', a name", parameter.name),
                  "write into a String only");
@@ -249,9 +252,7 @@ void check_text_bounds(const Subject& subject) {
     memory.fenced = true;
     memory.texts_move = true;
     const auto rig = make_rig(subject, memory);
-    bool has_texts = false;
-    for (const ParameterInfo& parameter : plugin_of(*rig).parameters) has_texts = has_texts || parameter.max_length > 0;
-    if (!has_texts) return skip("it has no texts");
+    if (!has_texts(*rig)) return skip("it has no texts");
     std::deque<Texts> before;
     watch_texts(before);
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));
@@ -263,9 +264,7 @@ void check_text_moves(const Subject& subject) {
     stage::MemoryOptions memory = wide_memory();
     memory.texts_move = true;
     const auto rig = make_rig(subject, memory);
-    bool has_texts = false;
-    for (const ParameterInfo& parameter : plugin_of(*rig).parameters) has_texts = has_texts || parameter.max_length > 0;
-    if (!has_texts) return skip("it has no texts");
+    if (!has_texts(*rig)) return skip("it has no texts");
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));
     run_frame(*rig);
     draw(*rig, rig->carrier);

@@ -134,7 +134,6 @@ void attach(ModelSmoke& smoke, const ParticleAttachRequest* request, void* reply
     void* block = &records.block;
     std::memcpy(reply, &block, sizeof block);
     smoke.attached = true;
-    ++smoke.attach_requests;
 }
 
 void detach(ModelSmoke& smoke, void* reply) {
@@ -142,7 +141,6 @@ void detach(ModelSmoke& smoke, void* reply) {
     remember(records_of(smoke));
     if (reply) std::memset(reply, 0, sizeof(void*));
     smoke.attached = false;
-    ++smoke.detach_requests;
 }
 
 bool is_same(const ParticleExchangeBlock& a, const ParticleExchangeBlock& b) {

@@ -17,8 +17,6 @@ struct ModelSmoke {
     stage::FencedMemory memory;  // the heads, the exchange block and the records
     bool attached = false;
     bool answers = true;          // false: it takes requests and ignores them, as other plug-ins do
-    int64_t attach_requests = 0;  // ever
-    int64_t detach_requests = 0;
     int64_t births = 0;
 };
 

@@ -188,7 +188,7 @@ std::unique_ptr<Rig> make_rig(const Subject& subject, const stage::MemoryOptions
     rig->stage = stage::make_stage(options);
     watch().regions.clear();
     watch_stage(*rig->stage);
-    watch_opengl(subject.file);
+    watch_opengl();
     {
         const RunningCode running("PLUGIN_INIT");
         const auto loaded = stage::load_plugin(*rig->stage, subject.path);
@@ -267,12 +267,6 @@ std::vector<const ParameterInfo*> container_parameters(const Rig& rig) {
     for (const ParameterInfo& parameter : plugin_of(rig).parameters)
         if (parameter.kind == ParameterKind::kContainer) found.push_back(&parameter);
     return found;
-}
-
-bool has_parameter_of(const Rig& rig, ParameterKind kind) {
-    const auto& parameters = plugin_of(rig).parameters;
-    return std::any_of(parameters.begin(), parameters.end(),
-                       [kind](const ParameterInfo& parameter) { return parameter.kind == kind; });
 }
 
 ParameterValues values_with_container(const Rig& rig, size_t position, const std::string& name) {

@@ -60,7 +60,6 @@ stage::ParameterValues values_with_container(const Rig& rig, size_t position, co
 
 /// The parameters that take the names of containers.
 std::vector<const stage::ParameterInfo*> container_parameters(const Rig& rig);
-bool has_parameter_of(const Rig& rig, stage::ParameterKind kind);
 
 /// One parameter each: both ends of a range, the other value of a switch, every choice; evenly left out beyond `most`.
 std::vector<stage::ParameterValues> limits_to_try(const Rig& rig, size_t most, bool with_numbers = true);

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 #include <pthread.h>
+#include <sys/uio.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -148,8 +150,9 @@ Watch& watch() {
     return the_watch;
 }
 
-void begin_watch(const std::string& check, SharedOutcome& outcome) {
+void begin_watch(const std::string& check, SharedOutcome& outcome, const ElfFile& library) {
     watch().check = check;
+    watch().library = &library;
     watch().outcome = &outcome;
     the_host_thread = pthread_self();
     the_watch_is_on = true;
@@ -215,6 +218,19 @@ bool frees_lent_memory(const void* memory) {
         return true;
     }
     return false;
+}
+
+size_t readable_bytes(const void* address, size_t bytes) {
+    std::vector<char> copy(std::min<size_t>(bytes, 1 << 16));
+    size_t done = 0;
+    while (done < bytes) {
+        const iovec local{copy.data(), std::min(copy.size(), bytes - done)};
+        const iovec remote{static_cast<char*>(const_cast<void*>(address)) + done, local.iov_len};
+        const ssize_t count = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
+        if (count <= 0) break;
+        done += static_cast<size_t>(count);
+    }
+    return done;
 }
 
 bool on_host_thread() {

@@ -13,6 +13,8 @@
 
 namespace tovu::validate {
 
+struct ElfFile;
+
 /// Fenced memory outside of instances that the plug-in is lent. An access beyond it, or to it once it is forbidden, is
 /// a finding of `check`, as is freeing it.
 struct FencedRegion {
@@ -28,7 +30,8 @@ struct Watch {
     std::string check;                    // findings under other names are dropped
     std::vector<std::string> stands_for;  // but for these, which are then findings of `check`
     SharedOutcome* outcome = nullptr;
-    stage::Stage* stage = nullptr;  // whose calls are watched
+    const ElfFile* library = nullptr;  // the plug-in's
+    stage::Stage* stage = nullptr;     // whose calls are watched
     std::vector<FencedRegion> regions;
     bool host_is_wrong = false;  // on purpose: what is asked about its wrong answers is no fault
     std::string during;          // what the host does meanwhile: "while the host has no images"; part of each finding
@@ -43,7 +46,7 @@ struct Watch {
 Watch& watch();
 
 /// Starts watching the calls of this process for a check.
-void begin_watch(const std::string& check, SharedOutcome& outcome);
+void begin_watch(const std::string& check, SharedOutcome& outcome, const ElfFile& library);
 
 /// Watches this Stage: its complaints become findings.
 void watch_stage(stage::Stage& stage);
@@ -73,6 +76,9 @@ bool pass_fence(uintptr_t address, bool is_write);
 
 /// The plug-in frees memory that it was lent: notes it. The memory stays.
 bool frees_lent_memory(const void* memory);
+
+/// How many bytes from this address on can be read, up to `bytes`.
+size_t readable_bytes(const void* address, size_t bytes);
 
 /// On the thread that runs the Stage.
 bool on_host_thread();
