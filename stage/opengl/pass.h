@@ -26,6 +26,7 @@ struct PassSettings {
     Matrix world = kIdentity;            // the container's transformation alone, for GL_MODELVIEW
     unsigned int texture = 0;            // OpenGL's number of the texture; 0 draws without one
     PassLight light;
+    bool depth_test = true;  // false neither tests nor writes depth
     Blend blend = Blend::kAlpha;
     std::array<float, 4> color = {1.0f, 1.0f, 1.0f, 1.0f};  // the current colour when drawing begins
     bool check_every_call = false;                          // asks for errors after each OpenGL call; slow
@@ -41,7 +42,7 @@ struct PassSettings {
 /// - the texture bound and enabled with GL_MODULATE; a light on the second texture unit, which plug-ins leave alone;
 /// - blending on: colours with SRC_ALPHA and ONE_MINUS_SRC_ALPHA or, for Blend::kAdditive, ONE; alpha always with ONE,
 ///   ONE_MINUS_SRC_ALPHA;
-/// - the alpha test GL_GREATER 0, the depth test GL_LEQUAL, depth written;
+/// - the alpha test GL_GREATER 0, the depth test, if any, GL_LEQUAL, depth written;
 /// - lighting, culling, fog and stencil test off; line width and point size 1;
 /// - no client array enabled, no buffer, program or vertex array object bound.
 ///

@@ -33,6 +33,7 @@ struct LightMap {
 struct Appearance {
     int32_t texture_handle = kNoObject;  // an image; kNoObject draws without a texture
     Blend blend = Blend::kAlpha;
+    bool depth_test = true;  // false neither tests nor writes depth
     LightMap light;
 };
 

@@ -46,6 +46,7 @@ std::set<std::string> possible_image_names(const SceneDescription& scene) {
     std::set<std::string> names;
     for (const ContainerDescription& container : scene.containers) {
         names.insert(container.texture);
+        names.insert(container.more_textures.begin(), container.more_textures.end());
         if (container.light) names.insert(container.light->image);
         add_plate(container.geometry, names);
         add_texts(container.parameters, names);

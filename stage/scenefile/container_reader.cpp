@@ -52,6 +52,22 @@ void read_light(KeyReader& reader, const KeyedNode& entry, WrittenContainer& wri
     written.container.light = light;
 }
 
+// One name, or an array of them.
+void read_textures(KeyReader& reader, const KeyedNode& entry, ContainerDescription& container) {
+    container.more_textures.clear();
+    const toml::array* array = entry.node.as_array();
+    if (array == nullptr) {
+        read_text(reader, entry, container.texture);
+        return;
+    }
+    if (array->empty())
+        report(reader, entry.node.source(), "texture must be a name or an array of names, not an empty one");
+    for (size_t i = 0; i < array->size(); ++i) {
+        std::string& name = i == 0 ? container.texture : container.more_textures.emplace_back();
+        read_text(reader, {entry.key, *array->get(i)}, name);
+    }
+}
+
 const KeyRow<WrittenContainer> kContainerKeys[] = {
     {"name",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
@@ -83,9 +99,11 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
      }},
     {"texture",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
-         read_text(r, e, w.container.texture);
+         read_textures(r, e, w.container);
          w.container.texture_place = place_of(r, e.node.source());
      }},
+    {"depth_test",
+     [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_flag(r, e, w.container.depth_test); }},
     {"blend",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) {
          size_t choice = 0;
@@ -109,7 +127,7 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
 constexpr std::array<std::string_view, 4> kTreeKeys = {"parent", "look", "layers", "container"};
 
 // With a look, these hold for each of its layers. The other keys reach layers by way of the tree.
-constexpr std::array<std::string_view, 4> kLayerWideKeys = {"parameters", "texture", "blend", "light"};
+constexpr std::array<std::string_view, 5> kLayerWideKeys = {"parameters", "texture", "depth_test", "blend", "light"};
 
 bool is_among(std::span<const std::string_view> keys, std::string_view key) {
     return std::find(keys.begin(), keys.end(), key) != keys.end();

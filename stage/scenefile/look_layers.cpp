@@ -35,6 +35,7 @@ void rename_objects(ContainerDescription& layer, const LookDescription& look, co
         if (look.images.contains(image)) image = container.look + "." + image;
     };
     rename_image(layer.texture);
+    for (std::string& texture : layer.more_textures) rename_image(texture);
     if (layer.light) rename_image(layer.light->image);
     if (layer.geometry) rename_image(layer.geometry->image);
     for (ParameterSetting& setting : layer.parameters) {

@@ -19,6 +19,7 @@
 #include "stage/assets/sprites.h"
 #include "stage/names.h"
 #include "stage/plugins/instance.h"
+#include "texture_variants.h"
 #include "timeline.h"
 
 namespace stage {
@@ -29,7 +30,7 @@ constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 
 // The state of a build.
 struct Builder {
-    const SceneDescription& scene;
+    SceneDescription scene;
     const std::string& smoke_plugin;
     BuiltScene built;
     std::vector<PluginId> plugins;  // by container index; -1 where it carries none
@@ -96,6 +97,7 @@ void set_container(Builder& builder, const ContainerDescription& description, Co
                            vector_of(description.scale)};
     container.opacity = description.opacity;
     container.appearance.blend = description.blend;
+    container.appearance.depth_test = description.depth_test;
     if (description.texture != "none")
         container.appearance.texture_handle =
             image_named(builder, description.texture, "texture", description.texture_place);
@@ -201,11 +203,11 @@ void warn_of_parameters(Builder& builder) {
     }
 }
 
-// All settings must be right. The scene that is run differs from the one that was read.
+// All settings must be right.
 void convert_rates(Builder& builder) {
     for (size_t i = 0; i < builder.plugins.size(); ++i) {
         if (const PluginId id = builder.plugins[i]; id >= 0)
-            convert_container_rate(builder.built.description, static_cast<int32_t>(i), plugin(id), builder.notes[id],
+            convert_container_rate(builder.scene, static_cast<int32_t>(i), plugin(id), builder.notes[id],
                                    builder.messages.warnings);
     }
 }
@@ -218,7 +220,7 @@ bool has_burst(const SceneDescription& scene, size_t container) {
 
 void add_instance_of(Builder& builder, size_t container) {
     Stage& stage = *builder.built.stage;
-    const ContainerDescription& description = builder.built.description.containers[container];
+    const ContainerDescription& description = builder.scene.containers[container];
     const int32_t handle = builder.built.container_handles[container];
     const PluginId id = builder.plugins[container];
     const auto fail = [&](const Error& error) {
@@ -243,26 +245,28 @@ void add_instances(Builder& builder) {
 }  // namespace
 
 Result<BuiltScene> build_scene(const SceneDescription& description, const std::string& smoke_plugin) {
-    const Result<SceneDescription> scene = with_built_in_images(description);
+    Result<SceneDescription> scene = with_built_in_images(description);
     if (!scene) return scene.error();
     StageOptions options;
     options.seed = description.seed;
     options.frame_period_seconds = 1.0 / description.frame_rate;
-    Builder builder{*scene, smoke_plugin, {*scene, make_stage(options), {}, {}, {}, {}, {}}, {}, {}, {}};
+    Builder builder{std::move(*scene), smoke_plugin, {{}, make_stage(options), {}, {}, {}, {}, {}}, {}, {}, {}};
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
     add_sprites(builder);
-    add_containers(builder);
-    if (builder.messages.errors.empty()) add_shapes(builder);
     load_plugins(builder);
     read_notes(builder);
     check_timeline(builder);
     check_tracks(builder);
     if (builder.messages.errors.empty()) warn_of_parameters(builder);
     if (builder.messages.errors.empty()) convert_rates(builder);
+    expand_texture_variants(builder.scene, builder.plugins, builder.notes, builder.messages.errors);
+    add_containers(builder);
+    if (builder.messages.errors.empty()) add_shapes(builder);
     if (builder.messages.errors.empty()) add_instances(builder);
     if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};
+    builder.built.description = std::move(builder.scene);
     builder.built.warnings = std::move(builder.messages.warnings);
     return std::move(builder.built);
 }

@@ -87,6 +87,8 @@ struct ContainerDescription {
     std::vector<ParameterSetting> parameters;  // in the order written
     std::string texture = "puff";              // name of an image or a built-in sprite, "none" for no texture
     Place texture_place;
+    std::vector<std::string> more_textures;  // likewise; each makes a further container, see texture_variants.h
+    bool depth_test = true;                  // false: drawn over everything drawn before, wherever it stands
     Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
     std::optional<LightDescription> light;

@@ -61,6 +61,7 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
     settings.projection_view = projection_view;
     settings.world = item.world;
     settings.blend = appearance.blend;
+    settings.depth_test = appearance.depth_test;
     settings.check_every_call = canvas.check_opengl;
     const Result<unsigned int> light = texture_of(canvas, stage, appearance.light.image_handle);
     if (!light) return light.error();

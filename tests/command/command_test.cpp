@@ -137,7 +137,10 @@ constexpr const char* kMistakesAboutPlugins = R"(container = [
     { name = "g", texture = "pufff", plugin = "smoke" },  #! 29: unknown texture 'pufff': did you mean 'puff'?
     { name = "lit", light = { image = "puf", size = [1, 1] } },  #! 39: unknown image 'puf': did you mean 'puff'?
     { name = "h", plugin = "none.so" },  #! 28: none.so: not a plug-in library
-    { name = "j", plugin = "TovuGather" },
+    { name = "j", plugin = "TovuGather", texture = ["puff", "ring"] },  #! 52: the notes beside TovuGather do not say
+    { name = "k", texture = ["puff", "rng"] },  #! 29: several textures are for a container that carries a plug-in
+    { name = "l", texture = ["puff", "ring"], plugin = "smoke" },  #! 29: the container of texture 2 would be 'l/2', which
+    { name = "l/2" },
     { name = "i", plugin = "TovuGathr" },  #! 28: unknown plug-in 'TovuGathr': did you mean 'TovuGather'?
 ]
 at = [

@@ -63,6 +63,8 @@ container = [
     { opacity = 1 },  #! 5: a container needs a name
     { name = "a", blend = "add" },  #! 27: blend must be one of "alpha", "additive"
     { name = "a" },  #! 14: there is a container 'a' already
+    { name = "a1", texture = [] },  #! 30: texture must be a name or an array of names, not an empty one
+    { name = "a2", texture = ["puff", 1] },  #! 39: texture must be a text in quotes, not the number 1
     { name = "b", position = [1] },  #! 30: position must be [x, y, z] with three numbers
     { name = "c", container = [{ name = "d", parent = "a" }] },  #! 55: a nested container has its parent already
     { name = "fire", parent = "fier" },  #! 31: unknown container 'fier': did you mean 'fire'?

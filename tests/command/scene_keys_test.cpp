@@ -128,7 +128,8 @@ geometry.height = 30
 geometry.fill = [1, 0, 1]
 [[container]]
 name = "plate"
-position = [40, 40, 0]
+position = [36, 10, -5]
+depth_test = <container.depth_test: true -> false>
 geometry.kind = "plate"
 geometry.image = <container.geometry.image: "sheet" -> "switched">
 geometry.width = <width of a plate: 30 -> 50>

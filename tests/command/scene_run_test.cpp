@@ -37,17 +37,17 @@ class SceneRun : public testing::Test {
         return run.built.container_handles[static_cast<size_t>(found - containers.begin())];
     }
 
-    static int32_t alive(const stage::SceneRun& run) {
-        const void* block = stage::instance_of(*run.built.stage, container(run, "smoke"))->block;
+    static int32_t alive(const stage::SceneRun& run, const std::string& name = "smoke") {
+        const void* block = stage::instance_of(*run.built.stage, container(run, name))->block;
         int32_t count = 0;
         for (const Particle* p = static_cast<const tovu::SmokeInstance*>(block)->active_head; p; p = p->next) ++count;
         return count;
     }
 
     /// The newest particles' x and y: those as old as the one that was born last.
-    static std::vector<std::array<float, 2>> births(stage::SceneRun& run) {
+    static std::vector<std::array<float, 2>> births(stage::SceneRun& run, const std::string& name = "smoke") {
         std::vector<std::array<float, 2>> places;
-        const void* block = stage::instance_of(*run.built.stage, container(run, "smoke"))->block;
+        const void* block = stage::instance_of(*run.built.stage, container(run, name))->block;
         const Particle* newest = static_cast<const tovu::SmokeInstance*>(block)->active_head;
         for (const Particle* p = newest; p; p = p->next)
             if (p->age == newest->age) places.push_back({p->position.x, p->position.y});
@@ -213,6 +213,66 @@ parameters = { number_of_particles = 8, life_time = 0.5, life_time_scale = 40, b
         {"number_of_particles", 8}, {"life_time_scale", 40.0}, {"birth_rate", 10.0}};
     for (const auto& [name, value] : kept)
         EXPECT_EQ(value, *stage::get_parameter(*run.built.stage, container(run, "smoke"), name)) << name;
+}
+
+constexpr const char* kVariants = R"(
+at = [
+    { time = 1, container = "smoke", burst = 500, parameters = { number_of_particles = 1001 } },
+    { time = 2, container = "smoke", press = "reset" },
+]
+track = [{ container = "smoke", parameter = "gravity", keys = [{ time = 0, value = 3 }] }]
+[[container]]
+name = "first"
+[[container]]
+name = "smoke"
+texture = ["puff", "ring", "spark"]
+parameters = { birth_rate = 100, life_time = 9 }
+[[container.container]]
+name = "child"
+parameters = { birth_rate = 20 }
+[[container]]
+name = "last"
+[[container.container]]
+name = "leaf"
+parameters = {}
+)";
+
+TEST_F(SceneRun, TexturesShareOutTheirContainer) {
+    stage::SceneRun run = start(kVariants, 25);
+    const stage::Stage& scene = *run.built.stage;
+    std::vector<std::string> names, textures;
+    for (const int32_t handle : stage::containers_in_tree_order(scene)) {
+        const stage::Container& one = *stage::find_container(scene, handle);
+        names.push_back(one.name);
+        const stage::Image* texture = stage::find_image(scene, one.appearance.texture_handle);
+        textures.push_back(texture == nullptr ? "" : texture->name);
+    }
+    EXPECT_THAT(names, testing::ElementsAre("first", "smoke", "child", "smoke/2", "smoke/3", "last", "leaf"));
+    EXPECT_THAT(textures, testing::ElementsAre("puff", "puff", "puff", "ring", "spark", "puff", "puff"));
+    const std::vector<std::string> variants = {"smoke", "smoke/2", "smoke/3"};
+    const auto sums = [&] {  // number of particles, rate, gravity, alive
+        std::array<double, 4> all{};
+        for (const std::string& name : variants) {
+            const int32_t handle = container(run, name);
+            all[0] += std::get<int>(*stage::get_parameter(scene, handle, "number_of_particles"));
+            all[1] += std::get<double>(*stage::get_parameter(scene, handle, "birth_rate"));
+            all[2] += std::get<double>(*stage::get_parameter(scene, handle, "gravity"));
+            all[3] += alive(run, name);
+        }
+        return all;
+    };
+    ASSERT_TRUE(stage::run_until(run, 23));
+    EXPECT_THAT(sums(), testing::ElementsAre(100, testing::DoubleNear(100, 1e-4), 9,
+                                             testing::AllOf(testing::Ge(93), testing::Le(96))));
+    const auto x_of_newest = [&](const std::string& name) { return births(run, name).at(0)[0]; };
+    EXPECT_NE(x_of_newest("smoke"), x_of_newest("smoke/2")) << "random numbers of their own";
+    const double before = sums()[3];
+    ASSERT_TRUE(stage::run_until(run, 24));
+    const double regular = sums()[3] - before;
+    ASSERT_TRUE(stage::run_until(run, 25));
+    EXPECT_THAT(sums(), testing::ElementsAre(1001, testing::DoubleNear(100, 1e-4), 9, before + regular + 500));
+    ASSERT_TRUE(stage::run_until(run, 50));
+    EXPECT_LE(sums()[3], 6) << "all were reset";
 }
 
 // In a transparent picture: one patch of blue, two of red, three of green, one of half transparent and one of white.

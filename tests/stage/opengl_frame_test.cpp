@@ -143,6 +143,16 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
         }
 }
 
+TEST_F(FrameTest, ShowsWhatLiesBehindWithoutADepthTest) {
+    stage::Framebuffer frame = make_frame(kSize);
+    cover({}, -0.5f);  // window depth grows with z
+    PassSettings far;
+    far.color = {1, 0, 0, 1};
+    far.depth_test = false;
+    cover(far, 0.5f);
+    expect_pixel({255, 0, 0, 255}, pixel_at(frame.read(), 4, 4), "behind");
+}
+
 TEST_F(FrameTest, ShowsShapes) {
     stage::Framebuffer frame = make_frame(kSize);
     const float points[] = {0, 0, 0, 8, 0, 0, 8, 8, 0, 0, 8, 0, 2, 6, 0, 2, 2, 0, 6, 2, 0, 6, 6, 0};
