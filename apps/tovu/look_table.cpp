@@ -59,15 +59,18 @@ bool is_built_in(const std::string& file) {
     return file.find_first_of("./%") == std::string::npos;
 }
 
+// An empty path is the current folder.
+std::filesystem::path absolute_folder(const std::filesystem::path& folder) {
+    std::error_code ignored;
+    return std::filesystem::absolute(folder.empty() ? "." : folder, ignored).lexically_normal();
+}
+
 void move_file(toml::table& table, const char* key, const std::filesystem::path& from,
                const std::filesystem::path& to) {
     const auto file = table[key].value<std::string>();
     if (!file || is_built_in(*file) || std::filesystem::path(*file).is_absolute()) return;
-    std::error_code ignored;
-    const std::filesystem::path absolute = std::filesystem::absolute(from, ignored) / *file;
-    table.insert_or_assign(key, absolute.lexically_normal()
-                                    .lexically_relative(std::filesystem::absolute(to, ignored).lexically_normal())
-                                    .string());
+    const std::filesystem::path moved = (absolute_folder(from) / *file).lexically_normal();
+    table.insert_or_assign(key, moved.lexically_relative(absolute_folder(to)).string());
 }
 
 toml::array* layers_of(toml::table& look) {
@@ -174,6 +177,23 @@ Result<toml::table> changed_look(const toml::table& container, const stage::Scen
     return look;
 }
 
+// Sequences that have no rate of their own keep the look's old one.
+void keep_image_rates(toml::table& look, double frame_rate) {
+    toml::table* images = look["images"].as_table();
+    if (images == nullptr) return;
+    for (const auto& [key, file] : flat_values(*images)) {
+        if (file.find('%') == std::string::npos) continue;
+        toml::table image;
+        if (const toml::table* written = images->get(key)->as_table())
+            image = *written;
+        else
+            image.insert("file", *images->get(key));
+        if (image.contains("frame_rate")) continue;
+        put_number(image, "frame_rate", frame_rate);
+        images->insert_or_assign(key, image);
+    }
+}
+
 }  // namespace
 
 toml::table parsed_file(const std::filesystem::path& file) {
@@ -217,6 +237,7 @@ Result<Done> retime_look(toml::table& look, const std::filesystem::path& file, d
             put_number(*layer["parameters"].as_table(), settings[k].name, std::get<double>(settings[k].value));
         leave_out_defaults(layer, smoke);
     }
+    keep_image_rates(look, read->rate);
     put_number(look, "rate", frame_rate);
     return Done{};
 }

@@ -234,13 +234,15 @@ TEST_F(Command, LooksAreSavedComparedAndConverted) {
     fs::create_directory(folder / "work" / "looks");
     write("looks/plume.toml", R"(purpose = "A plume"
 rate = 50
-images = { map = { file = "rise", frame_rate = 3 } }
+images = { map = { file = "rise", frame_rate = 3 }, flip = "flip%d.png" }
 [[layer]]
 name = "puffs"
 position = [3, 0, 0]
 texture = "puff_lit_a"
 parameters = { birth_rate = 200, air_resistance = 36, gravity = -2, wind_image = "map", use_wind_image = true }
 )");
+    for (const char* picture : {"looks/flip0.png", "looks/flip1.png"})
+        fs::copy(TOVU_SOURCE_DIR "/scenes/assets/logo.png", folder / "work" / picture);
     const std::string head = "size = [32, 24]\nframe_rate = 25\nlength = 0.4\n[[container]]\nname = \"smoke\"\n";
     write("changed.toml", head + R"(look = "plume"
 parameters = { wind_force = 20, wind_image_range_x = 100, wind_image_range_y = 100, birth_rate = 100 }
@@ -261,7 +263,8 @@ layers.puffs = { texture = "puff_lit_b", parameters = { gravity = 0 } }
     for (const char* line :
          {"rate: 50 -> 25\n", "puffs.air_resistance: 36 -> 70.704\n", "puffs.gravity: -2 -> -4.07469\n"})
         EXPECT_THAT(differences, HasSubstr(line));
-    EXPECT_EQ(4, std::count(differences.begin(), differences.end(), '\n')) << differences;
+    EXPECT_THAT(differences, HasSubstr("-> { file = \"looks/flip%d.png\", frame_rate = 50 }")) << "keeps its speed";
+    EXPECT_EQ(5, std::count(differences.begin(), differences.end(), '\n')) << differences;
 }
 
 TEST_F(Command, TheSameSceneAndSeedGiveTheSameBytes) {
