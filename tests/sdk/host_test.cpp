@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <utility>
 
@@ -60,6 +61,16 @@ TEST(SampleHost, CountsQuadsAndMeasuresTheBox) {
         EXPECT_NEAR(-c.youngest, high[0], 1e-3);
         for (int axis : {1, 2}) EXPECT_NEAR(0, std::max(-low[axis], high[axis]), 1e-3);
     }
+}
+
+// host_digests.txt: lines of digest and settings, which reach births, both drawing paths, forces, turns, curves,
+// sorting and world coordinates.
+TEST(SampleHostOutput, HasTheStoredDigestsInAllBuilds) {
+    std::ifstream stored(TOVU_SOURCE_DIR "/tests/sdk/host_digests.txt");
+    int count = 0;
+    for (std::string digest, settings; stored >> digest && std::getline(stored, settings); ++count)
+        EXPECT_THAT(run_host(TOVU_SMOKE_PLUGIN + settings).text, testing::HasSubstr("\ndigest " + digest)) << settings;
+    EXPECT_GT(count, 0);
 }
 
 TEST(SampleHostOutput, SaysWhatThePluginRegistered) {

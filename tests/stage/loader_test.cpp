@@ -31,7 +31,7 @@ const std::pair<const char*, std::vector<const char*>> kRefusedLibraries[] = {
     // file, parts of the message
     {"no_such_plugin.so", {"not a plug-in library", "No such file"}},
     {"../../CMakeCache.txt", {"not a plug-in library", "invalid ELF header"}},
-    {"../../lib/libtovu_stage.so", {"does not export PLUGIN_INIT, PLUGIN_INIT_FUNCTION, "}},
+    {"../../lib/libtovu_stage_core.so", {"does not export PLUGIN_INIT, PLUGIN_INIT_FUNCTION, "}},
     {"faulty_entry_point_missing.so", {"does not export PLUGIN_RENDER_OPENGL"}},
     {"faulty_name_missing.so", {"its name is not registered (pelRegisterPlugin)"}},
     {"faulty_name_twice.so", {"its name is registered 2 times"}},
