@@ -407,7 +407,7 @@ TEST_F(FaultyPlugin, DoesNotKeepASignalFromEndingTheRender) {
     }
 }
 
-constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_bytes": 80, "uses_lod": false,
+constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_bytes": 76, "uses_lod": false,
 "uses_events": true, "info": [{"name": "info", "text": "A probe"}], "events": ["Work"], "parameters": [
 {"index": 0, "name": "count", "label": "Count", "kind": "Int", "default": 3, "minimum": -5.0, "maximum": 10.0},
 {"index": 1, "name": "amount", "label": "Amount", "kind": "Float", "default": 0.5, "minimum": 0.0, "maximum": 999999.875},
