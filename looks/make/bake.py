@@ -8,6 +8,7 @@ import re
 import sys
 
 import numpy as np
+from PIL import Image, ImageFont
 
 import winds
 
@@ -41,10 +42,15 @@ def pair(text):
     return tuple(number(-1e6, 1e6)(part) for part in parts)
 
 
-def existing_file(text):
-    if not pathlib.Path(text).is_file():
-        raise argparse.ArgumentTypeError(f"must be a file; there is none named '{text}'")
-    return text
+def file_for(kind, read):
+    """A reader of options that name a file of this kind; `read` raises OSError for any other."""
+    def check(text):
+        try:
+            read(text)
+        except OSError as error:
+            raise argparse.ArgumentTypeError(f"must be a {kind}, not '{text}': {error.strerror or 'it is none'}") from None
+        return text
+    return check
 
 
 class Parser(argparse.ArgumentParser):
@@ -82,11 +88,11 @@ def parse(arguments):
         if kind == "vortex":
             one.add_argument("--count", type=whole_number(1, 100), default=1, help="several turn to both sides; 1")
         if kind == "flow":
-            one.add_argument("picture", type=existing_file, help="arrows: lines, wider at the head, on a plain background")
+            one.add_argument("picture", type=file_for("picture", Image.open), help="arrows: lines, wider at the head, on a plain background")
     title = commands.add_parser("title", help="pictures and a scene of a title that erodes into smoke")
     title.add_argument("text")
     title.add_argument("-o", "--output", required=True, metavar="FOLDER", help="for title.toml and its pictures")
-    title.add_argument("--font", type=existing_file, metavar="FILE", help="DejaVu Sans Bold when left out",
+    title.add_argument("--font", type=file_for("font", ImageFont.truetype), metavar="FILE", help="DejaVu Sans Bold when left out",
                        default="/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf")
     title.add_argument("--start", type=number(0, 3600), default=0.6, metavar="SECONDS", help="before it erodes; 0.6")
     title.add_argument("--length", type=number(0.2, 60), default=1.4, metavar="SECONDS", help="of the erosion; 1.4")
@@ -112,7 +118,7 @@ def stream_functions(options, count):
 
 
 def bake_wind(options, parser):
-    if not options.output.endswith(".png"):
+    if not re.fullmatch(r"[^%]*(%(0?[1-9])?d)?[^%]*\.png", options.output):
         parser.error(f"-o: must be a name such as wind%03d.png, not '{options.output}'")
     if options.scale and options.scale > options.range:
         parser.error(f"--scale: must be at most the range, {options.range:g}, not {options.scale:g}")
@@ -149,10 +155,15 @@ def main():
     try:
         if options.kind == "title":
             import title
-            title.bake(options)
+            try:
+                title.bake(options)
+            except ValueError as error:
+                parser.error(f"text: '{options.text}' {error}")
         else:
             bake_wind(options, parser)
     except OSError as error:
+        if error.filename is None:
+            raise
         parser.error(f"-o: '{error.filename}' cannot be written: {error.strerror}")
 
 

@@ -5,7 +5,9 @@ Run by `./tovu docs sprites`. The seeds are fixed, so that the same version of n
 """
 import hashlib
 import pathlib
+import shutil
 import sys
+import tempfile
 
 import numpy as np
 
@@ -18,6 +20,7 @@ import winds
 import wisps
 
 LOOKS = pathlib.Path(__file__).resolve().parent.parent
+FOLDERS = ("sprites", "maps")
 LARGEST = 8 * 1024 * 1024  # bytes of all files together
 MAP_SIDE = 128
 MAP_PICTURES = 32
@@ -31,17 +34,17 @@ MAPS = {
 }
 
 
-def make_map(name, seed, drift, waves, slope):
+def make_map(folder, name, seed, drift, waves, slope):
     psis = winds.eddies(MAP_SIDE, MAP_PICTURES, waves, winds.direction_of(drift), np.random.default_rng(seed), slope)
     frames = [winds.velocity(psi, 1 / MAP_SIDE) for psi in psis]
     speed = winds.root_mean_square(frames)
     frames = [(u / speed + drift[0], v / speed + drift[1]) for u, v in frames]
-    full = winds.save_loop(frames, lambda i: LOOKS / "maps" / f"{name}_{i:02d}.png")
+    full = winds.save_loop(frames, lambda i: folder / f"{name}_{i:02d}.png")
     print(f"{name}: 255 is {full:.2f} times the r.m.s. speed of the eddies; drift {drift}")
 
 
 def made_files():
-    return sorted(path for folder in ("sprites", "maps") for path in (LOOKS / folder).glob("*.png"))
+    return sorted(path for folder in FOLDERS for path in (LOOKS / folder).glob("*.png"))
 
 
 def digest_lines():
@@ -50,15 +53,18 @@ def digest_lines():
 
 
 def main():
-    for path in made_files():
-        path.unlink()
-    for folder in ("sprites", "maps"):
-        (LOOKS / folder).mkdir(exist_ok=True)
-    for module in (points, puffs, flames, wisps):
-        print(f"{module.__name__} ...", flush=True)
-        module.make(LOOKS / "sprites")
-    for name, options in MAPS.items():
-        make_map(name, **options)
+    with tempfile.TemporaryDirectory(dir=LOOKS) as made:
+        made = pathlib.Path(made)
+        for folder in FOLDERS:
+            (made / folder).mkdir()
+        for module in (points, puffs, flames, wisps):
+            print(f"{module.__name__} ...", flush=True)
+            module.make(made / "sprites")
+        for name, options in MAPS.items():
+            make_map(made / "maps", name, **options)
+        for folder in FOLDERS:  # all of them are made: now they replace the old ones
+            shutil.rmtree(LOOKS / folder, ignore_errors=True)
+            shutil.move(made / folder, LOOKS / folder)
     plates.make(LOOKS.parent / "scenes" / "assets")
     contact_sheet.make(LOOKS, LOOKS.parent / "docs")
     digests = LOOKS / "digests.txt"

@@ -57,7 +57,7 @@ geometry = {{ kind = "plate", image = "title", width = {width}, height = {height
 
 
 def letters(text, font):
-    """The text as a mask, 0 to 1, as large as it fits; row 0 is the bottom."""
+    """The text as a mask, 0 to 1, as large as it fits; row 0 is the bottom. ValueError: nothing of it can be seen."""
     picture = Image.new("L", (WIDTH * 2, HEIGHT * 2))
     draw = ImageDraw.Draw(picture)
     for size in range(300, 10, -4):
@@ -66,7 +66,10 @@ def letters(text, font):
         if right - left < picture.width * 0.84 and bottom - top < picture.height * 0.8:
             break
     draw.text((WIDTH - (left + right) / 2, HEIGHT - (top + bottom) / 2), text, font=face, fill=255)
-    return np.asarray(picture.resize((WIDTH, HEIGHT), Image.LANCZOS))[::-1] / 255
+    mask = np.asarray(picture.resize((WIDTH, HEIGHT), Image.LANCZOS))[::-1] / 255
+    if mask.max() < 0.5:
+        raise ValueError("must have letters that can be seen")
+    return mask
 
 
 def erosion_times(mask, rng):
@@ -77,9 +80,8 @@ def erosion_times(mask, rng):
     return (time - inside.min()) / np.ptp(inside)
 
 
-def save_pictures(folder, text, font, count, rng):
+def save_pictures(folder, mask, count, rng):
     """Writes the title and its band; returns the band's area in pixels, picture by picture."""
-    mask = letters(text, font)
     goes = erosion_times(mask, rng)
     y, _ = pixel_centres(HEIGHT, WIDTH)
     areas = []
@@ -128,11 +130,12 @@ def scene(text, areas, start):
 
 
 def bake(options):
+    mask = letters(options.text, options.font)
     folder = pathlib.Path(options.output)
     folder.mkdir(parents=True, exist_ok=True)
     for old in [*folder.glob("title_*.png"), *folder.glob("edge_*.png")]:
         old.unlink()  # a shorter title must not end with another one's pictures
     count = max(2, round(options.length * PICTURES_PER_SECOND))
-    areas = save_pictures(folder, options.text, options.font, count, np.random.default_rng(options.seed))
+    areas = save_pictures(folder, mask, count, np.random.default_rng(options.seed))
     (folder / "title.toml").write_text(scene(options.text, areas, options.start))
     print(f"{count} pictures of the title, {count} of its edge; ./tovu render {folder / 'title.toml'} -o title.mp4")

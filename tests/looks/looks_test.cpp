@@ -1,5 +1,5 @@
 // The built-in images, and the wind images that `./tovu bake` makes.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -45,12 +45,17 @@ TEST(BuiltInImages, ASceneSetsHowASequenceIsPlayed) {
     EXPECT_EQ(12.0, shown.at("wisp_b").frame_rate) << "its own rate";
 }
 
-/// The first picture that `tovu bake` writes for these arguments, with its folder for other pictures.
+/// The exit status of `tovu bake`; what it prints goes into the folder's file "printed".
+int bake(const TemporaryFolder& folder, const std::string& arguments) {
+    const std::string command = "cd '" + (folder / "").string() +
+                                "' && /usr/bin/python3 -B '" TOVU_SOURCE_DIR "/looks/make/bake.py' " + arguments +
+                                " >printed 2>&1";
+    return WEXITSTATUS(std::system(command.c_str()));
+}
+
+/// The first picture that it writes for these arguments, with the folder for other pictures.
 stage::Picture baked(const TemporaryFolder& folder, const std::string& arguments) {
-    const std::string command = "/usr/bin/python3 -B '" TOVU_SOURCE_DIR "/looks/make/bake.py' " + arguments +
-                                " --range 100 -o '" + (folder / "%d.png").string() + "' >'" +
-                                (folder / "printed").string() + "'";
-    EXPECT_EQ(0, std::system(command.c_str())) << command;
+    EXPECT_EQ(0, bake(folder, arguments + " --range 100 -o %d.png")) << arguments;
     auto picture = stage::read_picture(folder / "0.png");
     EXPECT_TRUE(picture) << picture.error().message;
     return picture ? *picture : stage::Picture{};
@@ -58,10 +63,8 @@ stage::Picture baked(const TemporaryFolder& folder, const std::string& arguments
 
 /// The wind_force that bake has printed.
 double printed_force(const TemporaryFolder& folder) {
-    std::ifstream printed(folder / "printed");
-    for (std::string line; std::getline(printed, line);)
-        if (line.starts_with("wind_force = ")) return std::stod(line.substr(13));
-    return 0;
+    const std::string printed = file_bytes(folder / "printed"), key = "wind_force = ";
+    return std::stod(printed.substr(printed.find(key) + key.size()));
 }
 
 /// Moves one particle at rest in the wind of a picture over (-50, -50) to (50, 50), for a second at each place.
@@ -125,6 +128,34 @@ double outflow_share(const stage::Picture& picture, int side) {
             out += std::abs(net);
         }
     return out / through;
+}
+
+TEST(Bake, AMistakeNamesTheOptionAndWhatIsRight) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"shear -o w%d.png --size 12", "--size: must be a whole number from 16 to 1024, not '12'"},
+        {"eddies -o w%d.png --drift 3", "--drift: must be two numbers such as 0,22, not '3'"},
+        {"eddies -o w.png", "-o: the loop has 32 pictures: put a number such as %03d into the name"},
+        {"vortex -o w%%d.png", "-o: must be a name such as wind%03d.png"},
+        {"flow printed -o w.png", "picture: must be a picture, not 'printed'"},
+        {"title ' ' -o t", "text: ' ' must have letters that can be seen"},
+    };
+    for (const auto& [arguments, message] : rows) {
+        const TemporaryFolder folder;
+        EXPECT_EQ(2, bake(folder, arguments)) << arguments;
+        EXPECT_THAT(file_bytes(folder / "printed"), testing::HasSubstr(message));
+        EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(folder / ""), {})) << "only what is printed";
+    }
+}
+
+TEST(Bake, ATitleIsAWholeScene) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(0, bake(folder, "title 'Ü \"1\"' -o t --length 0.4")) << file_bytes(folder / "printed");
+    const auto scene = stage::load_scene_file(folder / "t/title.toml");
+    ASSERT_TRUE(scene) << scene.error().message;
+    EXPECT_EQ(10u, scene->images.at("edge").files.size());
+    const auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
+    ASSERT_TRUE(built) << built.error().message;
+    EXPECT_TRUE(built->warnings.empty());
 }
 
 TEST(Bake, NothingGathersOrThinsOut) {
