@@ -223,7 +223,7 @@ def block(path, side=128):
     rough = noise(rng, (side, side), 1.3)
     slope = np.gradient(rough, axis=0) + 0.6 * np.gradient(rough, axis=1)
     edge = np.minimum(np.minimum(x, 1 - x), np.minimum(y, 1 - y)) + 0.006 * noise(rng, (side, side), 1.2)
-    light = 0.62 + 0.16 * y - 0.10 * x + 0.05 * rough - 0.9 * slope
+    light = 0.66 + 0.16 * y - 0.10 * x + 0.05 * rough - 0.35 * slope
     rim = smooth_step(0.05, 0.015, edge) * (0.22 * ((y > 1 - x) * 2 - 1))
     save(path, colour(0.52, 0.47, 0.42) * np.clip(light + rim, 0.08, 1.3)[..., None], smooth_step(0.004, 0.012, edge))
 
