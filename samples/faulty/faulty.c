@@ -23,6 +23,7 @@
  *   DEFAULT_ABOVE       register.values
  *   SIZE_OF_POINTER     register.size
  *   NAME_NOT_TESTED     life.cycle
+ *   ACTION_UNKNOWN      life.orders
  *   FIELD_NOT_SET       life.garbage
  *   STATE_SHARED        life.two
  *   CLEARS_TOO_MUCH     block.bounds
@@ -259,6 +260,7 @@ void PLUGIN_CHANGED_CALLBACK(void* instance, int32_t parameter_index) {
 
 void PLUGIN_EXEC_ACTION(void* instance, int32_t action) {
     static const char answer[] = "20 by 20 by 10!!";
+    if (breaks("ACTION_UNKNOWN") && action != 1) abort();
     if (action != 1) return;
     char* title = (char*)(uintptr_t)wheel_at(instance)->title;
     const size_t bytes = breaks("ANSWER_NOT_CLOSED") ? kTitleLength : 8;

@@ -50,6 +50,7 @@ const struct {
     {"default_above", "register.values", "fail", "'quads' (0 to 64, default 100) has a default outside of its range"},
     {"size_of_pointer", "register.size", "fail", "a block of 8 bytes cannot hold 6 slots of 4 bytes"},
     {"name_not_tested", "life.cycle", "crash", "PLUGIN_NEW_GEOM +0x"},
+    {"action_unknown", "life.orders", "crash", "SIGABRT"},
     {"field_not_set", "life.garbage", "fail", "in new memory: GL_VERTEX_ARRAY(32, "},
     {"state_shared", "life.two", "fail", "with a second instance in the scene: GL_VERTEX_ARRAY(32, "},
     {"clears_too_much", "block.bounds", "fail", "PLUGIN_INIT_FUNCTION, frame 0"},

@@ -171,7 +171,7 @@ std::string last_line_of(int file) {
     return std::string(begin == std::string_view::npos ? lines : lines.substr(begin + 1));
 }
 
-/// Waits for the process; false when it has made no progress for so long, or none to its end in ten times that.
+/// Waits for the process; false when it has made no progress for so long, or none to its end in thirty times that.
 bool wait_for(pid_t child, double seconds, const SharedOutcome& outcome, int& status) {
     using Clock = std::chrono::steady_clock;
     const auto allowed = std::chrono::duration<double>(seconds);
@@ -184,7 +184,7 @@ bool wait_for(pid_t child, double seconds, const SharedOutcome& outcome, int& st
         const auto now = Clock::now();
         if (*counter != progress) last_progress = now;
         progress = *counter;
-        if (now - last_progress > allowed || now - start > 10 * allowed) return false;
+        if (now - last_progress > allowed || now - start > 30 * allowed) return false;
         std::this_thread::sleep_for(pause);
     }
 }

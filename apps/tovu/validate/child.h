@@ -16,7 +16,7 @@ struct ChildEnd {
 };
 
 /// Runs `work` in a copy of this process. Crashes, exceptions, exit() and the end of the time are noted in `outcome`,
-/// with the stack of the plug-in's code. seconds: time allowed to one call of an entry point, and a tenth of what all
+/// with the stack of the plug-in's code. seconds: time allowed to one call of an entry point, and a thirtieth of what all
 /// of the work may take; a busy machine does not end a check that goes on.
 /// leave_by_exit: a process whose work is done ends as a host does, with exit(), instead of at once.
 ChildEnd run_in_child(SharedOutcome& outcome, double seconds, const std::function<void()>& work,

@@ -127,10 +127,7 @@ ElfFile read_sections(std::span<const char> bytes) {
 }
 
 std::string foreign_format(std::string_view start) {
-    if (start.substr(0, 2) == "MZ") return "it is a library of another system (PE)";
     if (start.substr(0, 8) == "!<arch>\n") return "it is a static library; link it with -shared";
-    if (start.substr(0, 4) == "\xCE\xFA\xED\xFE" || start.substr(0, 4) == "\xCF\xFA\xED\xFE")
-        return "it is a library of another system (Mach-O)";
     return "it is no ELF file";
 }
 

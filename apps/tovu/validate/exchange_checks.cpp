@@ -292,7 +292,7 @@ void check_consumer_manners(const Subject& subject) {
     poison_stack();
     {
         Rig& rig = *attached->rig;
-        run_frames(rig, 60);
+        run_frames(rig, 150);
         stage::remove_geometry(*rig.stage, rig.carrier);
         expect_detached(rig, "after PLUGIN_CLEANUP_FUNCTION");
         rig.smoke.attached = false;

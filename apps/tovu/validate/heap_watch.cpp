@@ -136,6 +136,11 @@ bool freed_is_intact(const HeapBlock& block) {
     the_heap.totals.live_bytes += static_cast<int64_t>(bytes);
 }
 
+[[maybe_unused]] void fill_and_note(void* memory, size_t bytes) {
+    if (memory && the_heap.fill >= 0) std::memset(memory, the_heap.fill, bytes);
+    note_block(memory, bytes);
+}
+
 /// Notes that a block is freed. False: the C library is to keep it.
 [[maybe_unused]] bool note_free(void* memory) {
     const Turn turn;
@@ -252,8 +257,7 @@ void __libc_free(void* memory);
 TOVU_HEAP_EXPORT void* malloc(size_t bytes) {
     if (!is_noted_now() || bytes + kGuardBytes < bytes) return __libc_malloc(bytes);
     void* memory = __libc_malloc(bytes + kGuardBytes);
-    if (memory && the_heap.fill >= 0) std::memset(memory, the_heap.fill, bytes);
-    note_block(memory, bytes);
+    fill_and_note(memory, bytes);
     return memory;
 }
 
@@ -288,7 +292,7 @@ TOVU_HEAP_EXPORT void* realloc(void* memory, size_t bytes) {
 TOVU_HEAP_EXPORT void* memalign(size_t alignment, size_t bytes) {
     if (!is_noted_now() || bytes + kGuardBytes < bytes) return __libc_memalign(alignment, bytes);
     void* memory = __libc_memalign(alignment, bytes + kGuardBytes);
-    note_block(memory, bytes);
+    fill_and_note(memory, bytes);
     return memory;
 }
 

@@ -205,6 +205,7 @@ void live_with(Rig& rig, const Lie& lie, int first_frame, bool with_smoke) {
         if (frame == 4) set_values(rig, rig.carrier, values_to_try(rig, frame), true);
         run_frame(rig);
         draw(rig, rig.carrier);
+        send_requests(rig);
         press_all_buttons(rig, rig.carrier);
     }
     rig.stage->overrides = right;
@@ -244,7 +245,10 @@ void live_with_choices(Rig& rig, const std::vector<Lie>& lies) {
 std::vector<TraceLine> trace_of_lies(const Subject& subject, uint32_t poison) {
     std::unique_ptr<Rig> rig;
     const auto scenario = [&] {
-        rig = make_rig(subject);
+        stage::MemoryOptions memory = wide_memory();
+        memory.fill = static_cast<uint8_t>(poison);
+        rig = make_rig(subject, memory);
+        fill_new_blocks(memory.fill);
         poison_stack(poison);
         std::vector<Lie> lies;
         for (const Lie& lie : kUnchanged)

@@ -114,6 +114,7 @@ void exercise_first(Rig& rig) {
         for (int frame = 0; frame < 4; ++frame) {
             run_frame(rig);
             draw(rig, rig.carrier);
+            send_requests(rig);
             if (stage::instance_of(*rig.stage, rig.other_carrier)) draw(rig, rig.other_carrier);
         }
         press_all_buttons(rig, rig.carrier);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 
@@ -84,24 +85,15 @@ void check_names(const Registration& registration, bool events) {
     }
 }
 
-/// Well-formed UTF-8 (RFC 3629) without control characters.
+/// Well-formed UTF-8 without control characters.
 bool is_readable_text(const std::string& text) {
-    for (size_t i = 0; i < text.size();) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const size_t length = byte < 0x80 ? 1 : byte >> 5 == 6 ? 2 : byte >> 4 == 14 ? 3 : byte >> 3 == 30 ? 4 : 0;
-        if (length == 0 || i + length > text.size()) return false;
-        uint32_t code = length == 1 ? byte : byte & (0x7Fu >> length);
-        for (size_t k = 1; k < length; ++k) {
-            const auto next = static_cast<unsigned char>(text[i + k]);
-            if (next >> 6 != 2) return false;
-            code = code << 6 | (next & 0x3F);
-        }
-        constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-        if (code < kLeast[length] || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000)) return false;
-        if (code < 0x20 && code != '\n' && code != '\t') return false;
-        i += length;
+    const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t'; };
+    try {
+        (void)nlohmann::json(text).dump();  // refuses everything else
+    } catch (const nlohmann::json::exception&) {
+        return false;
     }
-    return true;
+    return std::none_of(text.begin(), text.end(), is_control);
 }
 
 void check_text(const std::string& where, const std::string& text) {

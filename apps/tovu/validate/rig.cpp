@@ -10,6 +10,7 @@
 #include <tovu/spawn_requests.h>
 #include "child.h"
 #include "gl_watch.h"
+#include "stage/call_log.h"
 #include "stage/plugins/frames.h"
 #include "watch.h"
 
@@ -315,11 +316,15 @@ std::vector<ParameterValues> limits_to_try(const Rig& rig, size_t most, bool wit
 }
 
 void send_requests(Rig& rig) {
-    for (const int32_t request : {TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, TOVU_REQUEST_NEW_SPAWN_POINT,
-                                  TOVU_REQUEST_IS_INSIDE, INT32_C(0x51554954)}) {
+    constexpr std::pair<int32_t, const char*> kRequests[] = {{TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, "'SPWN'"},
+                                                             {TOVU_REQUEST_NEW_SPAWN_POINT, "'NEWP'"},
+                                                             {TOVU_REQUEST_IS_INSIDE, "'ISIN'"},
+                                                             {INT32_C(0x51554954), "'QUIT'"}};
+    for (const auto& [request, name] : kRequests) {
         float point[3] = {1, 2, 3};
-        int64_t reply[4] = {};
+        int32_t reply[8] = {};
         stage::dispatch(*rig.stage, rig.carrier, request, point, reply);
+        stage::record_call("answer", name, reply[0], point[0], point[1], point[2]);
     }
 }
 

@@ -64,7 +64,7 @@ std::vector<const stage::ParameterInfo*> container_parameters(const Rig& rig);
 /// One parameter each: both ends of a range, the other value of a switch, every choice; evenly left out beyond `most`.
 std::vector<stage::ParameterValues> limits_to_try(const Rig& rig, size_t most, bool with_numbers = true);
 
-/// What a smoke asks of a spawn source, and a request of a stranger.
+/// What a smoke asks of a spawn source, and a request of a stranger. The answers go into the call log.
 void send_requests(Rig& rig);
 
 void set_values(Rig& rig, int32_t container, const stage::ParameterValues& values, bool notify);

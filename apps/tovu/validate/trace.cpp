@@ -55,9 +55,12 @@ void record_into(int descriptor, const std::function<void()>& scenario, const st
             stage::start_recording_calls();
     };
     watch().on_entry.push_back([&](const stage::RunningCall&) {
-        // The call is the running one already: what was recorded before belongs to the one outside of it.
+        // The call is the running one already: what was recorded before belongs to the one outside of it, or is an
+        // answer that send_requests got.
         const auto& running = watch().stage->running;
-        if (running.size() > 1 && running[running.size() - 2].container_handle == container())
+        if (running.size() == 1)
+            write_calls(file.get(), "PLUGIN_DISPATCHER_CALLBACK");  // the frame of this call may be a later one
+        else if (running[running.size() - 2].instance->container_handle == container())
             write_calls(file.get(), fmt::format("{}, frame {}", running[running.size() - 2].entry_point,
                                                 watch().stage->clock.frame));
         else
