@@ -1,5 +1,5 @@
 // The command line. Only this file, and fault_guard.h after faults of plug-ins and signals, print and choose the exit
-// status: 0 for success, 2 for an error.
+// status: 0 for success, 1 for a difference or a failed check, 2 for an error.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -13,13 +13,16 @@
 #include "looks_command.h"
 #include "params_command.h"
 #include "plugin_location.h"
+#include "record_command.h"
 #include "render_command.h"
+#include "replay_command.h"
 #include "stage/names.h"
 #include "stage/output/progress.h"
 #include "validate_command.h"
 
 namespace {
 
+constexpr int kDifference = 1;
 constexpr int kMistake = 2;
 
 // Prints each line of the message behind the program's name.
@@ -65,6 +68,20 @@ int run_render(const tovu::RenderOptions& options) {
     for (const std::string& complaint : report->complaints) print_warning(complaint);
     std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");
     return 0;
+}
+
+int run_record(const tovu::RecordOptions& options) {
+    const stage::Result<int> frames = tovu::record_scene(options);
+    if (!frames) return fail(frames.error().message);
+    std::printf("%s: %d frame%s\n", options.output.c_str(), *frames, *frames == 1 ? "" : "s");
+    return 0;
+}
+
+int run_replay(const tovu::ReplayOptions& options) {
+    const stage::Result<tovu::ReplayOutcome> outcome = tovu::replay_file(options);
+    if (!outcome) return fail(outcome.error().message);
+    std::fputs(outcome->text.c_str(), stdout);
+    return outcome->is_equal ? 0 : kDifference;
 }
 
 int run_validate(const tovu::ValidateOptions& options) {
@@ -152,6 +169,20 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
 }
 
+void add_record(CLI::App& app, tovu::RecordOptions& options) {
+    CLI::App* command = app.add_subcommand("record", "Record the calls between a scene's plug-ins and the Stage");
+    command->add_option("scene", options.scene, "Scene file")->required();
+    command->add_option("-o,--output", options.output, "Text file")->required();
+    command->add_option("--frames", options.frames, "How many frames; all when left out");
+    command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
+}
+
+void add_replay(CLI::App& app, tovu::ReplayOptions& options) {
+    CLI::App* command = app.add_subcommand("replay", "Play recorded calls, and say where the first difference is");
+    command->add_option("calls", options.calls, "File that record wrote")->required();
+    command->add_option("plugin", options.plugin, "Plug-in library that replaces the smoke or, without one, the first");
+}
+
 void add_validate(CLI::App& app, tovu::ValidateOptions& options) {
     CLI::App* command = app.add_subcommand("validate", "Check a plug-in against the contract");
     command->add_option("plugin", options.plugin, "Library file, or a name that scenes take; the smoke when left out");
@@ -174,17 +205,22 @@ int run(int argc, char** argv) {
     tovu::HashOptions hash;
     tovu::LooksOptions looks;
     tovu::ParamsOptions params;
+    tovu::RecordOptions record;
     tovu::RenderOptions render;
+    tovu::ReplayOptions replay;
     tovu::ValidateOptions validate;
-    hash.plugin = render.plugin = tovu::smoke_plugin_file();
+    hash.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
     add_docs(app, docs);
     add_hash(app, hash);
     add_looks(app, looks);
     add_params(app, params);
+    add_record(app, record);
     add_render(app, render);
+    add_replay(app, replay);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "params", "looks", "docs", "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "record",   "replay", "params",
+                                               "looks",  "docs", "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -198,6 +234,8 @@ int run(int argc, char** argv) {
     if (app.got_subcommand("docs")) return run_docs(docs);
     if (app.got_subcommand("hash")) return run_hash(hash);
     if (app.got_subcommand("looks")) return run_looks(*app.get_subcommand("looks"), looks);
+    if (app.got_subcommand("record")) return run_record(record);
+    if (app.got_subcommand("replay")) return run_replay(replay);
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render);
     if (app.got_subcommand("validate")) return run_validate(validate);

@@ -1,7 +1,9 @@
 #include "option_values.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
+#include "stage/scenefile/input_files.h"
 #include "stage/scenefile/timeline.h"
 
 namespace tovu {
@@ -18,6 +20,36 @@ stage::Result<FrameRange> parse_frames(const std::string& text, const stage::Sce
         return range;
     return stage::Error{fmt::format("--frames {}: must be A-B with 0 <= A <= B <= {}; the scene has {} frames", text,
                                     count - 1, count)};
+}
+
+stage::Result<stage::Done> check_folder(std::string_view option, const std::filesystem::path& file) {
+    const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored))
+        return stage::Error{fmt::format("{} {}: is a folder; name a file", option, file.string())};
+    if (!std::filesystem::is_directory(folder, ignored))
+        return stage::Error{fmt::format("{} {}: there is no folder '{}'", option, file.string(), folder.string())};
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        return stage::Error{
+            fmt::format("{} {}: the folder '{}' cannot be written to", option, file.string(), folder.string())};
+    return stage::Done{};
+}
+
+stage::Result<stage::Done> check_not_an_input(std::string_view option, const std::filesystem::path& file,
+                                              const stage::SceneDescription& scene) {
+    for (const std::filesystem::path& input : stage::input_files(scene)) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, input, ignored))
+            return stage::Error{
+                fmt::format("{} {}: the scene reads this file; choose another name", option, file.string())};
+    }
+    return stage::Done{};
+}
+
+stage::Result<stage::Done> check_output(std::string_view option, const std::filesystem::path& file,
+                                        const stage::SceneDescription& scene) {
+    if (stage::Result<stage::Done> checked = check_folder(option, file); !checked) return checked;
+    return check_not_an_input(option, file, scene);
 }
 
 }  // namespace tovu

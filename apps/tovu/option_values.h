@@ -2,6 +2,7 @@
 #pragma once
 
 #include <charconv>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -24,5 +25,16 @@ struct FrameRange {
 
 /// --frames: "A-B" or "A", counted from 0; empty: all frames of the scene.
 stage::Result<FrameRange> parse_frames(const std::string& text, const stage::SceneDescription& scene);
+
+/// Whether a file of this name can be written in its folder. option: the one that names the file, for the message.
+stage::Result<stage::Done> check_folder(std::string_view option, const std::filesystem::path& file);
+
+/// Error: `file` is one of the files that the scene is made of.
+stage::Result<stage::Done> check_not_an_input(std::string_view option, const std::filesystem::path& file,
+                                              const stage::SceneDescription& scene);
+
+/// Both.
+stage::Result<stage::Done> check_output(std::string_view option, const std::filesystem::path& file,
+                                        const stage::SceneDescription& scene);
 
 }  // namespace tovu

@@ -1,7 +1,6 @@
 #include "render_plan.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
@@ -11,7 +10,6 @@
 #include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/video_file.h"
-#include "stage/scenefile/input_files.h"
 #include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
@@ -82,31 +80,6 @@ Result<Done> take_moment(const std::string& text, RenderPlan& plan) {
     return Done{};
 }
 
-/// option: the one that names the file, for the message.
-Result<Done> check_folder(std::string_view option, const std::filesystem::path& file) {
-    const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
-    std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored))
-        return Error{fmt::format("{} {}: is a folder; name a file", option, file.string())};
-    if (!std::filesystem::is_directory(folder, ignored))
-        return Error{fmt::format("{} {}: there is no folder '{}'", option, file.string(), folder.string())};
-    if (access(folder.c_str(), W_OK | X_OK) != 0)
-        return Error{
-            fmt::format("{} {}: the folder '{}' cannot be written to", option, file.string(), folder.string())};
-    return Done{};
-}
-
-// Error: `file` is one of the files that the scene is made of.
-Result<Done> check_not_an_input(std::string_view option, const std::filesystem::path& file,
-                                const stage::SceneDescription& scene) {
-    for (const std::filesystem::path& input : stage::input_files(scene)) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(file, input, ignored))
-            return Error{fmt::format("{} {}: the scene reads this file; choose another name", option, file.string())};
-    }
-    return Done{};
-}
-
 // The pictures that the render would overwrite.
 Result<Done> check_frames_are_no_inputs(const std::string& pattern, const RenderPlan& plan) {
     const Result<stage::NumberedFiles> existing = stage::existing_frames(pattern);
@@ -150,8 +123,7 @@ Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
             fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures need a name such as "
                         "frames/%04d.png",
                         options.output)};
-    if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
-    if (Result<Done> checked = check_not_an_input("-o", file, plan.scene); !checked) return checked;
+    if (Result<Done> checked = check_output("-o", file, plan.scene); !checked) return checked;
     if (!options.at.empty()) return take_moment(options.at, plan);
     Result<Done> taken = take_frames(options.frames, plan);
     if (taken && plan.first != plan.last)
@@ -177,8 +149,7 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     }
     if (const Result<Done> done = take_output(options, plan); !done) return done.error();
     if (options.trace.empty()) return plan;
-    if (const Result<Done> done = check_folder("--trace", options.trace); !done) return done.error();
-    if (const Result<Done> done = check_not_an_input("--trace", options.trace, plan.scene); !done) return done.error();
+    if (const Result<Done> done = check_output("--trace", options.trace, plan.scene); !done) return done.error();
     return plan;
 }
 

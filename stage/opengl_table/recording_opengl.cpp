@@ -87,13 +87,7 @@ RecordedArray read_array(const ClientArray& array, int first, int count) {
 }
 
 void record_draw(unsigned int mode, int first, int count) {
-    if (!is_recording_calls()) return;
-    const Recorder& r = recorder();
-    RecordedDraw draw{recorded_calls().size(), mode, first, count, {}, {}, {}};
-    draw.vertices = read_array(r.vertices, first, count);
-    draw.colors = read_array(r.colors, first, count);
-    draw.texcoords = read_array(r.texcoords, first, count);
-    recorder().draws.push_back(std::move(draw));
+    if (is_recording_calls()) recorder().draws.push_back(read_client_arrays(mode, first, count));
 }
 
 /// Marks the arguments that are not recorded (addresses) as used.
@@ -145,6 +139,17 @@ constinit const OpenGlDispatch kRecordingOpenGl = recording_with_arrays();
 
 const OpenGlDispatch& recording_opengl() {
     return kRecordingOpenGl;
+}
+
+RecordedDraw read_client_arrays(unsigned int mode, int first, int count) {
+    const Recorder& r = recorder();
+    return {recorded_calls().size(),
+            mode,
+            first,
+            count,
+            read_array(r.vertices, first, count),
+            read_array(r.colors, first, count),
+            read_array(r.texcoords, first, count)};
 }
 
 const std::vector<RecordedDraw>& recorded_draws() {

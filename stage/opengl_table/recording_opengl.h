@@ -29,6 +29,9 @@ struct RecordedDraw {
     RecordedArray texcoords;
 };
 
+/// What a glDrawArrays reads of the arrays that were set through this table.
+RecordedDraw read_client_arrays(unsigned int mode, int first, int count);
+
 /// Every glDrawArrays since the last forget_recorded_draws(), as far as call recording was on.
 STAGE_EXPORT const std::vector<RecordedDraw>& recorded_draws();
 STAGE_EXPORT void forget_recorded_draws();

@@ -86,12 +86,20 @@ void add_lists(Fnv1a& digest, const std::byte* block, const FieldTable& table) {
     }
 }
 
-void add_box(Fnv1a& digest, const Container* container) {
-    const bool has_box = container && container->bounding_box;
-    digest.add_byte(has_box ? 1 : 0);
-    if (!has_box) return;
-    for (const Vector3& corner : {container->bounding_box->minimum, container->bounding_box->maximum})
+void add_box(Fnv1a& digest, const std::optional<BoundingBox>& box) {
+    digest.add_byte(box ? 1 : 0);
+    if (!box) return;
+    for (const Vector3& corner : {box->minimum, box->maximum})
         for (const float value : {corner.x, corner.y, corner.z}) digest.add(value);
+}
+
+Fnv1a digest_state(const Instance& instance, const FieldTable& table) {
+    Fnv1a digest;
+    add_slots(digest, instance);
+    for (const Field& field : table.block)
+        if (counts(field, instance.block)) add_field(digest, field, instance.block);
+    add_lists(digest, instance.block, table);
+    return digest;
 }
 
 }  // namespace
@@ -106,14 +114,8 @@ Result<FieldTables> read_field_tables() {
     return tables;
 }
 
-uint64_t instance_digest(const Stage& stage, const Instance& instance, const FieldTable& table) {
-    Fnv1a digest;
-    add_slots(digest, instance);
-    for (const Field& field : table.block)
-        if (counts(field, instance.block)) add_field(digest, field, instance.block);
-    add_lists(digest, instance.block, table);
-    add_box(digest, find_container(stage, instance.container_handle));
-    return digest.value;
+uint64_t state_digest(const Instance& instance, const FieldTable& table) {
+    return digest_state(instance, table).value;
 }
 
 uint64_t frame_digest(const Stage& stage, const FieldTables& tables) {
@@ -121,8 +123,11 @@ uint64_t frame_digest(const Stage& stage, const FieldTables& tables) {
     for (const int32_t handle : containers_in_tree_order(stage)) {
         const Instance* instance = instance_of(stage, handle);
         if (!instance) continue;
-        digest.add(std::string_view(find_container(stage, handle)->name));
-        digest.add(instance_digest(stage, *instance, tables.at(instance->plugin)));
+        const Container& container = *find_container(stage, handle);
+        Fnv1a state = digest_state(*instance, tables.at(instance->plugin));
+        add_box(state, container.bounding_box);
+        digest.add(std::string_view(container.name));
+        digest.add(state.value);
     }
     return digest.value;
 }

@@ -33,6 +33,8 @@ struct CallWatch {
     /// out values are as this function leaves them.
     bool (*service_begins)(ServiceCall& call) = nullptr;
     void (*service_ends)(ServiceCall& call) = nullptr;  // not after a refusal
+    /// With watched_opengl() in force only (stage/replay/watched_opengl.h).
+    void (*opengl_called)(const char* name, std::span<const CallValue> arguments) = nullptr;
 };
 
 /// Process-wide, as the services are. `watch` must stay where it is; null ends the watch.

@@ -98,6 +98,9 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"looks diff ./no.toml steam", "there is no look file"},
     {"looks retime steem 50", "unknown look 'steem': did you mean 'steam'?"},
     {"looks retime steam 0", "0: must be frames per second from 1 to 1000"},
+    {"record tiny.toml -o calls.txt --frames 11", "--frames 11: must be a whole number from 1 to 10, the frames of"},
+    {"record tiny.toml -o tiny.toml", "-o tiny.toml: the scene reads this file"},
+    {"replay tiny.toml", "tiny.toml:1: no recording of calls"},
     {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
     {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
     {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},
@@ -124,6 +127,28 @@ TEST_F(Command, HashPrintsADigestOfEveryNthFrame) {
     EXPECT_THAT(all, testing::AllOf(HasSubstr(lines[0] + "\n"), HasSubstr(lines[1] + "\n")));
     EXPECT_NE(lines[0].substr(5), lines[2].substr(6)) << "older smoke";
     EXPECT_THAT(lines[2], testing::StartsWith("older 4 "));
+}
+
+// A plug-in that differs from the recorded one in one rule.
+TEST_F(Command, ReplayTellsAPluginThatChanged) {
+    const std::string plugins = TOVU_BINARY_DIR "/plugins/faulty/";
+    write("wheel.toml", "length = 0.1\n[[container]]\nname = 'a'\nplugin = '" + plugins + "faulty_none.so'\n");
+    EXPECT_EQ(0, run("record wheel.toml -o wheel.txt").status);
+    const Outcome same = run("replay wheel.txt " + plugins + "faulty_none.so");
+    EXPECT_EQ(0, same.status);
+    EXPECT_THAT(same.output, testing::MatchesRegex("wheel.txt: 5 frames with [0-9]+ calls, no difference\n"));
+    const std::pair<const char*, const char*> kChanged[] = {
+        {"draws_in_frame",
+         "frame 0, PLUGIN_NEW_GEOM(\"a\", 0)\n  recorded: _api__object_valid(-1)\n"
+         "  now:      glColor4f(1, 1, 1, 1)\n"},
+        {"end_forgotten", "frame 0, PLUGIN_RENDER_OPENGL(\"a\", 0, 1)\n  recorded: glEnd()\n  now:      "},
+    };
+    for (const auto& [fault, difference] : kChanged) {
+        const Outcome changed = run("replay wheel.txt " + plugins + "faulty_" + fault + ".so");
+        EXPECT_EQ(1, changed.status);
+        EXPECT_THAT(changed.output, testing::ContainsRegex("^wheel.txt:[0-9]+: the first difference, in "));
+        EXPECT_THAT(changed.output, HasSubstr(difference));
+    }
 }
 
 // Mistakes that only the plug-in's registration or another file shows.

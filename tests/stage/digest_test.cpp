@@ -131,6 +131,7 @@ TEST_F(DigestOf, CountsTextsTheBoxTheNameAndTheOrderOfRecords) {
     expect_new("order");
     second->next = nullptr;
     expect_new("count");
+    second->next = first;  // so that all records are freed
 }
 
 const std::pair<const char*, const char*> kMistakes[] = {

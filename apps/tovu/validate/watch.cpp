@@ -89,7 +89,7 @@ void service_ends(stage::ServiceCall&) {
     if (the_stack_is_poisoned) fill_stack(the_poison);
 }
 
-constexpr stage::CallWatch kWatch = {entry_begins, entry_follows, entry_ends, service_begins, service_ends};
+constexpr stage::CallWatch kWatch = {entry_begins, entry_follows, entry_ends, service_begins, service_ends, nullptr};
 
 void note_complaint(const stage::Complaint& complaint) {
     if (starts_with(complaint.call, "pelEvent"))
