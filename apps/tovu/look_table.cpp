@@ -143,8 +143,10 @@ void add_images(toml::table& look, const toml::table& scene) {
     if (!named.empty()) look.insert("images", named);
 }
 
-// Appends the container and those nested in it as layers.
-void add_layers(const toml::table& container, bool is_outermost, toml::array& layers) {
+// Appends the container and those nested in it as layers. Error: one of them has a look, which is no layer.
+Result<Done> add_layers(const toml::table& container, bool is_outermost, toml::array& layers) {
+    if (container.contains("look"))
+        return Error{fmt::format("{} has a look of its own: save it alone", text_of(*container.get("name")))};
     if (container.contains("parameters") || container.contains("plugin") || container.contains("geometry")) {
         toml::table layer = container;
         for (const char* key : {"container", "parent"}) layer.erase(key);
@@ -153,8 +155,11 @@ void add_layers(const toml::table& container, bool is_outermost, toml::array& la
         layers.push_back(layer);
     }
     const toml::array* nested = container["container"].as_array();
-    if (nested == nullptr) return;
-    for (const toml::node& node : *nested) add_layers(*node.as_table(), false, layers);
+    if (nested == nullptr) return Done{};
+    for (const toml::node& node : *nested) {
+        if (Result<Done> added = add_layers(*node.as_table(), false, layers); !added) return added;
+    }
+    return Done{};
 }
 
 // The look that the container takes, at the scene's rate, with the container's changes.
@@ -250,7 +255,9 @@ Result<toml::table> look_of_container(const std::filesystem::path& scene_file, c
     const toml::table* found = find_container_table(table["container"].as_array(), container);
     if (found == nullptr) {
         std::vector<std::string> names;
-        for (const stage::ContainerDescription& one : scene->containers) names.push_back(one.name);
+        for (const stage::ContainerDescription& one : scene->containers) {
+            if (one.look_container < 0) names.push_back(one.name);
+        }
         return Error{fmt::format("{}: unknown container '{}': {}", scene_file.string(), container,
                                  stage::name_hint(container, names))};
     }
@@ -261,7 +268,7 @@ Result<toml::table> look_of_container(const std::filesystem::path& scene_file, c
         look = std::move(*changed);
     } else {
         toml::array layers;
-        add_layers(*found, true, layers);
+        if (const Result<Done> added = add_layers(*found, true, layers); !added) return added.error();
         look.insert("layer", layers);
     }
     toml::array& layers = *layers_of(look);

@@ -282,6 +282,9 @@ layers.puffs = { texture = "puff_lit_b", parameters = { gravity = 0 } }
     EXPECT_TRUE(bytes("changed.png") == bytes("plain.png"));
     expect_mistake("looks save changed.toml smoke", "looks/smoke.toml: there is such a look already");
 
+    write("nested.toml", head + "[[container.container]]\nname = \"in it\"\nlook = \"plume\"\n");
+    expect_mistake("looks save nested.toml smoke", "\"in it\" has a look of its own: save it alone");
+
     EXPECT_THAT(run("looks").output, testing::AllOf(HasSubstr("plume"), HasSubstr("A plume"), HasSubstr("steam")));
     ASSERT_EQ(0, run("looks retime plume 25 -o back.toml").status);
     const std::string differences = run("looks diff plume back.toml").output;
