@@ -17,8 +17,8 @@ const Names kAlive = {"life.cycle"};
 // What is wrong in a right scene would be told once more for a wrong one.
 const Names kKeepsToItsMemory = {"life.cycle",  "block.bounds", "text.bounds", "text.moves",
                                  "image.moves", "heap.bounds",  "thread.host"};
-const Names kKeepsToFiniteNumbers = {"life.cycle",  "block.bounds", "text.bounds", "text.moves", "image.moves",
-                                     "heap.bounds", "thread.host",  "gl.values",   "box.finite"};
+const Names kKeepsToFiniteNumbers = {"life.cycle",  "life.garbage", "block.bounds", "text.bounds", "text.moves",
+                                     "image.moves", "heap.bounds",  "thread.host",  "gl.values",   "box.finite"};
 
 const Check kChecks[] = {
     {"file.format", "The file is a shared library of this machine", {}, check_file_format, Group::kFile},

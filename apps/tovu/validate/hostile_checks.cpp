@@ -305,9 +305,9 @@ void put_any_bits(Rig& rig) {
 }  // namespace
 
 void check_host_lies(const Subject& subject) {
-    // A plug-in that believes in a count gets no memory, instead of all that the machine has.
-    constexpr rlimit kMostMemory{rlim_t{4} << 30, rlim_t{4} << 30};
-    setrlimit(RLIMIT_AS, &kMostMemory);
+    // A plug-in that believes in a count gets no memory, instead of all that the machine has. Sanitizers map more.
+    constexpr rlimit kMostMemory{rlim_t{3} << 30, rlim_t{3} << 30};
+    if (heap_can_be_watched()) setrlimit(RLIMIT_AS, &kMostMemory);
     watch().stands_for = kDamage;
     watch().host_is_wrong = true;
     {
