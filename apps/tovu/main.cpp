@@ -1,5 +1,5 @@
 // The command line. Only this file, and fault_guard.h after faults of plug-ins and signals, print and choose the exit
-// status: 0 for success, 1 for a difference or a failed check, 2 for an error.
+// status: 0 for success, 1 for a difference, a failed check or a surprise, 2 for an error.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -10,6 +10,7 @@
 #include "docs_command.h"
 #include "fault_guard.h"
 #include "hash_command.h"
+#include "lint_command.h"
 #include "looks_command.h"
 #include "params_command.h"
 #include "plugin_location.h"
@@ -22,7 +23,7 @@
 
 namespace {
 
-constexpr int kDifference = 1;
+constexpr int kDifference = 1;  // or a surprise
 constexpr int kMistake = 2;
 
 // Prints each line of the message behind the program's name.
@@ -139,6 +140,19 @@ void add_looks(CLI::App& app, tovu::LooksOptions& options) {
     retime->add_option("-o,--output", options.output, "The file; printed when left out");
 }
 
+int run_lint(const tovu::LintOptions& options) {
+    const stage::Result<std::vector<std::string>> lines = tovu::lint_file(options);
+    if (!lines) return fail(lines.error().message);
+    for (const std::string& line : *lines) std::printf("%s\n", line.c_str());
+    return lines->empty() ? 0 : kDifference;
+}
+
+void add_lint(CLI::App& app, tovu::LintOptions& options) {
+    CLI::App* command = app.add_subcommand("lint", "Explain what would surprise in a scene or a look");
+    command->add_option("scene", options.scene, "Scene file, look file or name of a look")->required();
+    command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
+}
+
 void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     CLI::App* command = app.add_subcommand("params", "Show a plug-in's parameters");
     command->add_option(
@@ -203,15 +217,17 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "tovu " TOVU_VERSION);
     tovu::DocsOptions docs;
     tovu::HashOptions hash;
+    tovu::LintOptions lint;
     tovu::LooksOptions looks;
     tovu::ParamsOptions params;
     tovu::RecordOptions record;
     tovu::RenderOptions render;
     tovu::ReplayOptions replay;
     tovu::ValidateOptions validate;
-    hash.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
+    hash.plugin = lint.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
     add_docs(app, docs);
     add_hash(app, hash);
+    add_lint(app, lint);
     add_looks(app, looks);
     add_params(app, params);
     add_record(app, record);
@@ -219,8 +235,8 @@ int run(int argc, char** argv) {
     add_replay(app, replay);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "record",   "replay", "params",
-                                               "looks",  "docs", "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "record", "replay",   "params",
+                                               "looks",  "docs", "lint",   "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -233,6 +249,7 @@ int run(int argc, char** argv) {
     tovu::install_fault_guard();
     if (app.got_subcommand("docs")) return run_docs(docs);
     if (app.got_subcommand("hash")) return run_hash(hash);
+    if (app.got_subcommand("lint")) return run_lint(lint);
     if (app.got_subcommand("looks")) return run_looks(*app.get_subcommand("looks"), looks);
     if (app.got_subcommand("record")) return run_record(record);
     if (app.got_subcommand("replay")) return run_replay(replay);

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "render_plan.h"
+#include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/png_file.h"
 #include "stage/output/trace_file.h"
@@ -93,6 +94,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
     for (const std::string& warning : built->warnings) warn(warning);
+    for (const std::string& line : stage::lint_scene(*built)) warn(line);
     std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())

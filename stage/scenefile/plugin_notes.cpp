@@ -76,7 +76,7 @@ ValueTest read_test(KeyReader& reader, const KeyedNode& entry, const ParameterIn
     return test;
 }
 
-void read_condition(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+void read_condition(KeyReader& reader, const KeyedNode& entry, const WrittenNotes& written, Conditions& out) {
     const toml::table* table = read_table(reader, entry);
     if (table == nullptr) return;
     Condition condition;
@@ -87,15 +87,52 @@ void read_condition(KeyReader& reader, const KeyedNode& entry, WrittenNotes& wri
         else if (const ParameterInfo* parameter = named_parameter(reader, key->source(), name, written.of.plugin))
             condition.tests.push_back(read_test(reader, {parameter->name.c_str(), *node}, *parameter));
     }
-    written.notes.acts_when.push_back(condition);
+    out.push_back(condition);
 }
 
-void read_acts_when(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+template <Conditions ParameterNotes::*out>
+void read_conditions(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
     if (entry.node.is_array())
         read_array(reader, entry, "tables",
-                   [&](const KeyedNode& element) { read_condition(reader, element, written); });
+                   [&](const KeyedNode& element) { read_condition(reader, element, written, written.notes.*out); });
     else
-        read_condition(reader, entry, written);
+        read_condition(reader, entry, written, written.notes.*out);
+}
+
+void read_parameter_name(KeyReader& reader, const KeyedNode& entry, const WrittenNotes& written, std::string& out) {
+    if (read_text(reader, entry, out)) named_parameter(reader, entry.node.source(), out, written.of.plugin);
+}
+
+template <std::vector<ParameterPair> ParameterNotes::*out>
+void read_pairs(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    read_array(reader, entry, "pairs of parameters", [&](const KeyedNode& element) {
+        const toml::array* pair = element.node.as_array();
+        if (pair == nullptr || pair->size() != 2)
+            return report(reader, element.node.source(),
+                          fmt::format("{} takes pairs of parameters, not {}", entry.key, describe(element.node)));
+        ParameterPair& names = (written.notes.*out).emplace_back();
+        for (size_t i = 0; i < 2; ++i) read_parameter_name(reader, {entry.key, *pair->get(i)}, written, names[i]);
+    });
+}
+
+struct WrittenOutline {
+    const WrittenNotes& of;
+    OutlineNotes outline{};
+};
+
+const KeyRow<WrittenOutline> kOutlineKeys[] = {
+    {"plane",
+     [](KeyReader& r, const KeyedNode& e, WrittenOutline& w) { read_parameter_name(r, e, w.of, w.outline.plane); }},
+    {"coordinates", [](KeyReader& r, const KeyedNode& e,
+                       WrittenOutline& w) { read_parameter_name(r, e, w.of, w.outline.coordinates); }},
+};
+
+void read_outline(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    WrittenOutline outline{written};
+    read_keys(reader, *table, "an outline", kOutlineKeys, outline);
+    written.notes.outline = std::move(outline.outline);
 }
 
 void read_needs(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
@@ -162,7 +199,14 @@ const KeyRow<WrittenNotes> kNoteKeys[] = {
          read_one_of(r, e, {"second", "frame"}, w.notes.per);
      }},
     {"at_birth", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.notes.at_birth); }},
-    {"acts_when", read_acts_when},
+    {"acts_when", read_conditions<&ParameterNotes::acts_when>},
+    {"doubles", read_conditions<&ParameterNotes::doubles>},
+    {"idle", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.notes.idle); }},
+    {"role", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_one_of(r, e, kRoles, w.notes.role); }},
+    {"binds", read_pairs<&ParameterNotes::binds>},
+    {"covers", read_pairs<&ParameterNotes::covers>},
+    {"scaled", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_texts(r, e, w.notes.scaled); }},
+    {"outline", read_outline},
     {"needs", read_needs},
     {"picture", read_picture},
     {"format",
@@ -173,6 +217,7 @@ const KeyRow<WrittenNotes> kNoteKeys[] = {
     {"components",
      [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_integer(r, e, 1, 16, w.curve.components); }},
     {"range", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_pair(r, e, w.curve.range); }},
+    {"outside", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_text(r, e, w.curve.outside); }},
     {"steps", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.curve.steps); }},
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "curve_format.h"
 #include "parameter_condition.h"
 #include "scene_description.h"
 #include "stage/plugins/plugin.h"
@@ -15,13 +16,13 @@
 
 namespace stage {
 
-/// The text is a curve: two points or more, each a position and `components` numbers, separated by single spaces. The
-/// positions ascend. Positions and numbers lie in `range`.
-struct CurveFormat {
-    int32_t components = 1;
-    std::array<float, 2> range = {0.0f, 1.0f};  // smallest and largest number
-    bool steps = false;                         // two points may have one position
+/// How an outline is read from the container that a parameter names: the parameters for it.
+struct OutlineNotes {
+    std::string plane;        // Radio: a choice names the two axes, such as "XZ"
+    std::string coordinates;  // Radio: the choice "World" places the outline as its container is
 };
+
+using ParameterPair = std::array<std::string, 2>;
 
 /// One parameter in pictures that differ in its value alone.
 struct PictureNotes {
@@ -29,6 +30,11 @@ struct PictureNotes {
     std::vector<ParameterValue> values;  // a picture for each
     std::vector<ParameterSetting> with;  // other parameters
 };
+
+/// Roles in the rules of lint: life in seconds and its spread in percent; the share of life that is left in percent;
+/// nothing is born while it is on; half sizes of a particle; a curve of opacity.
+inline const std::vector<std::string> kRoles = {"life",       "life_spread", "life_kept", "frozen",
+                                                "half_width", "half_height", "opacity"};
 
 struct ParameterNotes {
     std::string name;                          // as registered
@@ -42,7 +48,14 @@ struct ParameterNotes {
     std::vector<Condition> acts_when;          // the value has an effect while one of these holds; none: always
     std::map<std::string, std::string> needs;  // by choice, or "true": the parameter that must not be empty then
     std::optional<PictureNotes> picture;
-    std::optional<CurveFormat> curve;  // of a String
+    std::string role;                     // what it is for the rules of lint, as kRoles lists them; else empty
+    bool idle = false;                    // nothing reads the value
+    std::vector<ParameterPair> binds;     // of a lock: what a panel keeps alike, and the plug-in does not
+    std::vector<std::string> scaled;      // of a Radio: choices that let the container's scale enter other values
+    Conditions doubles;                   // the value counts double while one of these holds; none: never
+    std::vector<ParameterPair> covers;    // of an Image: width and height in units; the first pair that is not 0 counts
+    std::optional<OutlineNotes> outline;  // of a Container
+    std::optional<CurveFormat> curve;     // of a String
 };
 
 /// The parameters that births depend on. Time is saved up, and at 1 / rate seconds each it is spent on births; those

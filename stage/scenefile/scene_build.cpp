@@ -268,6 +268,8 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};
     builder.built.description = std::move(builder.scene);
     builder.built.warnings = std::move(builder.messages.warnings);
+    builder.built.plugins = std::move(builder.plugins);
+    builder.built.notes = std::move(builder.notes);
     return std::move(builder.built);
 }
 

@@ -1,11 +1,13 @@
 // Creates a Stage from a scene's description.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
 #include "burst.h"
 #include "image_track.h"
+#include "plugin_notes.h"
 #include "scene_description.h"
 #include "shape_track.h"
 #include "stage/result.h"
@@ -20,8 +22,10 @@ struct BuiltScene {
     std::vector<int32_t> container_handles;  // by index of the description's containers
     std::vector<ImageTrack> images;
     std::vector<ShapeTrack> shapes;
-    std::vector<BurstTarget> bursts;    // of the containers that have a burst in the timeline
-    std::vector<std::string> warnings;  // "file:line:column: …": what can be rendered, but hardly as intended
+    std::vector<BurstTarget> bursts;          // of the containers that have a burst in the timeline
+    std::vector<std::string> warnings;        // "file:line:column: …": what can be rendered, but hardly as intended
+    std::vector<PluginId> plugins{};          // by index of the description's containers; -1 where one carries none
+    std::map<PluginId, PluginNotes> notes{};  // of each of these plug-ins
 };
 
 /// Creates a Stage at its first frame (a pre-warming one, if there are any): images, containers, shapes, plug-in

@@ -71,6 +71,8 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 };
 
 const std::pair<const char*, const char*> kMistakes[] = {
+    {"lint none.toml", "none.toml: cannot be read: No such file or directory"},
+    {"lint none", "unknown look 'none'"},
     {"rendr tiny.toml", "unknown command 'rendr': did you mean 'render'?"},
     {"render none.toml -o x.png --at 0", "none.toml: cannot be read: No such file or directory"},
     {"render tiny.toml -o x.gif", "must end in .mp4, .mov, .webm or .png"},
@@ -226,8 +228,8 @@ constexpr const char* kDoubtful = R"(container = [
     { name = "e", parameters = { alpha_curve = "0 1 0.5 1 0.5 0" } },  #! 48: parameter … position 0.5 does not come
     { name = "f", parameters = { spawn_type = "Image" } },  #! 47: spawn_type = "Image" has no effect … 'spawn_image' is
     { name = "g", parameters = { spawn_type = 2 } },  #! 47: spawn_type = "Container" has no effect while
-    { name = "h", parameters = { spawn_type = "Image", spawn_image = "puff" } },
-    { name = "i", parameters = { spawn_image = "puff" } },
+    { name = "h", parameters = { spawn_type = "Image", spawn_image = "puff" } },  #! 70: the mask 'puff' covers 0 x 0
+    { name = "i", parameters = { spawn_image = "puff" } },  #! 48: the mask 'puff' covers 0 x 0
     { name = "j", geometry = { kind = "text", text = "a\U00013000" } },  #! 54: font … has no glyph for U+13000
 ]
 at = [
@@ -239,8 +241,15 @@ track = [
 ]
 )";
 
-TEST_F(Command, ValuesThatHardlyMeanWhatIsWrittenGiveWarnings) {
+TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
     write("odd.toml", kDoubtful);
+    const Outcome lint = run("lint odd.toml");
+    EXPECT_EQ(1, lint.status) << lint.errors;
+    EXPECT_THAT(messages_about("odd.toml", lint.output),
+                testing::UnorderedElementsAreArray(annotated_messages(kDoubtful, "odd.toml")));
+    const Outcome silent = run("lint tiny.toml");
+    EXPECT_EQ(0, silent.status);
+    EXPECT_THAT(silent.output, IsEmpty());
     const Outcome outcome = run("render odd.toml -o x.png --size 8x8 --at 0");
     EXPECT_EQ(0, outcome.status) << outcome.errors;
     EXPECT_THAT(messages_about("warning: odd.toml", outcome.errors),

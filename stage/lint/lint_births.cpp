@@ -1,0 +1,228 @@
+// Births: a pool that is too small, and births that a pause saves up.
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "linted.h"
+#include "stage/scenefile/timeline.h"
+
+namespace stage {
+
+namespace {
+
+constexpr double kMinBurst = 20.0;     // births at once that count as a surprise
+constexpr double kBurstFrames = 10.0;  // if so many frames after them together have fewer
+constexpr double kPulsePools = 4.0;  // births due in a frame, as a share of the pool, that are meant to fill it at once
+constexpr double kPoolTolerance = 1.02;  // lives that are drawn at random average out only roughly
+constexpr int kSamplesPerSpan = 16;
+constexpr size_t kManySpans = 100;
+
+// A time without a change of the parameters about births.
+struct Span {
+    const ParameterMoment* moment;
+    double start;  // seconds
+    double end;
+    double rate;  // births per second
+    double life_low;
+    double life_high;
+    double pool;
+    bool uses_up = false;  // a burst that the scene asks for is in its first frame
+    double at_once = 0.0;  // births in its first frame
+    double burst = 0.0;    // those of them that come out of saved time
+    double paused = 0.0;   // seconds that were saved before its first frame
+};
+
+// Particles alive at the age `age` or younger, from births at a rate of 1 per second: the integral of the share of
+// lives that are longer.
+double alive_by_age(const Span& span, double age) {
+    if (age <= span.life_low) return std::max(age, 0.0);
+    const double width = span.life_high - span.life_low;
+    const double part = std::min(age - span.life_low, width);
+    return span.life_low + (width > 0.0 ? part - part * part / (2.0 * width) : 0.0);
+}
+
+double share_older(const Span& span, double age) {
+    if (age <= span.life_low) return 1.0;
+    if (age >= span.life_high) return 0.0;
+    return (span.life_high - age) / (span.life_high - span.life_low);
+}
+
+// A span begins at each burst that the scene asks for: it uses up the saved time.
+void cut_at_bursts(const LintedInstance& linted, std::vector<Span>& spans) {
+    const SceneDescription& scene = linted.built.description;
+    for (const TimelineEntry& entry : scene.timeline) {
+        if (entry.burst == 0 || entry.container != static_cast<int32_t>(linted.container)) continue;
+        const double time = static_cast<double>(first_frame_from(scene, entry.time)) / scene.frame_rate;
+        const auto span = std::find_if(spans.begin(), spans.end(),
+                                       [&](const Span& one) { return one.start <= time && time < one.end; });
+        if (span == spans.end()) continue;
+        Span later = *span;
+        span->end = later.start = time;
+        later.uses_up = true;
+        spans.insert(span + 1, later);
+    }
+}
+
+// Time that was not turned into births is kept: at a rate of 0 all of it.
+void find_bursts(std::vector<Span>& spans, double frame) {
+    double saved = 0.0;
+    for (Span& span : spans) {
+        if (span.end <= span.start) continue;
+        span.paused = saved;
+        if (span.uses_up) {
+            saved = -frame;
+        } else {
+            span.at_once = std::floor((saved + frame) * span.rate + 1e-6);
+            span.burst = std::max(0.0, span.at_once - std::ceil(frame * span.rate));
+        }
+        saved += span.end - span.start;
+        if (span.rate > 0.0) saved -= std::floor(saved * span.rate + 1e-6) / span.rate;
+    }
+}
+
+std::vector<Span> spans_of(const LintedInstance& linted) {
+    const SceneDescription& scene = linted.built.description;
+    const double end = static_cast<double>(frame_count(scene)) / scene.frame_rate;
+    std::vector<Span> spans;
+    for (const ParameterMoment& moment : linted.moments) {
+        const double start = spans.empty()
+                                 ? -static_cast<double>(prewarm_frames(scene)) / scene.frame_rate
+                                 : static_cast<double>(first_frame_from(scene, moment.seconds)) / scene.frame_rate;
+        if (!spans.empty()) spans.back().end = start;
+        const double life = number_of(linted, moment, "life", 0.0);
+        const double spread = life * number_of(linted, moment, "life_spread", 0.0) / 100.0;
+        spans.push_back({&moment, start, end, number_of(value_of(linted, moment, linted.notes.births->rate)),
+                         life - spread, life + spread,
+                         number_of(value_of(linted, moment, linted.notes.births->number))});
+    }
+    std::erase_if(spans, [end](const Span& span) { return span.start >= end; });
+    if (!spans.empty()) spans.back().end = end;
+    cut_at_bursts(linted, spans);
+    find_bursts(spans, 1.0 / scene.frame_rate);
+    return spans;
+}
+
+double alive_at(const std::vector<Span>& spans, double time) {
+    double alive = 0.0;
+    for (const Span& span : spans) {
+        if (span.start > time) break;
+        alive +=
+            span.rate * (alive_by_age(span, time - span.start) - alive_by_age(span, time - std::min(span.end, time)));
+        alive += span.burst * share_older(span, time - span.start);
+    }
+    return alive;
+}
+
+struct Peak {
+    const Span* span = nullptr;
+    double time = 0.0;
+    double alive = 0.0;
+};
+
+// The time at which most particles would be alive, compared with `measure` of the span.
+template <class Measure>
+Peak find_peak(const std::vector<Span>& spans, const Measure& measure) {
+    Peak peak;
+    double most = 0.0;
+    const int samples = spans.size() < kManySpans ? kSamplesPerSpan : 1;
+    for (const Span& span : spans) {
+        for (int i = 0; i <= samples; ++i) {
+            const double time = span.start + (span.end - span.start) * i / samples;
+            const double alive = alive_at(spans, time);
+            if (measure(span, alive) < most + 1e-6) continue;
+            most = measure(span, alive);
+            peak = {&span, time, alive};
+        }
+    }
+    return peak;
+}
+
+bool knows_births(const LintedInstance& linted) {
+    return linted.notes.births && with_role(linted, "life") != nullptr;
+}
+
+bool is_ever(const LintedInstance& linted, const std::string& role, double value) {
+    return std::any_of(linted.moments.begin(), linted.moments.end(), [&](const ParameterMoment& moment) {
+        return number_of(linted, moment, role, 1.0 - value) == value;
+    });
+}
+
+// Particles that may die early leave room in the pool.
+bool die_early(const LintedInstance& linted) {
+    const ParameterInfo* kept = with_role(linted, "life_kept");
+    if (kept == nullptr) return false;
+    const Conditions& acts_when = find_notes(linted.notes, kept->name)->acts_when;
+    return std::any_of(linted.moments.begin(), linted.moments.end(), [&](const ParameterMoment& moment) {
+        return value_of(linted, moment, kept->name) != kept->initial && holds(linted, moment, acts_when);
+    });
+}
+
+void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std::vector<std::string>& lines) {
+    const Peak peak = find_peak(spans, [](const Span& span, double alive) { return alive - span.pool; });
+    if (peak.span == nullptr || peak.alive <= peak.span->pool * kPoolTolerance) return;
+    const Span& span = *peak.span;
+    if (span.rate / linted.built.description.frame_rate > kPulsePools * span.pool && span.pool > 0.0) return;
+    const ParameterInfo& pool = *find_parameter(linted.plugin, linted.notes.births->number);
+    const std::string rate = linted.notes.births->rate;
+    std::vector<std::string> ways;
+    if (peak.alive <= pool.maximum) ways.push_back(fmt::format("{} = {:.0f}", pool.name, std::ceil(peak.alive - 1e-6)));
+    if (span.rate > 0.0 && span.pool > 0.0)
+        ways.push_back(fmt::format("{} = {:.3g}", rate, span.rate * span.pool / peak.alive));
+    lines.push_back(
+        fmt::format("{}: births of '{}' are lost: up to {:.0f} particles would live at {:.4g} s ({} {:g} x {} {:g}), "
+                    "{} is {:g}; set {}",
+                    place_of(linted, *span.moment, pool.name), description_of(linted).name, peak.alive, peak.time, rate,
+                    span.rate, with_role(linted, "life")->name, (span.life_low + span.life_high) / 2.0, pool.name,
+                    span.pool, fmt::join(ways, " or ")));
+}
+
+// Births that are due in the frames after the span's start.
+double births_after(const std::vector<Span>& spans, const Span& first, double seconds) {
+    double births = 0.0;
+    for (const Span& span : spans) {
+        const double start = std::max(span.start, first.start), end = std::min(span.end, first.start + seconds);
+        if (start < end) births += span.rate * (end - start);
+    }
+    return births;
+}
+
+void lint_saved_births(const LintedInstance& linted, const std::vector<Span>& spans, std::vector<std::string>& lines) {
+    const double frame = 1.0 / linted.built.description.frame_rate;
+    const std::string& rate = linted.notes.births->rate;
+    double rate_before = 0.0;
+    for (const Span& span : spans) {
+        const bool surprising = &span != &spans[0] && span.burst >= kMinBurst &&
+                                span.burst >= births_after(spans, span, kBurstFrames * frame);
+        if (surprising)
+            lines.push_back(fmt::format(
+                "{}: {} = {:g} after {:.4g} s with {:g}: the pause saves up births, {:.0f} come in one frame; to begin "
+                "evenly, set {} = {:.4g} at {:.4g} s, one frame earlier: a single birth uses up the saved time",
+                place_of(linted, *span.moment, rate), rate, span.rate, span.paused, rate_before, span.at_once, rate,
+                1.0 / (span.paused - frame / 2.0), span.start - frame));
+        rate_before = span.rate;
+    }
+}
+
+}  // namespace
+
+double most_alive(const LintedInstance& linted) {
+    if (!knows_births(linted)) return 0.0;
+    const std::vector<Span> spans = spans_of(linted);
+    const Peak peak = find_peak(spans, [](const Span& span, double alive) { return std::min(alive, span.pool); });
+    double largest_burst = 0.0;  // that the scene asks for: in addition to the pool
+    for (const TimelineEntry& entry : linted.built.description.timeline)
+        if (entry.container == static_cast<int32_t>(linted.container))
+            largest_burst = std::max(largest_burst, static_cast<double>(entry.burst));
+    return largest_burst + (peak.span == nullptr ? 0.0 : std::min(peak.alive, peak.span->pool));
+}
+
+void lint_births(const LintedInstance& linted, std::vector<std::string>& lines) {
+    if (!knows_births(linted) || is_ever(linted, "frozen", 1.0)) return;
+    const std::vector<Span> spans = spans_of(linted);
+    if (!die_early(linted)) lint_pool(linted, spans, lines);
+    lint_saved_births(linted, spans, lines);
+}
+
+}  // namespace stage

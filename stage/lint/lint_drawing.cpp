@@ -1,0 +1,110 @@
+// What drawing costs, and what 8 bits lose.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "linted.h"
+
+namespace stage {
+
+namespace {
+
+constexpr double kBudget = 100e6;      // pixels of quads in a frame
+constexpr double kFaintOpacity = 0.1;  // mean over life: below, layers lose visible steps in 8 bits
+
+// The mean opacity over life, with straight lines between the points.
+double mean_opacity(const std::vector<double>& points) {
+    double sum = 0.0;
+    for (size_t i = 2; i + 1 < points.size(); i += 2)
+        sum += (points[i] - points[i - 2]) * (points[i + 1] + points[i - 1]) / 2.0;
+    return sum;
+}
+
+// The largest opacity that the container and its parents come to.
+double most_opacity(const LintedInstance& linted) {
+    const SceneDescription& scene = linted.built.description;
+    double opacity = 1.0;
+    for (auto one = static_cast<int32_t>(linted.container); one >= 0;) {
+        const ContainerDescription& container = scene.containers[static_cast<size_t>(one)];
+        float own = container.opacity;
+        for (const Track& track : scene.tracks) {
+            if (track.container != one || track.property != TrackProperty::kOpacity) continue;
+            for (const TrackKey& key : track.keys) own = std::max(own, key.value[0]);
+        }
+        opacity *= static_cast<double>(own);
+        one = container.parent;
+    }
+    return opacity;
+}
+
+void lint_bits(const LintedInstance& linted, std::vector<std::string>& lines) {
+    const ParameterInfo* curve = with_role(linted, "opacity");
+    if (linted.built.description.bits != 8 || curve == nullptr) return;
+    const CurveFormat& format = *find_notes(linted.notes, curve->name)->curve;
+    const double opacity = most_opacity(linted);
+    for (const ParameterMoment& moment : linted.moments) {
+        const Result<std::vector<double>> points = curve_points(format, text_of(value_of(linted, moment, curve->name)));
+        if (!points) continue;
+        const double mean = mean_opacity(*points) * opacity;
+        if (mean >= kFaintOpacity) continue;
+        lines.push_back(
+            fmt::format("{}: the layers of '{}' have an opacity of {:.2g} on average, {:.0f} of 255 steps: "
+                        "with bits = 8 they band and fade; set bits = 16",
+                        place_of(linted, moment, curve->name), description_of(linted).name, mean, mean * 255.0));
+        return;
+    }
+}
+
+// Pixels for a unit at the container's distance from the camera.
+double pixels_per_unit(const LintedInstance& linted) {
+    constexpr double kHalfDegree = std::numbers::pi / 360.0;
+    const Camera& camera = linted.built.stage->camera;
+    const Matrix matrix = world_matrix(*linted.built.stage, linted.built.container_handles[linted.container]);
+    const Vector3 view = view_direction(camera);
+    const double distance =
+        static_cast<double>((matrix[12] - camera.position.x) * view.x + (matrix[13] - camera.position.y) * view.y +
+                            (matrix[14] - camera.position.z) * view.z);
+    const double height = 2.0 * std::tan(static_cast<double>(camera.field_of_view_degrees) * kHalfDegree);
+    return linted.built.description.size[1] / (std::max(distance, kNearDistance) * height);
+}
+
+// Mean area of a quad over a life in which both half sizes change evenly.
+double mean_area(const std::vector<double>& widths, const std::vector<double>& heights) {
+    const double width_change = widths.back() - widths[0], height_change = heights.back() - heights[0];
+    return 4.0 * (widths[0] * heights[0] + (widths[0] * height_change + heights[0] * width_change) / 2.0 +
+                  width_change * height_change / 3.0);
+}
+
+void lint_pixels(const LintedInstance& linted, std::vector<std::string>& lines) {
+    if (with_role(linted, "half_width") == nullptr || with_role(linted, "half_height") == nullptr) return;
+    const SceneDescription& scene = linted.built.description;
+    const Vector3 scale =
+        scaling_of(world_matrix(*linted.built.stage, linted.built.container_handles[linted.container]));
+    const double picture = static_cast<double>(scene.size[0]) * scene.size[1];
+    const double alive = most_alive(linted);
+    const double per_unit = pixels_per_unit(linted);
+    for (const ParameterMoment& moment : linted.moments) {
+        const double area =
+            mean_area(numbers_of(linted, moment, "half_width"), numbers_of(linted, moment, "half_height")) *
+            std::fabs(static_cast<double>(scale.x * scale.y)) * per_unit * per_unit;
+        const double pixels = alive * std::min(area, picture);
+        if (pixels <= kBudget) continue;
+        lines.push_back(
+            fmt::format("{}: '{}' draws about {:.0f} megapixels a frame, {:.0f} quads of {:.0f} pixels, the "
+                        "budget is {:.0f}; take fewer or smaller particles with more opacity",
+                        description_of(linted).place, description_of(linted).name, pixels / 1e6, alive,
+                        std::min(area, picture), kBudget / 1e6));
+        return;
+    }
+}
+
+}  // namespace
+
+void lint_drawing(const LintedInstance& linted, std::vector<std::string>& lines) {
+    lint_bits(linted, lines);
+    lint_pixels(linted, lines);
+}
+
+}  // namespace stage

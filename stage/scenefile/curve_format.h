@@ -1,0 +1,25 @@
+// What a parameter's text must be to be a curve.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "stage/result.h"
+
+namespace stage {
+
+/// The text is a curve: two points or more, each a position and `components` numbers, separated by single spaces. The
+/// positions ascend. Positions and numbers lie in `range`.
+struct CurveFormat {
+    int32_t components = 1;
+    std::array<float, 2> range = {0.0f, 1.0f};  // smallest and largest number
+    bool steps = false;                         // two points may have one position
+    std::string outside;  // what happens at positions before the first point and after the last: "particles are black"
+};
+
+/// The points in order: components + 1 numbers each, two points or more. The error says what breaks the format.
+Result<std::vector<double>> curve_points(const CurveFormat& curve, std::string_view text);
+
+}  // namespace stage
