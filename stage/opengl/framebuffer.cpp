@@ -4,8 +4,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
+
+#include "soft_shoulder.h"
 
 namespace stage {
 
@@ -122,7 +125,7 @@ void Framebuffer::clear(const FrameColor& color) const {
     glPopAttrib();
 }
 
-Picture Framebuffer::read() const {
+Picture Framebuffer::read(std::optional<float> shoulder) const {
     const size_t pixel_count = static_cast<size_t>(objects_->width) * static_cast<size_t>(objects_->height);
     std::vector<float> stored(pixel_count * 4);
     GLint previous = 0;
@@ -143,8 +146,9 @@ Picture Framebuffer::read() const {
         const float alpha = stored[i + 3];
         picture.bytes[i + 3] = to_byte(alpha);
         if (picture.bytes[i + 3] == 0) continue;
-        for (size_t channel = 0; channel < 3; ++channel)
-            picture.bytes[i + channel] = to_byte(stored[i + channel] / alpha);
+        std::array<float, 3> color = {stored[i] / alpha, stored[i + 1] / alpha, stored[i + 2] / alpha};
+        if (shoulder) color = soft_shoulder(color, *shoulder);
+        for (size_t channel = 0; channel < 3; ++channel) picture.bytes[i + channel] = to_byte(color[channel]);
     }
     return picture;
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "stage/assets/picture.h"
 #include "stage/result.h"
@@ -49,8 +50,9 @@ class STAGE_EXPORT Framebuffer {
     void clear(const FrameColor& color) const;
 
     /// The frame as RGBA bytes with straight alpha, rounded to nearest; where alpha is 0 all four are 0. Where
-    /// additive blending made colour × coverage greater than the coverage, the colour is clamped to 255.
-    Picture read() const;
+    /// additive blending made colour × coverage greater than the coverage, the colour is clamped to 255, or compressed
+    /// from `shoulder` on (soft_shoulder.h).
+    Picture read(std::optional<float> shoulder = {}) const;
 
   private:
     struct Objects;

@@ -161,6 +161,7 @@ struct SceneDescription {
     uint32_t seed = 1;
     std::optional<Triple> background;  // 0…1 each; none is transparent
     int32_t bits = 16;                 // per channel of the frame that is drawn into: 8, or 16 (floating point)
+    std::optional<float> shoulder;     // brightness from which light is compressed, 0…0.99; none clips it at 1
     CameraDescription camera;
     ImageDescriptions images;
     std::vector<ContainerDescription> containers;  // parents before their children

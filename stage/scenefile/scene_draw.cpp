@@ -105,7 +105,7 @@ Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
         if (drawn) drawn = draw_item(canvas, scene, projection_view, item);
     });
     if (!drawn) return drawn.error();
-    return canvas.frame.read();
+    return canvas.frame.read(scene.description.shoulder);
 }
 
 }  // namespace stage

@@ -108,6 +108,12 @@ const KeyRow<SceneDescription> kSceneKeys[] = {
          else
              report(r, e.node.source(), fmt::format("bits must be 8 or 16, not {}", describe(e.node)));
      }},
+    {"shoulder",
+     [](KeyReader& r, const KeyedNode& e, SceneDescription& s) {
+         float start = 0.0f;
+         if (read_number(r, e, 0.0, 0.99, start)) s.shoulder = start;
+         if (s.bits == 8) report(r, e.node.source(), "shoulder needs bits = 16: a frame of 8 bits clips light itself");
+     }},
     {"camera", read_camera},
     {"images",
      [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_images(r, e, s.frame_rate, s.images); }},

@@ -35,6 +35,7 @@ const std::tuple<const char*, const char*, const char*> kSingleMistakes[] = {
     {"seed = 1 # \xe4", ":1:11: ", "this is not text in UTF-8: save the file in that encoding"},
     {"seed = 1", ":1:1: ", "a scene needs at least one [[container]]"},
     {"size = 5", ":1:8: ", "size must be [width, height] in pixels, not the number 5"},
+    {"bits = 8\nshoulder = 0.5", ":2:12: ", "shoulder needs bits = 16"},
     {"background = '#12345g'", ":1:14: ", "background must be"},
 };
 
@@ -48,6 +49,7 @@ siez = [1, 1]             #! 1: unknown key 'siez' in the scene: did you mean 's
 size = [0, 720]           #! 9: width must be a whole number from 1 to 16384, not the number 0
 frame_rate = "fast"       #! 14: frame_rate must be a number from 1 to 1000, not the text "fast"
 bits = 12                 #! 8: bits must be 8 or 16, not the number 12
+shoulder = 1              #! 12: shoulder must be a number from 0 to 0.99, not the number 1
 background = [0, 0, 255]  #! 14: background must be [red, green, blue] with three numbers from 0 to 1
 camera.position = [1, 2, 3]
 camera.look_at = [1, 2, 3]  #! 18: look_at must be another point than the camera's position

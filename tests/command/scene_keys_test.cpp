@@ -18,6 +18,7 @@ prewarm = <prewarm: 0.3 -> 0.5>
 seed = <seed: 3 -> 4>
 background = <background: [0.1, 0.2, 0.3] -> "#203040">
 bits = <bits: 16 -> 8>
+<shoulder: -> shoulder = 0.1 #>
 at = [
     { time = <at.time: 0.3 -> 0.7>, container = "smoke", parameters = { gravity = <at.parameters: 5 -> -5> } },
     { time = 0.2, container = <at.container: "smoke" -> "defaults">, parameters = { gravity = 9 } },

@@ -70,6 +70,22 @@ TEST_F(FrameTest, ComesOutWithStraightAlpha) {
         }
 }
 
+// By hand: a peak of 0.8 + 0.2 t becomes 0.8 + 0.2 t / (1 + t).
+TEST_F(FrameTest, LightAboveTheShoulderIsCompressed) {
+    const std::tuple<stage::FrameColor, Pixel> cases[] = {
+        {{0.8f, 0.4f, 0, 1}, {204, 102, 0, 255}},
+        {{1, 1, 1, 1}, {230, 230, 230, 255}},      // t = 1: 0.9
+        {{1, 0.5f, 0, 0.5f}, {230, 116, 3, 128}},  // the same; 0.015 / 1.015 of the way from 0 to 0.9 is 0.0133
+        {{0.8f + 1.8f, 1.3f, 0, 1},
+         {250, 149, 49, 255}}  // t = 9: 0.98; of the way 0.243 / 1.243: 0.1955, 0.49 + 0.0958
+    };
+    for (const auto& [color, expected] : cases) {
+        stage::Framebuffer frame = make_frame(2);
+        frame.clear(color);
+        expect_pixel(expected, pixel_at(frame.read(0.8f), 1, 1), "anywhere");
+    }
+}
+
 constexpr short kWhole = 32767;
 constexpr float kCorners[4][3] = {{1, 7, 0}, {1, 1, 0}, {7, 1, 0}, {7, 7, 0}};
 constexpr short kTexcoords[4][2] = {{0, kWhole}, {0, 0}, {kWhole, 0}, {kWhole, kWhole}};
