@@ -175,6 +175,7 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
                         "Frames per second, such as 25, 29.97 or 60; the scene's smoke is converted to it");
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
+    command->add_option("--samples", options.samples, "Per pixel, where shapes are seen: 4 if not given, 1 for none");
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
     command->add_option("--plugin-timeout", options.plugin_timeout,
                         "Seconds that one call into a plug-in may take; default 60, 0 for no limit");

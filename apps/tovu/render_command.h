@@ -20,6 +20,7 @@ struct RenderOptions {
     std::string rate;                   // frames per second that the scene is converted to
     std::vector<std::string> settings;  // "container.parameter=value"
     std::string plugin;                 // library of the plug-in "smoke"
+    std::string samples;                // per pixel, where shapes are seen: 1 to 16
     std::string trace;                  // output file for the times of plug-in calls
     std::string plugin_timeout;         // seconds, 0 for none
     bool check_opengl = false;          // check for an error after each OpenGL call of a plug-in

@@ -52,6 +52,12 @@ Result<Done> apply_rate(const std::string& text, stage::SceneDescription& scene)
     return Done{};
 }
 
+Result<Done> apply_samples(const std::string& text, stage::SceneDescription& scene) {
+    int32_t& samples = scene.samples;
+    if (text.empty() || (parse_number(text, samples) && samples >= 1 && samples <= 16)) return Done{};
+    return Error{fmt::format("--samples {}: must be a whole number from 1, for no antialiasing, to 16", text)};
+}
+
 Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
     double& seconds = plan.plugin_timeout_seconds;
     if (text.empty() || (parse_number(text, seconds) && seconds >= 0 && seconds <= kMaxPluginTimeoutSeconds))
@@ -143,6 +149,7 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     if (const Result<Done> done = apply_size(options.size, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_seed(options.seed, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_rate(options.rate, plan.scene); !done) return done.error();
+    if (const Result<Done> done = apply_samples(options.samples, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_timeout(options.plugin_timeout, plan); !done) return done.error();
     for (const std::string& setting : options.settings) {
         if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();

@@ -16,20 +16,28 @@ struct Framebuffer::Objects {
     int32_t width = 0;
     int32_t height = 0;
     GLuint framebuffer = 0;
-    GLuint color = 0;
+    GLuint color = 0;  // texture, of one sample per pixel
     GLuint depth_stencil = 0;
+    GLuint color_samples = 0;  // with several samples: what is drawn into; else 0
+    GLuint resolved = 0;       // with several samples: the framebuffer of `color`; else 0
 
     Objects() = default;
     Objects(const Objects&) = delete;
     Objects& operator=(const Objects&) = delete;
     ~Objects() {
         glDeleteFramebuffers(1, &framebuffer);  // OpenGL ignores numbers that are 0
+        glDeleteFramebuffers(1, &resolved);
+        glDeleteRenderbuffers(1, &color_samples);
         glDeleteTextures(1, &color);
         glDeleteRenderbuffers(1, &depth_stencil);
     }
 };
 
 namespace {
+
+GLenum color_format(FrameDepth depth) {
+    return depth == FrameDepth::kFloat16 ? GL_RGBA16F : GL_RGBA8;
+}
 
 GLuint make_color_texture(int32_t width, int32_t height, FrameDepth depth) {
     GLuint color = 0;
@@ -41,19 +49,25 @@ GLuint make_color_texture(int32_t width, int32_t height, FrameDepth depth) {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    const GLint format = depth == FrameDepth::kFloat16 ? GL_RGBA16F : GL_RGBA8;
-    glTexImage2D(GL_TEXTURE_2D, 0, format, width, height, 0, GL_RGBA, GL_FLOAT, nullptr);
+    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(color_format(depth)), width, height, 0, GL_RGBA, GL_FLOAT,
+                 nullptr);
     glPopAttrib();
     return color;
 }
 
-GLuint make_depth_stencil(int32_t width, int32_t height) {
-    GLuint depth_stencil = 0;
-    glGenRenderbuffers(1, &depth_stencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, depth_stencil);
-    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
+GLuint make_renderbuffer(GLenum format, int32_t width, int32_t height, int32_t samples) {
+    GLuint renderbuffer = 0;
+    glGenRenderbuffers(1, &renderbuffer);
+    glBindRenderbuffer(GL_RENDERBUFFER, renderbuffer);
+    glRenderbufferStorageMultisample(GL_RENDERBUFFER, samples > 1 ? samples : 0, format, width, height);
     glBindRenderbuffer(GL_RENDERBUFFER, 0);
-    return depth_stencil;
+    return renderbuffer;
+}
+
+int32_t possible_samples(int32_t samples) {
+    GLint most = 1;
+    glGetIntegerv(GL_MAX_SAMPLES, &most);
+    return std::clamp(samples, 1, std::max(most, 1));
 }
 
 /// Added before the truncation, it rounds to nearest without a library call per channel.
@@ -67,7 +81,7 @@ uint8_t to_byte(float value) {
 
 }  // namespace
 
-Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDepth depth) {
+Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDepth depth, int32_t samples) {
     GLint limit = 0;
     glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &limit);
     GLint texture_limit = 0, viewport_limits[2] = {};
@@ -81,12 +95,20 @@ Result<Framebuffer> Framebuffer::create(int32_t width, int32_t height, FrameDept
     objects->width = width;
     objects->height = height;
     objects->color = make_color_texture(width, height, depth);
-    objects->depth_stencil = make_depth_stencil(width, height);
+    samples = possible_samples(samples);
+    objects->depth_stencil = make_renderbuffer(GL_DEPTH24_STENCIL8, width, height, samples);
     GLint previous = 0;
     glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
     glGenFramebuffers(1, &objects->framebuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, objects->framebuffer);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, objects->color, 0);
+    if (samples > 1) {
+        objects->resolved = objects->framebuffer;
+        objects->color_samples = make_renderbuffer(color_format(depth), width, height, samples);
+        glGenFramebuffers(1, &objects->framebuffer);
+        glBindFramebuffer(GL_FRAMEBUFFER, objects->framebuffer);
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, objects->color_samples);
+    }
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, objects->depth_stencil);
     const GLenum status = glCheckFramebufferStatus(GL_FRAMEBUFFER);
     glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previous));
@@ -131,6 +153,18 @@ Picture Framebuffer::read(std::optional<float> shoulder) const {
     GLint previous = 0;
     glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &previous);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, objects_->framebuffer);
+    if (objects_->resolved != 0) {
+        GLint drawn = 0;
+        glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &drawn);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, objects_->resolved);
+        glPushAttrib(GL_SCISSOR_BIT);
+        glDisable(GL_SCISSOR_TEST);
+        glBlitFramebuffer(0, 0, objects_->width, objects_->height, 0, 0, objects_->width, objects_->height,
+                          GL_COLOR_BUFFER_BIT, GL_NEAREST);
+        glPopAttrib();
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(drawn));
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, objects_->resolved);
+    }
     glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);

@@ -34,8 +34,10 @@ struct FrameColor {
 /// the frame holds colour × coverage in red, green and blue, and the coverage in alpha; read() divides.
 class STAGE_EXPORT Framebuffer {
   public:
-    /// width, height: 1 to the renderer's limit (at least 4096), in pixels.
-    static Result<Framebuffer> create(int32_t width, int32_t height, FrameDepth depth = FrameDepth::kFloat16);
+    /// width, height: 1 to the renderer's limit (at least 4096), in pixels. samples: per pixel, which antialias the
+    /// edges of shapes; 1 for none, more than the renderer has count as what it has.
+    static Result<Framebuffer> create(int32_t width, int32_t height, FrameDepth depth = FrameDepth::kFloat16,
+                                      int32_t samples = 1);
 
     Framebuffer(Framebuffer&&) noexcept;
     Framebuffer& operator=(Framebuffer&&) noexcept;

@@ -162,6 +162,7 @@ struct SceneDescription {
     std::optional<Triple> background;  // 0…1 each; none is transparent
     int32_t bits = 16;                 // per channel of the frame that is drawn into: 8, or 16 (floating point)
     std::optional<float> shoulder;     // brightness from which light is compressed, 0…0.99; none clips it at 1
+    int32_t samples = 4;               // per pixel, of scenes that show shapes; 1 has no antialiasing
     CameraDescription camera;
     ImageDescriptions images;
     std::vector<ContainerDescription> containers;  // parents before their children

@@ -80,11 +80,32 @@ Result<Done> draw_item(SceneCanvas& canvas, BuiltScene& scene, const Matrix& pro
 
 }  // namespace
 
+namespace {
+
+bool is_filled(const std::optional<GeometryDescription>& geometry) {
+    return geometry && geometry->fill && geometry->kind != GeometryKind::kPlate;
+}
+
+// Whether there is a shape whose edges need antialiasing, at some time.
+bool shows_shapes(const SceneDescription& scene) {
+    for (const ContainerDescription& container : scene.containers)
+        if (is_filled(container.geometry)) return true;
+    for (const TimelineEntry& entry : scene.timeline)
+        if (is_filled(entry.geometry)) return true;
+    for (const Track& track : scene.tracks)
+        for (const TrackKey& key : track.keys)
+            if (is_filled(key.geometry)) return true;
+    return false;
+}
+
+}  // namespace
+
 Result<SceneCanvas> make_canvas(const SceneDescription& scene) {
     Result<OpenGlContext> context = OpenGlContext::create();
     if (!context) return context.error();
     Result<Framebuffer> frame =
-        Framebuffer::create(scene.size[0], scene.size[1], scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16);
+        Framebuffer::create(scene.size[0], scene.size[1], scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16,
+                            shows_shapes(scene) ? scene.samples : 1);
     if (!frame) return frame.error();
     return SceneCanvas{std::move(*context), std::move(*frame), {}, false};
 }

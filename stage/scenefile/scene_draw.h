@@ -26,7 +26,8 @@ struct SceneCanvas {
     bool check_opengl = false;                  // name each faulty OpenGL call of plug-ins; slow
 };
 
-/// A frame of the scene's size and bits per channel.
+/// A frame of the scene's size and bits per channel. It has the scene's samples per pixel if a shape with a fill can be
+/// seen; for smoke alone they cost time and change nothing.
 STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
 
 /// Draws the frame that was run last: the background, then every container that is shown, in tree order. A

@@ -86,6 +86,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.png --at 0 --size 0x24", "--size 0x24: must be WIDTHxHEIGHT"},
     {"render tiny.toml -o x.png --at 0 --rate 0.5", "--rate 0.5: must be frames per second from 1 to 1000"},
     {"render tiny.toml -o x.png --at 0 --seed -1", "--seed -1: must be a whole number from 0 to 4294967295"},
+    {"render tiny.toml -o x.png --at 0 --samples 0", "--samples 0: must be a whole number from 1"},
     {"render tiny.toml -o f/%s.png", "-o f/%s.png: "},
     {"render tiny.toml -o no/x.png --at 0", "-o no/x.png: there is no folder 'no'"},
     {"render tiny.toml -o /proc/x.png --at 0", "/proc"},

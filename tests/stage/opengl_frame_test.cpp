@@ -86,6 +86,24 @@ TEST_F(FrameTest, LightAboveTheShoulderIsCompressed) {
     }
 }
 
+TEST_F(FrameTest, SamplesAntialiasEdges) {
+    for (const auto& [samples, edge] : {std::pair{1, 0}, {4, 128}}) {
+        auto frame = stage::Framebuffer::create(kSize, kSize, stage::FrameDepth::kFloat16, samples);
+        ASSERT_TRUE(frame) << frame.error().message;
+        frame->clear({});
+        PassSettings settings;
+        settings.projection_view = kPixels;
+        const float points[] = {0, 0, 0, 8, 0, 0, 8, 4.45f, 0, 0, 4.45f, 0};
+        const int32_t sizes[] = {4};
+        stage::draw_filled_outlines(settings, points, sizes);
+        const stage::Picture picture = frame->read();
+        expect_pixel({255, 255, 255, 255}, pixel_at(picture, 3, 3), "inside");
+        const Pixel at_edge = edge == 0 ? Pixel{0, 0, 0, 0} : Pixel{255, 255, 255, edge};
+        expect_pixel(at_edge, pixel_at(picture, 3, 4), "at the edge");
+        expect_pixel({0, 0, 0, 0}, pixel_at(picture, 3, 5), "outside");
+    }
+}
+
 constexpr short kWhole = 32767;
 constexpr float kCorners[4][3] = {{1, 7, 0}, {1, 1, 0}, {7, 1, 0}, {7, 7, 0}};
 constexpr short kTexcoords[4][2] = {{0, kWhole}, {0, 0}, {kWhole, 0}, {kWhole, kWhole}};
