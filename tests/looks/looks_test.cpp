@@ -20,8 +20,11 @@ TEST(BuiltInImages, EachCanBeShownByItsName) {
     EXPECT_LT(20u, images->size());
     std::string text;
     for (const auto& [name, image] : *images)
-        text += "[[container]]\nname = '" + name + "'\ngeometry = { kind = 'plate', image = '" + name +
-                "', width = 1, height = 1 }\n";
+        text.append("[[container]]\nname = '")
+            .append(name)
+            .append("'\ngeometry = { kind = 'plate', image = '")
+            .append(name)
+            .append("', width = 1, height = 1 }\n");
     const auto scene = stage::read_scene(text, "scene.toml");
     ASSERT_TRUE(scene) << scene.error().message;
     const auto built = stage::build_scene(*scene, "");
@@ -109,7 +112,8 @@ TEST(Bake, TheSmokeReadsTheWindThatWasAskedFor) {
 /// What flows out of boxes of `side` pixels, as a share of what flows through their borders.
 double outflow_share(const stage::Picture& picture, int side) {
     const auto wind = [&](int column, int row) {
-        const uint8_t* pixel = &picture.bytes[static_cast<size_t>((row * picture.width + column) * 3)];
+        const int first_byte = (row * picture.width + column) * 3;
+        const uint8_t* pixel = &picture.bytes[static_cast<size_t>(first_byte)];
         const double turns = pixel[2] / 255.0 * 2 * M_PI;
         return std::array{pixel[0] * std::cos(turns), pixel[0] * std::sin(turns)};
     };

@@ -86,7 +86,8 @@ TEST_F(DigestOf, CountsTheFieldsOfTheBlockOnly) {
             mark(counted, std::array{Range{4u * static_cast<size_t>(parameter.index),
                                            4u * static_cast<size_t>(parameter.index) + 4}});
     mark(counted, kOfBlock);
-    const Range heads[] = {FIELDS(SmokeInstance, active_head, deleted_head)};
+    const Range heads[] = {
+        FIELDS(SmokeInstance, active_head, deleted_head)};  // NOLINT(bugprone-sizeof-expression): pointers
     expect_counted(&host.block(smoke), counted, heads);
     host.block(smoke).consumer_attached = 1;
     mark(counted, kOfBirthLimit);
@@ -95,7 +96,7 @@ TEST_F(DigestOf, CountsTheFieldsOfTheBlockOnly) {
 
 TEST_F(DigestOf, CountsTheFieldsOfRecordsThatAreSet) {
     host.run_frames(2);
-    const Range links[] = {FIELD(Particle, next)};
+    const Range links[] = {FIELD(Particle, next)};  // NOLINT(bugprone-sizeof-expression): a pointer
     std::vector<bool> counted(sizeof(Particle));
     mark(counted, kOfEveryRecord);
     expect_counted(host.inactive(smoke).at(0), counted, links);

@@ -66,8 +66,9 @@ void send_unknown(Rig& rig, void* data) {
 
 template <class Value>
 bool read_safely(const void* address, Value& value) {
-    if (readable_bytes(address, sizeof value) < sizeof value) return false;
-    std::memcpy(&value, address, sizeof value);
+    constexpr size_t kBytes = sizeof(Value);  // NOLINT(bugprone-sizeof-expression): may be a pointer
+    if (readable_bytes(address, kBytes) < kBytes) return false;
+    std::memcpy(&value, address, kBytes);
     return true;
 }
 

@@ -113,8 +113,8 @@ void lend_pixels(MovingPixels& moving, int32_t handle, uint8_t** pixels) {
     const stage::Image* image = stage::find_image(*watch().stage, handle);
     if (!image || image->pixels.empty()) return _api__get_image_data(handle, pixels);
     ++moving.asked;
-    LentPixels& copy = moving.lent.emplace_back(stage::FencedMemory(image->pixels.size(), {moving.side, 1, 0, false}),
-                                                image->pixels, image->name);
+    LentPixels& copy = moving.lent.emplace_back(
+        LentPixels{stage::FencedMemory(image->pixels.size(), {moving.side, 1, 0, false}), image->pixels, image->name});
     std::memcpy(copy.memory.data(), image->pixels.data(), image->pixels.size());
     watch().regions.push_back(
         {&copy.memory, "image.moves", fmt::format("the pixels of the image '{}'", image->name),
