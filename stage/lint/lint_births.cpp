@@ -162,20 +162,23 @@ bool die_early(const LintedInstance& linted) {
 void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std::vector<std::string>& lines) {
     const Peak peak = find_peak(spans, [](const Span& span, double alive) { return alive - span.pool; });
     if (peak.span == nullptr || peak.alive <= peak.span->pool * kPoolTolerance) return;
-    const Span& span = *peak.span;
-    if (span.rate / linted.built.description.frame_rate > kPulsePools * span.pool && span.pool > 0.0) return;
+    // The span whose births these mostly are: at the peak the rate may be lower already.
+    const Span& span = *std::max_element(spans.begin(), spans.end(), [&](const Span& a, const Span& b) {
+        return (a.start <= peak.time ? a.rate : 0.0) < (b.start <= peak.time ? b.rate : 0.0);
+    });
+    const double held = peak.span->pool;
+    if (span.rate / linted.built.description.frame_rate > kPulsePools * held && held > 0.0) return;
     const ParameterInfo& pool = *find_parameter(linted.plugin, linted.notes.births->number);
     const std::string rate = linted.notes.births->rate;
     std::vector<std::string> ways;
     if (peak.alive <= pool.maximum) ways.push_back(fmt::format("{} = {:.0f}", pool.name, std::ceil(peak.alive - 1e-6)));
-    if (span.rate > 0.0 && span.pool > 0.0)
-        ways.push_back(fmt::format("{} = {:.3g}", rate, span.rate * span.pool / peak.alive));
-    lines.push_back(
-        fmt::format("{}: births of '{}' are lost: up to {:.0f} particles would live at {:.4g} s ({} {:g} x {} {:g}), "
-                    "{} is {:g}; set {}",
-                    place_of(linted, *span.moment, pool.name), description_of(linted).name, peak.alive, peak.time, rate,
-                    span.rate, with_role(linted, "life")->name, (span.life_low + span.life_high) / 2.0, pool.name,
-                    span.pool, fmt::join(ways, " or ")));
+    if (held > 0.0) ways.push_back(fmt::format("{} = {:.3g}", rate, span.rate * held / peak.alive));
+    lines.push_back(fmt::format(
+        "{}: births of '{}' are lost: up to {:.0f} particles would live at {:.4g} s ({} {:g} x {} {:g}), {} is {:g}; "
+        "set {}",
+        place_of(linted, *peak.span->moment, pool.name), description_of(linted).name, peak.alive, peak.time, rate,
+        span.rate, with_role(linted, "life")->name, (span.life_low + span.life_high) / 2.0, pool.name, held,
+        fmt::join(ways, " or ")));
 }
 
 // Births that are due in the frames after the span's start.
