@@ -81,8 +81,8 @@ plugin = <container.plugin: "smoke" -> "TovuSpiral">
 
 [[container]]
 name = "look"
-look = <container.look: "steam" -> "campfire">
-<container.layers: -> layers.steam.texture = "none">
+look = <container.look: "spray" -> "snow_dust">
+<container.layers: -> layers.drops.texture = "none">
 
 [[container]]
 name = "anchor"
