@@ -47,10 +47,10 @@ void for_each_answer(ServiceCall& call, const Use& use) {
     for (const CallValue& argument : call.arguments) {
         const auto use_out_value = [&](auto value) {
             using Value = decltype(value);
-            constexpr bool is_out = std::is_same_v<Value, int32_t*> || std::is_same_v<Value, float*> ||
+            constexpr bool kIsOut = std::is_same_v<Value, int32_t*> || std::is_same_v<Value, float*> ||
                                     std::is_same_v<Value, double*> || std::is_same_v<Value, uint8_t*> ||
                                     std::is_same_v<Value, uint8_t**>;
-            if constexpr (is_out)
+            if constexpr (kIsOut)
                 for (size_t i = 0; value && i < count; ++i) use(value + i);
         };
         std::visit(use_out_value, argument);
