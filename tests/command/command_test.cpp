@@ -140,13 +140,13 @@ TEST_F(Command, ReplayTellsAPluginThatChanged) {
     const Outcome same = run("replay wheel.txt " + plugins + "faulty_none.so");
     EXPECT_EQ(0, same.status);
     EXPECT_THAT(same.output, testing::MatchesRegex("wheel.txt: 5 frames with [0-9]+ calls, no difference\n"));
-    const std::pair<const char*, const char*> kChanged[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"draws_in_frame",
          "frame 0, PLUGIN_NEW_GEOM(\"a\", 0)\n  recorded: _api__object_valid(-1)\n"
          "  now:      glColor4f(1, 1, 1, 1)\n"},
         {"end_forgotten", "frame 0, PLUGIN_RENDER_OPENGL(\"a\", 0, 1)\n  recorded: glEnd()\n  now:      "},
     };
-    for (const auto& [fault, difference] : kChanged) {
+    for (const auto& [fault, difference] : cases) {
         const Outcome changed = run("replay wheel.txt " + plugins + "faulty_" + fault + ".so");
         EXPECT_EQ(1, changed.status);
         EXPECT_THAT(changed.output, testing::ContainsRegex("^wheel.txt:[0-9]+: the first difference, in "));
