@@ -81,6 +81,7 @@ void split_container(SceneDescription& scene, std::vector<PluginId>& plugins, co
     }
     const auto place = scene.containers.begin() + static_cast<std::ptrdiff_t>(split.index);
     std::vector<ContainerDescription> variants;
+    variants.reserve(static_cast<size_t>(split.count));
     for (int32_t i = 0; i < split.count; ++i) variants.push_back(variant_of(*place, split, i));
     scene.containers.insert(scene.containers.erase(place), variants.begin(), variants.end());
     plugins.insert(plugins.begin() + static_cast<std::ptrdiff_t>(split.index), variants.size() - 1,
