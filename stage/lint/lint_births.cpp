@@ -12,9 +12,8 @@ namespace stage {
 
 namespace {
 
-constexpr double kMinBurst = 20.0;     // births at once that count as a surprise
-constexpr double kBurstFrames = 10.0;  // if so many frames after them together have fewer
-constexpr double kPulsePools = 4.0;  // births due in a frame, as a share of the pool, that are meant to fill it at once
+constexpr double kMinBurst = 20.0;       // births at once that count as a surprise
+constexpr double kBurstFrames = 10.0;    // if so many frames after them together have fewer
 constexpr double kPoolTolerance = 1.02;  // lives that are drawn at random average out only roughly
 constexpr int kSamplesPerSpan = 16;
 constexpr size_t kManySpans = 100;
@@ -167,7 +166,6 @@ void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std
         return (a.start <= peak.time ? a.rate : 0.0) < (b.start <= peak.time ? b.rate : 0.0);
     });
     const double held = peak.span->pool;
-    if (span.rate / linted.built.description.frame_rate > kPulsePools * held && held > 0.0) return;
     const ParameterInfo& pool = *find_parameter(linted.plugin, linted.notes.births->number);
     const std::string rate = linted.notes.births->rate;
     std::vector<std::string> ways;
@@ -175,7 +173,7 @@ void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std
     if (held > 0.0) ways.push_back(fmt::format("{} = {:.3g}", rate, span.rate * held / peak.alive));
     lines.push_back(fmt::format(
         "{}: births of '{}' are lost: up to {:.0f} particles would live at {:.4g} s ({} {:g} x {} {:g}), {} is {:g}; "
-        "set {}",
+        "set {}, or pulses = true if births are meant to wait for deaths",
         place_of(linted, *peak.span->moment, pool.name), description_of(linted).name, peak.alive, peak.time, rate,
         span.rate, with_role(linted, "life")->name, (span.life_low + span.life_high) / 2.0, pool.name, held,
         fmt::join(ways, " or ")));
@@ -224,7 +222,7 @@ double most_alive(const LintedInstance& linted) {
 void lint_births(const LintedInstance& linted, std::vector<std::string>& lines) {
     if (!knows_births(linted) || is_ever(linted, "frozen", 1.0)) return;
     const std::vector<Span> spans = spans_of(linted);
-    if (!die_early(linted)) lint_pool(linted, spans, lines);
+    if (!description_of(linted).pulses && !die_early(linted)) lint_pool(linted, spans, lines);
     lint_saved_births(linted, spans, lines);
 }
 

@@ -111,6 +111,7 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
      }},
     {"opacity",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_number(r, e, 0.0, 1.0, w.container.opacity); }},
+    {"pulses", [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_flag(r, e, w.container.pulses); }},
     {"light", read_light},
     {"geometry",
      [](KeyReader& r, const KeyedNode& e, WrittenContainer& w) { read_geometry(r, e, w.container.geometry); }},

@@ -91,6 +91,7 @@ struct ContainerDescription {
     bool depth_test = true;                  // false: drawn over everything drawn before, wherever it stands
     Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
+    bool pulses = false;   // births are lost on purpose: lint does not report them
     std::optional<LightDescription> light;
     std::optional<GeometryDescription> geometry;
     std::string look;             // as written, empty for none; the look's layers are its children

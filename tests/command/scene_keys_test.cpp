@@ -175,6 +175,7 @@ TEST(SceneKeys, EachChangesThePictures) {
     for (const std::string& key : keys) {
         const auto is_inside = [&](const std::string& other) { return other.starts_with(key + "."); };
         if (!variants.contains(key) && std::ranges::any_of(variants, is_inside)) continue;  // a table or an array
+        if (key == "container.pulses") continue;  // for lint alone, whose test shows its effect
         EXPECT_TRUE(unchanged != pictures(variant(key, variants))) << key;
     }
 }
