@@ -90,7 +90,7 @@ const struct {
 };
 
 TEST(OutlineArea, DrawsUniformlyFromTheShape) {
-    OutlineArea area;  // reused: what an earlier shape left in it does no harm
+    OutlineArea area;  // reused for each shape, which overwrites what it needs
     for (const auto& row : kShapes) {
         SCOPED_TRACE(row.name);
         const OutlineSource made(row.outlines, 0);
