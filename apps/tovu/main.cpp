@@ -67,7 +67,7 @@ int run_render(const tovu::RenderOptions& options) {
     line.reset();
     if (!report) return fail(report.error().message);
     for (const std::string& complaint : report->complaints) print_warning(complaint);
-    std::printf("%s: %d frame%s\n", options.output.c_str(), report->frames, report->frames == 1 ? "" : "s");
+    for (const std::string& written : report->written) std::printf("%s\n", written.c_str());
     return 0;
 }
 
@@ -166,7 +166,11 @@ void add_params(CLI::App& app, tovu::ParamsOptions& options) {
 void add_render(CLI::App& app, tovu::RenderOptions& options) {
     CLI::App* command = app.add_subcommand("render", "Render a scene file");
     command->add_option("scene", options.scene, "Scene file")->required();
-    command->add_option("-o,--output", options.output, "x.png, frames/%04d.png, x.mp4, x.mov or x.webm")->required();
+    command
+        ->add_option("-o,--output", options.outputs,
+                     "x.png, frames/%04d.png, x.mp4, x.mov or x.webm; may be given several times")
+        ->required()
+        ->allow_extra_args(false);
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");

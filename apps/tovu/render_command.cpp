@@ -2,15 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
-#include <optional>
-
+#include "render_outputs.h"
 #include "render_plan.h"
 #include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
-#include "stage/output/png_file.h"
 #include "stage/output/trace_file.h"
-#include "stage/output/video_file.h"
 #include "stage/scenefile/scene_draw.h"
 #include "stage/scenefile/scene_run.h"
 #include "stage/scenefile/timeline.h"
@@ -20,57 +16,23 @@ namespace tovu {
 namespace {
 
 using stage::Done;
-using stage::Error;
 using stage::Result;
 
-// The target of the pictures: one video, or one file for each.
-struct Output {
-    OutputKind kind;
-    std::string name;
-    std::optional<stage::VideoFile> video;
-};
-
-Result<Output> open_output(const RenderPlan& plan, const std::string& name) {
-    Output output{plan.kind, name, {}};
-    if (plan.kind == OutputKind::kVideo) {
-        stage::VideoSettings settings;
-        settings.width = plan.scene.size[0];
-        settings.height = plan.scene.size[1];
-        settings.frames_per_second = plan.scene.frame_rate;
-        Result<stage::VideoFile> video = stage::VideoFile::create(name, settings);
-        if (!video) return video.error();
-        output.video = std::move(*video);
-    }
-    if (plan.kind == OutputKind::kNumbered) {
-        const std::filesystem::path folder = stage::frame_name(name, 0)->parent_path();
-        std::error_code error;
-        if (!folder.empty()) std::filesystem::create_directories(folder, error);
-        if (error) return Error{fmt::format("-o {}: {}", name, error.message())};
-    }
-    return output;
-}
-
-Result<Done> write_frame(Output& output, int frame, const stage::Picture& picture) {
-    if (output.video) return output.video->add_frame(picture);
-    if (output.kind == OutputKind::kStill) return stage::write_png(output.name, picture);
-    const Result<std::filesystem::path> file = stage::frame_name(output.name, frame);
-    return file ? stage::write_png(*file, picture) : Result<Done>(file.error());
-}
-
-Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Output& output,
-                           const RenderProgress& progress) {
+Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas,
+                           std::vector<Output>& outputs, const RenderProgress& progress) {
     progress(0, plan.last - plan.first + 1);
     for (int frame = plan.first; frame <= plan.last; ++frame) {
         if (Result<Done> done = stage::run_until(run, frame); !done) return done;
+        if (!wants_frame(outputs, frame)) continue;
         const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
         if (!picture) return picture.error();
         if (frame == plan.last)
             stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
                                                         // clean-up leaves no complete output
-        if (Result<Done> done = write_frame(output, frame, *picture); !done) return done;
+        if (Result<Done> done = write_frame(outputs, frame, *picture); !done) return done;
         progress(frame - plan.first + 1, plan.last - plan.first + 1);
     }
-    return output.video ? output.video->finish() : Result<Done>(Done{});
+    return finish_outputs(outputs);
 }
 
 // Warns of numbered pictures above the scene's last frame, left by an earlier, longer render.
@@ -105,16 +67,19 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();
     canvas->check_opengl = options.check_opengl;
-    Result<Output> output = open_output(*plan, options.output);
-    if (!output) return output.error();
-    const Result<Done> done = render_frames(*plan, run, *canvas, *output, progress);
+    Result<std::vector<Output>> outputs = open_outputs(plan->outputs, plan->scene);
+    if (!outputs) return outputs.error();
+    const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, progress);
     if (!done) return done.error();
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
     }
-    if (plan->kind == OutputKind::kNumbered) warn_of_older_frames(options.output, plan->scene, warn);
     RenderReport report;
-    report.frames = plan->last - plan->first + 1;
+    for (const OutputPlan& output : plan->outputs) {
+        if (output.kind == OutputKind::kNumbered) warn_of_older_frames(output.name, plan->scene, warn);
+        const int frames = output.frames.last - output.frames.first + 1;
+        report.written.push_back(fmt::format("{}: {} frame{}", output.name, frames, frames == 1 ? "" : "s"));
+    }
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)
         report.complaints.push_back(stage::to_string(complaint));
     if (const int64_t dropped = run.built.stage->complaints.dropped; dropped > 0)

@@ -1,4 +1,4 @@
-// `tovu render`: renders a scene file to a picture, numbered pictures or a video.
+// `tovu render`: renders a scene file to pictures and videos.
 #pragma once
 
 #include <functional>
@@ -12,7 +12,7 @@ namespace tovu {
 /// The options as texts of the command line; empty when not given.
 struct RenderOptions {
     std::string scene;                  // scene file
-    std::string output;                 // x.png, x_%04d.png, x.mp4, x.mov, x.webm
+    std::vector<std::string> outputs;   // x.png, x_%04d.png, x.mp4, x.mov, x.webm; one at least
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included
     std::string size;                   // "WIDTHxHEIGHT", pixels
@@ -27,7 +27,7 @@ struct RenderOptions {
 };
 
 struct RenderReport {
-    int frames = 0;                       // pictures written
+    std::vector<std::string> written;     // "clip.mp4: 250 frames", a line for each output
     std::vector<std::string> complaints;  // violations of the contract by plug-ins, one line each
 };
 
@@ -39,7 +39,7 @@ using RenderProgress = std::function<void(int frames_done, int frames_total)>;
 using RenderWarning = std::function<void(const std::string& message)>;
 
 /// The error has one line for each mistake, which says what would be right. After an error no output file remains,
-/// except numbered pictures that were complete before it.
+/// except those that were complete before it.
 stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
                                          const RenderWarning& warn);
 

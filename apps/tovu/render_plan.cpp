@@ -2,17 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-#include <filesystem>
+#include <algorithm>
 
 #include "option_values.h"
 #include "stage/assets/picture.h"
 #include "stage/frame_rate.h"
-#include "stage/output/frame_names.h"
-#include "stage/output/video_file.h"
 #include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/scene_reader.h"
-#include "stage/scenefile/timeline.h"
 
 namespace tovu {
 
@@ -66,86 +62,13 @@ Result<Done> apply_timeout(const std::string& text, RenderPlan& plan) {
                              kMaxPluginTimeoutSeconds)};
 }
 
-Result<Done> take_frames(const std::string& text, RenderPlan& plan) {
-    const Result<FrameRange> range = parse_frames(text, plan.scene);
-    if (!range) return range.error();
-    plan.first = range->first;
-    plan.last = range->last;
-    return Done{};
-}
-
-Result<Done> take_moment(const std::string& text, RenderPlan& plan) {
-    const auto count = stage::frame_count(plan.scene);
-    const double length = static_cast<double>(count) / plan.scene.frame_rate;
-    double seconds = 0.0;
-    if (!parse_number(text, seconds) || !std::isfinite(seconds) || seconds < 0.0 ||
-        stage::frame_at(plan.scene, seconds) >= count)
-        return Error{fmt::format("--at {}: must be a time in seconds from 0 and below {:.10g}, the length of the scene",
-                                 text, length)};
-    plan.first = plan.last = static_cast<int>(stage::frame_at(plan.scene, seconds));
-    return Done{};
-}
-
-// The pictures that the render would overwrite.
-Result<Done> check_frames_are_no_inputs(const std::string& pattern, const RenderPlan& plan) {
-    const Result<stage::NumberedFiles> existing = stage::existing_frames(pattern);
-    if (!existing) return existing.error();
-    for (const auto& [number, file] : *existing) {
-        if (number < plan.first || number > plan.last) continue;
-        if (Result<Done> checked = check_not_an_input("-o", file, plan.scene); !checked) return checked;
-    }
-    return Done{};
-}
-
-// The folder of numbered pictures is created if it does not exist; its parent folder must exist.
-Result<Done> check_numbered(const std::string& output) {
-    const Result<std::filesystem::path> name = stage::frame_name(output, 0);
-    if (!name) return Error{fmt::format("-o {}: {}", output, name.error().message)};
-    if (name->extension() != ".png") return Error{fmt::format("-o {}: numbered pictures must end in .png", output)};
-    std::error_code ignored;
-    if (!name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored))
-        return check_folder("-o", *name);
-    return check_folder("-o", name->parent_path());
-}
-
-Result<Done> take_output(const RenderOptions& options, RenderPlan& plan) {
-    if (!options.at.empty() && !options.frames.empty()) return Error{"--at and --frames: give only one of them"};
-    if (stage::is_frame_pattern(options.output)) {
-        plan.kind = OutputKind::kNumbered;
-        if (!options.at.empty()) return Error{"--at: renders one picture; numbered pictures take --frames A-B"};
-        if (Result<Done> checked = check_numbered(options.output); !checked) return checked;
-        if (Result<Done> taken = take_frames(options.frames, plan); !taken) return taken;
-        return check_frames_are_no_inputs(options.output, plan);
-    }
-    const std::filesystem::path file = options.output;
-    if (stage::is_video_name(file)) {
-        plan.kind = OutputKind::kVideo;
-        if (!options.at.empty()) return Error{"--at: renders one picture; a video takes --frames A-B"};
-        if (Result<Done> checked = check_folder("-o", file); !checked) return checked;
-        return take_frames(options.frames, plan);
-    }
-    if (file.extension() != ".png")
-        return Error{
-            fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures need a name such as "
-                        "frames/%04d.png",
-                        options.output)};
-    if (Result<Done> checked = check_output("-o", file, plan.scene); !checked) return checked;
-    if (!options.at.empty()) return take_moment(options.at, plan);
-    Result<Done> taken = take_frames(options.frames, plan);
-    if (taken && plan.first != plan.last)
-        return Error{
-            fmt::format("-o {}: one picture needs --at SECONDS; numbered pictures need a name such as "
-                        "frames/%04d.png",
-                        options.output)};
-    return taken;
-}
-
 }  // namespace
 
 stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     Result<stage::SceneDescription> scene = stage::load_scene_file(options.scene);
     if (!scene) return scene.error();
-    RenderPlan plan{.scene = std::move(*scene)};
+    RenderPlan plan;
+    plan.scene = std::move(*scene);
     if (const Result<Done> done = apply_size(options.size, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_seed(options.seed, plan.scene); !done) return done.error();
     if (const Result<Done> done = apply_rate(options.rate, plan.scene); !done) return done.error();
@@ -154,7 +77,15 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     for (const std::string& setting : options.settings) {
         if (const Result<Done> done = stage::override_parameter(plan.scene, setting); !done) return done.error();
     }
-    if (const Result<Done> done = take_output(options, plan); !done) return done.error();
+    Result<std::vector<OutputPlan>> outputs = plan_outputs(options, plan.scene);
+    if (!outputs) return outputs.error();
+    plan.outputs = std::move(*outputs);
+    plan.first = plan.outputs[0].frames.first;
+    plan.last = plan.outputs[0].frames.last;
+    for (const OutputPlan& output : plan.outputs) {
+        plan.first = std::min(plan.first, output.frames.first);
+        plan.last = std::max(plan.last, output.frames.last);
+    }
     if (options.trace.empty()) return plan;
     if (const Result<Done> done = check_output("--trace", options.trace, plan.scene); !done) return done.error();
     return plan;

@@ -2,23 +2,22 @@
 #pragma once
 
 #include "fault_guard.h"
+#include "output_plan.h"
 #include "render_command.h"
 #include "stage/scenefile/scene_description.h"
 
 namespace tovu {
 
-enum class OutputKind { kStill, kNumbered, kVideo };
-
 struct RenderPlan {
-    stage::SceneDescription scene;  // with the command line's changes
-    OutputKind kind = OutputKind::kStill;
-    int first = 0;  // frames, both included
+    stage::SceneDescription scene;    // with the command line's changes
+    std::vector<OutputPlan> outputs;  // one at least
+    int first = 0;                    // frames that some output takes lie between these, both included
     int last = 0;
     double plugin_timeout_seconds = kPluginTimeoutSeconds;  // 0: none
 };
 
 /// Reads the scene and applies the options. Checks everything that can be known without running the scene: the numbers,
-/// the range of frames, the name of the output and whether its folder can be written to.
+/// the range of frames, the names of the outputs and whether their folders can be written to.
 stage::Result<RenderPlan> plan_render(const RenderOptions& options);
 
 }  // namespace tovu

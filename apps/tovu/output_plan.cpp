@@ -1,0 +1,123 @@
+#include "output_plan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "stage/output/frame_names.h"
+#include "stage/output/video_file.h"
+#include "stage/scenefile/timeline.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Done;
+using stage::Error;
+using stage::Result;
+
+Result<OutputKind> kind_of(const std::string& name) {
+    if (stage::is_frame_pattern(name)) return OutputKind::kNumbered;
+    if (stage::is_video_name(name)) return OutputKind::kVideo;
+    if (std::filesystem::path(name).extension() == ".png") return OutputKind::kStill;
+    return Error{
+        fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures need a name such as "
+                    "frames/%04d.png",
+                    name)};
+}
+
+Result<FrameRange> parse_moment(const std::string& text, const stage::SceneDescription& scene) {
+    const auto count = stage::frame_count(scene);
+    const double length = static_cast<double>(count) / scene.frame_rate;
+    double seconds = 0.0;
+    if (!parse_number(text, seconds) || !std::isfinite(seconds) || seconds < 0.0 ||
+        stage::frame_at(scene, seconds) >= count)
+        return Error{fmt::format("--at {}: must be a time in seconds from 0 and below {:.10g}, the length of the scene",
+                                 text, length)};
+    const auto frame = static_cast<int>(stage::frame_at(scene, seconds));
+    return FrameRange{frame, frame};
+}
+
+// The pictures that the render would overwrite.
+Result<Done> check_frames_are_no_inputs(const OutputPlan& output, const stage::SceneDescription& scene) {
+    const Result<stage::NumberedFiles> existing = stage::existing_frames(output.name);
+    if (!existing) return existing.error();
+    for (const auto& [number, file] : *existing) {
+        if (number < output.frames.first || number > output.frames.last) continue;
+        if (Result<Done> checked = check_not_an_input("-o", file, scene); !checked) return checked;
+    }
+    return Done{};
+}
+
+// The folder of numbered pictures is created if it does not exist; its parent folder must exist.
+Result<Done> check_numbered(const OutputPlan& output, const stage::SceneDescription& scene) {
+    const Result<std::filesystem::path> name = stage::frame_name(output.name, 0);
+    if (!name) return Error{fmt::format("-o {}: {}", output.name, name.error().message)};
+    if (name->extension() != ".png")
+        return Error{fmt::format("-o {}: numbered pictures must end in .png", output.name)};
+    std::error_code ignored;
+    const bool has_folder = !name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored);
+    if (Result<Done> checked = check_folder("-o", has_folder ? *name : name->parent_path()); !checked) return checked;
+    return check_frames_are_no_inputs(output, scene);
+}
+
+Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription& scene) {
+    return output.kind == OutputKind::kNumbered ? check_numbered(output, scene)
+                                                : check_output("-o", output.name, scene);
+}
+
+Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
+    std::vector<std::filesystem::path> names;
+    for (const OutputPlan& output : outputs) {
+        std::filesystem::path name = std::filesystem::absolute(output.name).lexically_normal();
+        if (std::ranges::find(names, name) != names.end())
+            return Error{fmt::format("-o {}: two outputs have this name; give each its own", output.name)};
+        names.push_back(std::move(name));
+    }
+    return Done{};
+}
+
+Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescription& scene,
+                         std::vector<OutputPlan>& outputs) {
+    const auto stills = std::ranges::count(outputs, OutputKind::kStill, &OutputPlan::kind);
+    const bool only_stills = stills == std::ssize(outputs);
+    if (!options.at.empty() && stills == 0)
+        return Error{fmt::format("--at: renders one picture; {} --frames A-B",
+                                 outputs[0].kind == OutputKind::kVideo ? "a video takes" : "numbered pictures take")};
+    if (!options.at.empty() && !options.frames.empty() && only_stills)
+        return Error{"--at and --frames: give only one of them"};
+    const Result<FrameRange> frames = parse_frames(options.frames, scene);
+    if (!frames) return frames.error();
+    const Result<FrameRange> moment = options.at.empty() ? *frames : parse_moment(options.at, scene);
+    if (!moment) return moment.error();
+    for (OutputPlan& output : outputs) {
+        output.frames = output.kind == OutputKind::kStill ? *moment : *frames;
+        if (output.kind == OutputKind::kStill && moment->first != moment->last)
+            return Error{
+                fmt::format("-o {}: one picture needs --at SECONDS; numbered pictures need a name such as "
+                            "frames/%04d.png",
+                            output.name)};
+    }
+    return Done{};
+}
+
+}  // namespace
+
+stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options,
+                                                    const stage::SceneDescription& scene) {
+    std::vector<OutputPlan> outputs;
+    for (const std::string& name : options.outputs) {
+        const Result<OutputKind> kind = kind_of(name);
+        if (!kind) return kind.error();
+        outputs.push_back({*kind, name, {}});
+    }
+    if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
+    if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();
+    for (const OutputPlan& output : outputs)
+        if (const Result<Done> done = check_name(output, scene); !done) return done.error();
+    return outputs;
+}
+
+}  // namespace tovu

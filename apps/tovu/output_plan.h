@@ -1,0 +1,24 @@
+// The files that a render writes, checked before anything is simulated.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "option_values.h"
+#include "render_command.h"
+
+namespace tovu {
+
+enum class OutputKind { kStill, kNumbered, kVideo };
+
+struct OutputPlan {
+    OutputKind kind = OutputKind::kStill;
+    std::string name;   // as given; of numbered pictures, their pattern
+    FrameRange frames;  // that it takes: one for a still
+};
+
+/// The outputs of the options, each with the frames that it takes. Checks names, folders and ranges.
+/// --at is the moment of the stills, --frames the range of everything else.
+stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options, const stage::SceneDescription& scene);
+
+}  // namespace tovu
