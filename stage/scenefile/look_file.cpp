@@ -68,7 +68,8 @@ Result<std::filesystem::path> find_look_file(const std::string& name, const std:
     for (const std::filesystem::path& folder : {scene_folder / "looks", shipped_looks_folder()}) {
         for (const std::filesystem::path& file : look_files(folder)) {
             if (file.stem() == name) return file;
-            names.push_back(file.stem().string());
+            if (std::find(names.begin(), names.end(), file.stem()) == names.end())
+                names.push_back(file.stem().string());
         }
     }
     return Error{fmt::format("unknown look '{}': {}", name, name_hint(name, names))};
