@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 
 #include "stage/names.h"
@@ -129,35 +130,97 @@ void leave_out_defaults(toml::table& layer, const stage::Plugin& smoke) {
     }
 }
 
-// Adds the scene's images that the layers name.
-void add_images(toml::table& look, const toml::table& scene) {
+// Adds the scene's images that the container names. Error: the container's look has another image of that name.
+Result<Done> add_images(toml::table& look, const toml::table& scene, const toml::table& container) {
     const toml::table* images = scene["images"].as_table();
-    if (images == nullptr) return;
+    if (images == nullptr) return Done{};
+    const std::string text = text_of(container);
     toml::table named;
-    const std::map<std::string, std::string> values = flat_values(look);
     for (const auto& [key, image] : *images) {
         const std::string name = text_of(toml::value<std::string>(std::string(key.str())));
-        const auto is_name = [&name](const auto& value) { return value.second.find(name) != std::string::npos; };
-        if (std::any_of(values.begin(), values.end(), is_name)) named.insert(key, image);
+        if (text.find(name) == std::string::npos) continue;
+        if (look["images"][key].node() != nullptr)
+            return Error{fmt::format("{}:{}: the scene and the look have an image {} each: rename the scene's",
+                                     *image.source().path, image.source().begin.line, name)};
+        named.insert(key, image);
     }
-    if (!named.empty()) look.insert("images", named);
+    if (named.empty()) return Done{};
+    if (!look.contains("images")) look.insert("images", toml::table{});
+    merge(*look["images"].as_table(), named);
+    return Done{};
 }
 
-// Appends the container and those nested in it as layers. Error: one of them has a look, which is no layer.
-Result<Done> add_layers(const toml::table& container, bool is_outermost, toml::array& layers) {
-    if (container.contains("look"))
-        return Error{fmt::format("{} has a look of its own: save it alone", text_of(*container.get("name")))};
-    if (container.contains("parameters") || container.contains("plugin") || container.contains("geometry")) {
-        toml::table layer = container;
-        for (const char* key : {"container", "parent"}) layer.erase(key);
-        if (is_outermost)
-            for (const char* key : {"position", "rotation", "scale"}) layer.erase(key);
-        layers.push_back(layer);
-    }
+// What layers take over from the containers that theirs is nested in: a look's layers stand side by side.
+struct Nesting {
+    int depth = 0;  // 0 for the container that is saved, whose place is no part of the look
+    std::array<double, 3> position{};
+    double opacity = 1.0;
+};
+
+Nesting nesting_in(const toml::table& container, const Nesting& outer) {
+    Nesting nesting{outer.depth + 1, outer.position, outer.opacity * container["opacity"].value_or(1.0)};
+    for (size_t axis = 0; axis < 3 && outer.depth > 0; ++axis)
+        nesting.position[axis] += container["position"][axis].value_or(0.0);
+    return nesting;
+}
+
+toml::table layer_of(const toml::table& container, const Nesting& nesting) {
+    toml::table layer = container;
+    for (const char* key : {"container", "parent"}) layer.erase(key);
+    if (nesting.depth == 0)
+        for (const char* key : {"position", "rotation", "scale"}) layer.erase(key);
+    const Nesting own = nesting_in(container, nesting);
+    if (nesting.opacity != 1.0) put_number(layer, "opacity", own.opacity);
+    if (nesting.depth > 1)
+        layer.insert_or_assign("position", toml::array{own.position[0], own.position[1], own.position[2]});
+    return layer;
+}
+
+// Appends the container and those nested in it as layers. Error: one of them has a look, which is no layer, or turns or
+// scales those nested in it.
+Result<Done> add_layers(const toml::table& container, const Nesting& nesting, toml::array& layers) {
+    const std::string name = text_of(*container.get("name"));
+    if (container.contains("look")) return Error{fmt::format("{} has a look of its own: save it alone", name)};
+    if (container.contains("parameters") || container.contains("plugin") || container.contains("geometry"))
+        layers.push_back(layer_of(container, nesting));
     const toml::array* nested = container["container"].as_array();
     if (nested == nullptr) return Done{};
+    if (nesting.depth > 0 && (container.contains("rotation") || container.contains("scale")))
+        return Error{
+            fmt::format("{} turns or scales the containers nested in it, which layers cannot: write its "
+                        "rotation and scale into them",
+                        name)};
     for (const toml::node& node : *nested) {
-        if (Result<Done> added = add_layers(*node.as_table(), false, layers); !added) return added;
+        if (Result<Done> added = add_layers(*node.as_table(), nesting_in(container, nesting), layers); !added)
+            return added;
+    }
+    return Done{};
+}
+
+// Error: a layer names a container of the scene that is no layer.
+Result<Done> check_names(const toml::array& layers, const stage::SceneDescription& scene, const stage::Plugin& smoke) {
+    const auto is_layer = [&layers](const std::string& name) {
+        return std::any_of(layers.begin(), layers.end(), [&name](const toml::node& node) {
+            return (*node.as_table())["name"].value<std::string>() == name;
+        });
+    };
+    const auto is_container = [&scene](const std::string& name) {
+        return std::any_of(scene.containers.begin(), scene.containers.end(),
+                           [&name](const stage::ContainerDescription& one) { return one.name == name; });
+    };
+    for (const toml::node& layer : layers) {
+        const toml::table* parameters = (*layer.as_table())["parameters"].as_table();
+        if (parameters == nullptr) continue;
+        for (const auto& [key, node] : *parameters) {
+            const stage::ParameterInfo* parameter = stage::find_parameter(smoke, key.str());
+            if (parameter != nullptr && parameter->kind != stage::ParameterKind::kContainer) continue;
+            const auto name = node.value<std::string>();
+            if (name && is_container(*name) && !is_layer(*name))
+                return Error{
+                    fmt::format("{} names the container '{}', which is not saved with it: nest it in the "
+                                "container that is saved",
+                                key.str(), *name)};
+        }
     }
     return Done{};
 }
@@ -268,7 +331,7 @@ Result<toml::table> look_of_container(const std::filesystem::path& scene_file, c
         look = std::move(*changed);
     } else {
         toml::array layers;
-        if (const Result<Done> added = add_layers(*found, true, layers); !added) return added.error();
+        if (const Result<Done> added = add_layers(*found, {}, layers); !added) return added.error();
         look.insert("layer", layers);
     }
     toml::array& layers = *layers_of(look);
@@ -278,10 +341,12 @@ Result<toml::table> look_of_container(const std::filesystem::path& scene_file, c
     if (!has_smoke)
         return Error{
             fmt::format("{}: neither '{}' nor a container nested in it carries smoke", scene_file.string(), container)};
+    if (const Result<Done> checked = check_names(layers, *scene, smoke); !checked)
+        return Error{fmt::format("{}: {}", scene_file.string(), checked.error().message)};
     for (toml::node& layer : layers) leave_out_defaults(*layer.as_table(), smoke);
     look.insert_or_assign("purpose", fmt::format("'{}' of {}", container, scene_file.filename().string()));
     put_number(look, "rate", scene->frame_rate);
-    add_images(look, table);
+    if (const Result<Done> added = add_images(look, table, *found); !added) return added.error();
     return look;
 }
 

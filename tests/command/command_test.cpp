@@ -280,21 +280,39 @@ parameters = { birth_rate = 200, air_resistance = 36, gravity = -2, wind_image =
     for (const char* picture : {"looks/flip0.png", "looks/flip1.png"})
         fs::copy(TOVU_SOURCE_DIR "/scenes/assets/logo.png", folder / "work" / picture);
     const std::string head = "size = [32, 24]\nframe_rate = 25\nlength = 0.4\n[[container]]\nname = \"smoke\"\n";
-    write("changed.toml", head + R"(look = "plume"
+    write("changed.toml", "images = { own = \"looks/flip0.png\" }\n" + head + R"(look = "plume"
 parameters = { wind_force = 20, wind_image_range_x = 100, wind_image_range_y = 100, birth_rate = 100 }
-layers.puffs = { texture = "puff_lit_b", parameters = { gravity = 0 } }
+layers.puffs = { texture = "own", parameters = { gravity = 0 } }
 )");
-    const Outcome saved = run("looks save changed.toml smoke");
-    EXPECT_EQ(0, saved.status) << saved.errors;
-    EXPECT_THAT(saved.output, HasSubstr("looks/smoke.toml"));
-    write("plain.toml", head + "look = \"smoke\"\n");
-    for (const char* name : {"changed", "plain"})
-        ASSERT_EQ(0, run(std::string("render ") + name + ".toml -o " + name + ".png --at 0.36").status);
-    EXPECT_TRUE(bytes("changed.png") == bytes("plain.png"));
+    write("nested.toml", head + R"(opacity = 0.9
+[[container.container]]
+name = "box"
+position = [20, 0, 0]
+opacity = 0.5
+geometry = { kind = "rectangle", width = 90, height = 40, fill = [1, 1, 1] }
+[[container.container.container]]
+name = "upper box"
+position = [0, 60, 0]
+geometry = { kind = "rectangle", width = 90, height = 40, fill = [1, 0, 0] }
+[[container.container.container]]
+name = "no smoke"
+parameters = { birth_rate = 0 }
+)");
+    for (const std::string name : {"changed", "nested"}) {
+        const Outcome saved = run("looks save " + name + ".toml smoke -o looks/saved_" + name + ".toml");
+        EXPECT_EQ(0, saved.status) << saved.errors;
+        write("plain.toml", head + "look = \"saved_" + name + "\"\n");
+        for (const std::string& scene : {name, std::string("plain")})
+            ASSERT_EQ(0, run("render " + scene + ".toml -o " + scene + ".png --at 0.36").status) << name;
+        EXPECT_TRUE(bytes(name + ".png") == bytes("plain.png")) << name;
+    }
+    EXPECT_THAT(run("looks save changed.toml smoke").output, HasSubstr("looks/smoke.toml"));
     expect_mistake("looks save changed.toml smoke", "looks/smoke.toml: there is such a look already");
 
-    write("nested.toml", head + "[[container.container]]\nname = \"in it\"\nlook = \"plume\"\n");
-    expect_mistake("looks save nested.toml smoke", "\"in it\" has a look of its own: save it alone");
+    write("own look.toml", head + "[[container.container]]\nname = \"in it\"\nlook = \"plume\"\n");
+    expect_mistake("looks save 'own look.toml' smoke", "\"in it\" has a look of its own: save it alone");
+    write("outside.toml", "container = [{ name = 'a' }, { name = 'smoke', parameters = { spawn_cont_name = 'a' } }]");
+    expect_mistake("looks save outside.toml smoke", "spawn_cont_name names the container 'a', which is not saved");
 
     EXPECT_THAT(run("looks").output, testing::AllOf(HasSubstr("plume"), HasSubstr("A plume"), HasSubstr("steam")));
     ASSERT_EQ(0, run("looks retime plume 25 -o back.toml").status);
