@@ -16,6 +16,7 @@ import flames
 import plates
 import points
 import puffs
+import shapes
 import winds
 import wisps
 
@@ -57,7 +58,7 @@ def main():
         made = pathlib.Path(made)
         for folder in FOLDERS:
             (made / folder).mkdir()
-        for module in (points, puffs, flames, wisps):
+        for module in (shapes, points, puffs, flames, wisps):
             print(f"{module.__name__} ...", flush=True)
             module.make(made / "sprites")
         for name, options in MAPS.items():

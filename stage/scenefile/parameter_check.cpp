@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "built_in_images.h"
-#include "stage/assets/sprites.h"
 #include "stage/names.h"
 #include "stage/plugins/parameter_values.h"
 
@@ -65,9 +64,9 @@ void check_button(const Plugin& plugin, const std::string& button, const Place& 
 std::vector<std::string> image_names(const SceneDescription& scene) {
     std::vector<std::string> names;
     for (const auto& [name, image] : scene.images) names.push_back(name);
-    for (std::string& sprite : sprite_names()) names.push_back(std::move(sprite));
     if (const auto& built_in = built_in_images())
-        for (const auto& [name, image] : *built_in) names.push_back(name);
+        for (const auto& [name, image] : *built_in)
+            if (!scene.images.contains(name)) names.push_back(name);
     return names;
 }
 

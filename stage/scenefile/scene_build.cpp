@@ -16,7 +16,6 @@
 #include "parameter_warnings.h"
 #include "plugin_file.h"
 #include "scene_rate.h"
-#include "stage/assets/sprites.h"
 #include "stage/names.h"
 #include "stage/plugins/instance.h"
 #include "texture_variants.h"
@@ -67,19 +66,6 @@ void add_images(Builder& builder) {
         if (!builder.messages.errors.empty()) return;
         const Result<Done> shown = show_image(*builder.built.stage, image, first_time(builder.scene));
         if (!shown) builder.messages.errors.push_back(shown.error().message);
-    }
-}
-
-// Adds the built-in sprites that the scene names. An image of the scene replaces the sprite of its name.
-void add_sprites(Builder& builder) {
-    const std::set<std::string> names = possible_image_names(builder.scene);
-    for (const std::string& sprite : sprite_names()) {
-        if (!names.contains(sprite) || builder.scene.images.contains(sprite)) continue;
-        Result<Picture> picture = make_sprite(sprite);
-        const Result<int32_t> added = !picture ? Result<int32_t>(picture.error())
-                                               : add_image(*builder.built.stage, sprite, picture->width,
-                                                           picture->height, picture->format, std::move(picture->bytes));
-        if (!added) builder.messages.errors.push_back(added.error().message);
     }
 }
 
@@ -254,7 +240,6 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     builder.built.stage->clock.frame = -prewarm_frames(description);
     set_camera(description.camera, builder.built.stage->camera);
     add_images(builder);
-    add_sprites(builder);
     load_plugins(builder);
     read_notes(builder);
     check_timeline(builder);

@@ -60,7 +60,7 @@ struct GeometryDescription {
     float size = 100.0f;  // text: units per em, about the distance of two lines
     TextAlignment alignment = TextAlignment::kCentre;  // text
     float threshold = 0.5f;  // picture: brightness × opacity from which a pixel is inside, 0…1
-    std::string image;       // plate: name of an image or a built-in sprite; empty for other kinds
+    std::string image;       // plate: name of an image; empty for other kinds
     Place image_place;
     std::optional<Triple>
         fill;  // flat shapes: red, green, blue, 0…1 each; none draws nothing. Plate: multiplies its image
@@ -69,7 +69,7 @@ struct GeometryDescription {
 
 /// An image over the world's XY plane that brightens and darkens what a container draws.
 struct LightDescription {
-    std::string image;  // name of an image or a built-in sprite
+    std::string image;  // name of an image
     Place image_place;
     std::array<float, 2> position = {0, 0};  // centre, world units
     std::array<float, 2> size = {0, 0};      // width and height, world units, above 0
@@ -85,7 +85,7 @@ struct ContainerDescription {
     std::string plugin;           // "smoke", a library beside it or a file name; empty means the smoke
     Place plugin_place;
     std::vector<ParameterSetting> parameters;  // in the order written
-    std::string texture = "puff";              // name of an image or a built-in sprite, "none" for no texture
+    std::string texture = "puff";              // name of an image, "none" for no texture
     Place texture_place;
     std::vector<std::string> more_textures;  // likewise; each makes a further container, see texture_variants.h
     bool depth_test = true;                  // false: drawn over everything drawn before, wherever it stands

@@ -7,9 +7,6 @@
 #include "stage/assets/picture.h"
 #include "stage/output/picture_compare.h"
 
-/// The renderer of a picture that no OpenGL has drawn.
-inline constexpr const char* kAnyRenderer = "any";
-
 enum class PictureVerdict {
     kSame,           // within the tolerance
     kDifferent,      // NAME.new.png and NAME.difference.png lie beside NAME.png

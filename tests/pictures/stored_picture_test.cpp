@@ -1,11 +1,10 @@
-// The comparison with stored pictures itself: that it can fail, and what it leaves behind; and the sprites by it.
+// The comparison with stored pictures itself: that it can fail, and what it leaves behind.
 #include "stored_picture.h"
 
 #include <gmock/gmock.h>
 
 #include "../stage/temporary_folder.h"
 #include "stage/assets/picture_file.h"
-#include "stage/assets/sprites.h"
 
 namespace {
 
@@ -44,12 +43,6 @@ TEST_F(StoredPicture, DecidesByToleranceAndRenderer) {
     EXPECT_FALSE(exists("a.new.png") || exists("a.difference.png")) << "left from the comparison before";
 
     EXPECT_THAT(check(grey(100, 5), "one").message, HasSubstr("5 x 5 pixels; 4 x 4"));
-}
-
-TEST(Sprites, AreAsTheyWereDrawn) {
-    for (const std::string& name : stage::sprite_names())
-        expect_stored_picture("sprite_" + name, *stage::make_sprite(name, 96), kAnyRenderer,
-                              {.mean = 0.0, .threshold = 0.0, .share_above = 0.0});
 }
 
 }  // namespace
