@@ -81,9 +81,11 @@ Result<Autosave> begin_autosave(const fs::path& folder) {
 }
 
 Result<Done> autosave(Autosave& place, const Document& document) {
-    if (place.lock < 0 || place.revision == document.revision) return Done{};
+    const bool is_needed = document.revision > 0 && has_unsaved_changes(document);
+    if (place.lock < 0 || (place.revision == document.revision && place.is_written == is_needed)) return Done{};
     place.revision = document.revision;
-    if (!document.file.empty() && !has_unsaved_changes(document)) {
+    place.is_written = is_needed;
+    if (!is_needed) {
         std::error_code ignored;
         fs::remove(place.file, ignored);
         return Done{};

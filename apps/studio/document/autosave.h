@@ -17,6 +17,7 @@ struct Autosave {
     std::filesystem::path file;  // empty: nothing is kept
     int lock = -1;               // file descriptor
     uint64_t revision = 0;       // of the document when it was written last
+    bool is_written = false;
 };
 
 /// Takes a free place in `folder`, which is created.
