@@ -56,18 +56,27 @@ int run_hash(const tovu::HashOptions& options) {
     return done ? 0 : fail(done.error().message);
 }
 
-int run_render(const tovu::RenderOptions& options) {
+// What a render tells of itself.
+struct RenderTalk {
+    std::string progress;  // as progress_style takes it
+    bool report = false;
+};
+
+int run_render(const tovu::RenderOptions& options, const RenderTalk& talk) {
     std::signal(SIGCHLD, SIG_DFL);  // while it is ignored, the exit status of ffmpeg is lost
-    std::unique_ptr<stage::ProgressLine> line;
-    const auto progress = [&line](int done, int total) {
-        if (!line) line = std::make_unique<stage::ProgressLine>(total, stderr);
-        line->show(done);
+    const stage::Result<stage::ProgressStyle> style = stage::progress_style(talk.progress, stderr);
+    if (!style) return fail(style.error().message);
+    std::unique_ptr<stage::Progress> shown;
+    const auto progress = [&shown, &style](int done, int total) {
+        if (!shown) shown = std::make_unique<stage::Progress>(total, *style, stderr);
+        shown->show(done);
     };
     const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress, print_warning);
-    line.reset();
+    shown.reset();
     if (!report) return fail(report.error().message);
     for (const std::string& complaint : report->complaints) print_warning(complaint);
     for (const std::string& written : report->written) std::printf("%s\n", written.c_str());
+    if (talk.report) std::fputs(tovu::times_text(report->times).c_str(), stdout);
     return 0;
 }
 
@@ -163,7 +172,7 @@ void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     command->add_flag("--json", options.json, "JSON instead of a table");
 }
 
-void add_render(CLI::App& app, tovu::RenderOptions& options) {
+void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     CLI::App* command = app.add_subcommand("render", "Render a scene file");
     command->add_option("scene", options.scene, "Scene file")->required();
     command
@@ -186,6 +195,9 @@ void add_render(CLI::App& app, tovu::RenderOptions& options) {
     command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
     command->add_option("--trace", options.trace,
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
+    command->add_flag("--report", talk.report, "Print where the time went");
+    command->add_option("--progress", talk.progress,
+                        "line, plain, json (a line of JSON for each step) or none; line on a terminal, else plain");
 }
 
 void add_record(CLI::App& app, tovu::RecordOptions& options) {
@@ -227,6 +239,7 @@ int run(int argc, char** argv) {
     tovu::ParamsOptions params;
     tovu::RecordOptions record;
     tovu::RenderOptions render;
+    RenderTalk talk;
     tovu::ReplayOptions replay;
     tovu::ValidateOptions validate;
     hash.plugin = lint.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
@@ -236,7 +249,7 @@ int run(int argc, char** argv) {
     add_looks(app, looks);
     add_params(app, params);
     add_record(app, record);
-    add_render(app, render);
+    add_render(app, render, talk);
     add_replay(app, replay);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
@@ -259,7 +272,7 @@ int run(int argc, char** argv) {
     if (app.got_subcommand("record")) return run_record(record);
     if (app.got_subcommand("replay")) return run_replay(replay);
     if (app.got_subcommand("params")) return run_params(params);
-    if (app.got_subcommand("render")) return run_render(render);
+    if (app.got_subcommand("render")) return run_render(render, talk);
     if (app.got_subcommand("validate")) return run_validate(validate);
     std::fputs(app.help().c_str(), stdout);
     return 0;

@@ -2,11 +2,15 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <atomic>
+
 #include "render_outputs.h"
 #include "render_plan.h"
 #include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/trace_file.h"
+#include "stage/output/writer_thread.h"
 #include "stage/scenefile/scene_draw.h"
 #include "stage/scenefile/scene_run.h"
 #include "stage/scenefile/timeline.h"
@@ -18,21 +22,40 @@ namespace {
 using stage::Done;
 using stage::Result;
 
+// Pictures that wait for the writer: enough to even out frames that take longer to draw or to write.
+constexpr size_t kMostWaiting = 2;
+
 Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas,
-                           std::vector<Output>& outputs, const RenderProgress& progress) {
-    progress(0, plan.last - plan.first + 1);
+                           std::vector<Output>& outputs, RenderTimes& times, const RenderProgress& progress) {
+    const int total = plan.last - plan.first + 1;
+    std::atomic<int> frames_done = 0;
+    stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
+    progress(0, total);
     for (int frame = plan.first; frame <= plan.last; ++frame) {
-        if (Result<Done> done = stage::run_until(run, frame); !done) return done;
+        if (Result<Done> done = timed(times.simulate, [&] { return stage::run_until(run, frame); }); !done) return done;
         if (!wants_frame(outputs, frame)) continue;
-        const Result<stage::Picture> picture = stage::draw_scene(canvas, run.built);
-        if (!picture) return picture.error();
+        ++times.frames;
+        if (Result<Done> done = timed(times.draw, [&] { return stage::draw_frame(canvas, run.built); }); !done)
+            return done;
+        stage::Picture picture = timed(times.read, [&] { return stage::read_frame(canvas, run.built); });
         if (frame == plan.last)
             stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
                                                         // clean-up leaves no complete output
-        if (Result<Done> done = write_frame(outputs, frame, *picture); !done) return done;
-        progress(frame - plan.first + 1, plan.last - plan.first + 1);
+        auto write = [&outputs, &frames_done, frame, done = frame - plan.first + 1, picture = std::move(picture)] {
+            const Result<Done> written = write_frame(outputs, frame, picture);
+            frames_done = done;
+            return written;
+        };
+        if (Result<Done> added = timed(times.wait, [&] { return writer.add(std::move(write)); }); !added) return added;
+        progress(std::min<int>(frames_done, total - 1), total);
     }
-    return finish_outputs(outputs);
+    Result<Done> finished = timed(times.wait, [&] {
+        const Result<Done> written = writer.finish();
+        return written ? finish_outputs(outputs) : written;
+    });
+    times.write = writer.busy_seconds();
+    if (finished) progress(total, total);
+    return finished;
 }
 
 // Warns of numbered pictures above the scene's last frame, left by an earlier, longer render.
@@ -69,12 +92,12 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     canvas->check_opengl = options.check_opengl;
     Result<std::vector<Output>> outputs = open_outputs(plan->outputs, plan->scene);
     if (!outputs) return outputs.error();
-    const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, progress);
+    RenderReport report;
+    const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, report.times, progress);
     if (!done) return done.error();
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
     }
-    RenderReport report;
     for (const OutputPlan& output : plan->outputs) {
         if (output.kind == OutputKind::kNumbered) warn_of_older_frames(output.name, plan->scene, warn);
         const int frames = output.frames.last - output.frames.first + 1;

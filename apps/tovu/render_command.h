@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "render_times.h"
 #include "stage/result.h"
 
 namespace tovu {
@@ -29,9 +30,10 @@ struct RenderOptions {
 struct RenderReport {
     std::vector<std::string> written;     // "clip.mp4: 250 frames", a line for each output
     std::vector<std::string> complaints;  // violations of the contract by plug-ins, one line each
+    RenderTimes times;
 };
 
-/// Called before the first and after each picture, from the thread that renders.
+/// Called before the first and after each picture, from the thread that renders. frames_done: that were written.
 using RenderProgress = std::function<void(int frames_done, int frames_total)>;
 
 /// Called for each part of the scene that can be rendered but is probably a mistake. message: one line without a

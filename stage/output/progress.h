@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "stage/result.h"
 #include "stage/stage_export.h"
 
 namespace stage {
@@ -12,24 +13,33 @@ namespace stage {
 /// "frame 30/100, 12.5 frames/s, 5.6 s left"; rate and time are left out while no frame is done or no time has passed.
 STAGE_EXPORT std::string progress_text(int frames_done, int frames_total, double elapsed_seconds);
 
-/// Prints progress: on a terminal one line that is rewritten (at most ten times a second), otherwise a line about every
-/// second. The last frame is always printed.
-class STAGE_EXPORT ProgressLine {
+enum class ProgressStyle {
+    kLine,   // one line that is rewritten, at most ten times a second
+    kPlain,  // a line about every second
+    kJson,   // a line at most ten times a second, such as {"frame":30,"frames":100,"seconds":2.4,"seconds_left":5.6}
+    kNone,
+};
+
+/// "line", "plain", "json" or "none"; empty: line on a terminal, plain elsewhere. Error: any other text.
+STAGE_EXPORT Result<ProgressStyle> progress_style(const std::string& name, std::FILE* stream);
+
+/// Prints progress. The last frame is always printed.
+class STAGE_EXPORT Progress {
   public:
-    /// stream: is not closed here; isatty decides whether it is a terminal.
-    ProgressLine(int frames_total, std::FILE* stream);
+    /// stream: is not closed here.
+    Progress(int frames_total, ProgressStyle style, std::FILE* stream);
     /// Ends the rewritten line with a newline.
-    ~ProgressLine();
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
 
     void show(int frames_done);
 
   private:
     using Clock = std::chrono::steady_clock;
     int frames_total_;
+    ProgressStyle style_;
     std::FILE* stream_;
-    bool terminal_;
     bool line_open_ = false;
     Clock::time_point start_;
     Clock::time_point last_shown_;

@@ -3,6 +3,7 @@
 #include <limits.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -19,6 +20,26 @@ struct UnfinishedFile {
 // Global, since a signal handler cannot receive them as arguments.
 UnfinishedFile the_files[kMaxUnfinished];
 std::atomic<pid_t> the_commands[kMaxUnfinished];  // 0: free
+std::atomic<bool> the_writer_runs;
+std::atomic<bool> the_writer_stopped;
+pthread_t the_writer;
+
+int stop_signal() {
+    return SIGRTMIN;
+}
+
+void on_stop(int) {
+    the_writer_stopped = true;
+    while (true) pause();
+}
+
+// A writer in the middle of a slow disk access stops late: it is not waited for longer than a second.
+void stop_writer() {
+    if (!the_writer_runs || pthread_equal(the_writer, pthread_self())) return;
+    if (pthread_kill(the_writer, stop_signal()) != 0) return;
+    const timespec millisecond{0, 1'000'000};
+    for (int i = 0; i < 1000 && !the_writer_stopped; ++i) nanosleep(&millisecond, nullptr);
+}
 
 }  // namespace
 
@@ -51,8 +72,26 @@ void forget_unfinished_command(pid_t pid) noexcept {
         if (slot == pid) slot = 0;
 }
 
+void note_writer_thread() noexcept {
+    struct sigaction action {};
+    action.sa_handler = on_stop;
+    sigfillset(&action.sa_mask);
+    sigaction(stop_signal(), &action, nullptr);
+    the_writer = pthread_self();
+    the_writer_runs = true;
+    sigset_t stop;
+    sigemptyset(&stop);
+    sigaddset(&stop, stop_signal());
+    pthread_sigmask(SIG_UNBLOCK, &stop, nullptr);
+}
+
+void forget_writer_thread() noexcept {
+    the_writer_runs = false;
+}
+
 void discard_unfinished() noexcept {
-    for (const std::atomic<pid_t>& command : the_commands) {  // first: a command may still create its file
+    stop_writer();                                            // first: it may still create a file
+    for (const std::atomic<pid_t>& command : the_commands) {  // before the files: a command may still create one
         if (command == 0) continue;
         kill(command, SIGKILL);
         waitpid(command, nullptr, 0);

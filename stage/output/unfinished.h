@@ -20,7 +20,13 @@ void forget_unfinished_file(const char* file) noexcept;
 void note_unfinished_command(pid_t pid) noexcept;
 void forget_unfinished_command(pid_t pid) noexcept;
 
-/// Kills and reaps the commands, then removes the files. Call only to end the process. Async-signal-safe.
+/// A thread other than the one that ends the process, which creates and renames files. Call both on that thread, at its
+/// start and at its end. One thread at a time.
+void note_writer_thread() noexcept;
+void forget_writer_thread() noexcept;
+
+/// Stops the writer thread for good, kills and reaps the commands, then removes the files. Call only to end the
+/// process. Async-signal-safe.
 STAGE_EXPORT void discard_unfinished() noexcept;
 
 }  // namespace stage

@@ -56,15 +56,25 @@ constexpr const char* kColors =
 
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
                                           const std::filesystem::path& output) {
-    std::vector<std::string> arguments = {"ffmpeg",       "-nostdin",
-                                          "-hide_banner", "-loglevel",
-                                          "error",        "-y",
-                                          "-f",           "rawvideo",
-                                          "-pix_fmt",     format.alpha ? "rgba" : "rgb24",
-                                          "-video_size",  fmt::format("{}x{}", settings.width, settings.height),
-                                          "-framerate",   frame_rate_text(settings.frames_per_second),
-                                          "-i",           "pipe:0",
-                                          "-vf",          kColors};
+    std::vector<std::string> arguments = {"ffmpeg",
+                                          "-nostdin",
+                                          "-hide_banner",
+                                          "-xerror",
+                                          "-loglevel",
+                                          "error",
+                                          "-y",
+                                          "-f",
+                                          "rawvideo",
+                                          "-pix_fmt",
+                                          format.alpha ? "rgba" : "rgb24",
+                                          "-video_size",
+                                          fmt::format("{}x{}", settings.width, settings.height),
+                                          "-framerate",
+                                          frame_rate_text(settings.frames_per_second),
+                                          "-i",
+                                          "pipe:0",
+                                          "-vf",
+                                          kColors};
     arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
     // One thread, no version and no date: the same frames give the same bytes.
     for (const char* argument :

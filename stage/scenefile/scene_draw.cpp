@@ -1,5 +1,7 @@
 #include "scene_draw.h"
 
+#include <epoxy/gl.h>
+
 #include "stage/opengl/pass.h"
 #include "stage/opengl/shapes.h"
 #include "stage/plugins/frames.h"
@@ -110,8 +112,8 @@ Result<SceneCanvas> make_canvas(const SceneDescription& scene) {
     return SceneCanvas{std::move(*context), std::move(*frame), {}, false};
 }
 
-Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
-    if (const Result<Done> current = canvas.context.make_current(); !current) return current.error();
+Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene) {
+    if (const Result<Done> current = canvas.context.make_current(); !current) return current;
     FrameColor background;
     if (scene.description.background) {
         const Triple& color = *scene.description.background;
@@ -125,8 +127,17 @@ Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
     for_each_shown(*scene.stage, [&](const DrawItem& item) {
         if (drawn) drawn = draw_item(canvas, scene, projection_view, item);
     });
-    if (!drawn) return drawn.error();
+    glFinish();
+    return drawn;
+}
+
+Picture read_frame(const SceneCanvas& canvas, const BuiltScene& scene) {
     return canvas.frame.read(scene.description.shoulder);
+}
+
+Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
+    if (const Result<Done> drawn = draw_frame(canvas, scene); !drawn) return drawn.error();
+    return read_frame(canvas, scene);
 }
 
 }  // namespace stage

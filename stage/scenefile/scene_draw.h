@@ -30,9 +30,15 @@ struct SceneCanvas {
 /// seen; for smoke alone they cost time and change nothing.
 STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
 
-/// Draws the frame that was run last: the background, then every container that is shown, in tree order. A
-/// canvas serves one built scene: it keeps the textures of that scene's images.
+/// Draws the frame that was run last: the background, then every container that is shown, in tree order. Returns when
+/// the renderer has drawn it. A canvas serves one built scene: it keeps the textures of that scene's images.
 /// Fails when an image is no texture; what plug-ins do wrong with OpenGL goes to the Stage's complaints.
+STAGE_EXPORT Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene);
+
+/// The frame that was drawn last. The context must be current.
+STAGE_EXPORT Picture read_frame(const SceneCanvas& canvas, const BuiltScene& scene);
+
+/// Both.
 STAGE_EXPORT Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene);
 
 }  // namespace stage

@@ -6,69 +6,12 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "../stage/temporary_folder.h"
 #include "annotated_scene.h"
+#include "command_fixture.h"
 
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
-namespace fs = std::filesystem;
-
-struct Outcome {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-// A folder of its own for each test, with a tiny scene in it. Commands run inside.
-class Command : public testing::Test {
-  protected:
-    void SetUp() override {
-        fs::create_directories(folder / "work");
-        write("tiny.toml", R"(size = [32, 24]
-frame_rate = 25
-length = 0.4
-background = "#203040"
-camera = { position = [0, 20, 120] }
-[[container]]
-name = "smoke"
-parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 }
-)");
-    }
-
-    void write(const std::string& name, const std::string& bytes) const { write_bytes(folder / "work" / name, bytes); }
-    std::string bytes(const std::string& name) const { return file_bytes(folder / "work" / name); }
-
-    // The caller ignores SIGCHLD.
-    Outcome run(const std::string& arguments) const {
-        return run_shell("env --ignore-signal=CHLD " TOVU_PROGRAM " " + arguments);
-    }
-
-    Outcome run_shell(const std::string& command_line) const {
-        const std::string command =
-            "cd '" + (folder / "work").string() + "' && " + command_line + " >../output 2>../errors </dev/null";
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, file_bytes(folder / "output"),
-                file_bytes(folder / "errors")};
-    }
-
-    std::ptrdiff_t file_count() const { return std::distance(fs::recursive_directory_iterator(folder / "work"), {}); }
-
-    // A mistake gives status 2 and a line that begins with the program's name, and leaves no new file. The messages.
-    std::string expect_mistake(const std::string& arguments, const std::string& message) const {
-        const auto before = file_count();
-        const Outcome outcome = run(arguments);
-        EXPECT_EQ(2, outcome.status);
-        EXPECT_THAT(outcome.errors, testing::ContainsRegex("(^|\n)tovu: "));
-        EXPECT_THAT(outcome.errors, HasSubstr(message));
-        EXPECT_THAT(outcome.output, IsEmpty());
-        EXPECT_EQ(before, file_count());
-        return outcome.errors;
-    }
-
-    const TemporaryFolder folder;
-};
 
 const std::pair<const char*, const char*> kMistakes[] = {
     {"lint none.toml", "none.toml: cannot be read: No such file or directory"},
@@ -251,7 +194,7 @@ TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
                 testing::UnorderedElementsAreArray(annotated_messages(kDoubtful, "odd.toml")));
     const Outcome silent = run("lint tiny.toml");
     EXPECT_EQ(0, silent.status);
-    EXPECT_THAT(silent.output, IsEmpty());
+    EXPECT_THAT(silent.output, testing::IsEmpty());
     const Outcome outcome = run("render odd.toml -o x.png --size 8x8 --at 0");
     EXPECT_EQ(0, outcome.status) << outcome.errors;
     EXPECT_THAT(messages_about("warning: odd.toml", outcome.errors),
