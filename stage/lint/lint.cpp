@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "linted.h"
+#include "stage/scenefile/messages.h"
 
 namespace stage {
 
@@ -42,10 +43,7 @@ std::vector<std::string> lint_scene(const BuiltScene& built) {
         for (const auto rule : {lint_births, lint_images, lint_outlines, lint_values, lint_drawing})
             rule(linted, lines);
     }
-    std::vector<std::string> once;  // a rule finds a surprise again at each later moment
-    for (std::string& line : lines)
-        if (std::find(once.begin(), once.end(), line) == once.end()) once.push_back(std::move(line));
-    return once;
+    return without_repeats(std::move(lines));  // a rule finds a surprise again at each later moment
 }
 
 }  // namespace stage

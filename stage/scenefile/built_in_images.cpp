@@ -1,10 +1,8 @@
 #include "built_in_images.h"
 
-#include <fmt/format.h>
-#include <fmt/ranges.h>
-
 #include "image_reader.h"
 #include "look_file.h"
+#include "messages.h"
 
 namespace stage {
 
@@ -21,7 +19,7 @@ Result<ImageDescriptions> read_catalogue() {
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }
-    if (!reader.errors.empty()) return Error{fmt::format("{}", fmt::join(reader.errors, "\n"))};
+    if (!reader.errors.empty()) return error_of(reader.errors);
     return images;
 }
 

@@ -2,12 +2,12 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 
 #include "built_in_images.h"
 #include "container_reader.h"
+#include "messages.h"
 #include "stage/names.h"
 
 namespace stage {
@@ -101,7 +101,7 @@ Result<LookDescription> load_look_file(const std::filesystem::path& file) {
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }
-    if (!reader.errors.empty()) return Error{fmt::format("{}", fmt::join(reader.errors, "\n"))};
+    if (!reader.errors.empty()) return error_of(reader.errors);
     return look;
 }
 

@@ -1,13 +1,13 @@
 #include "plugin_notes.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <tuple>
 
 #include "container_reader.h"
+#include "messages.h"
 #include "stage/names.h"
 #include "stage/plugins/parameter_values.h"
 
@@ -284,7 +284,7 @@ Result<PluginNotes> read_plugin_notes(const Plugin& plugin) {
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }
-    if (!reader.errors.empty()) return Error{fmt::format("{}", fmt::join(reader.errors, "\n"))};
+    if (!reader.errors.empty()) return error_of(reader.errors);
     return std::move(written.notes);
 }
 

@@ -1,7 +1,6 @@
 #include "scene_build.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +10,7 @@
 #include <set>
 
 #include "built_in_images.h"
+#include "messages.h"
 #include "parameter_check.h"
 #include "parameter_track.h"
 #include "parameter_warnings.h"
@@ -69,13 +69,20 @@ void add_images(Builder& builder) {
     }
 }
 
-// use: "texture" or another word for the message. Returns kNoObject after an error.
-int32_t image_named(Builder& builder, const std::string& name, const char* use, const Place& place) {
-    const int32_t handle = find_image_by_name(*builder.built.stage, name);
-    if (handle == kNoObject && !is_image_name(builder.scene, name))
+void check_image_name(Builder& builder, const std::string& name, const char* use, const Place& place) {
+    if (!is_image_name(builder.scene, name))
         builder.messages.errors.push_back(
             fmt::format("{}: unknown {} '{}': {}", place, use, name, name_hint(name, image_names(builder.scene))));
-    return handle;
+}
+
+void check_appearances(Builder& builder) {
+    for (const ContainerDescription& container : builder.scene.containers) {
+        std::vector<std::string> textures = container.more_textures;
+        textures.push_back(container.texture);
+        for (const std::string& texture : textures)
+            if (texture != "none") check_image_name(builder, texture, "texture", container.texture_place);
+        if (const auto& light = container.light) check_image_name(builder, light->image, "image", light->image_place);
+    }
 }
 
 void set_container(Builder& builder, const ContainerDescription& description, Container& container) {
@@ -85,10 +92,9 @@ void set_container(Builder& builder, const ContainerDescription& description, Co
     container.appearance.blend = description.blend;
     container.appearance.depth_test = description.depth_test;
     if (description.texture != "none")
-        container.appearance.texture_handle =
-            image_named(builder, description.texture, "texture", description.texture_place);
+        container.appearance.texture_handle = find_image_by_name(*builder.built.stage, description.texture);
     if (const auto& light = description.light)
-        container.appearance.light = {image_named(builder, light->image, "image", light->image_place), light->position,
+        container.appearance.light = {find_image_by_name(*builder.built.stage, light->image), light->position,
                                       light->size};
 }
 
@@ -242,6 +248,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     add_images(builder);
     load_plugins(builder);
     read_notes(builder);
+    check_appearances(builder);
     check_timeline(builder);
     check_tracks(builder);
     if (builder.messages.errors.empty()) warn_of_parameters(builder);
@@ -250,7 +257,7 @@ Result<BuiltScene> build_scene(const SceneDescription& description, const std::s
     add_containers(builder);
     if (builder.messages.errors.empty()) add_shapes(builder);
     if (builder.messages.errors.empty()) add_instances(builder);
-    if (!builder.messages.errors.empty()) return Error{fmt::format("{}", fmt::join(builder.messages.errors, "\n"))};
+    if (!builder.messages.errors.empty()) return error_of(builder.messages.errors);
     builder.built.description = std::move(builder.scene);
     builder.built.warnings = std::move(builder.messages.warnings);
     builder.built.plugins = std::move(builder.plugins);

@@ -22,11 +22,6 @@ using Triple = std::array<float, 3>;
 using Place = std::string;
 
 /// Lines about a scene, "file:line:column: …" each.
-struct Messages {
-    std::vector<std::string> errors;
-    std::vector<std::string> warnings;  // of what can be rendered, but hardly as intended
-};
-
 /// Its kind is checked against the plug-in when the scene is built.
 struct ParameterSetting {
     std::string name;      // as registered

@@ -1,7 +1,6 @@
 #include "scene_reader.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <cerrno>
 #include <cstring>
@@ -12,6 +11,7 @@
 #include "container_reader.h"
 #include "image_reader.h"
 #include "look_layers.h"
+#include "messages.h"
 #include "stage/assets/picture.h"
 #include "stage/names.h"
 #include "timeline_reader.h"
@@ -139,7 +139,7 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
     }
     if (scene.containers.empty() && reader.errors.empty())
         report_at(reader, file.string() + ":1:1", "a scene needs at least one [[container]]");
-    if (!reader.errors.empty()) return Error{fmt::format("{}", fmt::join(reader.errors, "\n"))};
+    if (!reader.errors.empty()) return error_of(reader.errors);
     return scene;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "messages.h"
 #include "scene_description.h"
 #include "stage/scene/mesh.h"
 #include "stage/scene/stage.h"

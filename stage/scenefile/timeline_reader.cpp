@@ -127,7 +127,8 @@ void check_container_entry(KeyReader& reader, const toml::table& table, const Ti
     const ContainerDescription& container = scene.containers[static_cast<size_t>(entry.container)];
     if (contains_any(table, plugin_actions) && !container.has_plugin && container.look.empty())
         report(reader, table.get("container")->source(),
-               fmt::format("container '{}' carries no plug-in whose parameters could be set", container.name));
+               fmt::format("container '{}' carries no plug-in, which {} need", container.name,
+                           fmt::join(plugin_actions, ", ")));
     if (entry.burst > 0 && !container.look.empty())
         report_at(reader, entry.burst_place,
                   fmt::format("container '{}' has a look: give the burst to one of its layers, by its name '{}.LAYER'",

@@ -110,7 +110,7 @@ constexpr const char* kMistakesAboutPlugins = R"(container = [
     { name = "lit", light = { image = "puf", size = [1, 1] } },  #! 39: unknown image 'puf': did you mean 'puff'?
     { name = "h", plugin = "none.so" },  #! 28: none.so: not a plug-in library
     { name = "j", plugin = "TovuGather", texture = ["puff", "ring"] },  #! 52: the notes beside TovuGather do not say
-    { name = "k", texture = ["puff", "rng"] },  #! 29: several textures are for a container that carries a plug-in
+    { name = "k", texture = ["puff", "rng"] },  #! 29: several textures are for a container that carries a plug-in #! 29: unknown texture 'rng'
     { name = "l", texture = ["puff", "ring"], plugin = "smoke" },  #! 29: the container of texture 2 would be 'l/2', which
     { name = "l/2" },
     { name = "i", plugin = "TovuGathr" },  #! 28: unknown plug-in 'TovuGathr': did you mean 'TovuGather'?
