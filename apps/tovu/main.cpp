@@ -180,6 +180,7 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
                      "x.png, frames/%04d.png, x.mp4, x.mov or x.webm; may be given several times")
         ->required()
         ->allow_extra_args(false);
+    command->add_option("--bits", options.bits, "Per channel of .png files: 8 if not given, or 16");
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");

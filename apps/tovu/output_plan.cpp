@@ -79,6 +79,18 @@ Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
     return Done{};
 }
 
+Result<Done> take_bits(const std::string& text, std::vector<OutputPlan>& outputs) {
+    if (text.empty()) return Done{};
+    if (text != "8" && text != "16") return Error{fmt::format("--bits {}: must be 8 or 16", text)};
+    bool used = false;
+    for (OutputPlan& output : outputs) {
+        if (output.kind == OutputKind::kVideo) continue;
+        output.bits = text == "8" ? 8 : 16;
+        used = true;
+    }
+    return used ? Result<Done>(Done{}) : Error{fmt::format("--bits {}: is for .png files; there is none", text)};
+}
+
 Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescription& scene,
                          std::vector<OutputPlan>& outputs) {
     const auto stills = std::ranges::count(outputs, OutputKind::kStill, &OutputPlan::kind);
@@ -113,6 +125,7 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
         if (!kind) return kind.error();
         outputs.push_back({*kind, name, {}});
     }
+    if (const Result<Done> done = take_bits(options.bits, outputs); !done) return done.error();
     if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();
     for (const OutputPlan& output : outputs)

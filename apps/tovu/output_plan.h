@@ -15,6 +15,7 @@ struct OutputPlan {
     OutputKind kind = OutputKind::kStill;
     std::string name;   // as given; of numbered pictures, their pattern
     FrameRange frames;  // that it takes: one for a still
+    int bits = 8;       // per channel of PNG files: 8 or 16
 };
 
 /// The outputs of the options, each with the frames that it takes. Checks names, folders and ranges.

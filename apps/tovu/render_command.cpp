@@ -25,8 +25,8 @@ using stage::Result;
 // Pictures that wait for the writer: enough to even out frames that take longer to draw or to write.
 constexpr size_t kMostWaiting = 2;
 
-Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas,
-                           std::vector<Output>& outputs, RenderTimes& times, const RenderProgress& progress) {
+Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Outputs& outputs,
+                           RenderTimes& times, const RenderProgress& progress) {
     const int total = plan.last - plan.first + 1;
     std::atomic<int> frames_done = 0;
     stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
@@ -37,12 +37,13 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
         ++times.frames;
         if (Result<Done> done = timed(times.draw, [&] { return stage::draw_frame(canvas, run.built); }); !done)
             return done;
-        stage::Picture picture = timed(times.read, [&] { return stage::read_frame(canvas, run.built); });
+        stage::DrawnPicture picture = timed(times.read, [&] { return stage::read_frame(canvas); });
         if (frame == plan.last)
             stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
                                                         // clean-up leaves no complete output
-        auto write = [&outputs, &frames_done, frame, done = frame - plan.first + 1, picture = std::move(picture)] {
-            const Result<Done> written = write_frame(outputs, frame, picture);
+        auto write = [&outputs, &frames_done, frame, done = frame - plan.first + 1,
+                      picture = std::move(picture)]() mutable {
+            const Result<Done> written = write_frame(outputs, frame, {std::move(picture), {}, {}});
             frames_done = done;
             return written;
         };
@@ -90,7 +91,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();
     canvas->check_opengl = options.check_opengl;
-    Result<std::vector<Output>> outputs = open_outputs(plan->outputs, plan->scene);
+    Result<Outputs> outputs = open_outputs(plan->outputs, plan->scene);
     if (!outputs) return outputs.error();
     RenderReport report;
     const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, report.times, progress);

@@ -14,6 +14,7 @@ namespace tovu {
 struct RenderOptions {
     std::string scene;                  // scene file
     std::vector<std::string> outputs;   // x.png, x_%04d.png, x.mp4, x.mov, x.webm; one at least
+    std::string bits;                   // per channel of PNG files: 8 or 16
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included
     std::string size;                   // "WIDTHxHEIGHT", pixels

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "stage/opengl/straight_picture.h"
 #include "stage/output/frame_names.h"
-#include "stage/output/png_file.h"
 
 namespace tovu {
 
@@ -37,40 +37,58 @@ bool wants(const Output& output, int frame) {
     return frame >= output.plan.frames.first && frame <= output.plan.frames.last;
 }
 
-Result<Done> write_to(Output& output, int frame, const stage::Picture& picture) {
-    if (output.video) return output.video->add_frame(picture);
-    if (output.plan.kind == OutputKind::kStill) return stage::write_png(output.plan.name, picture);
-    const Result<std::filesystem::path> file = stage::frame_name(output.plan.name, frame);
-    return file ? stage::write_png(*file, picture) : Result<Done>(file.error());
+const stage::Picture& bytes_of(FramePictures& pictures, const Outputs& outputs) {
+    if (!pictures.bytes) pictures.bytes = stage::straight_bytes(pictures.drawn, outputs.shoulder);
+    return *pictures.bytes;
+}
+
+const stage::DeepPicture& deep_of(FramePictures& pictures, const Outputs& outputs) {
+    if (!pictures.deep) pictures.deep = stage::straight_deep(pictures.drawn, outputs.shoulder);
+    return *pictures.deep;
+}
+
+Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const Outputs& outputs) {
+    if (output.video) return output.video->add_frame(deep_of(pictures, outputs));
+    const Result<std::filesystem::path> file = output.plan.kind == OutputKind::kNumbered
+                                                   ? stage::frame_name(output.plan.name, frame)
+                                                   : std::filesystem::path(output.plan.name);
+    if (!file) return file.error();
+    stage::PictureTexts texts = outputs.texts;
+    texts.emplace_back("Frame", std::to_string(frame));
+    if (output.plan.bits == 16) return stage::write_png(*file, deep_of(pictures, outputs), texts);
+    return stage::write_png(*file, bytes_of(pictures, outputs), texts);
 }
 
 }  // namespace
 
-stage::Result<std::vector<Output>> open_outputs(const std::vector<OutputPlan>& plans,
-                                                const stage::SceneDescription& scene) {
-    std::vector<Output> outputs;
+stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene) {
+    Outputs outputs{{},
+                    scene.shoulder,
+                    {{"Software", "tovu " TOVU_VERSION},
+                     {"Scene", scene.file.filename().string()},
+                     {"Seed", std::to_string(scene.seed)}}};
     for (const OutputPlan& plan : plans) {
         Result<Output> output = open_output(plan, scene);
         if (!output) return output.error();
-        outputs.push_back(std::move(*output));
+        outputs.list.push_back(std::move(*output));
     }
     return outputs;
 }
 
-bool wants_frame(const std::vector<Output>& outputs, int frame) {
-    return std::ranges::any_of(outputs, [frame](const Output& output) { return wants(output, frame); });
+bool wants_frame(const Outputs& outputs, int frame) {
+    return std::ranges::any_of(outputs.list, [frame](const Output& output) { return wants(output, frame); });
 }
 
-stage::Result<stage::Done> write_frame(std::vector<Output>& outputs, int frame, const stage::Picture& picture) {
-    for (Output& output : outputs) {
+stage::Result<stage::Done> write_frame(Outputs& outputs, int frame, FramePictures pictures) {
+    for (Output& output : outputs.list) {
         if (!wants(output, frame)) continue;
-        if (Result<Done> written = write_to(output, frame, picture); !written) return written;
+        if (Result<Done> written = write_to(output, frame, pictures, outputs); !written) return written;
     }
     return Done{};
 }
 
-stage::Result<stage::Done> finish_outputs(std::vector<Output>& outputs) {
-    for (Output& output : outputs) {
+stage::Result<stage::Done> finish_outputs(Outputs& outputs) {
+    for (Output& output : outputs.list) {
         if (!output.video) continue;
         if (Result<Done> finished = output.video->finish(); !finished) return finished;
     }

@@ -6,27 +6,41 @@
 
 #include "output_plan.h"
 #include "stage/assets/picture.h"
+#include "stage/output/png_file.h"
 #include "stage/output/video_file.h"
 
 namespace tovu {
 
-/// An output that was not finished leaves no video; pictures that were complete stay. Move only.
 struct Output {
     OutputPlan plan;
     std::optional<stage::VideoFile> video;
 };
 
+/// Destroyed before finish_outputs, it leaves no video; pictures that were complete stay. Move only.
+struct Outputs {
+    std::vector<Output> list;
+    std::optional<float> shoulder;  // of the scene
+    stage::PictureTexts texts;      // of every picture file: program, scene and seed
+};
+
+/// A frame on its way to the outputs. The pictures of 8 and of 16 bits are made when the first output needs them; a
+/// frame that is read back from a 16-bit picture has only that one, which is enough for videos.
+struct FramePictures {
+    stage::DrawnPicture drawn;
+    std::optional<stage::Picture> bytes;
+    std::optional<stage::DeepPicture> deep;
+};
+
 /// Starts the videos and makes the folders of numbered pictures.
-stage::Result<std::vector<Output>> open_outputs(const std::vector<OutputPlan>& plans,
-                                                const stage::SceneDescription& scene);
+stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene);
 
 /// False for a frame that no output takes; it need not be drawn.
-bool wants_frame(const std::vector<Output>& outputs, int frame);
+bool wants_frame(const Outputs& outputs, int frame);
 
-/// Gives a drawn frame to the outputs that want it. Frames must come in ascending order.
-stage::Result<stage::Done> write_frame(std::vector<Output>& outputs, int frame, const stage::Picture& picture);
+/// Gives a frame to the outputs that want it. Frames must come in ascending order.
+stage::Result<stage::Done> write_frame(Outputs& outputs, int frame, FramePictures pictures);
 
 /// After the last frame: completes the videos, which get their names now.
-stage::Result<stage::Done> finish_outputs(std::vector<Output>& outputs);
+stage::Result<stage::Done> finish_outputs(Outputs& outputs);
 
 }  // namespace tovu

@@ -19,4 +19,19 @@ struct Picture {
     std::vector<uint8_t> bytes;
 };
 
+/// RGBA with 16 bits per channel: rows of width × 4 numbers, the bottom row first; alpha is straight.
+struct DeepPicture {
+    int32_t width = 0;
+    int32_t height = 0;
+    std::vector<uint16_t> channels;
+};
+
+/// A frame as it was drawn: RGBA as 16-bit floats, the bottom row first. Red, green and blue are colour × coverage and,
+/// where light was added, may be greater than alpha, which is the coverage.
+struct DrawnPicture {
+    int32_t width = 0;
+    int32_t height = 0;
+    std::vector<uint16_t> halves;  // bits of IEEE 754 binary16
+};
+
 }  // namespace stage

@@ -82,7 +82,7 @@ Result<std::ifstream> open_picture(const std::filesystem::path& path) {
 }
 
 struct FreePixels {
-    void operator()(stbi_uc* pixels) const { stbi_image_free(pixels); }
+    void operator()(void* pixels) const { stbi_image_free(pixels); }
 };
 
 PictureFormat format_of_channels(int channels) {
@@ -99,40 +99,78 @@ PictureFormat format_of_channels(int channels) {
 }
 
 /// The decoder gives the top row first.
-Picture bottom_row_first(const stbi_uc* pixels, int width, int height, int channels) {
-    Picture picture{width, height, format_of_channels(channels), {}};
-    const size_t row_bytes = static_cast<size_t>(width) * static_cast<size_t>(channels);
-    picture.bytes.resize(row_bytes * static_cast<size_t>(height));
-    for (size_t row = 0; row < static_cast<size_t>(height); ++row)
-        std::memcpy(&picture.bytes[row * row_bytes], pixels + (static_cast<size_t>(height) - 1 - row) * row_bytes,
-                    row_bytes);
-    return picture;
+template <class Channel>
+std::vector<Channel> bottom_row_first(const Channel* pixels, int width, int height, int channels) {
+    const size_t row = static_cast<size_t>(width) * static_cast<size_t>(channels);
+    const auto rows = static_cast<size_t>(height);
+    std::vector<Channel> turned(row * rows);
+    for (size_t y = 0; y < rows; ++y)
+        std::memcpy(&turned[y * row], pixels + (rows - 1 - y) * row, row * sizeof(Channel));
+    return turned;
+}
+
+template <class Channel>
+struct Decoded {
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    std::vector<Channel> numbers;  // the bottom row first
+};
+
+/// load: stbi_load_from_callbacks or stbi_load_16_from_callbacks. wanted_channels: 0 for those of the file.
+template <class Channel>
+Result<Decoded<Channel>> decode(std::span<const uint8_t> bytes, const std::string& name,
+                                Channel* (*load)(const stbi_io_callbacks*, void*, int*, int*, int*, int),
+                                int wanted_channels) {
+    Source source{bytes};
+    Decoded<Channel> decoded;
+    const bool known =
+        stbi_info_from_callbacks(&kCallbacks, &source, &decoded.width, &decoded.height, &decoded.channels) != 0;
+    if (const Result<Done> checked = check_header(name, known, decoded.width, decoded.height); !checked)
+        return checked.error();
+
+    source = Source{bytes};
+    const std::unique_ptr<Channel, FreePixels> pixels(
+        load(&kCallbacks, &source, &decoded.width, &decoded.height, &decoded.channels, wanted_channels));
+    if (source.ended_early) return Error{name + ": the picture's data ends too early; the file is truncated"};
+    if (pixels == nullptr) return Error{fmt::format("{}: the picture is damaged ({})", name, stbi_failure_reason())};
+    if (wanted_channels != 0) decoded.channels = wanted_channels;
+    decoded.numbers = bottom_row_first(pixels.get(), decoded.width, decoded.height, decoded.channels);
+    return decoded;
+}
+
+Result<std::string> read_bytes(const std::filesystem::path& path) {
+    Result<std::ifstream> file = open_picture(path);
+    if (!file) return file.error();
+    std::string bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+    if (file->bad()) return Error{fmt::format("{}: cannot be read: {}", path.string(), std::strerror(errno))};
+    return bytes;
+}
+
+std::span<const uint8_t> as_numbers(const std::string& bytes) {
+    return {reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
 
 Result<Picture> decode_picture(std::span<const uint8_t> bytes, const std::string& name) {
-    Source source{bytes};
-    int width = 0;
-    int height = 0;
-    int channels = 0;
-    const bool known = stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels) != 0;
-    if (const Result<Done> checked = check_header(name, known, width, height); !checked) return checked.error();
-
-    source = Source{bytes};
-    const std::unique_ptr<stbi_uc, FreePixels> pixels(
-        stbi_load_from_callbacks(&kCallbacks, &source, &width, &height, &channels, 0));
-    if (source.ended_early) return Error{name + ": the picture's data ends too early; the file is truncated"};
-    if (pixels == nullptr) return Error{fmt::format("{}: the picture is damaged ({})", name, stbi_failure_reason())};
-    return bottom_row_first(pixels.get(), width, height, channels);
+    Result<Decoded<uint8_t>> decoded = decode<uint8_t>(bytes, name, stbi_load_from_callbacks, 0);
+    if (!decoded) return decoded.error();
+    return Picture{decoded->width, decoded->height, format_of_channels(decoded->channels), std::move(decoded->numbers)};
 }
 
 Result<Picture> read_picture(const std::filesystem::path& path) {
-    Result<std::ifstream> file = open_picture(path);
-    if (!file) return file.error();
-    const std::string text{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
-    if (file->bad()) return Error{fmt::format("{}: cannot be read: {}", path.string(), std::strerror(errno))};
-    return decode_picture({reinterpret_cast<const uint8_t*>(text.data()), text.size()}, path.string());
+    const Result<std::string> bytes = read_bytes(path);
+    return bytes ? decode_picture(as_numbers(*bytes), path.string()) : bytes.error();
+}
+
+Result<DeepPicture> read_deep_picture(const std::filesystem::path& path) {
+    const Result<std::string> bytes = read_bytes(path);
+    if (!bytes) return bytes.error();
+    Result<Decoded<uint16_t>> decoded =
+        decode<uint16_t>(as_numbers(*bytes), path.string(), stbi_load_16_from_callbacks, STBI_rgb_alpha);
+    if (!decoded) return decoded.error();
+    return DeepPicture{decoded->width, decoded->height, std::move(decoded->numbers)};
 }
 
 Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path) {

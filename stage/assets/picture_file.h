@@ -17,6 +17,9 @@ namespace stage {
 /// truncated, larger than kMaxPictureSide.
 STAGE_EXPORT Result<Picture> read_picture(const std::filesystem::path& path);
 
+/// The same as RGBA with all 16 bits; 8 bits v become 257 v.
+STAGE_EXPORT Result<DeepPicture> read_deep_picture(const std::filesystem::path& path);
+
 /// Width and height of a picture file in pixels. Reads only the header, so that damaged pixel data is not detected.
 /// Errors as for read_picture.
 STAGE_EXPORT Result<std::array<int32_t, 2>> read_picture_size(const std::filesystem::path& path);

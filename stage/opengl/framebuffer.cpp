@@ -4,11 +4,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 #include <vector>
 
-#include "soft_shoulder.h"
+#include "straight_picture.h"
 
 namespace stage {
 
@@ -68,15 +67,6 @@ int32_t possible_samples(int32_t samples) {
     GLint most = 1;
     glGetIntegerv(GL_MAX_SAMPLES, &most);
     return std::clamp(samples, 1, std::max(most, 1));
-}
-
-/// Added before the truncation, it rounds to nearest without a library call per channel.
-constexpr float kHalfStep = 0.5f;
-
-/// 0…255, nearest; what is not a number is 0.
-uint8_t to_byte(float value) {
-    if (!(value > 0.0f)) return 0;
-    return static_cast<uint8_t>(std::min(value, 1.0f) * 255.0f + kHalfStep);
 }
 
 }  // namespace
@@ -147,9 +137,9 @@ void Framebuffer::clear(const FrameColor& color) const {
     glPopAttrib();
 }
 
-Picture Framebuffer::read(std::optional<float> shoulder) const {
-    const size_t pixel_count = static_cast<size_t>(objects_->width) * static_cast<size_t>(objects_->height);
-    std::vector<float> stored(pixel_count * 4);
+DrawnPicture Framebuffer::read_drawn() const {
+    DrawnPicture picture{objects_->width, objects_->height, {}};
+    picture.halves.resize(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) * 4);
     GLint previous = 0;
     glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &previous);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, objects_->framebuffer);
@@ -171,20 +161,15 @@ Picture Framebuffer::read(std::optional<float> shoulder) const {
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);
     glPixelStorei(GL_PACK_SKIP_ROWS, 0);
     glPixelStorei(GL_PACK_SKIP_PIXELS, 0);
-    glReadPixels(0, 0, objects_->width, objects_->height, GL_RGBA, GL_FLOAT, stored.data());
+    glReadPixels(0, 0, objects_->width, objects_->height, GL_RGBA, GL_HALF_FLOAT, picture.halves.data());
     glPopClientAttrib();
     glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(previous));
 
-    Picture picture{objects_->width, objects_->height, kPictureRgba, std::vector<uint8_t>(pixel_count * 4)};
-    for (size_t i = 0; i < stored.size(); i += 4) {
-        const float alpha = stored[i + 3];
-        picture.bytes[i + 3] = to_byte(alpha);
-        if (picture.bytes[i + 3] == 0) continue;
-        std::array<float, 3> color = {stored[i] / alpha, stored[i + 1] / alpha, stored[i + 2] / alpha};
-        if (shoulder) color = soft_shoulder(color, *shoulder);
-        for (size_t channel = 0; channel < 3; ++channel) picture.bytes[i + channel] = to_byte(color[channel]);
-    }
     return picture;
+}
+
+Picture Framebuffer::read(std::optional<float> shoulder) const {
+    return straight_bytes(read_drawn(), shoulder);
 }
 
 Framebuffer::Framebuffer(std::unique_ptr<Objects> objects) : objects_(std::move(objects)) {}

@@ -51,9 +51,9 @@ class STAGE_EXPORT Framebuffer {
     /// Fills it with one colour, the farthest depth and a stencil of 0, and leaves it bound.
     void clear(const FrameColor& color) const;
 
-    /// The frame as RGBA bytes with straight alpha, rounded to nearest; where alpha is 0 all four are 0. Where
-    /// additive blending made colour × coverage greater than the coverage, the colour is clamped to 255, or compressed
-    /// from `shoulder` on (soft_shoulder.h).
+    /// The pixels as they are.
+    DrawnPicture read_drawn() const;
+    /// straight_bytes of them (straight_picture.h).
     Picture read(std::optional<float> shoulder = {}) const;
 
   private:

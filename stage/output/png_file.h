@@ -2,6 +2,9 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "stage/assets/picture.h"
 #include "stage/result.h"
@@ -9,8 +12,16 @@
 
 namespace stage {
 
+/// What a picture file says of itself: keywords of at most 79 letters and digits, with a text in UTF-8 each.
+using PictureTexts = std::vector<std::pair<std::string, std::string>>;
+
 /// Writes a picture with straight alpha. The same picture gives the same bytes. The file gets its name only when it is
 /// complete; on failure an older file of that name stays unchanged. The folder must exist.
-STAGE_EXPORT Result<Done> write_png(const std::filesystem::path& path, const Picture& picture);
+STAGE_EXPORT Result<Done> write_png(const std::filesystem::path& path, const Picture& picture,
+                                    const PictureTexts& texts = {});
+
+/// The same with 16 bits per channel.
+STAGE_EXPORT Result<Done> write_png(const std::filesystem::path& path, const DeepPicture& picture,
+                                    const PictureTexts& texts = {});
 
 }  // namespace stage

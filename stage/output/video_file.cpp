@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-#include <cstring>
+#include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "child_process.h"
@@ -12,6 +12,8 @@
 
 namespace stage {
 
+static_assert(std::endian::native == std::endian::little, "frames are sent as they are in memory");
+
 constexpr size_t kQuotedLines = 5;
 
 struct VideoFile::Encoder {
@@ -19,7 +21,7 @@ struct VideoFile::Encoder {
     VideoSettings settings;
     const VideoFormat* format;
     ChildProcess ffmpeg;
-    std::vector<uint8_t> frame = {};  // as sent: top row first, RGBA or RGB
+    std::vector<uint16_t> frame = {};  // as sent: top row first, RGBA or RGB
     int64_t frame_count = 0;
     bool finished = false;
 
@@ -65,13 +67,14 @@ Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat
     return Done{};
 }
 
-uint8_t over_black(uint8_t color, uint8_t alpha) {
-    return static_cast<uint8_t>((color * alpha + 127) / 255);
+uint16_t over_black(uint32_t color, uint32_t alpha) {
+    constexpr uint32_t kMost = 65535;
+    return static_cast<uint16_t>((color * alpha + kMost / 2) / kMost);
 }
 
-void send_row(const uint8_t* rgba, int32_t width, bool alpha, uint8_t* out) {
+void send_row(const uint16_t* rgba, int32_t width, bool alpha, uint16_t* out) {
     if (alpha) {
-        std::memcpy(out, rgba, static_cast<size_t>(width) * 4);
+        std::copy_n(rgba, static_cast<size_t>(width) * 4, out);
         return;
     }
     for (int32_t x = 0; x < width; ++x, rgba += 4, out += 3)
@@ -95,22 +98,23 @@ Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const Vid
     return VideoFile(std::unique_ptr<Encoder>(new Encoder{path, settings, format, std::move(*ffmpeg)}));
 }
 
-Result<Done> VideoFile::add_frame(const Picture& frame) {
+Result<Done> VideoFile::add_frame(const DeepPicture& frame) {
     Encoder& encoder = *encoder_;
     const VideoSettings& settings = encoder.settings;
-    if (frame.format != kPictureRgba || frame.width != settings.width || frame.height != settings.height)
-        return Error{fmt::format("{}: a frame of {} x {} pixels; frames of this video must be {} x {} in RGBA",
+    if (frame.width != settings.width || frame.height != settings.height)
+        return Error{fmt::format("{}: a frame of {} x {} pixels; frames of this video must be {} x {}",
                                  encoder.path.string(), frame.width, frame.height, settings.width, settings.height)};
     const size_t row_in = static_cast<size_t>(frame.width) * 4;
     const size_t row_out = static_cast<size_t>(frame.width) * (encoder.format->alpha ? 4 : 3);
     const auto height = static_cast<size_t>(frame.height);
     encoder.frame.resize(row_out * height);
     for (size_t row = 0; row < height; ++row)
-        send_row(&frame.bytes[(height - 1 - row) * row_in], frame.width, encoder.format->alpha,
+        send_row(&frame.channels[(height - 1 - row) * row_in], frame.width, encoder.format->alpha,
                  &encoder.frame[row * row_out]);
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     ++encoder.frame_count;
-    if (encoder.ffmpeg.feed(encoder.frame)) return Done{};
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(encoder.frame.data());
+    if (encoder.ffmpeg.feed({bytes, encoder.frame.size() * sizeof(uint16_t)})) return Done{};
     encoder.finished = true;
     return encoder.failure(encoder.ffmpeg.wait());  // ffmpeg ended early; its exit status tells why
 }

@@ -24,10 +24,10 @@ STAGE_EXPORT std::string frame_rate_text(double frames_per_second);
 /// True for names that end in .mp4, .mov or .webm.
 STAGE_EXPORT bool is_video_name(const std::filesystem::path& path);
 
-/// A video being written. The name's ending chooses the format: .mp4 is H.264 4:2:0 without alpha, over black (even
-/// width and height only), .mov is ProRes 4444 with straight alpha, .webm is VP9 with alpha. The same frames give the
-/// same bytes with the same ffmpeg. The file appears under its name when finish() succeeds; an object destroyed before
-/// that leaves no file. Move only.
+/// A video being written. The name's ending chooses the format: .mp4 is H.264 4:2:0 without alpha, over black, .mov is
+/// ProRes 4444 with straight alpha, .webm is VP9 4:2:0 with straight alpha; 4:2:0 needs an even width and height. The
+/// same frames give the same bytes with the same ffmpeg. The file appears under its name when finish() succeeds; an
+/// object destroyed before that leaves no file. Move only.
 class STAGE_EXPORT VideoFile {
   public:
     /// Error: another ending, a size or rate that the format cannot have, no ffmpeg command.
@@ -37,8 +37,8 @@ class STAGE_EXPORT VideoFile {
     VideoFile& operator=(VideoFile&&) noexcept;
     ~VideoFile();
 
-    /// Adds an RGBA frame of the video's size. When ffmpeg has ended, the error quotes its last lines.
-    Result<Done> add_frame(const Picture& frame);
+    /// Adds a frame of the video's size. When ffmpeg has ended, the error quotes its last lines.
+    Result<Done> add_frame(const DeepPicture& frame);
     /// Waits for ffmpeg and gives the file its name. No frame can be added afterwards.
     Result<Done> finish();
 

@@ -15,21 +15,18 @@ const std::vector<VideoFormat>& video_formats() {
         // A low quantiser, since the faint gradients of smoke show steps at higher ones.
         {".mp4",
          "mp4",
+         "yuv420p",
          false,
          true,
-         {"-c:v", "libx264", "-preset", "fast", "-crf", "16", "-pix_fmt", "yuv420p", "-movflags", "+faststart"}},
-        {".mov",
-         "mov",
-         true,
-         false,
-         {"-c:v", "prores_ks", "-profile:v", "4444", "-pix_fmt", "yuva444p10le", "-alpha_bits", "16"}},
+         {"libx264", "-preset", "fast", "-crf", "16", "-movflags", "+faststart"}},
+        {".mov", "mov", "yuva444p10le", true, false, {"prores_ks", "-profile:v", "4444", "-alpha_bits", "16"}},
         // This encoder cannot combine alternate reference frames with alpha.
         {".webm",
          "webm",
+         "yuva420p",
          true,
-         false,
-         {"-c:v", "libvpx-vp9", "-pix_fmt", "yuva420p", "-crf", "20", "-b:v", "0", "-auto-alt-ref", "0", "-deadline",
-          "good", "-cpu-used", "4"}},
+         true,
+         {"libvpx-vp9", "-crf", "20", "-b:v", "0", "-auto-alt-ref", "0", "-deadline", "good", "-cpu-used", "4"}},
     };
     return formats;
 }
@@ -48,14 +45,18 @@ std::string frame_rate_text(double frames_per_second) {
     return is_television ? fmt::format("{:.0f}/1001", rounded) : fmt::format("{:.0f}/1000", exact * 1000.0);
 }
 
-/// Converts to BT.709 (high definition television) and marks the file with it, since players otherwise guess from the
-/// size.
-constexpr const char* kColors =
-    "scale=out_color_matrix=bt709:out_range=tv:flags=bicubic+accurate_rnd+full_chroma_int,"
-    "setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709:range=tv";
+/// Converts to BT.709 (high definition television) in the limited range and marks the frames with it, since players
+/// otherwise guess from the size. Error diffusion keeps faint gradients free of steps.
+std::string conversion(const VideoFormat& format) {
+    return fmt::format(
+        "format={},zscale=matrixin=gbr:rangein=full:primariesin=709:transferin=709:matrix=709:range=limited:"
+        "primaries=709:transfer=709:filter=bicubic:dither=error_diffusion,format={}",
+        format.alpha ? "gbrap16le" : "gbrp16le", format.pixels);
+}
 
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
                                           const std::filesystem::path& output) {
+    // One thread, no version and no date: the same frames give the same bytes.
     std::vector<std::string> arguments = {"ffmpeg",
                                           "-nostdin",
                                           "-hide_banner",
@@ -66,17 +67,19 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
                                           "-f",
                                           "rawvideo",
                                           "-pix_fmt",
-                                          format.alpha ? "rgba" : "rgb24",
+                                          format.alpha ? "rgba64le" : "rgb48le",
                                           "-video_size",
                                           fmt::format("{}x{}", settings.width, settings.height),
                                           "-framerate",
                                           frame_rate_text(settings.frames_per_second),
                                           "-i",
                                           "pipe:0",
+                                          "-filter_threads",
+                                          "1",
                                           "-vf",
-                                          kColors};
+                                          conversion(format),
+                                          "-c:v"};
     arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
-    // One thread, no version and no date: the same frames give the same bytes.
     for (const char* argument :
          {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-flags:v", "+bitexact", "-f"})
         arguments.emplace_back(argument);

@@ -12,9 +12,10 @@ namespace stage {
 struct VideoFormat {
     std::string ending;                // ".mp4"
     std::string muxer;                 // ffmpeg's name of the file format
+    std::string pixels;                // ffmpeg's name of the pixel format
     bool alpha;                        // frames are sent as RGBA, else as RGB over black
     bool even_size;                    // the chroma planes are half as large: both sides must be even
-    std::vector<std::string> encoder;  // arguments of codec and pixels
+    std::vector<std::string> encoder;  // its name and arguments
 };
 
 const std::vector<VideoFormat>& video_formats();
@@ -22,7 +23,7 @@ const std::vector<VideoFormat>& video_formats();
 /// The format for the ending of a name, in upper or lower case; null if there is none.
 const VideoFormat* find_video_format(const std::filesystem::path& path);
 
-/// The whole command line: raw frames on standard input, top row first, into `output`.
+/// The whole command line: raw frames with 16 bits per channel on standard input, top row first, into `output`.
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
                                           const std::filesystem::path& output);
 

@@ -4,6 +4,7 @@
 
 #include "stage/opengl/pass.h"
 #include "stage/opengl/shapes.h"
+#include "stage/opengl/straight_picture.h"
 #include "stage/plugins/frames.h"
 #include "stage/plugins/instance.h"
 
@@ -131,13 +132,13 @@ Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene) {
     return drawn;
 }
 
-Picture read_frame(const SceneCanvas& canvas, const BuiltScene& scene) {
-    return canvas.frame.read(scene.description.shoulder);
+DrawnPicture read_frame(const SceneCanvas& canvas) {
+    return canvas.frame.read_drawn();
 }
 
 Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene) {
     if (const Result<Done> drawn = draw_frame(canvas, scene); !drawn) return drawn.error();
-    return read_frame(canvas, scene);
+    return straight_bytes(read_frame(canvas), scene.description.shoulder);
 }
 
 }  // namespace stage

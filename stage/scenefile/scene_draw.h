@@ -36,9 +36,9 @@ STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
 STAGE_EXPORT Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene);
 
 /// The frame that was drawn last. The context must be current.
-STAGE_EXPORT Picture read_frame(const SceneCanvas& canvas, const BuiltScene& scene);
+STAGE_EXPORT DrawnPicture read_frame(const SceneCanvas& canvas);
 
-/// Both.
+/// Both, as bytes with straight alpha and the scene's shoulder.
 STAGE_EXPORT Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene);
 
 }  // namespace stage

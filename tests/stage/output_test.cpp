@@ -11,7 +11,7 @@
 
 namespace {
 
-using stage::Picture;
+using stage::DeepPicture;
 using stage::VideoFile;
 using testing::HasSubstr;
 
@@ -32,12 +32,12 @@ constexpr int32_t kWidth = 64;
 constexpr int32_t kHeight = 48;
 
 /// Left half red, right half transparent; the bottom rows, as many as the frame's number, are blue.
-Picture video_frame(int number) {
-    Picture frame{kWidth, kHeight, stage::kPictureRgba, {}};
+DeepPicture video_frame(int number) {
+    DeepPicture frame{kWidth, kHeight, {}};
     for (int32_t y = 0; y < kHeight; ++y)
         for (int32_t x = 0; x < kWidth; ++x)
             for (const int value : {y < number ? 0 : 200, 0, y < number ? 200 : 0, x < kWidth / 2 ? 255 : 0})
-                frame.bytes.push_back(static_cast<uint8_t>(value));
+                frame.channels.push_back(static_cast<uint16_t>(257 * value));
     return frame;
 }
 
@@ -96,7 +96,7 @@ TEST(Video, EveryFaultIsNamedAndLeavesNoFile) {
         EXPECT_THAT(VideoFile::create(folder / name, settings).error().message, HasSubstr(name));
     auto video = VideoFile::create(folder / "a.mp4", good);
     ASSERT_TRUE(video) << video.error().message;
-    EXPECT_THAT(video->add_frame({2, 2, stage::kPictureRgba, std::vector<uint8_t>(16)}).error().message,
+    EXPECT_THAT(video->add_frame({2, 2, std::vector<uint16_t>(16)}).error().message,
                 HasSubstr("2 x 2 pixels; frames of this video must be 64 x 48"));
     EXPECT_THAT(video->finish().error().message, HasSubstr("without frames"));
     EXPECT_THAT(video->finish().error().message, HasSubstr("already finished"));

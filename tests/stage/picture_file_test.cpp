@@ -39,6 +39,16 @@ TEST(PictureFile, ComesBackFromAPngAsItWent) {
     }
 }
 
+TEST(PictureFile, OfSixteenBitsComesBackFromAPngAsItWent) {
+    const stage::DeepPicture picture{2, 2, {0, 1, 256, 65535, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}};
+    const TemporaryFolder folder;
+    ASSERT_TRUE(stage::write_png(folder / "a.png", picture, {{"Scene", "Wörter"}}));
+    const auto read = stage::read_deep_picture(folder / "a.png");
+    ASSERT_TRUE(read) << read.error().message;
+    EXPECT_EQ(picture.channels, read->channels);
+    EXPECT_THAT(file_bytes(folder / "a.png"), HasSubstr("Wörter"));
+}
+
 stage::Result<Picture> decode(const std::string& bytes) {
     return stage::decode_picture({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}, "some.picture");
 }
