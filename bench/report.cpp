@@ -41,7 +41,7 @@ std::string processor() {
 
 std::string about_this_build() {
     return fmt::format("- processor:{}\n- compiler: {}\n- flags: {}\n- commit: {}\n", processor(), TOVU_BENCH_COMPILER,
-                       TOVU_BENCH_FLAGS, TOVU_BENCH_COMMIT);
+                       TOVU_BENCH_FLAGS, TOVU_COMMIT);
 }
 
 std::string goal_table(const std::vector<Outcome>& outcomes) {

@@ -1,6 +1,6 @@
-# Rules of `cmake --install`. Component SDK: the headers, the CMake package, the pkg-config file, samples and documents.
-# Component Plugins: the plug-in library. Component Looks: looks and built-in images, beside the folder of
-# the plug-ins.
+# Rules of `cmake --install`, by component. SDK: the headers, the CMake package, the pkg-config file and samples. Plugins:
+# the plug-in's library. Command: the command line with the Stage, sample plug-ins, looks and scenes. Docs: documents.
+# The Stage finds plug-ins and looks beside the folder of its own library, lib/tovu/lib.
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 
@@ -25,12 +25,22 @@ install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION lib/pkgconfig COMPO
 # The files in each sample folder, but not samples/CMakeLists.txt itself.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
   FILES_MATCHING REGEX "/samples/[^/]+/[^/]+$" PATTERN "faulty" EXCLUDE)
-install(FILES ${PROJECT_SOURCE_DIR}/docs/contract.md ${PROJECT_SOURCE_DIR}/docs/plugin-authors.md
-  DESTINATION share/doc/tovu COMPONENT SDK OPTIONAL)
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION share/doc/tovu COMPONENT Docs PATTERN "digests.txt" EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION share/doc/tovu COMPONENT Docs)
 
 install(TARGETS TovuSmoke LIBRARY DESTINATION lib/tovu/plugins COMPONENT Plugins)
 install(FILES ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.toml
   ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.fields DESTINATION lib/tovu/plugins COMPONENT Plugins)
 
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/looks/ DESTINATION lib/tovu/looks COMPONENT Looks
-  FILES_MATCHING PATTERN "*.png" PATTERN "*.toml" PATTERN "make" EXCLUDE)
+if(TARGET tovu)
+  set_target_properties(tovu PROPERTIES INSTALL_RPATH "\$ORIGIN/../lib/tovu/lib")
+  set_target_properties(tovu_stage PROPERTIES INSTALL_RPATH "\$ORIGIN")
+  install(TARGETS tovu tovu_stage tovu_stage_core RUNTIME LIBRARY DESTINATION lib/tovu/lib COMPONENT Command)
+  install(TARGETS TovuGather TovuSpiral LIBRARY DESTINATION lib/tovu/plugins COMPONENT Command)
+  # The scripts that `tovu bake` runs, and no others.
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/looks/ DESTINATION lib/tovu/looks COMPONENT Command
+    FILES_MATCHING PATTERN "*.png" PATTERN "*.toml" REGEX "/make/(arrows|bake|fields|title|winds)\\.py$")
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/scenes/ DESTINATION share/tovu/scenes COMPONENT Command
+    FILES_MATCHING PATTERN "*.toml" REGEX "/assets/.*\\.(png|jpg|obj)$")
+endif()

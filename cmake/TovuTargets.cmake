@@ -9,6 +9,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+# The build tree can be moved, and programs do not depend on its name.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
@@ -25,6 +27,15 @@ add_library(tovu_warnings INTERFACE)
 target_compile_options(tovu_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 # -Wrestrict of g++ 12 gives false warnings for the concatenation of std::string.
 target_compile_options(tovu_warnings INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+# "commit.h" with TOVU_COMMIT for a target. Each build looks the commit up, so that programs and reports name their own.
+add_custom_target(tovu_commit BYPRODUCTS ${PROJECT_BINARY_DIR}/generated/commit.h
+  COMMAND ${CMAKE_COMMAND} -D source=${PROJECT_SOURCE_DIR} -D header=${PROJECT_BINARY_DIR}/generated/commit.h
+    -P ${CMAKE_CURRENT_LIST_DIR}/write_commit.cmake)
+function(tovu_has_commit target)
+  add_dependencies(${target} tovu_commit)
+  target_include_directories(${target} PRIVATE ${PROJECT_BINARY_DIR}/generated)
+endfunction()
 
 # Link-time optimisation of the product. Tests are built without it.
 function(tovu_optimise target)

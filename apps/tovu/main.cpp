@@ -7,6 +7,8 @@
 #include <exception>
 #include <memory>
 
+#include "bake_command.h"
+#include "commit.h"
 #include "docs_command.h"
 #include "fault_guard.h"
 #include "hash_command.h"
@@ -108,6 +110,13 @@ void add_hash(CLI::App& app, tovu::HashOptions& options) {
     command->add_option("--every", options.every, "Only every Nth frame, from frame 0 on; default 1");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
+}
+
+// The script prints its own help.
+void add_bake(CLI::App& app) {
+    app.add_subcommand("bake", "Make wind images, or a title that erodes into smoke")
+        ->prefix_command()
+        ->set_help_flag();
 }
 
 int run_docs(const tovu::DocsOptions& options) {
@@ -232,7 +241,7 @@ void add_validate(CLI::App& app, tovu::ValidateOptions& options) {
 int run(int argc, char** argv) {
     CLI::App app("Renders scenes with smoke: loads plug-ins into the Stage, a host without a window.", "tovu");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "tovu " TOVU_VERSION);
+    app.set_version_flag("--version", "tovu " TOVU_VERSION " (" TOVU_COMMIT ")");
     tovu::DocsOptions docs;
     tovu::HashOptions hash;
     tovu::LintOptions lint;
@@ -244,6 +253,7 @@ int run(int argc, char** argv) {
     tovu::ReplayOptions replay;
     tovu::ValidateOptions validate;
     hash.plugin = lint.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
+    add_bake(app);
     add_docs(app, docs);
     add_hash(app, hash);
     add_lint(app, lint);
@@ -254,8 +264,8 @@ int run(int argc, char** argv) {
     add_replay(app, replay);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "record", "replay",   "params",
-                                               "looks",  "docs", "lint",   "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "record", "replay",   "params", "looks",
+                                               "bake",   "docs", "lint",   "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -266,6 +276,7 @@ int run(int argc, char** argv) {
         return fail(std::string(error.what()) + "\nsee --help");
     }
     tovu::install_fault_guard();
+    if (app.got_subcommand("bake")) return fail(tovu::run_bake_script(app.get_subcommand("bake")->remaining()).message);
     if (app.got_subcommand("docs")) return run_docs(docs);
     if (app.got_subcommand("hash")) return run_hash(hash);
     if (app.got_subcommand("lint")) return run_lint(lint);

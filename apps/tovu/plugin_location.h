@@ -5,7 +5,7 @@
 
 namespace tovu {
 
-/// ../plugins/TovuSmoke.so, relative to the folder of this program's file. Does not check that the file exists.
+/// plugins/TovuSmoke.so among the files that come along with the Stage. Does not check that the file exists.
 std::string smoke_plugin_file();
 
 }  // namespace tovu

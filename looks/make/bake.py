@@ -7,8 +7,12 @@ import pathlib
 import re
 import sys
 
-import numpy as np
-from PIL import Image, ImageFont
+try:
+    import numpy as np
+    from PIL import Image, ImageFont
+    import scipy  # noqa: F401  (the maps of arrows need it)
+except ImportError as error:
+    sys.exit(f"tovu bake: {error}; install python3-numpy, python3-pil and python3-scipy")
 
 import winds
 

@@ -1,6 +1,5 @@
 #include "look_file.h"
 
-#include <dlfcn.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include "built_in_images.h"
 #include "container_reader.h"
 #include "messages.h"
+#include "shipped_files.h"
 #include "stage/names.h"
 
 namespace stage {
@@ -50,10 +50,7 @@ const KeyRow<LookDescription> kLookKeys[] = {
 }  // namespace
 
 std::filesystem::path shipped_looks_folder() {
-    Dl_info info{};
-    dladdr(reinterpret_cast<const void*>(&shipped_looks_folder), &info);
-    std::error_code ignored;
-    return std::filesystem::canonical(info.dli_fname, ignored).parent_path().parent_path() / "looks";
+    return shipped_files_folder() / "looks";
 }
 
 Result<std::filesystem::path> find_look_file(const std::string& name, const std::filesystem::path& scene_folder) {

@@ -15,7 +15,7 @@ struct LookDescription {
     std::vector<ContainerDescription> layers;  // one or more; names unique in the look
 };
 
-/// The folder of the looks and images that come along: looks/ beside the folder of the Stage's library.
+/// The folder of the looks and images that come along.
 STAGE_EXPORT std::filesystem::path shipped_looks_folder();
 
 /// The file that a look's name stands for. A name with a slash or that ends in .toml: that file, relative to

@@ -8,6 +8,7 @@
 
 #include "annotated_scene.h"
 #include "command_fixture.h"
+#include "commit.h"
 
 namespace {
 
@@ -421,6 +422,9 @@ constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_b
 // A copy of the script in a folder without sources: a command that it passed on would fail to build.
 TEST_F(Command, TheScriptAnswersWithoutABuild) {
     for (const char* name : {"tovu", "CMakeLists.txt"}) fs::copy_file(fs::path(TOVU_SOURCE_DIR) / name, folder / name);
+    fs::create_directory(folder / "cmake");
+    run_shell("(sed 's/[$]Format:%H[$]/0123456789abcdef0123456789abcdef01234567/' '" TOVU_SOURCE_DIR
+              "/cmake/commit.sh' >../cmake/commit.sh)");  // as `git archive` does
     const auto script = [&](const std::string& arguments) {
         return run_shell("env TOVU_NO_INSTALL=1 sh ../tovu " + arguments);
     };
@@ -428,7 +432,8 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     EXPECT_EQ(2, typo.status);
     EXPECT_THAT(typo.errors,
                 testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, render, ")));
-    EXPECT_EQ("tovu " TOVU_VERSION "\n", script("--version").output);
+    EXPECT_EQ("tovu " TOVU_VERSION " (0123456789ab)\n", script("--version").output);
+    EXPECT_EQ("tovu " TOVU_VERSION " (" TOVU_COMMIT ")\n", run("--version").output);
     EXPECT_FALSE(fs::exists(folder / "build"));
 }
 

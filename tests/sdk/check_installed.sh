@@ -57,6 +57,9 @@ installed=$(echo *)
 cd "$build/sdk/include/tovu"
 [ "$installed" = "$(echo *)" ] || fail "installed headers: $installed"
 expect_entry_points "$prefix/lib/tovu/plugins/TovuSmoke.so"
+# The installed command finds plug-ins, looks and pictures in the installed tree.
+quietly "$prefix/bin/tovu" hash --frames 0 "$prefix/share/tovu/scenes/gather_word.toml" "$prefix/share/tovu/scenes/first.toml"
+quietly "$prefix/bin/tovu" bake vortex -o "$work/vortex.png"
 
 CFLAGS="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror"
 CXXFLAGS=$CFLAGS
