@@ -1,6 +1,7 @@
 #include "curve_format.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "curve_text.h"
 
@@ -24,6 +25,10 @@ Result<std::vector<double>> curve_points(const CurveFormat& curve, std::string_v
             return Error{fmt::format("position {} does not come after position {}", numbers[i], before)};
     }
     return numbers;
+}
+
+std::string curve_text(const std::vector<double>& numbers) {
+    return fmt::format("{}", fmt::join(numbers, " "));
 }
 
 }  // namespace stage

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "stage/result.h"
+#include "stage/stage_export.h"
 
 namespace stage {
 
@@ -20,6 +21,9 @@ struct CurveFormat {
 };
 
 /// The points in order: components + 1 numbers each, two points or more. The error says what breaks the format.
-Result<std::vector<double>> curve_points(const CurveFormat& curve, std::string_view text);
+STAGE_EXPORT Result<std::vector<double>> curve_points(const CurveFormat& curve, std::string_view text);
+
+/// The numbers of a curve as its text: the fewest digits that give the same number, between single spaces.
+STAGE_EXPORT std::string curve_text(const std::vector<double>& numbers);
 
 }  // namespace stage

@@ -135,6 +135,36 @@ void read_outline(KeyReader& reader, const KeyedNode& entry, WrittenNotes& writt
     written.notes.outline = std::move(outline.outline);
 }
 
+void read_button(KeyReader& reader, const KeyedNode& entry, const Plugin& plugin, std::string& out) {
+    if (!read_text(reader, entry, out)) return;
+    std::vector<std::string> names;
+    for (const PushButton& button : plugin.buttons) names.push_back(button.name);
+    if (std::find(names.begin(), names.end(), out) == names.end())
+        report(reader, entry.node.source(), fmt::format("unknown button '{}': {}", out, name_hint(out, names)));
+}
+
+struct WrittenSamples {
+    const WrittenNotes& of;
+    SampleNotes samples{};
+};
+
+const KeyRow<WrittenSamples> kSampleKeys[] = {
+    {"press",
+     [](KeyReader& r, const KeyedNode& e, WrittenSamples& w) { read_button(r, e, w.of.of.plugin, w.samples.press); }},
+    {"text",
+     [](KeyReader& r, const KeyedNode& e, WrittenSamples& w) { read_parameter_name(r, e, w.of, w.samples.text); }},
+};
+
+void read_samples(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    const toml::table* table = read_table(reader, entry);
+    if (table == nullptr) return;
+    WrittenSamples samples{written};
+    read_keys(reader, *table, "sampled", kSampleKeys, samples);
+    if (!table->contains("press") || !table->contains("text"))
+        report(reader, entry.node.source(), "sampled needs press, a button, and text, a parameter");
+    written.notes.sampled = std::move(samples.samples);
+}
+
 void read_needs(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
     const toml::table* table = read_table(reader, entry);
     if (table == nullptr) return;
@@ -218,6 +248,7 @@ const KeyRow<WrittenNotes> kNoteKeys[] = {
      [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_integer(r, e, 1, 16, w.curve.components); }},
     {"range", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_pair(r, e, w.curve.range); }},
     {"outside", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_text(r, e, w.curve.outside); }},
+    {"sampled", read_samples},
     {"steps", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_flag(r, e, w.curve.steps); }},
 };
 

@@ -22,6 +22,12 @@ struct OutlineNotes {
     std::string coordinates;  // Radio: the choice "World" places the outline as its container is
 };
 
+/// The curve as the plug-in made it: pressing a button writes its samples into a parameter, in the form of the curve.
+struct SampleNotes {
+    std::string press;  // the button
+    std::string text;   // String
+};
+
 using ParameterPair = std::array<std::string, 2>;
 
 /// One parameter in pictures that differ in its value alone.
@@ -56,6 +62,7 @@ struct ParameterNotes {
     std::vector<ParameterPair> covers;    // of an Image: width and height in units; the first pair that is not 0 counts
     std::optional<OutlineNotes> outline;  // of a Container
     std::optional<CurveFormat> curve;     // of a String
+    std::optional<SampleNotes> sampled;   // of a curve
 };
 
 /// The parameters that births depend on. Time is saved up, and at 1 / rate seconds each it is spent on births; those

@@ -4,8 +4,8 @@
 
 #include <functional>
 
+#include "apps/studio/curve_field.h"
 #include "apps/studio/widgets/curve_editor.h"
-#include "apps/studio/widgets/gradient_editor.h"
 
 namespace widgets {
 
@@ -139,19 +139,46 @@ TEST_P(Curves, FollowTheMouse) {
 
 INSTANTIATE_TEST_SUITE_P(Widgets, Curves, testing::ValuesIn(kCurves));
 
-TEST(Widgets, AGradientGetsAStopOfItsColour) {
-    Window window;
-    std::vector<GradientStop> stops = {{0.0, {1, 0, 0}}, {1.0, {0, 0, 1}}};
-    const std::vector<Step> steps = {{0.25f, 0.5f, {Act::kPress}},
-                                     {0.25f, 0.5f, {Act::kRelease}},
-                                     {0.25f, 0.5f, {Act::kPress}},
-                                     {0.5f, 0.5f},
-                                     {0.5f, 0.5f, {Act::kRelease}}};
-    window.run(steps, [&] { gradient_editor("gradient", stops, {}, {kWhole, kWhole}); });
-    ASSERT_EQ(3u, stops.size());
-    EXPECT_DOUBLE_EQ(0.5, stops[1].x);
-    EXPECT_THAT(stops[1].color, testing::ElementsAre(0.75f, 0.0f, 0.25f)) << "of the place of the double click";
+struct TextCase {
+    const char* name;
+    int components;
+    std::vector<Step> steps;
+    const char* before;
+    const char* after;
+};
+void PrintTo(const TextCase& row, std::ostream* stream) {
+    *stream << row.name;
 }
+
+constexpr float kMiddle = 46.1f / kSide;  // of the drawing's height, which is eight lines
+
+const std::vector<Step> kDoubleClick = {{0.25f, kMiddle, {Act::kPress}},
+                                        {0.25f, kMiddle, {Act::kRelease}},
+                                        {0.25f, kMiddle, {Act::kPress}},
+                                        {0.5f, kMiddle},
+                                        {0.5f, kMiddle, {Act::kRelease}}};
+
+const TextCase kTexts[] = {
+    {"a point is added and dragged", 1, kDoubleClick, "0 0.123456 1 0.1", "0 0.123456 0.5 0.5 1 0.1"},
+    {"a stop has the colour of the place of the double click", 3, kDoubleClick, "0 0.42 0.123456 0 1 0.42 0.123456 1",
+     "0 0.42 0.123456 0 0.5 0.42 0.123456 0.25 1 0.42 0.123456 1"},
+    {"a text that is no curve has no points", 1, kDoubleClick, "0 1 1", "0 1 1"},
+};
+
+class Texts : public testing::TestWithParam<TextCase> {};
+
+TEST_P(Texts, ChangeWithTheirPicture) {
+    Window window;
+    std::string text = GetParam().before;
+    stage::CurveFormat format;
+    format.components = GetParam().components;
+    window.run(GetParam().steps, [&] {
+        if (auto edited = tovu::curve_field(text, {format, {}, {}}, kWhole)) text = *edited;
+    });
+    EXPECT_EQ(GetParam().after, text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Widgets, Texts, testing::ValuesIn(kTexts));
 
 }  // namespace
 }  // namespace widgets

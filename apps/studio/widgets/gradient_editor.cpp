@@ -124,8 +124,9 @@ bool stop_fields(const Gradient& gradient) {
     if (changed) move(gradient, chosen, x);
     ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
     ImGui::SetNextItemWidth(-1);
-    changed |= ImGui::ColorEdit3("##color", stop.color.data(), ImGuiColorEditFlags_Float);
-    return changed;
+    if (!ImGui::ColorEdit3("##color", stop.color.data(), ImGuiColorEditFlags_Float)) return changed;
+    for (float& part : stop.color) part = static_cast<float>(rounded(part));
+    return true;
 }
 
 }  // namespace
