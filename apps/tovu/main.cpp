@@ -21,6 +21,7 @@
 #include "replay_command.h"
 #include "stage/names.h"
 #include "stage/output/progress.h"
+#include "trace_command.h"
 #include "validate_command.h"
 
 namespace {
@@ -224,6 +225,22 @@ void add_replay(CLI::App& app, tovu::ReplayOptions& options) {
     command->add_option("plugin", options.plugin, "Plug-in library that replaces the smoke or, without one, the first");
 }
 
+int run_trace(const tovu::TraceOptions& options) {
+    const stage::Result<std::string> table = tovu::trace_scene(options);
+    if (!table) return fail(table.error().message);
+    std::fputs(table->c_str(), stdout);
+    return 0;
+}
+
+void add_trace(CLI::App& app, tovu::TraceOptions& options) {
+    CLI::App* command = app.add_subcommand("trace", "Show what each frame of a scene takes");
+    command->add_option("scene", options.scene, "Scene file")->required();
+    command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
+    command->add_option("--json", options.json,
+                        "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
+    command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
+}
+
 void add_validate(CLI::App& app, tovu::ValidateOptions& options) {
     CLI::App* command = app.add_subcommand("validate", "Check a plug-in against the contract");
     command->add_option("plugin", options.plugin, "Library file, or a name that scenes take; the smoke when left out");
@@ -251,8 +268,9 @@ int run(int argc, char** argv) {
     tovu::RenderOptions render;
     RenderTalk talk;
     tovu::ReplayOptions replay;
+    tovu::TraceOptions trace;
     tovu::ValidateOptions validate;
-    hash.plugin = lint.plugin = record.plugin = render.plugin = tovu::smoke_plugin_file();
+    hash.plugin = lint.plugin = record.plugin = render.plugin = trace.plugin = tovu::smoke_plugin_file();
     add_bake(app);
     add_docs(app, docs);
     add_hash(app, hash);
@@ -262,10 +280,11 @@ int run(int argc, char** argv) {
     add_record(app, record);
     add_render(app, render, talk);
     add_replay(app, replay);
+    add_trace(app, trace);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "record", "replay",   "params", "looks",
-                                               "bake",   "docs", "lint",   "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "record", "replay", "params",   "looks",
+                                               "bake",   "docs", "lint",   "trace",  "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -285,6 +304,7 @@ int run(int argc, char** argv) {
     if (app.got_subcommand("replay")) return run_replay(replay);
     if (app.got_subcommand("params")) return run_params(params);
     if (app.got_subcommand("render")) return run_render(render, talk);
+    if (app.got_subcommand("trace")) return run_trace(trace);
     if (app.got_subcommand("validate")) return run_validate(validate);
     std::fputs(app.help().c_str(), stdout);
     return 0;

@@ -85,8 +85,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
         run.built.stage->profile.sink = [&sections](const stage::TraceSpan& span) {
-            sections.push_back(
-                {std::string(span.event), std::string(span.container), span.start_seconds, span.duration_seconds});
+            sections.push_back(stage::trace_section(span));
         };
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();

@@ -11,6 +11,10 @@ constexpr double kMicrosecondsPerSecond = 1e6;
 
 }  // namespace
 
+TraceSection trace_section(const TraceSpan& span) {
+    return {std::string(span.event), std::string(span.container), span.start_seconds, span.duration_seconds};
+}
+
 Result<Done> write_trace(const std::filesystem::path& path, std::span<const TraceSection> sections) {
     using Json = nlohmann::ordered_json;
     Json events = Json::array();

@@ -1,5 +1,6 @@
 #include "digest.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "fnv1a.h"
@@ -116,6 +117,16 @@ Result<FieldTables> read_field_tables() {
 
 uint64_t state_digest(const Instance& instance, const FieldTable& table) {
     return digest_state(instance, table).value;
+}
+
+int64_t live_records(const Instance& instance, const FieldTable& table) {
+    const auto list = std::ranges::find(table.block, FieldType::kList, &Field::type);
+    const auto link = std::ranges::find(table.record, FieldType::kLink, &Field::type);
+    if (list == table.block.end() || link == table.record.end()) return 0;
+    int64_t count = 0;
+    for (const std::byte* record = value_at<const std::byte*>(instance.block + list->offset); record; ++count)
+        record = value_at<const std::byte*>(record + link->offset);
+    return count;
 }
 
 uint64_t frame_digest(const Stage& stage, const FieldTables& tables) {

@@ -23,6 +23,9 @@ STAGE_EXPORT Result<FieldTables> read_field_tables();
 /// count.
 STAGE_EXPORT uint64_t state_digest(const Instance& instance, const FieldTable& table);
 
+/// The records on the first list of an instance: its live particles. 0 for a plug-in without a table.
+STAGE_EXPORT int64_t live_records(const Instance& instance, const FieldTable& table);
+
 /// The digest of a frame that has run: of every instance, in tree order, the name of its container, its state and the
 /// bounding box that it sent last.
 STAGE_EXPORT uint64_t frame_digest(const Stage& stage, const FieldTables& tables);

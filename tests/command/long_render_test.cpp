@@ -34,4 +34,18 @@ TEST_F(LongRender, AFullDiskEndsItAndLeavesNoFile) {
     }
 }
 
+TEST_F(LongRender, TraceTellsTheTimesAndCountsOfFrames) {
+    const Outcome traced = run("trace tiny.toml --frames 2-9 --json trace.json");
+    ASSERT_EQ(0, traced.status) << traced.errors;
+    for (const char* row : {"simulate the frame", "draw the frame", "step +smoke", "pass +smoke",
+                            "section qsort +smoke", "section Sort +smoke"})
+        EXPECT_THAT(traced.output,
+                    testing::ContainsRegex("\n" + std::string(row) + " ( +[0-9]+\\.[0-9]{3}){4} +[2-9]\n"));
+    EXPECT_THAT(traced.output, testing::ContainsRegex("\nhost calls ( +[1-9][0-9]*){4} +[2-9]\n"));
+    // 4 births a frame, of which none dies within ten frames.
+    EXPECT_THAT(traced.output, testing::ContainsRegex("\nparticles +smoke +24 +40 +40 +40 +9\n"));
+    EXPECT_EQ(8 * 4, nlohmann::json::parse(bytes("trace.json")).at("traceEvents").size());
+    expect_mistake("trace tiny.toml --json no/t.json", "--json no/t.json: there is no folder 'no'");
+}
+
 }  // namespace
