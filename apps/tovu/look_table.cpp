@@ -9,7 +9,6 @@
 #include "stage/names.h"
 #include "stage/scenefile/look_file.h"
 #include "stage/scenefile/scene_rate.h"
-#include "stage/scenefile/scene_reader.h"
 
 namespace tovu {
 
@@ -79,13 +78,13 @@ toml::array* layers_of(toml::table& look) {
 }
 
 // The container's table by its name, in an array of containers or nested in one of them.
-toml::table* find_container_table(toml::array* containers, const std::string& name) {
+const toml::table* find_container_table(const toml::array* containers, const std::string& name) {
     if (containers == nullptr) return nullptr;
-    for (toml::node& node : *containers) {
-        toml::table* table = node.as_table();
+    for (const toml::node& node : *containers) {
+        const toml::table* table = node.as_table();
         if (table == nullptr) continue;
         if ((*table)["name"].value<std::string>() == name) return table;
-        if (toml::table* nested = find_container_table((*table)["container"].as_array(), name)) return nested;
+        if (const toml::table* nested = find_container_table((*table)["container"].as_array(), name)) return nested;
     }
     return nullptr;
 }
@@ -310,23 +309,21 @@ Result<Done> retime_look(toml::table& look, const std::filesystem::path& file, d
     return Done{};
 }
 
-Result<toml::table> look_of_container(const std::filesystem::path& scene_file, const std::string& container,
-                                      const stage::Plugin& smoke, std::vector<std::string>& warnings) {
-    const Result<stage::SceneDescription> scene = stage::load_scene_file(scene_file);
-    if (!scene) return scene.error();
-    toml::table table = parsed_file(scene_file);
+Result<toml::table> look_of_container(const stage::SceneDescription& scene, const toml::table& table,
+                                      const std::string& container, const stage::Plugin& smoke,
+                                      std::vector<std::string>& warnings) {
     const toml::table* found = find_container_table(table["container"].as_array(), container);
     if (found == nullptr) {
         std::vector<std::string> names;
-        for (const stage::ContainerDescription& one : scene->containers) {
+        for (const stage::ContainerDescription& one : scene.containers) {
             if (one.look_container < 0) names.push_back(one.name);
         }
-        return Error{fmt::format("{}: unknown container '{}': {}", scene_file.string(), container,
+        return Error{fmt::format("{}: unknown container '{}': {}", scene.file.string(), container,
                                  stage::name_hint(container, names))};
     }
     toml::table look;
     if (found->contains("look")) {
-        Result<toml::table> changed = changed_look(*found, *scene, scene_file.parent_path(), smoke, warnings);
+        Result<toml::table> changed = changed_look(*found, scene, scene.file.parent_path(), smoke, warnings);
         if (!changed) return changed;
         look = std::move(*changed);
     } else {
@@ -340,12 +337,12 @@ Result<toml::table> look_of_container(const std::filesystem::path& scene_file, c
     });
     if (!has_smoke)
         return Error{
-            fmt::format("{}: neither '{}' nor a container nested in it carries smoke", scene_file.string(), container)};
-    if (const Result<Done> checked = check_names(layers, *scene, smoke); !checked)
-        return Error{fmt::format("{}: {}", scene_file.string(), checked.error().message)};
+            fmt::format("{}: neither '{}' nor a container nested in it carries smoke", scene.file.string(), container)};
+    if (const Result<Done> checked = check_names(layers, scene, smoke); !checked)
+        return Error{fmt::format("{}: {}", scene.file.string(), checked.error().message)};
     for (toml::node& layer : layers) leave_out_defaults(*layer.as_table(), smoke);
-    look.insert_or_assign("purpose", fmt::format("'{}' of {}", container, scene_file.filename().string()));
-    put_number(look, "rate", scene->frame_rate);
+    look.insert_or_assign("purpose", fmt::format("'{}' of {}", container, scene.file.filename().string()));
+    put_number(look, "rate", scene.frame_rate);
     if (const Result<Done> added = add_images(look, table, *found); !added) return added.error();
     return look;
 }

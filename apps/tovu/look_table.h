@@ -10,6 +10,7 @@
 
 #include "stage/plugins/plugin.h"
 #include "stage/result.h"
+#include "stage/scenefile/scene_description.h"
 
 namespace tovu {
 
@@ -24,11 +25,12 @@ void move_files(toml::table& look, const std::filesystem::path& from, const std:
 stage::Result<stage::Done> retime_look(toml::table& look, const std::filesystem::path& file, double frame_rate,
                                        const stage::Plugin& smoke, std::vector<std::string>& warnings);
 
-/// A look made of the container of a scene, which must be right: the container itself, those nested in it, and the
-/// layers of its look with what the scene changes. Parameters that equal their default are left out. The error says why
-/// nothing can be made of the container.
-stage::Result<toml::table> look_of_container(const std::filesystem::path& scene, const std::string& container,
-                                             const stage::Plugin& smoke, std::vector<std::string>& warnings);
+/// A look made of the container of a scene that has been read from `table`: the container itself, those nested in it,
+/// and the layers of its look with what the scene changes. Parameters that equal their default are left out. File names
+/// stay relative to the scene's folder. The error says why nothing can be made of the container.
+stage::Result<toml::table> look_of_container(const stage::SceneDescription& scene, const toml::table& table,
+                                             const std::string& container, const stage::Plugin& smoke,
+                                             std::vector<std::string>& warnings);
 
 /// The text of a look file: parameters in the order of their registration.
 std::string look_text(const toml::table& look, const stage::Plugin& smoke);

@@ -12,6 +12,7 @@
 #include "stage/output/whole_file.h"
 #include "stage/scene/stage.h"
 #include "stage/scenefile/look_file.h"
+#include "stage/scenefile/scene_reader.h"
 
 namespace tovu {
 
@@ -75,9 +76,11 @@ Result<Done> list_looks(const PrintLine& print) {
 Result<Done> save_look(const LooksOptions& options, const PrintLine& print, const PrintLine& warn) {
     const Result<const stage::Plugin*> smoke = load_smoke();
     if (!smoke) return smoke.error();
+    const Result<stage::SceneDescription> read = stage::load_scene_file(options.scene);
+    if (!read) return read.error();
     const std::filesystem::path scene = options.scene;
     std::vector<std::string> warnings;
-    Result<toml::table> look = look_of_container(scene, options.container, **smoke, warnings);
+    Result<toml::table> look = look_of_container(*read, parsed_file(scene), options.container, **smoke, warnings);
     if (!look) return look.error();
     std::filesystem::path file = options.output;
     std::error_code error;

@@ -11,7 +11,9 @@
 
 #include "../stage/temporary_folder.h"
 #include "apps/studio/document/autosave.h"
+#include "apps/studio/document/save_look.h"
 #include "random_seed.h"
+#include "stage/scene/stage.h"
 #include "stage/scenefile/look_file.h"
 #include "stage/scenefile/scene_reader.h"
 
@@ -188,6 +190,30 @@ TEST(Document, ALookIsRunAsASceneOfItsLayers) {
         ASSERT_TRUE(fresh);
         EXPECT_TRUE(stage::read_scene(scene_text(*fresh), scene_file(*fresh)));
     }
+}
+
+TEST(Document, SavesALookOfWhatIsShown) {
+    const TemporaryFolder folder;
+    const auto host = stage::make_stage();
+    const auto loaded = stage::load_plugin(*host, TOVU_SMOKE_PLUGIN);
+    ASSERT_TRUE(loaded);
+    Document document = document_of(kScene);
+    document.folder = folder.path();
+    set(document, "fire.embers", "birth_rate", 7.0);
+    const LookToSave look{"fire.embers", "A \"fire\".", folder.path() / "my" / "fire.toml"};
+    ASSERT_TRUE(save_look(document, look, stage::plugin(*loaded)));
+    const auto saved = stage::load_look_file(look.file);
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_EQ(look.purpose, saved->purpose);
+    EXPECT_EQ(50.0, saved->rate) << "the scene's";
+    const auto embers = std::find_if(saved->layers.begin(), saved->layers.end(),
+                                     [](const auto& layer) { return layer.name == "embers"; });
+    ASSERT_NE(embers, saved->layers.end());
+    const auto is_rate = [](const auto& setting) { return setting.name == "birth_rate"; };
+    const auto rate = std::find_if(embers->parameters.begin(), embers->parameters.end(), is_rate);
+    ASSERT_NE(rate, embers->parameters.end());
+    EXPECT_EQ(ParameterValue(7), rate->value);
+    EXPECT_FALSE(save_look(document, look, stage::plugin(*loaded))) << "the file is there";
 }
 
 TEST(Document, SurvivesACrash) {
