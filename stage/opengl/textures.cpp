@@ -40,13 +40,45 @@ GLint sized_format(PictureFormat format) {
     return GL_RGBA8;
 }
 
-void set_sampling() {
+void set_sampling(bool mipmaps) {
     // Linear between mipmaps as well takes a quarter more time for a frame of soft sprites on a software renderer, and
     // does not look better.
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, mipmaps ? GL_LINEAR_MIPMAP_NEAREST : GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+}
+
+// Makes the texture when it is empty.
+Result<Done> fill_texture(Texture& texture, const Picture& picture, bool mipmaps) {
+    if (const Result<Done> checked = check_picture(picture); !checked) return checked.error();
+    take_opengl_errors();  // errors from before this call
+
+    glPushAttrib(GL_TEXTURE_BIT);
+    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+    if (texture.number() == 0) {
+        GLuint number = 0;
+        glGenTextures(1, &number);
+        texture = Texture(number);
+    }
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, texture.number());
+    set_sampling(mipmaps);
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
+    glTexImage2D(GL_TEXTURE_2D, 0, sized_format(picture.format), picture.width, picture.height, 0,
+                 static_cast<GLenum>(picture.format), GL_UNSIGNED_BYTE, picture.bytes.data());
+    if (mipmaps) glGenerateMipmap(GL_TEXTURE_2D);
+    glPopClientAttrib();
+    glPopAttrib();
+
+    if (const auto errors = take_opengl_errors(); !errors.empty())
+        return Error{fmt::format("a texture of {} x {} pixels cannot be made: {}", picture.width, picture.height,
+                                 errors.front())};
+    return Done{};
 }
 
 }  // namespace
@@ -56,32 +88,14 @@ Texture::~Texture() {
 }
 
 Result<Texture> make_texture(const Picture& picture) {
-    if (const Result<Done> checked = check_picture(picture); !checked) return checked.error();
-    take_opengl_errors();  // errors from before this call
-
-    glPushAttrib(GL_TEXTURE_BIT);
-    glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
-    GLuint number = 0;
-    glGenTextures(1, &number);
-    Texture texture(number);
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, number);
-    set_sampling();
-    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-    glTexImage2D(GL_TEXTURE_2D, 0, sized_format(picture.format), picture.width, picture.height, 0,
-                 static_cast<GLenum>(picture.format), GL_UNSIGNED_BYTE, picture.bytes.data());
-    glGenerateMipmap(GL_TEXTURE_2D);
-    glPopClientAttrib();
-    glPopAttrib();
-
-    if (const auto errors = take_opengl_errors(); !errors.empty())
-        return Error{fmt::format("a texture of {} x {} pixels cannot be made: {}", picture.width, picture.height,
-                                 errors.front())};
+    Texture texture;
+    const Result<Done> filled = fill_texture(texture, picture, true);
+    if (!filled) return filled.error();
     return texture;
+}
+
+Result<Done> replace_texture(Texture& texture, const Picture& picture) {
+    return fill_texture(texture, picture, false);
 }
 
 }  // namespace stage

@@ -33,4 +33,7 @@ class STAGE_EXPORT Texture {
 /// larger than the renderer takes.
 STAGE_EXPORT Result<Texture> make_texture(const Picture& picture);
 
+/// Shows another picture in a texture, without mipmaps; makes the texture when it is empty. Errors as for make_texture.
+STAGE_EXPORT Result<Done> replace_texture(Texture& texture, const Picture& picture);
+
 }  // namespace stage

@@ -101,16 +101,29 @@ bool shows_shapes(const SceneDescription& scene) {
     return false;
 }
 
+Result<Framebuffer> make_frame(const SceneDescription& scene) {
+    return Framebuffer::create(scene.size[0], scene.size[1],
+                               scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16,
+                               shows_shapes(scene) ? scene.samples : 1);
+}
+
 }  // namespace
 
 Result<SceneCanvas> make_canvas(const SceneDescription& scene) {
     Result<OpenGlContext> context = OpenGlContext::create();
     if (!context) return context.error();
-    Result<Framebuffer> frame =
-        Framebuffer::create(scene.size[0], scene.size[1], scene.bits == 8 ? FrameDepth::kBytes : FrameDepth::kFloat16,
-                            shows_shapes(scene) ? scene.samples : 1);
+    Result<Framebuffer> frame = make_frame(scene);
     if (!frame) return frame.error();
     return SceneCanvas{std::move(*context), std::move(*frame), {}, false};
+}
+
+Result<Done> reuse_canvas(SceneCanvas& canvas, const SceneDescription& scene) {
+    if (Result<Done> current = canvas.context.make_current(); !current) return current;
+    canvas.textures.clear();
+    Result<Framebuffer> frame = make_frame(scene);
+    if (!frame) return frame.error();
+    canvas.frame = std::move(*frame);
+    return Done{};
 }
 
 Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene) {

@@ -30,6 +30,9 @@ struct SceneCanvas {
 /// seen; for smoke alone they cost time and change nothing.
 STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
 
+/// Prepares a canvas for another built scene: a frame as make_canvas makes it, no textures, the same context.
+STAGE_EXPORT Result<Done> reuse_canvas(SceneCanvas& canvas, const SceneDescription& scene);
+
 /// Draws the frame that was run last: the background, then every container that is shown, in tree order. Returns when
 /// the renderer has drawn it. A canvas serves one built scene: it keeps the textures of that scene's images.
 /// Fails when an image is no texture; what plug-ins do wrong with OpenGL goes to the Stage's complaints.
