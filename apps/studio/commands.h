@@ -1,0 +1,102 @@
+// What panels and keys ask for. Panels read the state and return commands; studio.cpp carries them out.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "document/autosave.h"
+#include "document/document.h"
+#include "player.h"
+
+namespace tovu {
+
+struct OpenScene {
+    std::filesystem::path file;
+};
+struct NewFromLook {
+    std::string look;  // its name
+};
+struct TakeRecovery {
+    Recovery recovery;
+};
+struct DiscardRecovery {
+    Recovery recovery;
+};
+struct ShowGallery {};
+
+struct SelectContainer {
+    std::string container;
+};
+struct ShowParameter {  // selects the container, scrolls to the parameter and marks it
+    std::string container;
+    std::string parameter;
+};
+struct SetParameter {
+    std::string container;
+    std::string parameter;
+    stage::ParameterValue value;
+};
+struct ResetParameter {
+    std::string container;
+    std::string parameter;
+};
+struct ResetParameters {
+    std::string container;
+};
+struct SetKeys {  // of the scene, as one step of undo
+    std::string label;
+    std::vector<std::pair<KeyPath, std::string>> values;  // TOML on one line; empty: remove the key
+};
+struct BeginChange {  // until EndChange all edits are one step of undo
+    std::string label;
+};
+struct EndChange {};
+
+struct Undo {};
+struct Redo {};
+struct ShowState {
+    size_t state;  // 0: A, 1: B
+};
+struct CopyToOtherState {};
+struct Save {
+    bool overwrite = false;
+};
+struct SaveAs {
+    std::filesystem::path file;
+    bool overwrite = false;
+};
+
+struct SetPlaying {
+    bool playing;
+};
+struct Seek {
+    int64_t frame;
+};
+struct CancelSeek {};
+struct SetSpeed {
+    double speed;
+};
+struct SetLoop {
+    bool loop;
+    FrameRange range;
+};
+struct SetView {
+    ViewOrders view;
+};
+struct SetFullscreen {
+    bool fullscreen;
+};
+struct SetTextSize {
+    float factor;  // 0.5 to 3
+};
+struct Quit {};
+
+using Command = std::variant<OpenScene, NewFromLook, TakeRecovery, DiscardRecovery, ShowGallery, SelectContainer,
+                             ShowParameter, SetParameter, ResetParameter, ResetParameters, SetKeys, BeginChange,
+                             EndChange, Undo, Redo, ShowState, CopyToOtherState, Save, SaveAs, SetPlaying, Seek,
+                             CancelSeek, SetSpeed, SetLoop, SetView, SetFullscreen, SetTextSize, Quit>;
+using Commands = std::vector<Command>;
+
+}  // namespace tovu

@@ -1,0 +1,42 @@
+// The gallery: looks and scenes with small pictures, which the player draws and the user's cache keeps.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "document/autosave.h"
+#include "panels.h"
+#include "player.h"
+#include "stage/opengl/textures.h"
+
+namespace tovu {
+
+struct GalleryEntry {
+    std::string name;
+    std::string purpose;  // one line
+    std::filesystem::path file;
+    bool is_look = false;
+    std::filesystem::path cached;  // the picture's file in the cache; its name is a digest of what it shows
+    stage::Texture texture;        // empty until it is there
+    std::string mistake;           // why there is no picture
+};
+
+struct Gallery {
+    std::vector<GalleryEntry> entries;  // looks, then scenes
+    std::vector<Recovery> recoveries;   // what crashes left
+    bool is_ordered = false;            // the pictures that the cache lacks were ordered
+};
+
+/// Lists the looks that come along and the scenes of a folder, and loads the pictures that the cache has.
+Gallery make_gallery(const std::filesystem::path& scenes_folder);
+
+/// Orders the pictures that are missing, the first time.
+void order_thumbnails(Gallery& gallery, Player& player);
+
+/// Takes pictures that the player has drawn, and writes them into the cache.
+void take_thumbnails(Gallery& gallery, std::vector<Thumbnail> thumbnails);
+
+void gallery_panel(PanelFrame& frame, const Gallery& gallery, const Area& area);
+
+}  // namespace tovu

@@ -1,0 +1,25 @@
+#include "panels.h"
+
+namespace tovu {
+
+void mark(Targets& targets, const std::string& name) {
+    if (!targets.wanted) return;
+    const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
+    targets.places[name] = {low.x, low.y, high.x, high.y};
+}
+
+void begin_panel(const char* name, const Area& area, bool scrolls) {
+    ImGui::SetNextWindowPos({area.x, area.y});
+    ImGui::SetNextWindowSize({area.width, area.height});
+    ImGuiWindowFlags flags = ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoMove |
+                             ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoBringToFrontOnFocus;
+    if (!scrolls) flags |= ImGuiWindowFlags_NoScrollbar | ImGuiWindowFlags_NoScrollWithMouse;
+    ImGui::Begin(name, nullptr, flags);
+}
+
+void bracket_change(PanelFrame& frame, const std::string& label) {
+    if (ImGui::IsItemActivated()) frame.commands.push_back(BeginChange{label});
+    if (ImGui::IsItemDeactivated()) frame.commands.push_back(EndChange{});
+}
+
+}  // namespace tovu

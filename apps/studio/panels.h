@@ -1,0 +1,79 @@
+// What all panels share: they read the studio, return commands, and keep only what ImGui needs between two frames.
+#pragma once
+
+#include <imgui.h>
+#include <imgui_stdlib.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "parameter_states.h"
+#include "studio.h"
+
+namespace tovu {
+
+/// Where things are in the window, for scripts.
+struct Targets {
+    bool wanted = false;
+    std::map<std::string, ImVec4> places;  // left, top, right, bottom: pixels of this frame
+};
+
+/// Names the item that ImGui was told last.
+void mark(Targets& targets, const std::string& name);
+
+enum class Backdrop { kScene, kCheckerboard, kColour, kPicture };
+
+/// What panels keep between frames.
+struct PanelMemory {
+    // Parameters.
+    std::string search;
+    bool wants_search = false;  // focus the search field
+    std::string help;           // of what is under the pointer or in focus
+    uint64_t states_revision = 0;
+    const SceneFacts* states_facts = nullptr;
+    std::string states_container;
+    std::vector<ParameterStates> states;
+    // Picture.
+    Backdrop backdrop = Backdrop::kScene;
+    std::array<float, 3> backdrop_color = {0.25f, 0.3f, 0.38f};
+    bool safe_areas = false;
+    float pivot_distance = 0;  // of the orbit, from the camera; 0: not chosen yet
+    float zoom = 1;            // of the picture on screen
+    // Windows over the others.
+    bool shows_keys = false;
+    bool shows_save_as = false;
+    std::string save_as;
+};
+
+struct PanelFrame {
+    const Studio& studio;
+    PanelMemory& memory;
+    Commands& commands;
+    Targets& targets;
+};
+
+/// A part of the window, pixels.
+struct Area {
+    float x, y, width, height;
+};
+
+/// Begins a panel that fills an area. End with ImGui::End().
+void begin_panel(const char* name, const Area& area, bool scrolls = true);
+
+/// After an item that changes one thing by dragging or typing: begins and ends its step of undo.
+void bracket_change(PanelFrame& frame, const std::string& label);
+
+void top_bar(PanelFrame& frame, const Area& area);
+void parameter_panel(PanelFrame& frame, const Area& area);
+void transport_panel(PanelFrame& frame, const Area& area);
+void numbers_panel(PanelFrame& frame, const Area& area, const std::string& renderer);
+void surprises_panel(PanelFrame& frame, const Area& area);
+void keys_window(PanelFrame& frame);
+void save_as_window(PanelFrame& frame);
+
+/// Commands of the keys that were pressed in this frame.
+void take_keys(PanelFrame& frame);
+
+}  // namespace tovu

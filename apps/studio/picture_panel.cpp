@@ -1,0 +1,226 @@
+#include "picture_panel.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "orbit.h"
+#include "theme.h"
+
+namespace tovu {
+
+namespace {
+
+constexpr float kDegreesPerPixel = 0.3f;
+constexpr float kWheelFactor = 0.88f;
+
+ImTextureID id_of(const stage::Texture& texture) {
+    return reinterpret_cast<ImTextureID>(static_cast<uintptr_t>(texture.number()));
+}
+
+// The picture in the middle of an area, as large as fits.
+Area fit(const Area& area, const std::array<int32_t, 2>& size) {
+    const auto width = static_cast<float>(size[0]), height = static_cast<float>(size[1]);
+    const float factor = std::min(area.width / width, area.height / height);
+    const float w = std::max(1.0f, std::floor(width * factor)), h = std::max(1.0f, std::floor(height * factor));
+    return {std::floor(area.x + (area.width - w) / 2), std::floor(area.y + (area.height - h) / 2), w, h};
+}
+
+void draw_checkerboard(ImDrawList* list, const Area& area) {
+    const float cell = std::max(8.0f, ImGui::GetFontSize());
+    list->AddRectFilled({area.x, area.y}, {area.x + area.width, area.y + area.height}, IM_COL32(92, 92, 92, 255));
+    for (int row = 0; static_cast<float>(row) * cell < area.height; ++row)
+        for (int column = row % 2; static_cast<float>(column) * cell < area.width; column += 2) {
+            const float x = static_cast<float>(column) * cell, y = static_cast<float>(row) * cell;
+            list->AddRectFilled({area.x + x, area.y + y},
+                                {area.x + std::min(x + cell, area.width), area.y + std::min(y + cell, area.height)},
+                                IM_COL32(128, 128, 128, 255));
+        }
+}
+
+void draw_backdrop(PanelFrame& frame, const ShownPictures& pictures, ImDrawList* list, const Area& area) {
+    const PanelMemory& memory = frame.memory;
+    const ImVec2 low{area.x, area.y}, high{area.x + area.width, area.y + area.height};
+    if (memory.backdrop == Backdrop::kCheckerboard) draw_checkerboard(list, area);
+    if (memory.backdrop == Backdrop::kScene) list->AddRectFilled(low, high, IM_COL32(0, 0, 0, 255));
+    if (memory.backdrop == Backdrop::kColour)
+        list->AddRectFilled(low, high,
+                            ImColor(memory.backdrop_color[0], memory.backdrop_color[1], memory.backdrop_color[2]));
+    if (memory.backdrop == Backdrop::kPicture && pictures.backdrop.number() != 0)
+        list->AddImage(id_of(pictures.backdrop), low, high, {0, 1}, {1, 0});
+}
+
+// EBU R 95: graphics stay within 90 % of width and height, action within 93 %.
+void draw_safe_areas(ImDrawList* list, const Area& area) {
+    for (const float margin : {0.05f, 0.035f})
+        list->AddRect({area.x + area.width * margin, area.y + area.height * margin},
+                      {area.x + area.width * (1 - margin), area.y + area.height * (1 - margin)}, kGuide);
+    const float x = area.x + area.width / 2, y = area.y + area.height / 2, arm = ImGui::GetFontSize();
+    list->AddLine({x - arm, y}, {x + arm, y}, kGuide);
+    list->AddLine({x, y - arm}, {x, y + arm}, kGuide);
+}
+
+void draw_boxes(const DrawnFrame& drawn, ImDrawList* list, const Area& area) {
+    for (const ShownBox& box : drawn.boxes) {
+        for (size_t corner = 0; corner < box.corners.size(); ++corner)
+            for (const size_t axis : {size_t{1}, size_t{2}, size_t{4}}) {
+                if ((corner & axis) != 0) continue;
+                const auto &a = box.corners[corner], &b = box.corners[corner | axis];
+                list->AddLine({area.x + a[0] * area.width, area.y + a[1] * area.height},
+                              {area.x + b[0] * area.width, area.y + b[1] * area.height}, kAccent);
+            }
+        list->AddText({area.x + box.corners[2][0] * area.width, area.y + box.corners[2][1] * area.height}, kAccent,
+                      box.container.c_str());
+    }
+}
+
+// Orbit with the left button, shift with the middle one or with Shift, zoom with the wheel.
+void move_camera(PanelFrame& frame, const Area& area) {
+    const ImGuiIO& io = ImGui::GetIO();
+    const stage::CameraDescription& described = frame.studio.scene->camera;
+    ViewOrders view = frame.studio.orders.view;
+    stage::Camera camera = view.camera ? *view.camera : camera_of(described);
+    float& distance = frame.memory.pivot_distance;
+    if (!view.camera) distance = distance_looked_at(described);
+    const bool held = ImGui::IsItemActive() && (io.MouseDelta.x != 0 || io.MouseDelta.y != 0);
+    const bool wheeled = ImGui::IsItemHovered() && io.MouseWheel != 0;
+    if (held && (ImGui::IsMouseDown(ImGuiMouseButton_Middle) || io.KeyShift)) {
+        const float units = 2.0f * distance * std::tan(camera.field_of_view_degrees * 0.00872665f) / area.height;
+        shift(camera, -io.MouseDelta.x * units, io.MouseDelta.y * units);
+    } else if (held) {
+        orbit(camera, distance, -io.MouseDelta.x * kDegreesPerPixel, -io.MouseDelta.y * kDegreesPerPixel);
+    }
+    if (wheeled) distance = approach(camera, distance, std::pow(kWheelFactor, io.MouseWheel));
+    if (!held && !wheeled) return;
+    view.camera = camera;
+    frame.commands.push_back(SetView{view});
+}
+
+std::string triple_text(const Vector3& v) {
+    return fmt::format("[{:.6g}, {:.6g}, {:.6g}]", v.x, v.y, v.z);
+}
+
+// Writes the view's camera into the scene.
+SetKeys camera_keys(const stage::Camera& camera, const stage::CameraDescription& described, float distance) {
+    SetKeys keys{"camera", {{{{"camera"}, {"position"}}, triple_text(camera.position)}}};
+    if (described.look_at) {
+        const Vector3 direction = stage::view_direction(camera);
+        const Vector3 target{camera.position.x + direction.x * distance, camera.position.y + direction.y * distance,
+                             camera.position.z + direction.z * distance};
+        keys.values.push_back({{{"camera"}, {"look_at"}}, triple_text(target)});
+        return keys;
+    }
+    keys.values.push_back({{{"camera"}, {"pan"}}, fmt::format("{:.6g}", std::remainder(camera.pan_degrees, 360.0f))});
+    keys.values.push_back({{{"camera"}, {"tilt"}}, fmt::format("{:.6g}", camera.tilt_degrees)});
+    return keys;
+}
+
+bool toggle(PanelFrame& frame, const char* label, const char* tip, bool is_on) {
+    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
+    const bool pressed = ImGui::Button(label);
+    if (is_on) ImGui::PopStyleColor();
+    mark(frame.targets, label);
+    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", tip);
+    ImGui::SameLine();
+    return pressed;
+}
+
+void choose_backdrop(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    constexpr const char* kNames[] = {"Black", "Checkerboard", "Colour", "Picture"};
+    ImGui::SetNextItemWidth(ImGui::GetFontSize() * 8.5f);
+    auto chosen = static_cast<int>(memory.backdrop);
+    if (ImGui::Combo("##behind", &chosen, kNames, IM_ARRAYSIZE(kNames)))
+        memory.backdrop = static_cast<Backdrop>(chosen);
+    mark(frame.targets, "behind");
+    if (ImGui::IsItemHovered()) ImGui::SetTooltip("what is behind a scene with a transparent background");
+    ImGui::SameLine();
+    if (memory.backdrop != Backdrop::kColour) return;
+    ImGui::ColorEdit3("##behind colour", memory.backdrop_color.data(), ImGuiColorEditFlags_NoInputs);
+    ImGui::SameLine();
+}
+
+void picture_tools(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    ViewOrders view = frame.studio.orders.view;
+    if (toggle(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", memory.safe_areas))
+        memory.safe_areas = !memory.safe_areas;
+    if (toggle(frame, "Forces", "plug-ins draw what moves the particles (F)", view.forces)) {
+        view.forces = !view.forces;
+        frame.commands.push_back(SetView{view});
+    }
+    if (toggle(frame, "Bounds", "the boxes that plug-ins report (B)", view.boxes)) {
+        view.boxes = !view.boxes;
+        frame.commands.push_back(SetView{view});
+    }
+    if (toggle(frame, "On air", "plug-ins are told that the picture goes out live: no aids (A)", view.on_air)) {
+        view.on_air = !view.on_air;
+        frame.commands.push_back(SetView{view});
+    }
+    if (frame.studio.scene && !frame.studio.scene->background) choose_backdrop(frame);
+    if (!view.camera) return ImGui::NewLine();
+    if (toggle(frame, "Scene camera", "back to the camera of the scene (C)", false)) {
+        view.camera.reset();
+        frame.commands.push_back(SetView{view});
+    }
+    if (toggle(frame, "Keep this view", "the scene's camera becomes this one", false)) {
+        frame.commands.push_back(
+            camera_keys(*frame.studio.orders.view.camera, frame.studio.scene->camera, memory.pivot_distance));
+        view.camera.reset();
+        frame.commands.push_back(SetView{view});
+    }
+    ImGui::NewLine();
+}
+
+void show_mistakes(const Studio& studio, ImDrawList* list, const Area& area) {
+    const std::string& error = !studio.scene_error.empty() ? studio.scene_error : studio.report.error;
+    if (error.empty()) return;
+    const std::string text = "The scene cannot be played as it is written:\n" + error;
+    const float pad = ImGui::GetFontSize() * 0.6f;
+    const float width = area.width - 4 * pad;
+    const ImVec2 size = ImGui::CalcTextSize(text.c_str(), nullptr, false, width);
+    const ImVec2 low{area.x + pad, area.y + pad};
+    list->AddRectFilled(low, {low.x + size.x + 2 * pad, low.y + size.y + 2 * pad}, IM_COL32(60, 22, 22, 235), 4.0f);
+    list->AddText(ImGui::GetFont(), ImGui::GetFontSize(), {low.x + pad, low.y + pad}, kMistake, text.c_str(), nullptr,
+                  width);
+}
+
+}  // namespace
+
+stage::Result<stage::Done> follow_frame(ShownPictures& pictures, const Studio& studio) {
+    const auto& drawn = studio.report.drawn;
+    if (drawn == nullptr || drawn == pictures.in_frame) return stage::Done{};
+    pictures.in_frame = drawn;
+    return stage::replace_texture(pictures.frame, drawn->picture);
+}
+
+void picture_panel(PanelFrame& frame, ShownPictures& pictures, const Area& area, bool bare) {
+    ImGui::PushStyleColor(ImGuiCol_WindowBg, bare ? IM_COL32(0, 0, 0, 255) : kWell);
+    if (bare) ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, {0, 0});
+    begin_panel("Picture", area, false);
+    const bool has_scene = frame.studio.scene != nullptr;
+    if (!bare && has_scene) picture_tools(frame);
+    const ImVec2 start = ImGui::GetCursorScreenPos(), size = ImGui::GetContentRegionAvail();
+    if (has_scene && size.x >= 1 && size.y >= 1) {
+        ImGui::InvisibleButton("picture", size, ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle);
+        mark(frame.targets, "picture");
+        const Area shown = fit({start.x, start.y, size.x, size.y}, frame.studio.scene->size);
+        ImDrawList* list = ImGui::GetWindowDrawList();
+        draw_backdrop(frame, pictures, list, shown);
+        if (pictures.frame.number() != 0)
+            list->AddImage(id_of(pictures.frame), {shown.x, shown.y}, {shown.x + shown.width, shown.y + shown.height},
+                           {0, 1}, {1, 0});
+        if (frame.memory.safe_areas && !bare) draw_safe_areas(list, shown);
+        if (pictures.in_frame && !bare) draw_boxes(*pictures.in_frame, list, shown);
+        show_mistakes(frame.studio, list, {start.x, start.y, size.x, size.y});
+        move_camera(frame, shown);
+    } else if (!frame.studio.scene_error.empty()) {
+        show_mistakes(frame.studio, ImGui::GetWindowDrawList(), {start.x, start.y, size.x, size.y});
+    }
+    ImGui::End();
+    if (bare) ImGui::PopStyleVar();
+    ImGui::PopStyleColor();
+}
+
+}  // namespace tovu

@@ -1,0 +1,348 @@
+#include "player.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "stage/scenefile/timeline.h"
+
+namespace tovu {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+using stage::Done;
+using stage::Result;
+
+constexpr auto kSlice = std::chrono::milliseconds(20);  // of work between two looks at the orders
+constexpr auto kPatience = std::chrono::seconds(1);     // a seek that takes longer gives way to a newer scene
+constexpr double kMostLateSeconds = 0.25;               // more is not made up: the clock is set back
+constexpr auto kIdleWait = std::chrono::milliseconds(50);
+
+// Frames and pictures of about the last second.
+struct Rate {
+    Clock::time_point start = Clock::now();
+    int count = 0;
+    double per_second = 0;
+};
+
+void add_to(Rate& rate, Clock::time_point now) {
+    ++rate.count;
+    const double seconds = Seconds(now - rate.start).count();
+    if (seconds < 0.5) return;
+    rate = {now, 0, rate.count / seconds};
+}
+
+}  // namespace
+
+struct PlayerThread {
+    std::string smoke_plugin;
+    std::mutex mutex;
+    std::condition_variable changed;
+    // Shared, under the mutex.
+    PlayOrders ordered;
+    std::vector<ThumbnailOrder> thumbnails;
+    PlayReport reported;
+    bool quit = false;
+    // Of the thread alone.
+    PlayOrders orders;
+    std::optional<PlayRun> play;
+    std::optional<stage::SceneCanvas> canvas;
+    int64_t played_scene = 0;  // also of one that failed
+    int64_t done_seek = 0;
+    int64_t done_cancel = 0;
+    std::optional<int64_t> target;  // of the seek that is under way
+    Clock::time_point seek_start;
+    int64_t seek_from = 0;
+    bool must_draw = false;
+    ViewOrders drawn_view;
+    Clock::time_point pace_start;  // frame `pace_frame` was due then
+    int64_t pace_frame = 0;
+    bool paced = false;  // playing since pace_start
+    double paced_speed = 1.0;
+    Rate shown, run;
+    std::thread thread;  // last: it uses the others
+};
+
+namespace {
+
+void report_failure(PlayerThread& player, const std::string& message) {
+    const std::lock_guard lock(player.mutex);
+    player.reported.failed_scene = player.played_scene;
+    player.reported.error = message;
+    player.reported.seeking = false;
+}
+
+// After a failure in the run itself.
+void fail(PlayerThread& player, const std::string& message) {
+    player.play.reset();
+    player.target.reset();
+    report_failure(player, message);
+}
+
+// The scene that was played before stays on screen when this one cannot be built.
+void build(PlayerThread& player, int64_t frame) {
+    player.played_scene = player.orders.scene_number;
+    player.paced = false;
+    Result<PlayRun> made = make_play_run(*player.orders.scene, player.smoke_plugin, player.played_scene);
+    if (!made) return report_failure(player, made.error().message);
+    Result<Done> fits = Done{};
+    if (player.canvas) {
+        fits = stage::reuse_canvas(*player.canvas, *player.orders.scene);
+    } else {
+        Result<stage::SceneCanvas> canvas = stage::make_canvas(*player.orders.scene);
+        if (canvas)
+            player.canvas.emplace(std::move(*canvas));
+        else
+            fits = canvas.error();
+    }
+    if (!fits) return fail(player, fits.error().message);
+    player.play.emplace(std::move(*made));
+    player.target = frame;
+    player.seek_from = current_frame(*player.play);
+    const std::lock_guard lock(player.mutex);
+    player.reported.facts = player.play->facts;
+}
+
+int64_t last_frame(const PlayerThread& player) {
+    return stage::frame_count(player.play->run.built.description) - 1;
+}
+
+// A frame before the one that was run needs a new run.
+void seek(PlayerThread& player, int64_t frame) {
+    player.seek_start = Clock::now();
+    if (!player.play || frame < current_frame(*player.play)) return build(player, frame);
+    player.target = std::min(frame, last_frame(player));
+    player.seek_from = current_frame(*player.play);
+    player.paced = false;
+}
+
+void report_seek(PlayerThread& player) {
+    const double seconds = Seconds(Clock::now() - player.seek_start).count();
+    const std::lock_guard lock(player.mutex);
+    PlayReport& report = player.reported;
+    report.seeking = player.target.has_value();
+    report.seek_seconds = seconds;
+    if (!player.target) {
+        report.last_seek_ms = seconds * 1000.0;
+        return;
+    }
+    const auto whole = static_cast<float>(std::max<int64_t>(1, *player.target - player.seek_from));
+    report.seek_share = static_cast<float>(current_frame(*player.play) - player.seek_from) / whole;
+}
+
+bool run_frame(PlayerThread& player) {
+    const Result<Done> done = run_next_frame(*player.play);
+    if (!done) fail(player, done.error().message);
+    return static_cast<bool>(done);
+}
+
+// Runs toward the target for one slice.
+void continue_seek(PlayerThread& player) {
+    const int64_t target = std::clamp<int64_t>(*player.target, 0, last_frame(player));
+    const Clock::time_point end = Clock::now() + kSlice;
+    while (current_frame(*player.play) < target && Clock::now() < end)
+        if (!run_frame(player)) return;
+    if (current_frame(*player.play) >= target) {
+        player.target.reset();
+        player.must_draw = true;
+    }
+    report_seek(player);
+}
+
+void draw(PlayerThread& player) {
+    player.must_draw = false;
+    player.drawn_view = player.orders.view;
+    Result<DrawnFrame> drawn = draw_run(*player.play, *player.canvas, player.orders.view);
+    if (!drawn) return fail(player, drawn.error().message);
+    const auto shown = std::make_shared<const DrawnFrame>(std::move(*drawn));
+    if (player.paced) add_to(player.shown, Clock::now());
+    const std::lock_guard lock(player.mutex);
+    player.reported.drawn = shown;
+    player.reported.numbers.push_back(shown->numbers);
+    player.reported.frame = shown->numbers.frame;
+    player.reported.drawn_scene = player.play->facts->scene_number;
+    player.reported.done_seek = player.done_seek;
+    player.reported.shown_per_second = player.paced ? player.shown.per_second : 0.0;
+    player.reported.run_per_second = player.paced ? player.run.per_second : 0.0;
+    if (player.reported.failed_scene != 0 && player.reported.failed_scene < player.played_scene) {
+        player.reported.failed_scene = 0;
+        player.reported.error.clear();
+    }
+}
+
+FrameRange played_range(const PlayerThread& player) {
+    const int64_t last = last_frame(player);
+    if (!player.orders.loop) return {0, last};
+    const int64_t end = std::clamp<int64_t>(player.orders.range.last, 0, last);
+    return {std::clamp<int64_t>(player.orders.range.first, 0, end), end};
+}
+
+void set_at_end(PlayerThread& player, bool at_end) {
+    const std::lock_guard lock(player.mutex);
+    player.reported.at_end = at_end;
+}
+
+// Runs the frames that are due. Returns when the next one is due.
+Clock::time_point play_on(PlayerThread& player) {
+    const Clock::time_point now = Clock::now();
+    const FrameRange range = played_range(player);
+    const int64_t frame = current_frame(*player.play);
+    if (frame >= range.last) {
+        if (player.orders.loop && range.last > range.first) {
+            seek(player, range.first);
+            return now;
+        }
+        set_at_end(player, true);
+        return now + kIdleWait;
+    }
+    const double rate = player.play->run.built.description.frame_rate * player.orders.speed;
+    if (!player.paced || player.paced_speed != player.orders.speed) {
+        player.paced = true;
+        player.paced_speed = player.orders.speed;
+        player.pace_start = now;
+        player.pace_frame = frame;
+        player.shown = player.run = {};
+    }
+    const double seconds = Seconds(now - player.pace_start).count();
+    const int64_t due = std::min(player.pace_frame + static_cast<int64_t>(seconds * rate), range.last);
+    const Clock::time_point end = now + std::chrono::duration_cast<Clock::duration>(Seconds(kMostLateSeconds));
+    while (current_frame(*player.play) < due && Clock::now() < end) {
+        if (!run_frame(player)) return now;
+        add_to(player.run, Clock::now());
+        player.must_draw = true;
+    }
+    const int64_t late = due - current_frame(*player.play);
+    if (late > 0) player.paced = false;  // simulation is too slow: go on from here
+    const double next = static_cast<double>(current_frame(*player.play) + 1 - player.pace_frame) / rate;
+    return player.pace_start + std::chrono::duration_cast<Clock::duration>(Seconds(next));
+}
+
+// Null when newer orders came meanwhile.
+std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const ThumbnailOrder& order,
+                                                     int64_t scene_number) {
+    Result<PlayRun> made = make_play_run(*order.scene, player.smoke_plugin, 0);
+    if (!made) return made.error();
+    while (current_frame(*made) < order.frame) {
+        if (const Result<Done> done = run_next_frame(*made); !done) return done.error();
+        const std::lock_guard lock(player.mutex);
+        if (player.quit || player.ordered.scene_number != scene_number) return {};
+    }
+    Result<stage::SceneCanvas> canvas = stage::make_canvas(*order.scene);
+    if (!canvas) return canvas.error();
+    Result<DrawnFrame> drawn = draw_run(*made, *canvas, {});
+    if (!drawn) return drawn.error();
+    return std::move(drawn->picture);
+}
+
+void work_on_thumbnail(PlayerThread& player, const ThumbnailOrder& order) {
+    auto picture = draw_thumbnail(player, order, player.orders.scene_number);
+    if (!picture) return;
+    const std::lock_guard lock(player.mutex);
+    player.reported.thumbnails.push_back({order.number, std::move(*picture)});
+    std::erase_if(player.thumbnails, [&](const ThumbnailOrder& other) { return other.number == order.number; });
+}
+
+// A scene that differs from the played one is played from the frame that is shown, another seek's frame, or from 0 when
+// nothing was shown before.
+void follow_orders(PlayerThread& player) {
+    const PlayOrders& orders = player.orders;
+    const bool new_seek = orders.seek_number != player.done_seek;
+    const bool new_scene = orders.scene_number != player.played_scene;
+    if (orders.cancel_number != player.done_cancel) {
+        player.done_cancel = orders.cancel_number;
+        if (player.target && player.play) player.target = std::max<int64_t>(current_frame(*player.play), 0);
+    }
+    const bool waiting = player.target && player.play && Clock::now() - player.seek_start < kPatience;
+    if (new_scene && orders.scene != nullptr && (!waiting || new_seek)) {
+        const int64_t shown = player.target ? *player.target : player.play ? current_frame(*player.play) : 0;
+        player.seek_start = Clock::now();
+        player.done_seek = orders.seek_number;
+        build(player, new_seek ? orders.seek_frame : shown);
+    } else if (new_seek && player.play && !new_scene) {
+        player.done_seek = orders.seek_number;
+        seek(player, orders.seek_frame);
+    }
+    if (!orders.playing) {
+        player.paced = false;
+        set_at_end(player, false);
+    }
+    if (player.play && orders.view != player.drawn_view) player.must_draw = true;
+}
+
+void work(PlayerThread& player) {
+    Clock::time_point wake = Clock::now();
+    for (;;) {
+        std::optional<ThumbnailOrder> thumbnail;
+        {
+            std::unique_lock lock(player.mutex);
+            player.changed.wait_until(lock, wake, [&] {
+                return player.quit || player.ordered.scene_number != player.orders.scene_number ||
+                       player.ordered.seek_number != player.orders.seek_number ||
+                       player.ordered.playing != player.orders.playing;
+            });
+            if (player.quit) return;
+            player.orders = player.ordered;
+            if (!player.thumbnails.empty()) thumbnail = player.thumbnails.front();
+        }
+        follow_orders(player);
+        wake = Clock::now();
+        if (player.play && player.target) {
+            continue_seek(player);
+        } else if (player.play && player.orders.playing) {
+            wake = play_on(player);
+        } else if (thumbnail) {
+            work_on_thumbnail(player, *thumbnail);
+        } else {
+            wake += kIdleWait;
+        }
+        if (player.play && player.must_draw && !player.target) draw(player);
+    }
+}
+
+}  // namespace
+
+Player::Player(std::string smoke_plugin) : thread_(std::make_unique<PlayerThread>()) {
+    thread_->smoke_plugin = std::move(smoke_plugin);
+    PlayerThread& player = *thread_;
+    thread_->thread = std::thread([&player] {
+        work(player);
+        player.play.reset();
+        player.canvas.reset();  // in the thread that its context belongs to
+    });
+}
+
+Player::~Player() {
+    {
+        const std::lock_guard lock(thread_->mutex);
+        thread_->quit = true;
+    }
+    thread_->changed.notify_one();
+    thread_->thread.join();
+}
+
+void Player::order(const PlayOrders& orders) {
+    {
+        const std::lock_guard lock(thread_->mutex);
+        thread_->ordered = orders;
+    }
+    thread_->changed.notify_one();
+}
+
+void Player::order_thumbnails(std::vector<ThumbnailOrder> orders) {
+    const std::lock_guard lock(thread_->mutex);
+    thread_->thumbnails = std::move(orders);
+}
+
+PlayReport Player::report() {
+    const std::lock_guard lock(thread_->mutex);
+    PlayReport report = thread_->reported;
+    thread_->reported.numbers.clear();
+    thread_->reported.thumbnails.clear();
+    return report;
+}
+
+}  // namespace tovu

@@ -1,0 +1,151 @@
+#include "run_studio.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "gallery.h"
+#include "picture_panel.h"
+#include "script.h"
+#include "studio.h"
+#include "window.h"
+
+namespace tovu {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using stage::Done;
+using stage::Result;
+
+constexpr double kFrameSeconds = 1.0 / 60.0;      // of the window while something moves
+constexpr double kIdleFrameSeconds = 1.0 / 10.0;  // and else
+
+struct Session {
+    Window& window;
+    Player& player;
+    std::string renderer;
+    Studio studio;
+    PanelMemory memory;
+    Gallery gallery;
+    ShownPictures pictures;
+    Targets targets;
+    Script script;
+    Autosave autosave;
+
+    Session(Window& shown, Player& playing) : window(shown), player(playing), renderer(shown.opengl().renderer) {}
+};
+
+// A name without slash and ending is a look's.
+Commands opening_commands(const std::string& file) {
+    if (file.empty()) return {};
+    const bool is_name = file.find('/') == std::string::npos && !file.ends_with(".toml");
+    if (is_name) return {NewFromLook{file}};
+    return {OpenScene{file}};
+}
+
+void show_stage(PanelFrame& frame, Session& session, const Area& whole) {
+    const float font = ImGui::GetFontSize();
+    const float top = font * 2.6f, bottom = font * 6.0f;
+    const float left = std::min(font * 25.0f, whole.width * 0.36f), right = std::min(font * 16.0f, whole.width * 0.22f);
+    const float middle = whole.height - top - bottom;
+    top_bar(frame, {0, 0, whole.width, top});
+    parameter_panel(frame, {0, top, left, middle});
+    picture_panel(frame, session.pictures, {left, top, whole.width - left - right, middle}, false);
+    numbers_panel(frame, {whole.width - right, top, right, middle * 0.62f}, session.renderer);
+    surprises_panel(frame, {whole.width - right, top + middle * 0.62f, right, middle * 0.38f});
+    transport_panel(frame, {0, top + middle, whole.width, bottom});
+}
+
+void show_window(PanelFrame& frame, Session& session) {
+    const ImVec2 size = ImGui::GetIO().DisplaySize;
+    const Area whole{0, 0, size.x, size.y};
+    if (session.studio.page == Page::kGallery) {
+        const float top = ImGui::GetFontSize() * 2.6f;
+        top_bar(frame, {0, 0, size.x, top});
+        gallery_panel(frame, session.gallery, {0, top, size.x, size.y - top});
+    } else if (session.studio.fullscreen) {
+        picture_panel(frame, session.pictures, whole, true);
+    } else {
+        show_stage(frame, session, whole);
+    }
+    if (session.studio.document) save_as_window(frame);
+    keys_window(frame);
+    take_keys(frame);
+}
+
+std::string title_of(const Studio& studio) {
+    if (!studio.document) return "TovuSmoke studio";
+    const auto name = studio.document->file.filename().string();
+    return (name.empty() ? "not saved yet" : name) + " - TovuSmoke studio";
+}
+
+bool is_moving(const Studio& studio) {
+    return studio.orders.playing || studio.report.seeking || studio.page == Page::kGallery;
+}
+
+// How long to wait for an event before the next frame.
+double patience_of(const Session& session) {
+    if (session.script.is_running) return 0;
+    return is_moving(session.studio) ? kFrameSeconds : kIdleFrameSeconds;
+}
+
+bool show_frame(Session& session) {
+    Studio& studio = session.studio;
+    const bool open = session.window.begin_frame(patience_of(session), studio.text_size);
+    PlayReport report = session.player.report();
+    take_thumbnails(session.gallery, std::move(report.thumbnails));
+    follow_player(studio, std::move(report));
+    if (const Result<Done> shown = follow_frame(session.pictures, studio); !shown)
+        studio.notice = {shown.error().message, true};
+    const Clock::time_point start = Clock::now();  // after the upload, which waits for a renderer in software
+    Commands commands;
+    PanelFrame frame{studio, session.memory, commands, session.targets};
+    session.targets.places.clear();
+    show_window(frame, session);
+    const bool was_fullscreen = studio.fullscreen;
+    carry_out(studio, commands);
+    follow_document(studio);
+    session.player.order(studio.orders);
+    if (studio.page == Page::kGallery) order_thumbnails(session.gallery, session.player);
+    if (studio.fullscreen != was_fullscreen) session.window.set_fullscreen(studio.fullscreen);
+    session.window.set_title(title_of(studio));
+    if (studio.document)
+        if (const Result<Done> kept = autosave(session.autosave, *studio.document); !kept)
+            studio.notice = {kept.error().message, true};
+    studio.studio_ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    session.window.end_frame();
+    return open && !studio.quit;
+}
+
+}  // namespace
+
+Result<Done> run_studio(const StudioOptions& options) {
+    Result<Window> window = Window::open({.fullscreen = options.fullscreen});
+    if (!window) return window.error();
+    Player player(options.smoke_plugin);
+    Session session(*window, player);
+    session.studio.fullscreen = options.fullscreen;
+    session.studio.scenes_folder = options.scenes_folder;
+    session.gallery = make_gallery(options.scenes_folder);
+    carry_out(session.studio, opening_commands(options.file));
+    if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};
+    if (!options.script.empty()) {
+        Result<Script> script = read_script(options.script);
+        if (!script) return script.error();
+        session.script = std::move(*script);
+        session.targets.wanted = true;
+    }
+    if (Result<Autosave> place = begin_autosave(state_folder()))
+        session.autosave = *place;
+    else
+        session.studio.notice = {"nothing is kept for a crash: " + place.error().message, true};
+    while (show_frame(session)) {
+        if (Result<Done> done = continue_script(session.script, {session.window, session.studio, session.targets});
+            !done)
+            return done;
+    }
+    end_autosave(session.autosave);
+    return Done{};
+}
+
+}  // namespace tovu

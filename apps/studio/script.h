@@ -1,0 +1,61 @@
+// Scripts: files of events for tests and for the pictures in documents. The events go through SDL's queue, like those
+// of a person.
+#pragma once
+
+#include <SDL.h>
+
+#include <chrono>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "panels.h"
+#include "studio.h"
+#include "window.h"
+
+namespace tovu {
+
+/// A line of a script is one of:
+///   size WIDTH HEIGHT       of the window
+///   wait picture            until the newest scene is drawn and no seek is under way
+///   wait frames N           of the window
+///   wait TARGET             until it is in the window
+///   click TARGET [double|right|ctrl]
+///   drag TARGET DX DY [shift|alt]   from its middle, pixels, in ten steps
+///   press TARGET SHARE      a click at a share of its width, 0 to 1
+///   wheel TARGET STEPS
+///   type TEXT               to the end of the line
+///   key NAME                SDL's name with Ctrl+, Shift+, Alt+ before it: Ctrl+Shift+Z
+///   screenshot FILE         PNG or, by its ending, JPEG
+///   places FILE             a line for each target: its name, left, top, right, bottom
+///   random SEED COUNT       that many events of the mouse and the keyboard
+///   report                  prints times and counts
+/// TARGET is a name that panels mark, in quotes where it has spaces. # begins a comment.
+struct Script {
+    struct Line {
+        int number;
+        std::vector<std::string> words;
+        std::string rest;  // behind the first word
+    };
+    std::string file;
+    std::deque<Line> lines;                     // to come
+    std::deque<std::vector<SDL_Event>> events;  // to come, for one frame each
+    int frames_to_wait = 0;
+    std::string screenshot;  // to write once the frame is drawn; empty: none
+    bool is_running = false;
+    std::chrono::steady_clock::time_point line_start;
+};
+
+stage::Result<Script> read_script(const std::string& file);
+
+struct ScriptedWindow {
+    Window& window;
+    Studio& studio;
+    const Targets& targets;
+};
+
+/// Call after each frame of the window. At the script's end the studio is told to quit. Error, "file:line: …": an
+/// unknown command, a target that does not come within a minute, a file that cannot be written.
+stage::Result<stage::Done> continue_script(Script& script, const ScriptedWindow& scripted);
+
+}  // namespace tovu

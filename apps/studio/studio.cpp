@@ -1,0 +1,218 @@
+#include "studio.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "stage/scenefile/scene_reader.h"
+#include "stage/scenefile/timeline.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Done;
+using stage::Result;
+
+void note(Studio& studio, const Result<Done>& done) {
+    if (!done) studio.notice = {done.error().message, true};
+}
+
+void open(Studio& studio, Result<Document> opened) {
+    if (!opened) {
+        studio.notice = {opened.error().message, true};
+        return;
+    }
+    studio.document = std::move(*opened);
+    studio.read_revision = studio.document->revision - 1;
+    studio.scene = nullptr;
+    studio.scene_error.clear();
+    studio.container.clear();
+    studio.numbers.clear();
+    studio.page = Page::kStage;
+    studio.notice = {};
+    studio.orders.playing = true;
+    studio.orders.loop = true;
+    studio.orders.speed = 1.0;
+    studio.orders.view = {};
+    studio.orders.scene = nullptr;
+    ++studio.orders.seek_number;
+    studio.orders.seek_frame = 0;
+    follow_document(studio);
+    if (studio.scene) studio.orders.range = {0, scene_frames(studio) - 1};
+}
+
+void set_keys(Document& document, const SetKeys& command, Studio& studio) {
+    begin_change(document, command.label);
+    for (const auto& [path, value] : command.values)
+        note(studio, value.empty() ? remove_key(document, path) : set_key(document, path, value));
+    end_change(document);
+}
+
+void save(Studio& studio, const Result<Done>& saved) {
+    if (saved)
+        studio.notice = {"saved " + studio.document->file.string(), false};
+    else
+        studio.notice = {saved.error().message, true};
+}
+
+// Commands that need no document.
+struct General {
+    Studio& studio;
+
+    bool operator()(const OpenScene& command) const {
+        open(studio, open_document(command.file));
+        return true;
+    }
+    bool operator()(const NewFromLook& command) const {
+        open(studio, new_scene_of_look(command.look, std::filesystem::current_path()));
+        return true;
+    }
+    bool operator()(const TakeRecovery& command) const {
+        open(studio, recover(command.recovery));
+        if (studio.page == Page::kStage) discard_recovery(command.recovery);
+        return true;
+    }
+    bool operator()(const DiscardRecovery& command) const {
+        discard_recovery(command.recovery);
+        return true;
+    }
+    bool operator()(const ShowGallery&) const {
+        studio.page = Page::kGallery;
+        studio.orders.playing = false;
+        return true;
+    }
+    bool operator()(const SetFullscreen& command) const {
+        studio.fullscreen = command.fullscreen;
+        return true;
+    }
+    bool operator()(const SetTextSize& command) const {
+        studio.text_size = std::clamp(command.factor, 0.5f, 3.0f);
+        return true;
+    }
+    bool operator()(const Quit&) const {
+        studio.quit = true;
+        return true;
+    }
+    template <class Other>
+    bool operator()(const Other&) const {
+        return false;
+    }
+};
+
+// Commands about the open document and the scene that is played.
+struct OfDocument {
+    Studio& studio;
+    Document& document;
+
+    void operator()(const SelectContainer& command) const { studio.container = command.container; }
+    void operator()(const ShowParameter& command) const {
+        studio.container = command.container;
+        studio.shown_parameter = command.parameter;
+        studio.shown_countdown = 120;
+    }
+    void operator()(const SetParameter& command) const {
+        note(studio, set_parameter(document, command.container, command.parameter, command.value));
+    }
+    void operator()(const ResetParameter& command) const {
+        note(studio, reset_parameter(document, command.container, command.parameter));
+    }
+    void operator()(const ResetParameters& command) const {
+        note(studio, reset_parameters(document, command.container));
+    }
+    void operator()(const SetKeys& command) const { set_keys(document, command, studio); }
+    void operator()(const BeginChange& command) const { begin_change(document, command.label); }
+    void operator()(const EndChange&) const { end_change(document); }
+    void operator()(const Undo&) const { undo(document); }
+    void operator()(const Redo&) const { redo(document); }
+    void operator()(const ShowState& command) const { show_state(document, command.state); }
+    void operator()(const CopyToOtherState&) const { copy_to_other_state(document); }
+    void operator()(const Save& command) const {
+        save(studio, save_document(document, command.overwrite ? Overwrite::kYes : Overwrite::kNo));
+    }
+    void operator()(const SaveAs& command) const {
+        save(studio, save_document_as(document, command.file, command.overwrite ? Overwrite::kYes : Overwrite::kNo));
+    }
+    void operator()(const SetPlaying& command) const {
+        PlayOrders& orders = studio.orders;
+        orders.playing = command.playing;
+        if (!command.playing || !studio.report.at_end) return;
+        ++orders.seek_number;
+        orders.seek_frame = 0;
+    }
+    void operator()(const Seek& command) const {
+        ++studio.orders.seek_number;
+        studio.orders.seek_frame = std::clamp<int64_t>(command.frame, 0, scene_frames(studio) - 1);
+    }
+    void operator()(const CancelSeek&) const { ++studio.orders.cancel_number; }
+    void operator()(const SetSpeed& command) const { studio.orders.speed = command.speed; }
+    void operator()(const SetLoop& command) const {
+        const int64_t last = scene_frames(studio) - 1;
+        studio.orders.loop = command.loop;
+        studio.orders.range.last = std::clamp<int64_t>(command.range.last, 0, last);
+        studio.orders.range.first = std::clamp<int64_t>(command.range.first, 0, studio.orders.range.last);
+    }
+    void operator()(const SetView& command) const { studio.orders.view = command.view; }
+    template <class Other>
+    void operator()(const Other&) const {}
+};
+
+}  // namespace
+
+void carry_out(Studio& studio, const Commands& commands) {
+    for (const Command& command : commands) {
+        if (std::visit(General{studio}, command) || !studio.document) continue;
+        std::visit(OfDocument{studio, *studio.document}, command);
+    }
+}
+
+void follow_document(Studio& studio) {
+    if (!studio.document || studio.read_revision == studio.document->revision) return;
+    studio.read_revision = studio.document->revision;
+    Result<stage::SceneDescription> scene =
+        stage::read_scene(scene_text(*studio.document), scene_file(*studio.document));
+    studio.scene_error = scene ? "" : scene.error().message;
+    if (!scene) return;
+    const bool whole = !studio.scene || studio.orders.range.last == scene_frames(studio) - 1;
+    studio.scene = std::make_shared<const stage::SceneDescription>(std::move(*scene));
+    studio.orders.scene = studio.scene;
+    ++studio.orders.scene_number;
+    if (whole) studio.orders.range.last = scene_frames(studio) - 1;
+}
+
+void follow_player(Studio& studio, PlayReport report) {
+    studio.numbers.insert(studio.numbers.end(), report.numbers.begin(), report.numbers.end());
+    while (studio.numbers.size() > kKeptNumbers) studio.numbers.pop_front();
+    report.numbers.clear();
+    studio.report = std::move(report);
+    if (studio.report.at_end) studio.orders.playing = false;
+    if (studio.shown_countdown > 0 && --studio.shown_countdown == 0) studio.shown_parameter.clear();
+}
+
+int64_t scene_frames(const Studio& studio) {
+    return studio.scene ? stage::frame_count(*studio.scene) : 1;
+}
+
+const ContainerFacts* selected_container(const Studio& studio) {
+    if (!studio.report.facts) return nullptr;
+    const ContainerFacts* first = nullptr;
+    for (const ContainerFacts& container : studio.report.facts->containers) {
+        if (!container.noted) continue;
+        if (container.name == studio.container) return &container;
+        if (first == nullptr) first = &container;
+    }
+    return first;
+}
+
+std::string without_place(const std::string& line) {
+    size_t end = 0;
+    for (int colons = 0; colons < 3; ++colons) {
+        end = line.find(':', end);
+        if (end == std::string::npos) return line;
+        ++end;
+    }
+    return line.substr(std::min(line.find_first_not_of(' ', end), line.size()));
+}
+
+}  // namespace tovu

@@ -1,0 +1,108 @@
+// The line at the top: file, undo, the two states, saving.
+#include "panels.h"
+#include "theme.h"
+
+namespace tovu {
+
+namespace {
+
+// A button that says what it does when pointed at. Returns whether it was pressed.
+bool button(PanelFrame& frame, const char* label, const std::string& tip, bool enabled = true, bool is_on = false) {
+    ImGui::BeginDisabled(!enabled);
+    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
+    const bool pressed = ImGui::Button(label);
+    if (is_on) ImGui::PopStyleColor();
+    ImGui::EndDisabled();
+    mark(frame.targets, label);
+    if (ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled)) ImGui::SetTooltip("%s", tip.c_str());
+    ImGui::SameLine();
+    return pressed;
+}
+
+std::string document_name(const Document& document) {
+    const std::string name = document.file.empty() ? "not saved yet" : document.file.filename().string();
+    return has_unsaved_changes(document) && !document.file.empty() ? name + " •" : name;
+}
+
+void state_buttons(PanelFrame& frame, const Document& document) {
+    for (const size_t state : {size_t{0}, size_t{1}}) {
+        const char* name = state == 0 ? "A" : "B";
+        if (button(frame, name, std::string("shows state ") + name + " (Tab changes between A and B)", true,
+                   document.shown == state))
+            frame.commands.push_back(ShowState{state});
+    }
+    const bool is_a = document.shown == 0;
+    if (button(frame, is_a ? "A → B" : "B → A", "copies the shown state to the other one"))
+        frame.commands.push_back(CopyToOtherState{});
+}
+
+void document_buttons(PanelFrame& frame, const Document& document) {
+    const std::string undo = undo_label(document), redo = redo_label(document);
+    if (button(frame, "Undo", undo.empty() ? "nothing to undo" : "undo: " + undo + " (Ctrl+Z)", !undo.empty()))
+        frame.commands.push_back(Undo{});
+    if (button(frame, "Redo", redo.empty() ? "nothing to redo" : "redo: " + redo + " (Ctrl+Y)", !redo.empty()))
+        frame.commands.push_back(Redo{});
+    state_buttons(frame, document);
+    if (button(frame, "Save", "Ctrl+S")) {
+        if (document.file.empty())
+            frame.memory.shows_save_as = true;
+        else
+            frame.commands.push_back(Save{});
+    }
+    if (button(frame, "Save as", "Ctrl+Shift+S")) frame.memory.shows_save_as = true;
+    ImGui::TextUnformatted(document_name(document).c_str());
+    ImGui::SameLine();
+}
+
+}  // namespace
+
+void top_bar(PanelFrame& frame, const Area& area) {
+    begin_panel("Top", area, false);
+    const Studio& studio = frame.studio;
+    if (button(frame, "Gallery", "all looks and scenes (F1)", true, studio.page == Page::kGallery))
+        frame.commands.push_back(ShowGallery{});
+    if (studio.page == Page::kStage && studio.document) document_buttons(frame, *studio.document);
+    const Notice& notice = studio.notice;
+    if (!notice.text.empty()) {
+        ImGui::PushStyleColor(ImGuiCol_Text, notice.is_error ? kMistake : kAccent);
+        ImGui::TextUnformatted(notice.text.c_str());
+        ImGui::PopStyleColor();
+        if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", notice.text.c_str());
+        ImGui::SameLine();
+    }
+    const float width = ImGui::CalcTextSize("Keys").x + 2 * ImGui::GetStyle().FramePadding.x;
+    ImGui::SameLine(area.width - width - ImGui::GetStyle().WindowPadding.x);
+    if (button(frame, "Keys", "what the keys do (?)")) frame.memory.shows_keys = true;
+    ImGui::End();
+}
+
+void save_as_window(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    if (memory.shows_save_as && !ImGui::IsPopupOpen("Save as##window")) {
+        const Document& document = *frame.studio.document;
+        memory.save_as = document.file.empty() ? (document.folder / "untitled.toml").string() : document.file.string();
+        ImGui::OpenPopup("Save as##window");
+    }
+    ImGui::SetNextWindowSize({ImGui::GetFontSize() * 32.0f, 0});
+    if (!ImGui::BeginPopupModal("Save as##window", nullptr, ImGuiWindowFlags_AlwaysAutoResize)) return;
+    ImGui::TextUnformatted("File");
+    ImGui::SetNextItemWidth(-1);
+    if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
+    const bool entered = ImGui::InputText("##file", &memory.save_as, ImGuiInputTextFlags_EnterReturnsTrue);
+    mark(frame.targets, "save as.file");
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(memory.save_as, ignored);
+    if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
+    const bool save = ImGui::Button(exists ? "Replace" : "Save") || entered;
+    mark(frame.targets, "save as.save");
+    ImGui::SameLine();
+    const bool cancel = ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape));
+    if (save) frame.commands.push_back(SaveAs{memory.save_as, exists});
+    if (save || cancel) {
+        memory.shows_save_as = false;
+        ImGui::CloseCurrentPopup();
+    }
+    ImGui::EndPopup();
+}
+
+}  // namespace tovu
