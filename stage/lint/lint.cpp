@@ -25,24 +25,36 @@ bool is_attached(const BuiltScene& built, size_t container) {
     return false;
 }
 
+// The values over time; of a container that is shared out over several, those of all of them together.
+std::vector<ParameterMoment> whole_moments(const BuiltScene& built, size_t container, const Plugin& owner,
+                                           const PluginNotes& notes) {
+    const auto first = static_cast<int32_t>(container);
+    std::vector<ParameterMoment> moments = parameter_moments(built.description, first, owner);
+    for (int32_t i = 1; i < built.description.containers[container].variants; ++i) {
+        const std::vector<ParameterMoment> others = parameter_moments(built.description, first + i, owner);
+        for (const std::string& shared : {notes.births->rate, notes.births->number}) {
+            const auto index = static_cast<size_t>(find_parameter(owner, shared)->index);
+            for (size_t k = 0; k < moments.size(); ++k)
+                moments[k].values[index] = number_of(moments[k].values[index]) + number_of(others[k].values[index]);
+        }
+    }
+    return moments;
+}
+
 }  // namespace
 
 std::vector<std::string> lint_scene(const BuiltScene& built) {
-    std::vector<std::string> lines;
+    std::vector<LintedInstance> instances;
     for (size_t i = 0; i < built.plugins.size(); ++i) {
-        if (built.plugins[i] < 0) continue;
+        if (built.plugins[i] < 0 || built.description.containers[i].variants == 0) continue;
         const Plugin& owner = plugin(built.plugins[i]);
-        const LintedInstance linted{
-            built,
-            i,
-            owner,
-            built.notes.at(built.plugins[i]),
-            parameter_moments(built.description, static_cast<int32_t>(i), owner),
-            is_attached(built, i),
-        };
-        for (const auto rule : {lint_births, lint_images, lint_outlines, lint_values, lint_drawing})
-            rule(linted, lines);
+        const PluginNotes& notes = built.notes.at(built.plugins[i]);
+        instances.push_back({built, i, owner, notes, whole_moments(built, i, owner, notes), is_attached(built, i)});
     }
+    std::vector<std::string> lines;
+    for (const LintedInstance& linted : instances)
+        for (const auto rule : {lint_births, lint_images, lint_outlines, lint_values, lint_bits}) rule(linted, lines);
+    lint_pixels(instances, lines);
     return without_repeats(std::move(lines));  // a rule finds a surprise again at each later moment
 }
 

@@ -21,12 +21,13 @@ constexpr size_t kManySpans = 100;
 // A time without a change of the parameters about births.
 struct Span {
     const ParameterMoment* moment;
-    double start;  // seconds
+    double start;  // seconds, without those in which the smoke was frozen
     double end;
     double rate;  // births per second
     double life_low;
     double life_high;
     double pool;
+    double frozen;         // seconds before
     bool uses_up = false;  // a burst that the scene asks for is in its first frame
     double at_once = 0.0;  // births in its first frame
     double burst = 0.0;    // those of them that come out of saved time
@@ -54,11 +55,12 @@ void cut_at_bursts(const LintedInstance& linted, std::vector<Span>& spans) {
     for (const TimelineEntry& entry : scene.timeline) {
         if (entry.burst == 0 || entry.container != static_cast<int32_t>(linted.container)) continue;
         const double time = static_cast<double>(first_frame_from(scene, entry.time)) / scene.frame_rate;
-        const auto span = std::find_if(spans.begin(), spans.end(),
-                                       [&](const Span& one) { return one.start <= time && time < one.end; });
+        const auto span = std::find_if(spans.begin(), spans.end(), [&](const Span& one) {
+            return one.start + one.frozen <= time && time < one.end + one.frozen;
+        });
         if (span == spans.end()) continue;
         Span later = *span;
-        span->end = later.start = time;
+        span->end = later.start = time - span->frozen;
         later.uses_up = true;
         spans.insert(span + 1, later);
     }
@@ -81,23 +83,33 @@ void find_bursts(std::vector<Span>& spans, double frame) {
     }
 }
 
+bool is_frozen(const LintedInstance& linted, const ParameterMoment& moment) {
+    return number_of(linted, moment, "frozen", 0.0) != 0.0;
+}
+
 std::vector<Span> spans_of(const LintedInstance& linted) {
     const SceneDescription& scene = linted.built.description;
-    const double end = static_cast<double>(frame_count(scene)) / scene.frame_rate;
+    const auto seconds_of = [&scene](int64_t frame) { return static_cast<double>(frame) / scene.frame_rate; };
+    const double last = seconds_of(frame_count(scene));
     std::vector<Span> spans;
-    for (const ParameterMoment& moment : linted.moments) {
-        const double start = spans.empty()
-                                 ? -static_cast<double>(prewarm_frames(scene)) / scene.frame_rate
-                                 : static_cast<double>(first_frame_from(scene, moment.seconds)) / scene.frame_rate;
-        if (!spans.empty()) spans.back().end = start;
+    double frozen = 0.0;
+    for (size_t i = 0; i < linted.moments.size(); ++i) {
+        const ParameterMoment& moment = linted.moments[i];
+        const double start = seconds_of(i == 0 ? -prewarm_frames(scene) : first_frame_from(scene, moment.seconds));
+        const double end = i + 1 == linted.moments.size()
+                               ? last
+                               : std::min(last, seconds_of(first_frame_from(scene, linted.moments[i + 1].seconds)));
+        if (start >= end) continue;
+        if (is_frozen(linted, moment)) {
+            frozen += end - start;
+            continue;
+        }
         const double life = number_of(linted, moment, "life", 0.0);
         const double spread = life * number_of(linted, moment, "life_spread", 0.0) / 100.0;
-        spans.push_back({&moment, start, end, number_of(value_of(linted, moment, linted.notes.births->rate)),
-                         life - spread, life + spread,
-                         number_of(value_of(linted, moment, linted.notes.births->number))});
+        spans.push_back({&moment, start - frozen, end - frozen,
+                         number_of(value_of(linted, moment, linted.notes.births->rate)), life - spread, life + spread,
+                         number_of(value_of(linted, moment, linted.notes.births->number)), frozen});
     }
-    std::erase_if(spans, [end](const Span& span) { return span.start >= end; });
-    if (!spans.empty()) spans.back().end = end;
     cut_at_bursts(linted, spans);
     find_bursts(spans, 1.0 / scene.frame_rate);
     return spans;
@@ -138,14 +150,19 @@ Peak find_peak(const std::vector<Span>& spans, const Measure& measure) {
     return peak;
 }
 
-bool knows_births(const LintedInstance& linted) {
-    return linted.notes.births && with_role(linted, "life") != nullptr;
+// Of the number of particles, or of the rate where only that is the scene's and not a look's.
+const Place& place_of_lost_births(const LintedInstance& linted, const ParameterMoment& moment) {
+    const BirthNotes& births = *linted.notes.births;
+    const auto is_of_look = [&](const std::string& name) {
+        const ParameterSetting* setting = setting_of(linted, moment, name);
+        return setting != nullptr && setting->frame_rate > 0.0;
+    };
+    return place_of(linted, moment,
+                    is_of_look(births.number) && !is_of_look(births.rate) ? births.rate : births.number);
 }
 
-bool is_ever(const LintedInstance& linted, const std::string& role, double value) {
-    return std::any_of(linted.moments.begin(), linted.moments.end(), [&](const ParameterMoment& moment) {
-        return number_of(linted, moment, role, 1.0 - value) == value;
-    });
+bool knows_births(const LintedInstance& linted) {
+    return linted.notes.births && with_role(linted, "life") != nullptr;
 }
 
 // Particles that may die early leave room in the pool.
@@ -174,9 +191,9 @@ void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std
     lines.push_back(fmt::format(
         "{}: births of '{}' are lost: up to {:.0f} particles would live at {:.4g} s ({} {:g} x {} {:g}), {} is {:g}; "
         "set {}, or pulses = true if births are meant to wait for deaths",
-        place_of(linted, *peak.span->moment, pool.name), description_of(linted).name, peak.alive, peak.time, rate,
-        span.rate, with_role(linted, "life")->name, (span.life_low + span.life_high) / 2.0, pool.name, held,
-        fmt::join(ways, " or ")));
+        place_of_lost_births(linted, *peak.span->moment), description_of(linted).name, peak.alive,
+        peak.time + peak.span->frozen, rate, span.rate, with_role(linted, "life")->name,
+        (span.life_low + span.life_high) / 2.0, pool.name, held, fmt::join(ways, " or ")));
 }
 
 // Births that are due in the frames after the span's start.
@@ -196,12 +213,16 @@ void lint_saved_births(const LintedInstance& linted, const std::vector<Span>& sp
     for (const Span& span : spans) {
         const bool surprising = &span != &spans[0] && span.burst >= kMinBurst &&
                                 span.burst >= births_after(spans, span, kBurstFrames * frame);
-        if (surprising)
+        if (surprising) {
+            const double earlier = span.start + span.frozen - frame;
             lines.push_back(fmt::format(
                 "{}: {} = {:g} after {:.4g} s with {:g}: the pause saves up births, {:.0f} come in one frame; to begin "
-                "evenly, set {} = {:.4g} at {:.4g} s, one frame earlier: a single birth uses up the saved time",
+                "evenly, set {} = {:.4g} {}, so that a single birth uses up the saved time",
                 place_of(linted, *span.moment, rate), rate, span.rate, span.paused, rate_before, span.at_once, rate,
-                1.0 / (span.paused - frame / 2.0), span.start - frame));
+                1.0 / (span.paused - frame / 2.0),
+                earlier < 0.0 ? fmt::format("instead of {:g}", rate_before)
+                              : fmt::format("at {:.4g} s, one frame earlier", earlier)));
+        }
         rate_before = span.rate;
     }
 }
@@ -220,7 +241,7 @@ double most_alive(const LintedInstance& linted) {
 }
 
 void lint_births(const LintedInstance& linted, std::vector<std::string>& lines) {
-    if (!knows_births(linted) || is_ever(linted, "frozen", 1.0)) return;
+    if (!knows_births(linted)) return;
     const std::vector<Span> spans = spans_of(linted);
     if (!description_of(linted).pulses && !die_early(linted)) lint_pool(linted, spans, lines);
     lint_saved_births(linted, spans, lines);

@@ -39,24 +39,6 @@ double most_opacity(const LintedInstance& linted) {
     return opacity;
 }
 
-void lint_bits(const LintedInstance& linted, std::vector<std::string>& lines) {
-    const ParameterInfo* curve = with_role(linted, "opacity");
-    if (linted.built.description.bits != 8 || curve == nullptr) return;
-    const CurveFormat& format = *find_notes(linted.notes, curve->name)->curve;
-    const double opacity = most_opacity(linted);
-    for (const ParameterMoment& moment : linted.moments) {
-        const Result<std::vector<double>> points = curve_points(format, text_of(value_of(linted, moment, curve->name)));
-        if (!points) continue;
-        const double mean = mean_opacity(*points) * opacity;
-        if (mean >= kFaintOpacity) continue;
-        lines.push_back(
-            fmt::format("{}: the layers of '{}' have an opacity of {:.2g} on average, {:.0f} of 255 steps: "
-                        "with bits = 8 they band and fade; set bits = 16",
-                        place_of(linted, moment, curve->name), description_of(linted).name, mean, mean * 255.0));
-        return;
-    }
-}
-
 // Pixels for a unit at the container's distance from the camera.
 double pixels_per_unit(const LintedInstance& linted) {
     constexpr double kHalfDegree = std::numbers::pi / 360.0;
@@ -77,34 +59,65 @@ double mean_area(const std::vector<double>& widths, const std::vector<double>& h
                   width_change * height_change / 3.0);
 }
 
-void lint_pixels(const LintedInstance& linted, std::vector<std::string>& lines) {
-    if (with_role(linted, "half_width") == nullptr || with_role(linted, "half_height") == nullptr) return;
+// What the quads of an instance cover when they cover most.
+struct Drawn {
+    double pixels = 0.0;
+    double quads = 0.0;
+};
+
+Drawn drawn_by(const LintedInstance& linted) {
+    if (with_role(linted, "half_width") == nullptr || with_role(linted, "half_height") == nullptr) return {};
     const SceneDescription& scene = linted.built.description;
     const Vector3 scale =
         scaling_of(world_matrix(*linted.built.stage, linted.built.container_handles[linted.container]));
     const double picture = static_cast<double>(scene.size[0]) * scene.size[1];
-    const double alive = most_alive(linted);
     const double per_unit = pixels_per_unit(linted);
+    Drawn most{0.0, most_alive(linted)};
     for (const ParameterMoment& moment : linted.moments) {
         const double area =
             mean_area(numbers_of(linted, moment, "half_width"), numbers_of(linted, moment, "half_height")) *
             std::fabs(static_cast<double>(scale.x * scale.y)) * per_unit * per_unit;
-        const double pixels = alive * std::min(area, picture);
-        if (pixels <= kBudget) continue;
-        lines.push_back(
-            fmt::format("{}: '{}' draws about {:.0f} megapixels a frame, {:.0f} quads of {:.0f} pixels, the "
-                        "budget is {:.0f}; take fewer or smaller particles with more opacity",
-                        description_of(linted).place, description_of(linted).name, pixels / 1e6, alive,
-                        std::min(area, picture), kBudget / 1e6));
-        return;
+        most.pixels = std::max(most.pixels, most.quads * std::min(area, picture));
     }
+    return most;
 }
 
 }  // namespace
 
-void lint_drawing(const LintedInstance& linted, std::vector<std::string>& lines) {
-    lint_bits(linted, lines);
-    lint_pixels(linted, lines);
+void lint_bits(const LintedInstance& linted, std::vector<std::string>& lines) {
+    const ParameterInfo* curve = with_role(linted, "opacity");
+    if (linted.built.description.bits != 8 || curve == nullptr) return;
+    const CurveFormat& format = *find_notes(linted.notes, curve->name)->curve;
+    const double opacity = most_opacity(linted);
+    for (const ParameterMoment& moment : linted.moments) {
+        const Result<std::vector<double>> points = curve_points(format, text_of(value_of(linted, moment, curve->name)));
+        if (!points) continue;
+        const double mean = mean_opacity(*points) * opacity;
+        if (mean >= kFaintOpacity) continue;
+        lines.push_back(
+            fmt::format("{}: the layers of '{}' have an opacity of {:.2g} on average, {:.0f} of 255 steps: "
+                        "with bits = 8 they band and fade; set bits = 16",
+                        place_of(linted, moment, curve->name), description_of(linted).name, mean, mean * 255.0));
+        return;
+    }
+}
+
+void lint_pixels(const std::vector<LintedInstance>& instances, std::vector<std::string>& lines) {
+    Drawn all, most;
+    const ContainerDescription* costly = nullptr;
+    for (const LintedInstance& linted : instances) {
+        const Drawn drawn = drawn_by(linted);
+        all.pixels += drawn.pixels;
+        if (drawn.pixels <= most.pixels) continue;
+        most = drawn;
+        costly = &description_of(linted);
+    }
+    if (all.pixels <= kBudget) return;
+    lines.push_back(fmt::format(
+        "{}: the scene draws about {:.0f} megapixels a frame, the budget is {:.0f}; '{}' draws {:.0f} of them, {:.0f} "
+        "quads of {:.0f} pixels; take fewer or smaller particles with more opacity",
+        costly->place, all.pixels / 1e6, kBudget / 1e6, costly->name, most.pixels / 1e6, most.quads,
+        most.pixels / most.quads));
 }
 
 }  // namespace stage

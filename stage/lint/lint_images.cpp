@@ -132,6 +132,7 @@ bool is_mask(const LintedInstance& linted, const ParameterNotes& image) {
 
 void lint_images(const LintedInstance& linted, std::vector<std::string>& lines) {
     for (const ParameterMoment& moment : linted.moments) {
+        if (moment.made.empty()) continue;
         for (const ParameterNotes& notes : linted.notes.parameters) {
             if (notes.covers.empty() || text_of(value_of(linted, moment, notes.name)).empty() ||
                 !holds(linted, moment, notes.acts_when))

@@ -109,8 +109,10 @@ void lint_shape(const LintedInstance& linted, const ParameterMoment& moment, con
     const std::string name = text_of(value_of(linted, moment, notes.name));
     const auto container = std::find_if(containers.begin(), containers.end(),
                                         [&](const ContainerDescription& one) { return one.name == name; });
-    if (container == containers.end() || container->has_plugin) return;  // a plug-in may supply points itself
+    if (container == containers.end()) return;
     const auto index = static_cast<int32_t>(container - containers.begin());
+    const PluginId owner = linted.built.plugins[static_cast<size_t>(index)];
+    if (owner >= 0 && owner != linted.built.plugins[linted.container]) return;  // it may supply points itself
     const std::string start = fmt::format("{}: the container '{}'", place_of(linted, moment, notes.name), name);
     const auto track = std::find_if(linted.built.shapes.begin(), linted.built.shapes.end(),
                                     [&](const ShapeTrack& one) { return one.container == index; });
@@ -136,6 +138,7 @@ void lint_shape(const LintedInstance& linted, const ParameterMoment& moment, con
 
 void lint_outlines(const LintedInstance& linted, std::vector<std::string>& lines) {
     for (const ParameterMoment& moment : linted.moments) {
+        if (moment.made.empty()) continue;
         for (const ParameterNotes& notes : linted.notes.parameters) {
             if (notes.outline && holds(linted, moment, notes.acts_when) &&
                 !text_of(value_of(linted, moment, notes.name)).empty())

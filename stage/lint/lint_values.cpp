@@ -10,11 +10,6 @@ namespace stage {
 
 namespace {
 
-const ParameterSetting* setting_of(const LintedInstance& linted, const ParameterMoment& moment,
-                                   const std::string& name) {
-    return moment.settings[static_cast<size_t>(find_parameter(linted.plugin, name)->index)];
-}
-
 // A value that has an effect at no time, although it is not the default.
 void lint_idle(const LintedInstance& linted, const ParameterNotes& notes, std::vector<std::string>& lines) {
     if (notes.acts_when.empty() && !notes.idle) return;
@@ -32,17 +27,17 @@ void lint_idle(const LintedInstance& linted, const ParameterNotes& notes, std::v
                                            : "it acts only while " + to_string(notes.acts_when, linted.plugin)));
 }
 
-void lint_lock(const LintedInstance& linted, const ParameterNotes& notes, std::vector<std::string>& lines) {
+void lint_pair(const LintedInstance& linted, const std::string& lock, const ParameterPair& pair,
+               std::vector<std::string>& lines) {
     for (const ParameterMoment& moment : linted.moments) {
-        const ParameterSetting* setting = setting_of(linted, moment, notes.name);
-        if (setting == nullptr || number_of(value_of(linted, moment, notes.name)) == 0.0) continue;
-        for (const ParameterPair& pair : notes.binds) {
-            const double first = number_of(value_of(linted, moment, pair[0]));
-            const double second = number_of(value_of(linted, moment, pair[1]));
-            if (first == second) continue;
-            lines.push_back(fmt::format("{}: {} binds nothing here: {} is {:g} and {} is {:g}; set both",
-                                        setting->place, notes.name, pair[0], first, pair[1], second));
-        }
+        const ParameterSetting* setting = setting_of(linted, moment, lock);
+        if (moment.made.empty() || setting == nullptr || number_of(value_of(linted, moment, lock)) == 0.0) continue;
+        const double first = number_of(value_of(linted, moment, pair[0]));
+        const double second = number_of(value_of(linted, moment, pair[1]));
+        if (first == second) continue;
+        lines.push_back(fmt::format("{}: {} binds nothing here: {} is {:g} and {} is {:g}; set both", setting->place,
+                                    lock, pair[0], first, pair[1], second));
+        return;
     }
 }
 
@@ -119,8 +114,9 @@ void lint_scale(const LintedInstance& linted, const ParameterMoment& moment, con
 void lint_values(const LintedInstance& linted, std::vector<std::string>& lines) {
     for (const ParameterNotes& notes : linted.notes.parameters) {
         lint_idle(linted, notes, lines);
-        lint_lock(linted, notes, lines);
+        for (const ParameterPair& pair : notes.binds) lint_pair(linted, notes.name, pair, lines);
         for (const ParameterMoment& moment : linted.moments) {
+            if (moment.made.empty()) continue;
             lint_doubled(linted, moment, notes, lines);
             lint_scale(linted, moment, notes, lines);
             for (const ParameterSetting* setting : moment.made)

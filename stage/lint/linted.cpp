@@ -47,8 +47,13 @@ const ParameterValue& value_of(const LintedInstance& linted, const ParameterMome
     return moment.values[index_of(linted, name)];
 }
 
+const ParameterSetting* setting_of(const LintedInstance& linted, const ParameterMoment& moment,
+                                   const std::string& name) {
+    return moment.settings[index_of(linted, name)];
+}
+
 const Place& place_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& name) {
-    const ParameterSetting* setting = moment.settings[index_of(linted, name)];
+    const ParameterSetting* setting = setting_of(linted, moment, name);
     return setting == nullptr ? description_of(linted).place : setting->place;
 }
 

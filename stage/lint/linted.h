@@ -34,6 +34,10 @@ double number_of(const LintedInstance& linted, const ParameterMoment& moment, co
 /// The value of a parameter that the plug-in has.
 const ParameterValue& value_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& name);
 
+/// What set the parameter last, or null for a default.
+const ParameterSetting* setting_of(const LintedInstance& linted, const ParameterMoment& moment,
+                                   const std::string& name);
+
 /// Where the parameter was set, or the container for a default.
 const Place& place_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& name);
 
@@ -45,7 +49,8 @@ void lint_births(const LintedInstance& linted, std::vector<std::string>& lines);
 void lint_images(const LintedInstance& linted, std::vector<std::string>& lines);
 void lint_outlines(const LintedInstance& linted, std::vector<std::string>& lines);
 void lint_values(const LintedInstance& linted, std::vector<std::string>& lines);
-void lint_drawing(const LintedInstance& linted, std::vector<std::string>& lines);
+void lint_bits(const LintedInstance& linted, std::vector<std::string>& lines);
+void lint_pixels(const std::vector<LintedInstance>& instances, std::vector<std::string>& lines);
 
 /// About the most particles that are alive at a time, at most the size of the pool and one burst: what is drawn. 0
 /// where the notes say nothing about births.

@@ -83,7 +83,8 @@ struct ContainerDescription {
     std::string texture = "puff";              // name of an image, "none" for no texture
     Place texture_place;
     std::vector<std::string> more_textures;  // likewise; each makes a further container, see texture_variants.h
-    bool depth_test = true;                  // false: drawn over everything drawn before, wherever it stands
+    int32_t variants = 1;    // containers that this one was shared out over, with itself; 0 for those after the first
+    bool depth_test = true;  // false: drawn over everything drawn before, wherever it stands
     Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
     bool pulses = false;   // births are lost on purpose: lint does not report them

@@ -31,6 +31,7 @@ void share_setting(const Split& split, int32_t variant, ParameterSetting& settin
 ContainerDescription variant_of(const ContainerDescription& original, const Split& split, int32_t variant) {
     ContainerDescription container = original;
     container.more_textures.clear();
+    container.variants = variant == 0 ? split.count : 0;
     if (variant > 0) {
         container.name = fmt::format("{}/{}", original.name, variant + 1);
         container.texture = original.more_textures[static_cast<size_t>(variant) - 1];

@@ -41,6 +41,9 @@ container = [
     { name = "m", pulses = true, parameters = { birth_rate = 20000 } },
     { name = "k", parameters = { number_of_particles = 200 } },
     { name = "l", parameters = { number_of_particles = 2000 } },
+    { name = "n", texture = ["puff", "soft", "wisp"], parameters = { birth_rate = 60 } },  #! 14: births of 'n' … 60 x life_time 3), number_of_particles is 100; set number_of_particles = 180 or birth_rate = 33.3
+    { name = "o", parameters = { birth_rate = 60, life_time = 9 } },
+    { name = "p", parameters = { birth_rate = 60 } },  #! 14: births of 'p' are lost: up to 180
     { name = "i", parameters = { birth_rate = 2000, number_of_particles = 0 } },  #! 75: births … 2000 x life_time 3), number_of_particles is 0
 ]
 at = [
@@ -48,6 +51,8 @@ at = [
     { time = 0.98, container = "f", parameters = { birth_rate = 1.0101 } },
     { time = 1, container = "f", parameters = { birth_rate = 30 } },
     { time = 1, container = "j", parameters = { birth_rate = 30 }, burst = 5 },
+    { time = 1.5, container = "o", parameters = { freeze_motion = true } },
+    { time = 4, container = "p", parameters = { freeze_motion = true } },
     { time = 2, container = "g", parameters = { birth_rate = 300 } },  #! 62: birth_rate = 300 after 2 s with 0.4
 ]
 [[track]]
@@ -124,10 +129,14 @@ container = [
     { name = "p", parameters = { alpha_curve = "0.1 0 0.9 1" } },  #! 48: alpha_curve begins at 0.1 #! 48: alpha_curve ends at 0.9
     { name = "q", parameters = { alpha_curve = "0 1 1 0 0.5 0" } },  #! 48: parameter 'alpha_curve' … position 0.5 does not come after
     { name = "r", parameters = { use_wind_image = true, wind_force = 3 } },  #! 51: use_wind_image = true has no effect while 'wind_image' is empty
+    { name = "s", parameters = { size_lock = true } },  #! 46: size_lock binds nothing here: size_birth_x is 9 and size_birth_y is 5
     { name = "gather", plugin = "TovuGather", parameters = { smoke_container = "f" } },
 ]
 at = [
     { time = 1, container = "b", parameters = { wind_force = 30 } },
+]
+track = [
+    { container = "s", parameter = "size_birth_x", keys = [{ time = 0, value = 5 }, { time = 1, value = 9 }] },
 ]
 )");
 }
@@ -145,7 +154,13 @@ container = [
     expect_annotated(R"(
 container = [
     { name = "a", parameters = { size_death_x = 900, size_death_y = 900 } },
-    { name = "b", parameters = { number_of_particles = 900, birth_rate = 290, size_death_x = 900, size_death_y = 900 } },  #! 14: 'b' draws about 802 megapixels
+    { name = "b", parameters = { freeze_motion = true, size_death_x = 900, size_death_y = 900 } },
+]
+)");
+    expect_annotated(R"(
+container = [
+    { name = "a", parameters = { size_death_x = 900, size_death_y = 900 } },  #! 14: the scene draws about 116 megapixels … 'a' draws 83 of them, 90 quads of 921600 pixels
+    { name = "b", texture = ["puff", "soft"], parameters = { number_of_particles = 40, birth_rate = 12, size_death_x = 900, size_death_y = 900 } },
 ]
 )");
 }
