@@ -193,6 +193,9 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_option("--bits", options.bits, "Per channel of .png files: 8 if not given, or 16");
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
+    command->add_option("--chunk", options.chunk,
+                        "K/N: only the K-th of N shares of the frames, for numbered pictures");
+    command->add_flag("--resume", options.resume, "Keep the numbered pictures that an earlier render made, and go on");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
     command->add_option("--rate", options.rate,

@@ -22,6 +22,21 @@ stage::Result<FrameRange> parse_frames(const std::string& text, const stage::Sce
                                     count - 1, count)};
 }
 
+stage::Result<FrameRange> parse_chunk(const std::string& text, const FrameRange& frames) {
+    if (text.empty()) return frames;
+    const int64_t count = int64_t{frames.last} - frames.first + 1;
+    const size_t slash = text.find('/');
+    int chunk = 0;
+    int chunks = 0;
+    if (slash == std::string::npos || !parse_number(std::string_view(text).substr(0, slash), chunk) ||
+        !parse_number(std::string_view(text).substr(slash + 1), chunks) || chunk < 1 || chunk > chunks)
+        return stage::Error{fmt::format("--chunk {}: must be K/N with 1 <= K <= N, such as 2/8", text)};
+    if (chunks > count)
+        return stage::Error{fmt::format("--chunk {}: there are {} frames; N must be from 1 to {}", text, count, count)};
+    return FrameRange{frames.first + static_cast<int>(count * (chunk - 1) / chunks),
+                      frames.first + static_cast<int>(count * chunk / chunks) - 1};
+}
+
 stage::Result<stage::Done> check_folder(std::string_view option, const std::filesystem::path& file) {
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
     std::error_code ignored;

@@ -26,6 +26,9 @@ struct FrameRange {
 /// --frames: "A-B" or "A", counted from 0; empty: all frames of the scene.
 stage::Result<FrameRange> parse_frames(const std::string& text, const stage::SceneDescription& scene);
 
+/// --chunk: "K/N" gives the K-th of N shares of `frames`, 1 <= K <= N, which differ by a frame at most; empty: all.
+stage::Result<FrameRange> parse_chunk(const std::string& text, const FrameRange& frames);
+
 /// Whether a file of this name can be written in its folder. option: the one that names the file, for the message.
 stage::Result<stage::Done> check_folder(std::string_view option, const std::filesystem::path& file);
 

@@ -53,7 +53,7 @@ Result<Done> check_frames_are_no_inputs(const OutputPlan& output, const stage::S
 
 // The folder of numbered pictures is created if it does not exist; its parent folder must exist.
 Result<Done> check_numbered(const OutputPlan& output, const stage::SceneDescription& scene) {
-    const Result<std::filesystem::path> name = stage::frame_name(output.name, 0);
+    const Result<std::filesystem::path> name = stage::name_with_word(output.name, "0");
     if (!name) return Error{fmt::format("-o {}: {}", output.name, name.error().message)};
     if (name->extension() != ".png")
         return Error{fmt::format("-o {}: numbered pictures must end in .png", output.name)};
@@ -100,7 +100,9 @@ Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescrip
                                  outputs[0].kind == OutputKind::kVideo ? "a video takes" : "numbered pictures take")};
     if (!options.at.empty() && !options.frames.empty() && only_stills)
         return Error{"--at and --frames: give only one of them"};
-    const Result<FrameRange> frames = parse_frames(options.frames, scene);
+    const Result<FrameRange> range = parse_frames(options.frames, scene);
+    if (!range) return range.error();
+    const Result<FrameRange> frames = parse_chunk(options.chunk, *range);
     if (!frames) return frames.error();
     const Result<FrameRange> moment = options.at.empty() ? *frames : parse_moment(options.at, scene);
     if (!moment) return moment.error();
@@ -112,6 +114,19 @@ Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescrip
                             "frames/%04d.png",
                             output.name)};
     }
+    return Done{};
+}
+
+// Only numbered pictures can be made in parts.
+Result<Done> check_parts(const RenderOptions& options, const std::vector<OutputPlan>& outputs) {
+    const char* option = options.resume ? "--resume" : options.chunk.empty() ? nullptr : "--chunk";
+    if (option == nullptr) return Done{};
+    for (const OutputPlan& output : outputs)
+        if (output.kind != OutputKind::kNumbered)
+            return Error{
+                fmt::format("{}: {} is made in one go; render numbered pictures such as frames/%04d.png with "
+                            "--bits 16 and put them together with `join`",
+                            option, output.name)};
     return Done{};
 }
 
@@ -127,6 +142,7 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
     }
     if (const Result<Done> done = take_bits(options.bits, outputs); !done) return done.error();
     if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
+    if (const Result<Done> done = check_parts(options, outputs); !done) return done.error();
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();
     for (const OutputPlan& output : outputs)
         if (const Result<Done> done = check_name(output, scene); !done) return done.error();

@@ -7,6 +7,7 @@
 
 #include "render_outputs.h"
 #include "render_plan.h"
+#include "row_content.h"
 #include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/trace_file.h"
@@ -27,22 +28,23 @@ constexpr size_t kMostWaiting = 2;
 
 Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Outputs& outputs,
                            RenderTimes& times, const RenderProgress& progress) {
-    const int total = plan.last - plan.first + 1;
+    std::vector<int> frames;
+    for (int frame = plan.first; frame <= plan.last; ++frame)
+        if (wants_frame(outputs, frame)) frames.push_back(frame);
+    const int total = static_cast<int>(frames.size());
     std::atomic<int> frames_done = 0;
     stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
     progress(0, total);
-    for (int frame = plan.first; frame <= plan.last; ++frame) {
+    for (const int frame : frames) {
         if (Result<Done> done = timed(times.simulate, [&] { return stage::run_until(run, frame); }); !done) return done;
-        if (!wants_frame(outputs, frame)) continue;
         ++times.frames;
         if (Result<Done> done = timed(times.draw, [&] { return stage::draw_frame(canvas, run.built); }); !done)
             return done;
         stage::DrawnPicture picture = timed(times.read, [&] { return stage::read_frame(canvas); });
-        if (frame == plan.last)
+        if (frame == frames.back())
             stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
                                                         // clean-up leaves no complete output
-        auto write = [&outputs, &frames_done, frame, done = frame - plan.first + 1,
-                      picture = std::move(picture)]() mutable {
+        auto write = [&outputs, &frames_done, frame, done = times.frames, picture = std::move(picture)]() mutable {
             const Result<Done> written = write_frame(outputs, frame, {std::move(picture), {}, {}});
             frames_done = done;
             return written;
@@ -90,7 +92,9 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     Result<stage::SceneCanvas> canvas = stage::make_canvas(plan->scene);
     if (!canvas) return canvas.error();
     canvas->check_opengl = options.check_opengl;
-    Result<Outputs> outputs = open_outputs(plan->outputs, plan->scene);
+    Result<Outputs> outputs =
+        open_outputs(plan->outputs, plan->scene,
+                     scene_content(plan->scene, options, canvas->context.description().renderer), options.resume);
     if (!outputs) return outputs.error();
     RenderReport report;
     const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, report.times, progress);
@@ -98,10 +102,13 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
     }
-    for (const OutputPlan& output : plan->outputs) {
-        if (output.kind == OutputKind::kNumbered) warn_of_older_frames(output.name, plan->scene, warn);
-        const int frames = output.frames.last - output.frames.first + 1;
-        report.written.push_back(fmt::format("{}: {} frame{}", output.name, frames, frames == 1 ? "" : "s"));
+    for (const Output& output : outputs->list) {
+        const OutputPlan& known = output.plan;
+        if (known.kind == OutputKind::kNumbered) warn_of_older_frames(known.name, plan->scene, warn);
+        const int frames = known.frames.last - known.frames.first + 1;
+        const auto kept = std::ranges::count(output.is_there, true);
+        report.written.push_back(fmt::format("{}: {} frame{}", known.name, frames, frames == 1 ? "" : "s") +
+                                 (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));
     }
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)
         report.complaints.push_back(stage::to_string(complaint));

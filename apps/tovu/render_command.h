@@ -17,6 +17,8 @@ struct RenderOptions {
     std::string bits;                   // per channel of PNG files: 8 or 16
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included
+    std::string chunk;                  // "K/N": the K-th of N shares of the frames
+    bool resume = false;                // keep the numbered pictures that are there
     std::string size;                   // "WIDTHxHEIGHT", pixels
     std::string seed;                   // 0 to 4294967295
     std::string rate;                   // frames per second that the scene is converted to

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "row_content.h"
 #include "stage/opengl/straight_picture.h"
 #include "stage/output/frame_names.h"
+#include "stage/output/whole_file.h"
 
 namespace tovu {
 
@@ -16,25 +18,44 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-Result<Output> open_output(const OutputPlan& plan, const stage::SceneDescription& scene) {
-    Output output{plan, {}};
+Result<Done> begin_row(Output& output, const stage::RowContent& content, bool resume) {
+    const OutputPlan& plan = output.plan;
+    const std::filesystem::path folder = stage::frame_name(plan.name, 0)->parent_path();
+    std::error_code error;
+    if (!folder.empty()) std::filesystem::create_directories(folder, error);
+    if (error) return Error{fmt::format("-o {}: {}", plan.name, error.message())};
+    Result<stage::PictureRow> row =
+        stage::PictureRow::begin(plan.name, row_content(content, plan), {plan.frames.first, plan.frames.last}, resume);
+    if (!row) return Error{"-o " + row.error().message};
+    output.row = std::move(*row);
+    for (int frame = plan.frames.first; frame <= plan.frames.last; ++frame)
+        output.is_there.push_back(stage::is_whole_picture(*stage::frame_name(plan.name, frame)));
+    return Done{};
+}
+
+Result<Output> open_output(const OutputPlan& plan, const stage::SceneDescription& scene,
+                           const stage::RowContent& content, bool resume) {
+    Output output{plan, {}, {}, {}};
+    const std::filesystem::path file = plan.name;
+    if (plan.kind != OutputKind::kNumbered &&
+        !stage::remove_abandoned(file.parent_path(), [&](const std::string& name) { return name == file.filename(); }))
+        return Error{fmt::format("-o {}: another render is writing this file; wait for its end or choose another name",
+                                 plan.name)};
     if (plan.kind == OutputKind::kVideo) {
         Result<stage::VideoFile> video =
             stage::VideoFile::create(plan.name, {scene.size[0], scene.size[1], scene.frame_rate});
         if (!video) return video.error();
         output.video = std::move(*video);
     }
-    if (plan.kind == OutputKind::kNumbered) {
-        const std::filesystem::path folder = stage::frame_name(plan.name, 0)->parent_path();
-        std::error_code error;
-        if (!folder.empty()) std::filesystem::create_directories(folder, error);
-        if (error) return Error{fmt::format("-o {}: {}", plan.name, error.message())};
-    }
+    if (plan.kind == OutputKind::kNumbered)
+        if (const Result<Done> begun = begin_row(output, content, resume); !begun) return begun.error();
     return output;
 }
 
 bool wants(const Output& output, int frame) {
-    return frame >= output.plan.frames.first && frame <= output.plan.frames.last;
+    const FrameRange& frames = output.plan.frames;
+    if (frame < frames.first || frame > frames.last) return false;
+    return output.is_there.empty() || !output.is_there[static_cast<size_t>(frame - frames.first)];
 }
 
 const stage::Picture& bytes_of(FramePictures& pictures, const Outputs& outputs) {
@@ -61,14 +82,15 @@ Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const 
 
 }  // namespace
 
-stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene) {
+stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene,
+                                    const stage::RowContent& content, bool resume) {
     Outputs outputs{{},
                     scene.shoulder,
                     {{"Software", "tovu " TOVU_VERSION},
                      {"Scene", scene.file.filename().string()},
                      {"Seed", std::to_string(scene.seed)}}};
     for (const OutputPlan& plan : plans) {
-        Result<Output> output = open_output(plan, scene);
+        Result<Output> output = open_output(plan, scene, content, resume);
         if (!output) return output.error();
         outputs.list.push_back(std::move(*output));
     }

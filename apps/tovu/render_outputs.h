@@ -6,6 +6,7 @@
 
 #include "output_plan.h"
 #include "stage/assets/picture.h"
+#include "stage/output/picture_row.h"
 #include "stage/output/png_file.h"
 #include "stage/output/video_file.h"
 
@@ -14,6 +15,8 @@ namespace tovu {
 struct Output {
     OutputPlan plan;
     std::optional<stage::VideoFile> video;
+    std::optional<stage::PictureRow> row;  // of numbered pictures
+    std::vector<bool> is_there;            // of numbered pictures, from the first frame: whole, and not written again
 };
 
 /// Destroyed before finish_outputs, it leaves no video; pictures that were complete stay. Move only.
@@ -31,8 +34,11 @@ struct FramePictures {
     std::optional<stage::DeepPicture> deep;
 };
 
-/// Starts the videos and makes the folders of numbered pictures.
-stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene);
+/// Starts the videos, makes the folders of numbered pictures and begins their rows (stage/output/picture_row.h).
+/// content: as scene_content gives it. resume: pictures that are there and whole are kept.
+/// Errors: also if another process writes one of the files.
+stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene,
+                                    const stage::RowContent& content, bool resume);
 
 /// False for a frame that no output takes; it need not be drawn.
 bool wants_frame(const Outputs& outputs, int frame);

@@ -101,6 +101,19 @@ Result<std::filesystem::path> frame_name(const std::string& pattern, int number)
     return std::filesystem::path(name_of(*parsed, number));
 }
 
+int frame_number(const std::string& pattern, const std::string& file_name) {
+    const Result<FramePattern> parsed = parse_pattern(std::filesystem::path(pattern).filename().string());
+    return parsed ? number_in(*parsed, file_name) : -1;
+}
+
+Result<std::filesystem::path> name_with_word(const std::string& pattern, const std::string& word) {
+    const Result<std::filesystem::path> first = frame_name(pattern, 0);
+    if (!first) return first.error();
+    const Result<FramePattern> parsed = parse_pattern(std::filesystem::path(pattern).filename().string());
+    if (!parsed) return Error{pattern + ": the number must be in the file's name, not in the folder's"};
+    return first->parent_path() / (parsed->before + word + parsed->after);
+}
+
 Result<NumberedFiles> existing_frames(const std::string& pattern) {
     const Result<std::filesystem::path> first = frame_name(pattern, 0);
     if (!first) return first.error();

@@ -18,6 +18,13 @@ STAGE_EXPORT bool is_frame_pattern(const std::string& name);
 /// stands for a percent sign. Errors: any other pattern; a number below 0.
 STAGE_EXPORT Result<std::filesystem::path> frame_name(const std::string& pattern, int number);
 
+/// The number that the pattern has in this name, without folders; -1 if the name is not one of the pattern's.
+STAGE_EXPORT int frame_number(const std::string& pattern, const std::string& file_name);
+
+/// "frames/row.png" for "frames/%04d.png" and "row". Errors: a pattern that frame_name rejects; the number is in the
+/// folder's name.
+STAGE_EXPORT Result<std::filesystem::path> name_with_word(const std::string& pattern, const std::string& word);
+
 /// Files by the number in their name.
 using NumberedFiles = std::map<int, std::filesystem::path>;
 

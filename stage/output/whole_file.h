@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -13,9 +14,15 @@ namespace stage {
 /// The name of the file while it is written: a hidden file in the target's folder, different for each process.
 STAGE_EXPORT std::filesystem::path partial_name(const std::filesystem::path& target);
 
-/// Returns partial_name(target). Call before the file is created: until publish_partial or discard_partial is called, a
-/// fault or a signal that ends the process also removes the file (stage/output/unfinished.h).
+/// Creates partial_name(target), empty, and returns its name. Until publish_partial or discard_partial is called, a
+/// fault or a signal that ends the process also removes the file (stage/output/unfinished.h), and a lock on it tells
+/// other processes that it is in use. Write to this file; do not replace it.
 STAGE_EXPORT std::filesystem::path begin_partial(const std::filesystem::path& target);
+
+/// Removes the partial files in a folder that killed processes left, of the targets whose names (without the folder)
+/// `is_wanted` accepts. Returns false if processes that run, this one included, still write to such a file.
+STAGE_EXPORT bool remove_abandoned(const std::filesystem::path& folder,
+                                   const std::function<bool(const std::string& name)>& is_wanted);
 
 /// Renames partial_name(target) to target and replaces an older file.
 STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);

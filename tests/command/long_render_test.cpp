@@ -1,4 +1,8 @@
 // Tests of renders that take long: progress, errors while pictures are written.
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -32,6 +36,112 @@ TEST_F(LongRender, AFullDiskEndsItAndLeavesNoFile) {
         EXPECT_THAT(full.errors, testing::ContainsRegex("tovu: (0.png: cannot be written|x.(mov|webm): ffmpeg )"));
         EXPECT_EQ(files, file_count()) << output;
     }
+}
+
+constexpr const char* kLong = R"(size = [32, 24]
+length = 2000
+container = [{ name = "a", plugin = "smoke" }]
+)";
+
+// A render in a process of its own. The destructor kills it, as the end of a machine would.
+class Background {
+  public:
+    Background(const fs::path& folder, const char* scene, const char* output) {
+        process_ = fork();
+        if (process_ != 0) return;
+        if (chdir(folder.c_str()) != 0 || !std::freopen("/dev/null", "w", stderr)) _exit(99);
+        execl(TOVU_PROGRAM, "tovu", "render", scene, "-o", output, nullptr);
+        _exit(99);
+    }
+    ~Background() {
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    Background(const Background&) = delete;
+    Background& operator=(const Background&) = delete;
+
+    // False if the render ends before that.
+    bool wait_for(const fs::path& file) const {
+        while (!fs::exists(file))
+            if (waitpid(process_, nullptr, WNOHANG) != 0) return false;
+        return true;
+    }
+
+  private:
+    pid_t process_;
+};
+
+TEST_F(LongRender, AKilledOneGoesOnWithTheSameBytes) {
+    write("long.toml", kLong);
+    const std::string anew = "render long.toml --frames 0-24 ";
+    const auto frame = [](int number) { return "a/" + std::to_string(number) + ".png"; };
+    {
+        const Background running(folder / "work", "long.toml", "a/%d.png");
+        ASSERT_TRUE(running.wait_for(folder / "work" / frame(9)));
+        const Outcome second = run(anew + "-o a/%d.png");
+        EXPECT_EQ(2, second.status);
+        EXPECT_THAT(second.errors, HasSubstr("-o a/%d.png: another render is writing these pictures"));
+    }
+    write("a/.20.png.4294967294.part", "left by a render that was killed");
+    write(frame(3), bytes(frame(3)).substr(0, 200));
+    write(frame(5), bytes(frame(6)).replace(60, 1, "x"));
+    const Outcome resumed = run(anew + "--resume -o a/%d.png");
+    ASSERT_EQ(0, resumed.status) << resumed.errors;
+    EXPECT_THAT(resumed.output, testing::MatchesRegex("a/%d.png: 25 frames, of which [0-9]+ were there\n"));
+    EXPECT_FALSE(fs::exists(folder / "work" / "a/.20.png.4294967294.part"));
+    ASSERT_EQ(0, run(anew + "-o whole_%d.png").status);
+    for (int number = 0; number <= 24; ++number)
+        EXPECT_TRUE(bytes(frame(number)) == bytes("whole_" + std::to_string(number) + ".png")) << number;
+}
+
+TEST_F(LongRender, TwoDoNotWriteOneVideo) {
+    write("long.toml", kLong);
+    write(".x.mov.4294967294.part", "left by a render that was killed");
+    {
+        const Background running(folder / "work", "long.toml", "x.mov");
+        while (fs::exists(folder / "work" / ".x.mov.4294967294.part")) usleep(1000);
+        usleep(100000);
+        expect_mistake("render tiny.toml -o x.mov", "-o x.mov: another render is writing this file");
+    }
+    EXPECT_EQ(0, run("render tiny.toml -o x.mov").status);
+}
+
+TEST_F(LongRender, ChunksTogetherEqualTheWhole) {
+    ASSERT_EQ(0, run("render tiny.toml -o whole_%d.png").status);
+    for (const char* chunk : {"3/3", "1/3", "2/3"})
+        EXPECT_EQ(0, run("render tiny.toml -o part_%d.png --chunk " + std::string(chunk)).status);
+    for (int number = 0; number < 10; ++number)
+        EXPECT_TRUE(bytes("part_" + std::to_string(number) + ".png") ==
+                    bytes("whole_" + std::to_string(number) + ".png"));
+    EXPECT_FALSE(bytes("whole_9.png").empty());
+}
+
+TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
+    ASSERT_EQ(0, run("render tiny.toml -o a/%d.png").status);
+    write("other.toml", bytes("tiny.toml") + "# another comment\n");
+    for (const char* name : {"b", "c"}) fs::create_directory(folder / "work" / name);
+    write("b/0.png", "");
+    write("b/row.png.json", "{}");
+    write("c/0.png", bytes("a/0.png"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"tiny.toml --seed 2 -o a/%d.png", "-o a/%d.png: cannot be resumed: seed was 1 and is 2"},
+        {"tiny.toml --size 64x48 -o a/%d.png", "size was 32x24 and is 64x48"},
+        {"tiny.toml --rate 50 -o a/%d.png", "frame rate was 25 and is 50"},
+        {"tiny.toml --set smoke.sort=false -o a/%d.png", "settings was none and is smoke.sort=false"},
+        {"tiny.toml --bits 16 -o a/%d.png", "bits was 8 and is 16"},
+        {"other.toml -o a/%d.png", "scene was tiny.toml "},
+        {"tiny.toml -o a/%02d.png", "name was %d.png and is %02d.png"},
+        {"tiny.toml -o b/%d.png", "b/row.png.json: is not the manifest of a row of pictures"},
+        {"tiny.toml -o c/%d.png", "the manifest c/row.png.json is missing"},
+        {"tiny.toml -o x.mov", "--resume: x.mov is made in one go"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        SCOPED_TRACE(arguments);
+        expect_mistake("render --resume " + std::string(arguments), message);
+    }
+    for (const char* chunk : {"5/4", "0/2", "1/x"})
+        expect_mistake("render tiny.toml -o c/%d.png --chunk " + std::string(chunk), "must be K/N with 1 <= K <= N");
+    expect_mistake("render tiny.toml -o c/%d.png --chunk 1/11", "there are 10 frames; N must be from 1 to 10");
 }
 
 TEST_F(LongRender, TraceTellsTheTimesAndCountsOfFrames) {

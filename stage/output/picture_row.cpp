@@ -1,0 +1,264 @@
+#include "picture_row.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "frame_names.h"
+#include "whole_file.h"
+
+namespace stage {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Locks are on bytes of the manifest, which need not exist: byte N stands for frame N, one far behind for the text.
+constexpr off_t kTextByte = off_t{1} << 40;
+
+bool lock_bytes(int file, short kind, off_t first, off_t count, bool wait = false) {
+    struct flock range {};
+    range.l_type = kind;
+    range.l_whence = SEEK_SET;
+    range.l_start = first;
+    range.l_len = count;
+    int result = 0;
+    do {
+        result = fcntl(file, wait ? F_OFD_SETLKW : F_OFD_SETLK, &range);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+bool lock_all_frames(int file) {
+    return lock_bytes(file, F_WRLCK, 0, kTextByte);
+}
+
+void unlock_beyond(int file, FrameSpan span) {
+    if (span.first > 0) lock_bytes(file, F_UNLCK, 0, span.first);
+    lock_bytes(file, F_UNLCK, span.last + 1, kTextByte - span.last - 1);
+}
+
+/// True while the open file still has this name.
+bool is_at(int file, const std::filesystem::path& name) {
+    struct stat open {};
+    struct stat named {};
+    return fstat(file, &open) == 0 && stat(name.c_str(), &named) == 0 && open.st_ino == named.st_ino &&
+           open.st_dev == named.st_dev;
+}
+
+std::string text_of(const RowManifest& manifest) {
+    Json content = Json::object();
+    for (const auto& [name, value] : manifest.content) content[name] = value;
+    Json spans = Json::array();
+    for (const FrameSpan& span : manifest.spans) spans.push_back({span.first, span.last});
+    const Json json = {{"made_of", std::move(content)}, {"frames", std::move(spans)}};
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+/// Throws nlohmann's exceptions for texts that are no manifest.
+RowManifest parse_manifest(const std::string& text) {
+    const Json json = Json::parse(text);
+    RowManifest manifest;
+    for (const auto& [name, value] : json.at("made_of").items())
+        manifest.content.emplace_back(name, value.get<std::string>());
+    for (const Json& span : json.at("frames")) manifest.spans.push_back({span.at(0).get<int>(), span.at(1).get<int>()});
+    return manifest;
+}
+
+Result<RowManifest> manifest_of(const std::filesystem::path& name, const std::string& text) {
+    try {
+        return parse_manifest(text);
+    } catch (const Json::exception&) {
+        return Error{name.string() + ": is not the manifest of a row of pictures; render them anew"};
+    }
+}
+
+bool write_text(int file, const std::string& text) {
+    return pwrite(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()) &&
+           ftruncate(file, static_cast<off_t>(text.size())) == 0;
+}
+
+void add_span(std::vector<FrameSpan>& spans, FrameSpan added) {
+    std::vector<FrameSpan> apart;
+    for (const FrameSpan& span : spans) {
+        if (span.last + 1 < added.first || added.last + 1 < span.first) {
+            apart.push_back(span);
+        } else {
+            added = {std::min(added.first, span.first), std::max(added.last, span.last)};
+        }
+    }
+    apart.push_back(added);
+    std::ranges::sort(apart, {}, &FrameSpan::first);
+    spans = std::move(apart);
+}
+
+bool contains(const std::vector<FrameSpan>& spans, int frame) {
+    return std::ranges::any_of(spans,
+                               [frame](const FrameSpan& span) { return frame >= span.first && frame <= span.last; });
+}
+
+/// Removes the pictures of `span`, except those that `kept` has.
+void remove_pictures(const std::string& pattern, FrameSpan span, const std::vector<FrameSpan>& kept) {
+    const Result<NumberedFiles> files = existing_frames(pattern);
+    if (!files) return;
+    std::error_code ignored;
+    for (const auto& [frame, file] : *files)
+        if (contains({span}, frame) && !contains(kept, frame)) std::filesystem::remove(file, ignored);
+}
+
+/// Removes what renders of these frames left that were killed.
+void remove_abandoned_frames(const std::string& pattern, FrameSpan span) {
+    remove_abandoned(frame_name(pattern, 0)->parent_path(),
+                     [&](const std::string& name) { return contains({span}, frame_number(pattern, name)); });
+}
+
+Error written_by_another(const std::string& pattern) {
+    return Error{pattern + ": another render is writing these pictures; wait for its end or choose another name"};
+}
+
+/// The manifest to go on with. text: of the file, empty when it is new.
+Result<RowManifest> manifest_to_resume(const std::string& pattern, const std::filesystem::path& name,
+                                       const std::string& text, const RowContent& content, FrameSpan span) {
+    if (text.empty()) {
+        const Result<NumberedFiles> files = existing_frames(pattern);
+        const auto first = files->lower_bound(span.first);
+        if (first == files->end() || first->first > span.last) return RowManifest{content, {}};
+        return Error{
+            fmt::format("{}: cannot be resumed, since the manifest {} is missing, which says what {} is made of; "
+                        "leave out --resume to render it anew",
+                        pattern, name.string(), first->second.string())};
+    }
+    Result<RowManifest> manifest = manifest_of(name, text);
+    if (!manifest) return manifest;
+    const std::vector<std::string> differences = content_differences(manifest->content, content);
+    if (differences.empty()) return manifest;
+    return Error{fmt::format("{}: cannot be resumed: {}; leave out --resume to render it anew, or choose another name",
+                             pattern, fmt::join(differences, ", "))};
+}
+
+/// The manifest of a row that is rendered anew. With other content, no other process may write any of its frames.
+Result<RowManifest> manifest_anew(const std::string& pattern, int file, const std::string& text,
+                                  const RowContent& content, FrameSpan span) {
+    const Result<RowManifest> earlier = manifest_of(pattern, text);
+    if (earlier && content_differences(earlier->content, content).empty()) return *earlier;
+    if (!text.empty()) {
+        if (!lock_all_frames(file)) return written_by_another(pattern);
+        unlock_beyond(file, span);
+    }
+    return RowManifest{content, {}};
+}
+
+}  // namespace
+
+Result<std::filesystem::path> manifest_name(const std::string& pattern) {
+    Result<std::filesystem::path> name = name_with_word(pattern, "row");
+    if (name) *name += ".json";
+    return name;
+}
+
+Result<RowManifest> read_manifest(const std::string& pattern) {
+    const Result<std::filesystem::path> name = manifest_name(pattern);
+    if (!name) return name.error();
+    const std::string text = read_whole_file(*name);
+    if (text.empty())
+        return Error{fmt::format("{}: the manifest {} is missing, which render writes beside numbered pictures",
+                                 pattern, name->string())};
+    return manifest_of(*name, text);
+}
+
+std::vector<std::string> content_differences(const RowContent& was, const RowContent& is) {
+    const auto value_in = [](const RowContent& content, const std::string& name) {
+        const auto found = std::ranges::find(content, name, &RowContent::value_type::first);
+        return found == content.end() ? std::string("not set") : found->second;
+    };
+    std::vector<std::string> differences;
+    for (const auto& [name, value] : is)
+        if (const std::string earlier = value_in(was, name); earlier != value)
+            differences.push_back(fmt::format("{} was {} and is {}", name, earlier, value));
+    for (const auto& [name, value] : was)
+        if (value_in(is, name) == "not set")
+            differences.push_back(fmt::format("{} was {} and is not set", name, value));
+    return differences;
+}
+
+bool is_whole_picture(const std::filesystem::path& file) {
+    // Chunks: length, kind, data, checksum of kind and data. The numbers are big-endian.
+    const std::string bytes = read_whole_file(file);
+    const auto number_at = [&bytes](size_t at) {
+        uint32_t number = 0;
+        for (size_t i = 0; i < 4; ++i) number = number << 8 | static_cast<unsigned char>(bytes[at + i]);
+        return number;
+    };
+    if (!bytes.starts_with("\x89PNG\r\n\x1a\n")) return false;
+    for (size_t at = 8; bytes.size() - at >= 12;) {
+        const size_t length = number_at(at);
+        if (bytes.size() - at - 12 < length) return false;
+        const auto* kind = reinterpret_cast<const Bytef*>(&bytes[at + 4]);
+        if (crc32(0, kind, static_cast<uInt>(length + 4)) != number_at(at + 8 + length)) return false;
+        const bool is_last = bytes.compare(at + 4, 4, "IEND") == 0;
+        at += 12 + length;
+        if (is_last) return at == bytes.size();
+    }
+    return false;
+}
+
+Result<PictureRow> PictureRow::begin(const std::string& pattern, const RowContent& content, FrameSpan span,
+                                     bool resume) {
+    const Result<std::filesystem::path> name = manifest_name(pattern);
+    if (!name) return name.error();
+    PictureRow row;
+    row.manifest_ = *name;
+    const auto unwritable = [&] {
+        return Error{fmt::format("{}: cannot be written: {}", name->string(), std::strerror(errno))};
+    };
+    do {  // again when another process has just removed the file
+        if (row.file_ >= 0) close(row.file_);
+        row.file_ = open(name->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (row.file_ < 0) return unwritable();
+        if (!lock_bytes(row.file_, F_WRLCK, span.first, span.last - span.first + 1)) {
+            if (errno == EAGAIN || errno == EACCES) return written_by_another(pattern);
+            return unwritable();
+        }
+    } while (!is_at(row.file_, *name));
+    if (!lock_bytes(row.file_, F_WRLCK, kTextByte, 1, true)) return unwritable();
+    const std::string text = read_whole_file(*name);
+    Result<RowManifest> manifest = resume ? manifest_to_resume(pattern, *name, text, content, span)
+                                          : manifest_anew(pattern, row.file_, text, content, span);
+    if (!manifest) return manifest.error();
+    remove_abandoned_frames(pattern, span);
+    remove_pictures(pattern, span, resume ? manifest->spans : std::vector<FrameSpan>{});
+    add_span(manifest->spans, span);
+    if (!write_text(row.file_, text_of(*manifest))) return unwritable();
+    lock_bytes(row.file_, F_UNLCK, kTextByte, 1);
+    row.pattern_ = pattern;
+    return row;
+}
+
+PictureRow::PictureRow(PictureRow&& other) noexcept
+    : manifest_(std::move(other.manifest_)),
+      pattern_(std::move(other.pattern_)),
+      file_(std::exchange(other.file_, -1)) {}
+
+PictureRow& PictureRow::operator=(PictureRow&& other) noexcept {
+    std::swap(manifest_, other.manifest_);
+    std::swap(pattern_, other.pattern_);
+    std::swap(file_, other.file_);
+    return *this;
+}
+
+PictureRow::~PictureRow() {
+    if (file_ < 0) return;
+    const bool is_needless = pattern_.empty() ? lseek(file_, 0, SEEK_END) == 0 : existing_frames(pattern_)->empty();
+    std::error_code ignored;
+    if (is_needless && lock_all_frames(file_)) std::filesystem::remove(manifest_, ignored);
+    close(file_);
+}
+
+}  // namespace stage
