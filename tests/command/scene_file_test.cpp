@@ -2,6 +2,7 @@
 
 #include "../stage/temporary_folder.h"
 #include "annotated_scene.h"
+#include "stage/lint/lint.h"
 #include "stage/names.h"
 #include "stage/scenefile/parameter_override.h"
 #include "stage/scenefile/parameter_track.h"
@@ -235,7 +236,7 @@ TEST(Names, NearestIsOfferedOnlyWhenNear) {
     EXPECT_EQ("there are none here", stage::name_hint("wind", {}));
 }
 
-TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
+TEST(SceneDocumentation, HasEveryKeyAndExamplesWithoutSurprises) {
     std::string text = file_bytes(TOVU_SOURCE_DIR "/docs/scenes.md");
     const std::string begin = "```toml\n";
     for (const std::string& key : stage::scene_keys()) EXPECT_THAT(text, HasSubstr("`" + key + "`"));
@@ -244,7 +245,12 @@ TEST(SceneDocumentation, HasEveryKeyAndExamplesThatAreRead) {
     int examples = 0;
     for (size_t at = text.find(begin); at != std::string::npos; at = text.find(begin, at), ++examples) {
         at += begin.size();
-        scene_of(text.substr(at, text.find("```", at) - at));
+        const auto scene =
+            stage::read_scene(text.substr(at, text.find("```", at) - at), TOVU_SOURCE_DIR "/scenes/example.toml");
+        ASSERT_TRUE(scene) << scene.error().message;
+        const auto built = stage::build_scene(*scene, TOVU_SMOKE_PLUGIN);
+        ASSERT_TRUE(built) << built.error().message;
+        EXPECT_THAT(stage::lint_scene(*built), testing::IsEmpty());
     }
     EXPECT_GE(examples, 6);
 }
