@@ -4,13 +4,14 @@
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 
-list(TRANSFORM TOVU_SDK_HEADERS PREPEND ${TOVU_SDK_SOURCE_DIR}/ OUTPUT_VARIABLE sdk_header_files)
-install(FILES ${sdk_header_files} DESTINATION include/tovu COMPONENT SDK)
+list(TRANSFORM TOVU_SDK_FILES PREPEND ${TOVU_SDK_SOURCE_DIR}/ OUTPUT_VARIABLE sdk_files)
+install(FILES ${sdk_files} ${TOVU_SDK_INCLUDE_DIR}/tovu/host_functions.def DESTINATION include/tovu COMPONENT SDK)
 
 install(TARGETS tovu_sdk EXPORT TovuSmokeTargets COMPONENT SDK)
 install(EXPORT TovuSmokeTargets NAMESPACE TovuSmoke:: DESTINATION ${TOVU_PACKAGE_DIR} COMPONENT SDK)
 file(WRITE ${PROJECT_BINARY_DIR}/TovuSmokeConfig.cmake
-  "include(\${CMAKE_CURRENT_LIST_DIR}/TovuSmokeTargets.cmake)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/TovuPlugin.cmake)\n")
+  "include(\${CMAKE_CURRENT_LIST_DIR}/TovuSmokeTargets.cmake)\ninclude(\${CMAKE_CURRENT_LIST_DIR}/TovuPlugin.cmake)\n"
+  "set(TOVU_WINDOWS_IMPORTS \${CMAKE_CURRENT_LIST_DIR}/../../../include/tovu/windows_imports.c)\n")
 # The SDK contains no binaries, so that one installation serves 64-bit and 32-bit builds.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/TovuSmokeConfigVersion.cmake
   COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)

@@ -1,10 +1,8 @@
-// A host in one file: loads a plug-in, gives it a container and a camera, runs a hundred frames and prints what the
+// A host: loads a plug-in, gives it a container and a camera, runs a hundred frames and prints what the
 // plug-in registered, its bounding box, the number of its quads and a digest of all that it sent.
-//   tovu_sample_host PLUGIN.so [parameter=value ...]
-// This file defines every function that a plug-in imports, and the process exports them (link with -rdynamic), so that
-// the plug-in's undefined symbols resolve to them. A real host answers the same calls from its scene.
-#include <dlfcn.h>
-#include <sys/mman.h>
+//   tovu_sample_host PLUGIN [parameter=value ...]
+// This file defines every function that a plug-in imports, and the process exports them (see CMakeLists.txt), so that
+// plug-ins find them. A real host answers the same calls from its scene.
 #include <tovu/entry_points.h>
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
@@ -15,6 +13,8 @@
 #include <cstring>
 #include <string>
 #include <vector>
+
+#include "platform.h"
 
 namespace {
 
@@ -311,26 +311,16 @@ void set_parameter(const std::string& assignment) {
     fail("'" + assignment + "' is not parameter=value with a parameter listed above");
 }
 
-// A slot has 32 bits for the address of a text on every platform, so the text must lie below 4 GiB. The system grants
-// an address that is asked for where it is free, and another one where it is not.
+// A slot has 32 bits for the address of a text on every platform.
 uint32_t low_copy(const Parameter& parameter) {
-    const size_t bytes = parameter.longest + 1;
-    for (uintptr_t wanted = 0x10000000; wanted < 0xF0000000; wanted += 0x100000) {
-        void* memory =
-            mmap(reinterpret_cast<void*>(wanted), bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) break;
-        const auto address = reinterpret_cast<uintptr_t>(memory);
-        if (address == static_cast<uint32_t>(address)) {
-            std::memcpy(memory, parameter.text.c_str(), parameter.text.size() + 1);
-            return static_cast<uint32_t>(address);
-        }
-        munmap(memory, bytes);
-    }
-    fail("no memory below 4 GiB for a text");
+    void* memory = memory_below_4_gib(parameter.longest + 1);
+    if (memory == nullptr) fail("no memory below 4 GiB for a text");
+    std::memcpy(memory, parameter.text.c_str(), parameter.text.size() + 1);
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(memory));
 }
 
 void* find_symbol(void* library, const char* name) {
-    void* symbol = dlsym(library, name);
+    void* symbol = exported_function(library, name);
     if (symbol == nullptr) fail(std::string(name) + " is missing: a plug-in exports all eight entry points");
     return symbol;
 }
@@ -341,9 +331,10 @@ void* find_symbol(void* library, const char* name) {
 #define ENTRY_POINT(name) reinterpret_cast<decltype(&name)>(find_symbol(library, #name))
 
 int main(int argc, char** argv) {
-    if (argc < 2) fail("usage: tovu_sample_host PLUGIN.so [parameter=value ...]");
-    void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);  // RTLD_NOW: a missing service is reported here
-    if (library == nullptr) fail(dlerror());
+    if (argc < 2) fail("usage: tovu_sample_host PLUGIN [parameter=value ...]");
+    std::string error;
+    void* library = open_library(argv[1], error);
+    if (library == nullptr) fail(error);
     const auto init = ENTRY_POINT(PLUGIN_INIT);
     const auto init_function = ENTRY_POINT(PLUGIN_INIT_FUNCTION);
     const auto cleanup_function = ENTRY_POINT(PLUGIN_CLEANUP_FUNCTION);
@@ -376,6 +367,6 @@ int main(int argc, char** argv) {
                 static_cast<double>(box[3]), static_cast<double>(box[4]), static_cast<double>(box[5]), corners / 4);
     std::printf("digest %016llx\n", static_cast<unsigned long long>(digest));
     cleanup_function(block.data());
-    dlclose(library);  // every instance is cleaned up
+    close_library(library);  // every instance is cleaned up
     return 0;
 }

@@ -1,11 +1,11 @@
 #include "opengl_checks.h"
 
-#include <dlfcn.h>
 #include <tovu/opengl.h>
 
 #include <cmath>
 #include <cstring>
 
+#include "process.h"
 #include "report.h"
 #include "scene_checks.h"
 
@@ -28,28 +28,26 @@ enum : unsigned {
 };
 
 struct OpenGl {
-    void (*get_integers)(unsigned name, int* values) = nullptr;
-    void (*get_floats)(unsigned name, float* values) = nullptr;
-    unsigned char (*is_enabled)(unsigned capability) = nullptr;
-    unsigned (*get_error)() = nullptr;
+    void(OPENGL_CALL* get_integers)(unsigned name, int* values) = nullptr;
+    void(OPENGL_CALL* get_floats)(unsigned name, float* values) = nullptr;
+    unsigned char(OPENGL_CALL* is_enabled)(unsigned capability) = nullptr;
+    unsigned(OPENGL_CALL* get_error)() = nullptr;
 };
 
 constexpr int kNoAnswer = -12345;
 
-// In the process itself or in a library that it has loaded; loads none.
+template <class Function>
+bool find(Function& function, const char* name) {
+    function = reinterpret_cast<Function>(loaded_opengl_function(name));
+    return function != nullptr;
+}
+
+// All null unless all are there.
 OpenGl loaded_opengl() {
-    for (const char* library : {static_cast<const char*>(nullptr), "libOpenGL.so.0", "libGL.so.1"}) {
-        void* handle = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
-        if (handle == nullptr) continue;
-        OpenGl found;
-        found.get_integers = reinterpret_cast<decltype(found.get_integers)>(dlsym(handle, "glGetIntegerv"));
-        found.get_floats = reinterpret_cast<decltype(found.get_floats)>(dlsym(handle, "glGetFloatv"));
-        found.is_enabled = reinterpret_cast<decltype(found.is_enabled)>(dlsym(handle, "glIsEnabled"));
-        found.get_error = reinterpret_cast<decltype(found.get_error)>(dlsym(handle, "glGetError"));
-        dlclose(handle);  // the process holds it for as long as it draws
-        if (found.get_integers && found.get_floats && found.is_enabled && found.get_error) return found;
-    }
-    return {};
+    OpenGl found;
+    const bool complete = find(found.get_integers, "glGetIntegerv") && find(found.get_floats, "glGetFloatv") &&
+                          find(found.is_enabled, "glIsEnabled") && find(found.get_error, "glGetError");
+    return complete ? found : OpenGl{};
 }
 
 bool are_alike(const Matrix& a, const Matrix& b) {

@@ -15,9 +15,9 @@
 #include <map>
 #include <set>
 #include <string>
-#include <thread>
 
 #include "opengl_checks.h"
+#include "process.h"
 #include "report.h"
 #include "scene_checks.h"
 #include "text_memory.h"
@@ -74,7 +74,7 @@ struct Life {
 };
 
 struct Process {
-    std::thread::id thread;
+    const void* thread = nullptr;  // that of PLUGIN_INIT
     bool registered = false;
     int depth = 0;           // of entry points that run
     bool has_asked = false;  // about handles that are not valid
@@ -88,6 +88,12 @@ struct Process {
     bool passes = false;    // began in it
     ~Process();
 } process;
+
+// Another address in each thread.
+const void* this_thread() {
+    thread_local char own;
+    return &own;
+}
 
 uint8_t pattern(int number, size_t i) {
     return static_cast<uint8_t>((i * 31 + static_cast<size_t>(number) * 7 + (i >> 8)) ^ 0xa5);
@@ -232,7 +238,7 @@ struct Call {
     Call(const char* entry_point, void* instance, bool may_nest = false)
         : place_before(current_place()), block(static_cast<Block*>(instance)) {
         set_place({entry_point, 0, 0});
-        const bool is_right_thread = std::this_thread::get_id() == process.thread;
+        const bool is_right_thread = this_thread() == process.thread;
         expect(call_order, process.registered, "called before PLUGIN_INIT");
         expect(call_thread, is_right_thread || !process.registered, "this thread is not that of PLUGIN_INIT");
         expect(call_nested, process.depth == 0 || (may_nest && process.is_asking) || !is_right_thread,
@@ -346,7 +352,7 @@ int32_t PLUGIN_INIT(void) noexcept {
     static constexpr const char* kChoices[] = {"First", "Second", "Third", nullptr};
     set_place({"PLUGIN_INIT", 0, 0});
     expect(init_once, !process.registered, "called again");
-    process.thread = std::this_thread::get_id();
+    process.thread = this_thread();
     process.registered = true;
     pelRegisterPlugin("TovuProbe");
     pelRegisterPluginType(1);

@@ -2,6 +2,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
+
+#ifdef __MINGW_PRINTF_FORMAT  // mingw has two, and C++ uses the one of the standard
+#define PROBE_PRINTF __MINGW_PRINTF_FORMAT
+#else
+#define PROBE_PRINTF printf
+#endif
 
 namespace probe {
 
@@ -92,7 +99,7 @@ Place current_place();
 
 /// Notes that a check ran. Where `holds` is false, the message, which is as for printf, is what it found. The first
 /// finding of each check is kept with its place, the others are counted.
-[[gnu::format(printf, 3, 4)]] void expect(Check check, bool holds, const char* message, ...);
+[[gnu::format(PROBE_PRINTF, 3, 4)]] void expect(Check check, bool holds, const char* message, ...);
 
 /// Whether anything was found since the last report.
 bool has_news();

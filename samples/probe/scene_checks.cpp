@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 
+#include "process.h"
 #include "report.h"
 #include "text_memory.h"
 

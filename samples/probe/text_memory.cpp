@@ -1,25 +1,8 @@
 #include "text_memory.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
+#include <cstddef>
 
 namespace probe {
-
-size_t accessible_bytes(uintptr_t address, char access, size_t wanted) {
-    std::ifstream maps("/proc/self/maps");
-    if (!maps) return wanted;
-    const uintptr_t begin = address;
-    for (std::string line; std::getline(maps, line);) {  // "from-to rwxp …", in ascending order
-        unsigned long from = 0, to = 0;
-        char rights[5] = "";
-        if (std::sscanf(line.c_str(), "%lx-%lx %4s", &from, &to, rights) != 3) continue;
-        if (from > address) break;
-        if (address < to && std::strchr(rights, access) != nullptr) address = to;
-    }
-    return std::min<size_t>(wanted, address - begin);
-}
 
 bool is_utf8(const std::string& text) {
     for (size_t i = 0; i < text.size();) {

@@ -34,8 +34,7 @@ build_against_prefix() {
 
 # The n-th block of a language in the guide. block LANGUAGE N
 guide=$source/docs/plugin-authors.md
-block() { awk -v fence="\`\`\`$1" -v wanted="$2" '
-    $0 == fence { n++; inside = 1; next } /^```/ { inside = 0 } inside && n == wanted' "$guide"; }
+block() { awk -v language="$1" -v n="$2" -f "$source/tests/sdk/guide_block.awk" "$guide"; }
 # Types a block of commands into a shell that stops at the first failure. type_commands N
 type_commands() {
     block sh "$1" >"$work/commands"

@@ -84,7 +84,7 @@ TEST(SampleHostOutput, SaysWhatThePluginRegistered) {
 
 TEST(SampleHostOutput, SaysWhatIsWrong) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", "usage: tovu_sample_host PLUGIN.so"},
+        {"", "usage: tovu_sample_host PLUGIN ["},
         {"/nowhere/smoke.so", "/nowhere/smoke.so"},
         {"libm.so.6", "PLUGIN_INIT is missing"},
         {TOVU_SMOKE_PLUGIN " birth_rat=3", "'birth_rat=3' is not parameter=value"},

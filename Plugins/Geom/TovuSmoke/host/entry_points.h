@@ -4,7 +4,9 @@
 
 #include <stdint.h>
 
-#if defined(__GNUC__)
+#if defined(_WIN32)
+#define TOVU_PLUGIN_EXPORT __declspec(dllexport)
+#elif defined(__GNUC__)
 #define TOVU_PLUGIN_EXPORT __attribute__((visibility("default")))
 #else
 #define TOVU_PLUGIN_EXPORT

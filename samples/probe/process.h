@@ -1,0 +1,23 @@
+// What the probe asks of the operating system about its process: process_linux.cpp, process_windows.cpp.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#ifdef _WIN32
+#define OPENGL_CALL __stdcall
+#else
+#define OPENGL_CALL
+#endif
+
+namespace probe {
+
+/// Bytes from `address` on that the process may read (`access` 'r') or write ('w') without a gap, at most `wanted`.
+/// `wanted` where the system does not say.
+size_t accessible_bytes(uintptr_t address, char access, size_t wanted);
+
+/// A function of the OpenGL library that the process has loaded itself, with the calling convention OPENGL_CALL; null
+/// if there is none. Loads no library.
+void* loaded_opengl_function(const char* name);
+
+}  // namespace probe
