@@ -1,6 +1,7 @@
 # Rules of `cmake --install`, by component. SDK: the headers, the CMake package, the pkg-config file and samples. Plugins:
-# the plug-in's library. Command: the command line with the Stage, sample plug-ins, looks and scenes. Docs: documents.
-# The Stage finds plug-ins and looks beside the folder of its own library, lib/tovu/lib.
+# the plug-in's library. Command: the command line with the Stage, sample plug-ins, looks and scenes. Studio: the studio, if
+# it has been built; it needs Command. Docs: documents.
+# The Stage finds plug-ins, looks and scenes beside the folder of its own library, lib/tovu/lib.
 include(CMakePackageConfigHelpers)
 set(TOVU_PACKAGE_DIR lib/cmake/TovuSmoke)
 
@@ -21,7 +22,7 @@ install(FILES
   DESTINATION ${TOVU_PACKAGE_DIR} COMPONENT SDK)
 
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tovusmoke.pc.in ${PROJECT_BINARY_DIR}/tovusmoke.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION lib/pkgconfig COMPONENT SDK)
+install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION share/pkgconfig COMPONENT SDK)
 
 # The files in each sample folder, but not samples/CMakeLists.txt itself.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
@@ -37,11 +38,16 @@ install(FILES ${PROJECT_SOURCE_DIR}/Plugins/Geom/TovuSmoke/TovuSmoke.toml
 if(TARGET tovu)
   set_target_properties(tovu PROPERTIES INSTALL_RPATH "\$ORIGIN/../lib/tovu/lib")
   set_target_properties(tovu_stage PROPERTIES INSTALL_RPATH "\$ORIGIN")
-  install(TARGETS tovu tovu_stage tovu_stage_core RUNTIME LIBRARY DESTINATION lib/tovu/lib COMPONENT Command)
+  install(TARGETS tovu RUNTIME COMPONENT Command)
+  install(TARGETS tovu_stage tovu_stage_core LIBRARY DESTINATION lib/tovu/lib COMPONENT Command)
   install(TARGETS TovuGather TovuSpiral LIBRARY DESTINATION lib/tovu/plugins COMPONENT Command)
   # The scripts that `tovu bake` runs, and no others.
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/looks/ DESTINATION lib/tovu/looks COMPONENT Command
     FILES_MATCHING PATTERN "*.png" PATTERN "*.toml" REGEX "/make/(arrows|bake|fields|title|winds)\\.py$")
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/scenes/ DESTINATION share/tovu/scenes COMPONENT Command
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/scenes/ DESTINATION lib/tovu/scenes COMPONENT Command
     FILES_MATCHING PATTERN "*.toml" REGEX "/assets/.*\\.(png|jpg|obj)$")
+endif()
+if(TARGET tovu_studio)
+  set_target_properties(tovu_studio PROPERTIES INSTALL_RPATH "\$ORIGIN/../lib/tovu/lib")
+  install(TARGETS tovu_studio RUNTIME COMPONENT Studio OPTIONAL)
 endif()

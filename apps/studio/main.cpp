@@ -3,12 +3,16 @@
 #include <cstdio>
 
 #include "../tovu/plugin_location.h"
+#include "commit.h"
 #include "run_studio.h"
+#include "stage/scenefile/shipped_files.h"
 
 int main(int argc, char** argv) {
-    CLI::App app("Makes smoke in a window: the same pictures as `tovu render`, live.", "tovu studio");
+    CLI::App app("Makes smoke in a window: the same pictures as `tovu render`, live.", "tovu-studio");
+    app.set_version_flag("--version", "tovu-studio " TOVU_VERSION " (" TOVU_COMMIT ")");
     tovu::StudioOptions options;
     options.smoke_plugin = tovu::smoke_plugin_file();
+    options.scenes_folder = (stage::shipped_files_folder() / "scenes").string();
     app.add_option("SCENE|LOOK", options.file, "scene or look file, or the name of a look; without it a gallery");
     app.add_flag("--fullscreen", options.fullscreen, "the picture alone, in full screen");
     app.add_option("--plugin", options.smoke_plugin, "library of the plug-in \"smoke\"");

