@@ -187,10 +187,13 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_option("scene", options.scene, "Scene file")->required();
     command
         ->add_option("-o,--output", options.outputs,
-                     "x.png, frames/%04d.png, x.mp4, x.mov or x.webm; may be given several times")
+                     "x.png, x.exr, frames/%04d.png, x.mp4, x.mov, x.webm, x.webp or x.gif; may be given several times")
         ->required()
         ->allow_extra_args(false);
+    command->add_option("--key", options.key, "Video of the alpha; -o is then its fill. Both are .mp4 or .mov");
+    command->add_option("--alpha", options.alpha, "straight or premultiplied, for .mov files and fills");
     command->add_option("--bits", options.bits, "Per channel of .png files: 8 if not given, or 16");
+    command->add_option("--codec", options.codec, "Of .mp4 files: h264 if not given, or h265");
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--chunk", options.chunk,

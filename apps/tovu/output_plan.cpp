@@ -18,14 +18,26 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-Result<OutputKind> kind_of(const std::string& name) {
-    if (stage::is_frame_pattern(name)) return OutputKind::kNumbered;
-    if (stage::is_video_name(name)) return OutputKind::kVideo;
-    if (std::filesystem::path(name).extension() == ".png") return OutputKind::kStill;
-    return Error{
-        fmt::format("-o {}: must end in .mp4, .mov, .webm or .png; numbered pictures need a name such as "
-                    "frames/%04d.png",
-                    name)};
+Result<OutputPlan> make_plan(const std::string& option, const std::string& name, const stage::SceneDescription& scene) {
+    OutputPlan output;
+    output.option = option;
+    output.name = name;
+    output.video.width = scene.size[0];
+    output.video.height = scene.size[1];
+    output.video.frames_per_second = scene.frame_rate;
+    const std::string ending = std::filesystem::path(name).extension().string();
+    if (ending == ".exr") output.bits = 16;
+    if (ending == ".png" || ending == ".exr")
+        output.kind = stage::is_frame_pattern(name) ? OutputKind::kNumbered : OutputKind::kStill;
+    else if (stage::is_frame_pattern(name))
+        return Error{fmt::format("{} {}: numbered pictures must end in .png or .exr", option, name)};
+    else if (stage::is_video_name(name))
+        output.kind = OutputKind::kVideo;
+    else
+        return Error{
+            fmt::format("{} {}: must end in {}, .png or .exr; numbered pictures need a name such as frames/%04d.png",
+                        option, name, stage::video_endings())};
+    return output;
 }
 
 Result<FrameRange> parse_moment(const std::string& text, const stage::SceneDescription& scene) {
@@ -46,7 +58,7 @@ Result<Done> check_frames_are_no_inputs(const OutputPlan& output, const stage::S
     if (!existing) return existing.error();
     for (const auto& [number, file] : *existing) {
         if (number < output.frames.first || number > output.frames.last) continue;
-        if (Result<Done> checked = check_not_an_input("-o", file, scene); !checked) return checked;
+        if (Result<Done> checked = check_not_an_input(output.option, file, scene); !checked) return checked;
     }
     return Done{};
 }
@@ -54,18 +66,17 @@ Result<Done> check_frames_are_no_inputs(const OutputPlan& output, const stage::S
 // The folder of numbered pictures is created if it does not exist; its parent folder must exist.
 Result<Done> check_numbered(const OutputPlan& output, const stage::SceneDescription& scene) {
     const Result<std::filesystem::path> name = stage::name_with_word(output.name, "0");
-    if (!name) return Error{fmt::format("-o {}: {}", output.name, name.error().message)};
-    if (name->extension() != ".png")
-        return Error{fmt::format("-o {}: numbered pictures must end in .png", output.name)};
+    if (!name) return Error{fmt::format("{} {}: {}", output.option, output.name, name.error().message)};
     std::error_code ignored;
     const bool has_folder = !name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored);
-    if (Result<Done> checked = check_folder("-o", has_folder ? *name : name->parent_path()); !checked) return checked;
+    if (Result<Done> checked = check_folder(output.option, has_folder ? *name : name->parent_path()); !checked)
+        return checked;
     return check_frames_are_no_inputs(output, scene);
 }
 
 Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription& scene) {
     return output.kind == OutputKind::kNumbered ? check_numbered(output, scene)
-                                                : check_output("-o", output.name, scene);
+                                                : check_output(output.option, output.name, scene);
 }
 
 Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
@@ -73,22 +84,72 @@ Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
     for (const OutputPlan& output : outputs) {
         std::filesystem::path name = std::filesystem::absolute(output.name).lexically_normal();
         if (std::ranges::find(names, name) != names.end())
-            return Error{fmt::format("-o {}: two outputs have this name; give each its own", output.name)};
+            return Error{
+                fmt::format("{} {}: two outputs have this name; give each its own", output.option, output.name)};
         names.push_back(std::move(name));
     }
     return Done{};
 }
 
+bool has_ending(const OutputPlan& output, const char* ending) {
+    return std::filesystem::path(output.name).extension() == ending;
+}
+
 Result<Done> take_bits(const std::string& text, std::vector<OutputPlan>& outputs) {
     if (text.empty()) return Done{};
     if (text != "8" && text != "16") return Error{fmt::format("--bits {}: must be 8 or 16", text)};
-    bool used = false;
+    if (std::ranges::none_of(outputs, [](const OutputPlan& output) { return has_ending(output, ".png"); }))
+        return Error{fmt::format("--bits {}: is for .png files; there is none", text)};
+    for (OutputPlan& output : outputs)
+        if (has_ending(output, ".png")) output.bits = text == "8" ? 8 : 16;
+    return Done{};
+}
+
+Result<Done> take_codec(const std::string& text, std::vector<OutputPlan>& outputs) {
+    if (text.empty()) return Done{};
+    if (text != "h264" && text != "h265") return Error{fmt::format("--codec {}: must be h264 or h265", text)};
+    if (std::ranges::none_of(outputs, [](const OutputPlan& output) { return has_ending(output, ".mp4"); }))
+        return Error{fmt::format("--codec {}: is for .mp4 files; there is none", text)};
+    for (OutputPlan& output : outputs)
+        if (has_ending(output, ".mp4")) output.video.codec = text;
+    return Done{};
+}
+
+// The key is one more output, with the same pictures as the fill.
+Result<Done> take_key(const std::string& name, const stage::SceneDescription& scene, std::vector<OutputPlan>& outputs) {
+    if (name.empty()) return Done{};
+    if (outputs.size() != 1) return Error{fmt::format("--key {}: needs exactly one -o, the fill", name)};
+    Result<OutputPlan> key = make_plan("--key", name, scene);
+    if (!key) return key.error();
+    for (const OutputPlan* output : {&outputs[0], &*key})
+        if (output->kind != OutputKind::kVideo)
+            return Error{
+                fmt::format("{} {}: a fill and its key must be .mp4 or .mov files; pictures have their alpha "
+                            "with them",
+                            output->option, output->name)};
+    outputs[0].video.part = stage::VideoPart::kFill;
+    outputs[0].video.premultiplied = true;
+    key->video.part = stage::VideoPart::kKey;
+    outputs.push_back(std::move(*key));
+    return Done{};
+}
+
+// Videos that cannot have what was chosen say so themselves.
+Result<Done> take_alpha(const std::string& text, std::vector<OutputPlan>& outputs) {
+    if (text.empty()) return Done{};
+    const bool premultiplied = text == "premultiplied";
+    if (!premultiplied && text != "straight")
+        return Error{fmt::format("--alpha {}: must be straight or premultiplied", text)};
     for (OutputPlan& output : outputs) {
-        if (output.kind == OutputKind::kVideo) continue;
-        output.bits = text == "8" ? 8 : 16;
-        used = true;
+        if (output.kind != OutputKind::kVideo && has_ending(output, ".exr") != premultiplied)
+            return Error{fmt::format("--alpha {}: alpha in .png files is straight, in .exr files premultiplied", text)};
+        if (output.video.part == stage::VideoPart::kPicture && output.kind == OutputKind::kVideo &&
+            !stage::video_keeps_alpha(output.name))
+            return Error{fmt::format("--alpha {}: {} has no alpha; .mov files have, and --key writes it beside", text,
+                                     output.name)};
+        if (output.video.part != stage::VideoPart::kKey) output.video.premultiplied = premultiplied;
     }
-    return used ? Result<Done>(Done{}) : Error{fmt::format("--bits {}: is for .png files; there is none", text)};
+    return Done{};
 }
 
 Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescription& scene,
@@ -136,11 +197,14 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
                                                     const stage::SceneDescription& scene) {
     std::vector<OutputPlan> outputs;
     for (const std::string& name : options.outputs) {
-        const Result<OutputKind> kind = kind_of(name);
-        if (!kind) return kind.error();
-        outputs.push_back({*kind, name, {}});
+        Result<OutputPlan> output = make_plan("-o", name, scene);
+        if (!output) return output.error();
+        outputs.push_back(std::move(*output));
     }
+    if (const Result<Done> done = take_key(options.key, scene, outputs); !done) return done.error();
+    if (const Result<Done> done = take_alpha(options.alpha, outputs); !done) return done.error();
     if (const Result<Done> done = take_bits(options.bits, outputs); !done) return done.error();
+    if (const Result<Done> done = take_codec(options.codec, outputs); !done) return done.error();
     if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
     if (const Result<Done> done = check_parts(options, outputs); !done) return done.error();
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();

@@ -6,6 +6,7 @@
 
 #include "option_values.h"
 #include "render_command.h"
+#include "stage/output/video_file.h"
 
 namespace tovu {
 
@@ -13,9 +14,11 @@ enum class OutputKind { kStill, kNumbered, kVideo };
 
 struct OutputPlan {
     OutputKind kind = OutputKind::kStill;
-    std::string name;   // as given; of numbered pictures, their pattern
-    FrameRange frames;  // that it takes: one for a still
-    int bits = 8;       // per channel of PNG files: 8 or 16
+    std::string option;          // "-o" or "--key"
+    std::string name;            // as given; of numbered pictures, their pattern
+    FrameRange frames;           // that it takes: one for a still
+    int bits = 8;                // per channel of pictures: 8 or 16
+    stage::VideoSettings video;  // of videos
 };
 
 /// The outputs of the options, each with the frames that it takes. Checks names, folders and ranges.

@@ -72,6 +72,17 @@ void warn_of_older_frames(const std::string& pattern, const stage::SceneDescript
                      files->rbegin()->second.string(), count));
 }
 
+// Warns of a video that has no place for the alpha of a transparent scene.
+void warn_of_lost_alpha(const OutputPlan& output, const stage::SceneDescription& scene, const RenderWarning& warn) {
+    if (scene.background || output.kind != OutputKind::kVideo || output.video.part != stage::VideoPart::kPicture ||
+        stage::video_keeps_alpha(output.name))
+        return;
+    warn(
+        fmt::format("{}: has no alpha, so that the scene, which has no background, is over black; .mov and .webm keep "
+                    "the alpha, and --key writes it beside",
+                    output.name));
+}
+
 }  // namespace
 
 stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
@@ -83,6 +94,7 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     if (!built) return built.error();
     for (const std::string& warning : built->warnings) warn(warning);
     for (const std::string& line : stage::lint_scene(*built)) warn(line);
+    for (const OutputPlan& output : plan->outputs) warn_of_lost_alpha(output, plan->scene, warn);
     std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())

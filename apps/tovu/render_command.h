@@ -13,8 +13,11 @@ namespace tovu {
 /// The options as texts of the command line; empty when not given.
 struct RenderOptions {
     std::string scene;                  // scene file
-    std::vector<std::string> outputs;   // x.png, x_%04d.png, x.mp4, x.mov, x.webm; one at least
+    std::vector<std::string> outputs;   // files or patterns such as x_%04d.png; one at least
+    std::string key;                    // video of the alpha, beside one video
+    std::string alpha;                  // "straight" or "premultiplied"
     std::string bits;                   // per channel of PNG files: 8 or 16
+    std::string codec;                  // of .mp4 files: "h264" or "h265"
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included
     std::string chunk;                  // "K/N": the K-th of N shares of the frames

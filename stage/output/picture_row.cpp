@@ -12,6 +12,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "exr_file.h"
 #include "frame_names.h"
 #include "whole_file.h"
 
@@ -189,6 +190,7 @@ std::vector<std::string> content_differences(const RowContent& was, const RowCon
 }
 
 bool is_whole_picture(const std::filesystem::path& file) {
+    if (file.extension() == ".exr") return is_whole_exr(file);
     // Chunks: length, kind, data, checksum of kind and data. The numbers are big-endian.
     const std::string bytes = read_whole_file(file);
     const auto number_at = [&bytes](size_t at) {

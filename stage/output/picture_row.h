@@ -36,7 +36,8 @@ STAGE_EXPORT Result<RowManifest> read_manifest(const std::string& pattern);
 /// "seed was 1 and is 2", a text for each name whose values differ or that only one of them has.
 STAGE_EXPORT std::vector<std::string> content_differences(const RowContent& was, const RowContent& is);
 
-/// True for a PNG file that is there from the first to the last byte with right checksums.
+/// True for a PNG file that is there from the first to the last byte with right checksums, and for an OpenEXR file that
+/// can be read to its end.
 STAGE_EXPORT bool is_whole_picture(const std::filesystem::path& file);
 
 /// A row whose frames of one span are this object's to write, against other processes too, also on other machines that

@@ -41,44 +41,63 @@ struct VideoFile::Encoder {
 
 namespace {
 
-constexpr double kMaxFramesPerSecond = 1000.0;
-
-std::string endings() {
+std::string codecs_of(const std::filesystem::path& path) {
     std::string text;
-    for (const VideoFormat& format : video_formats()) text += (text.empty() ? "" : ", ") + format.ending;
+    for (const VideoFormat& format : video_formats())
+        if (format.ending == find_video_format(path)->ending) text += (text.empty() ? "" : " or ") + format.codec;
     return text;
 }
 
 Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat* format,
                             const VideoSettings& settings) {
     const auto wrong = [&path](const std::string& problem) { return Error{path.string() + ": " + problem}; };
-    if (format == nullptr) return wrong(fmt::format("the name of a video must end in one of {}", endings()));
+    if (!is_video_name(path)) return wrong(fmt::format("the name of a video must end in one of {}", video_endings()));
+    if (format == nullptr)
+        return wrong(fmt::format("{} files do not take the codec {}, but {}", path.extension().string(), settings.codec,
+                                 codecs_of(path)));
+    if (settings.part != VideoPart::kPicture && !format->key_and_fill)
+        return wrong("a fill and its key must be .mp4 or .mov files");
+    if (settings.premultiplied && !format->key_and_fill)
+        return wrong(
+            fmt::format("alpha in {} files is straight; .mov and .exr files can be premultiplied", format->ending));
     if (settings.width < 1 || settings.height < 1)
         return wrong(fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height));
-    if (format->even_size && (settings.width % 2 != 0 || settings.height % 2 != 0))
+    const bool half_chroma = format->pixels.starts_with("yuv420");
+    if (half_chroma && (settings.width % 2 != 0 || settings.height % 2 != 0))
         return wrong(fmt::format("{} x {} pixels: in {} files both must be even", settings.width, settings.height,
                                  format->ending));
-    if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= kMaxFramesPerSecond))
-        return wrong(
-            fmt::format("{} frames per second: must be 0.001 to {}", settings.frames_per_second, kMaxFramesPerSecond));
+    if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= format->most_frames_per_second))
+        return wrong(fmt::format("{:.10g} frames per second: in {} files 0.001 to {}", settings.frames_per_second,
+                                 format->ending, format->most_frames_per_second));
     const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
     if (std::error_code code; !std::filesystem::is_directory(folder, code))
         return wrong(fmt::format("there is no folder {}", folder.string()));
     return Done{};
 }
 
-uint16_t over_black(uint32_t color, uint32_t alpha) {
+uint16_t multiply(uint32_t color, uint32_t alpha) {
     constexpr uint32_t kMost = 65535;
     return static_cast<uint16_t>((color * alpha + kMost / 2) / kMost);
 }
 
-void send_row(const uint16_t* rgba, int32_t width, bool alpha, uint16_t* out) {
-    if (alpha) {
+/// A row as it is sent: three or four numbers a pixel.
+void send_row(const uint16_t* rgba, int32_t width, const VideoFormat& format, const VideoSettings& settings,
+              uint16_t* out) {
+    const bool alpha = sends_alpha(format, settings);
+    if (alpha && !settings.premultiplied) {
         std::copy_n(rgba, static_cast<size_t>(width) * 4, out);
         return;
     }
-    for (int32_t x = 0; x < width; ++x, rgba += 4, out += 3)
-        for (int channel = 0; channel < 3; ++channel) out[channel] = over_black(rgba[channel], rgba[3]);
+    const bool over_black = settings.premultiplied || (settings.part == VideoPart::kPicture && !alpha);
+    for (int32_t x = 0; x < width; ++x, rgba += 4) {
+        for (int channel = 0; channel < 3; ++channel) {
+            if (settings.part == VideoPart::kKey)
+                *out++ = rgba[3];
+            else
+                *out++ = over_black ? multiply(rgba[channel], rgba[3]) : rgba[channel];
+        }
+        if (alpha) *out++ = rgba[3];
+    }
 }
 
 }  // namespace
@@ -87,8 +106,21 @@ bool is_video_name(const std::filesystem::path& path) {
     return find_video_format(path) != nullptr;
 }
 
-Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const VideoSettings& settings) {
+std::string video_endings() {
+    std::string text;
+    std::string last;
+    for (const VideoFormat& format : video_formats())
+        if (format.ending != std::exchange(last, format.ending)) text += (text.empty() ? "" : ", ") + format.ending;
+    return text;
+}
+
+bool video_keeps_alpha(const std::filesystem::path& path) {
     const VideoFormat* format = find_video_format(path);
+    return format != nullptr && !format->pixels_with_alpha.empty();
+}
+
+Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const VideoSettings& settings) {
+    const VideoFormat* format = find_video_format(path, settings.codec);
     if (const Result<Done> checked = check_settings(path, format, settings); !checked) return checked.error();
     auto ffmpeg = ChildProcess::start(ffmpeg_arguments(*format, settings, begin_partial(path)));
     if (!ffmpeg) {
@@ -105,11 +137,11 @@ Result<Done> VideoFile::add_frame(const DeepPicture& frame) {
         return Error{fmt::format("{}: a frame of {} x {} pixels; frames of this video must be {} x {}",
                                  encoder.path.string(), frame.width, frame.height, settings.width, settings.height)};
     const size_t row_in = static_cast<size_t>(frame.width) * 4;
-    const size_t row_out = static_cast<size_t>(frame.width) * (encoder.format->alpha ? 4 : 3);
+    const size_t row_out = static_cast<size_t>(frame.width) * (sends_alpha(*encoder.format, settings) ? 4 : 3);
     const auto height = static_cast<size_t>(frame.height);
     encoder.frame.resize(row_out * height);
     for (size_t row = 0; row < height; ++row)
-        send_row(&frame.channels[(height - 1 - row) * row_in], frame.width, encoder.format->alpha,
+        send_row(&frame.channels[(height - 1 - row) * row_in], frame.width, *encoder.format, settings,
                  &encoder.frame[row * row_out]);
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     ++encoder.frame_count;

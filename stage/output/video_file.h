@@ -12,25 +12,45 @@
 
 namespace stage {
 
+enum class VideoPart {
+    kPicture,  // colour, with alpha where the format has it, else over black
+    kFill,     // colour without alpha
+    kKey,      // alpha as grey
+};
+
 struct VideoSettings {
     int32_t width = 0;  // pixels
     int32_t height = 0;
     double frames_per_second = 25.0;  // 23.976, 29.97, 59.94 and so on stand for multiples of 1000/1001
+    VideoPart part = VideoPart::kPicture;
+    bool premultiplied = false;  // colour × alpha instead of colour beside alpha
+    std::string codec = {};      // of .mp4: "h264" or "h265"; empty for the first
 };
 
 /// The rate as a fraction: 25 is "25000/1000", 29.97 is "30000/1001".
 STAGE_EXPORT std::string frame_rate_text(double frames_per_second);
 
-/// True for names that end in .mp4, .mov or .webm.
+/// True for names that end in one of video_endings().
 STAGE_EXPORT bool is_video_name(const std::filesystem::path& path);
 
-/// A video being written. The name's ending chooses the format: .mp4 is H.264 4:2:0 without alpha, over black, .mov is
-/// ProRes 4444 with straight alpha, .webm is VP9 4:2:0 with straight alpha; 4:2:0 needs an even width and height. The
-/// same frames give the same bytes with the same ffmpeg. The file appears under its name when finish() succeeds; an
-/// object destroyed before that leaves no file. Move only.
+/// ".mp4, .mov, .webm, .webp, .gif"
+STAGE_EXPORT std::string video_endings();
+
+/// Whether videos of this ending keep the alpha of pictures.
+STAGE_EXPORT bool video_keeps_alpha(const std::filesystem::path& path);
+
+/// A video being written. The name's ending chooses the format:
+///   .mp4   H.264 4:2:0 with 8 bits, or H.265 4:2:0 with 10, without alpha; pictures are over black
+///   .mov   ProRes 4444 with 10 bits and alpha, straight or premultiplied
+///   .webm  VP9 4:2:0 with 8 bits and straight alpha
+///   .webp  animated WebP, lossy, with 8 bits and straight alpha
+///   .gif   256 colours for each frame; a pixel is opaque from alpha 1/2 on, else transparent
+/// 4:2:0 needs an even width and height. A fill and a key can be .mp4 and .mov. The same frames give the same bytes
+/// with the same ffmpeg. The file appears under its name when finish() succeeds; an object destroyed before that leaves
+/// no file. Move only.
 class STAGE_EXPORT VideoFile {
   public:
-    /// Error: another ending, a size or rate that the format cannot have, no ffmpeg command.
+    /// Error: another ending, settings that the format cannot have, no ffmpeg command.
     static Result<VideoFile> create(const std::filesystem::path& path, const VideoSettings& settings);
 
     VideoFile(VideoFile&&) noexcept;

@@ -19,7 +19,19 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"lint none", "unknown look 'none'"},
     {"rendr tiny.toml", "unknown command 'rendr': did you mean 'render'?"},
     {"render none.toml -o x.png --at 0", "none.toml: cannot be read: No such file or directory"},
-    {"render tiny.toml -o x.gif", "must end in .mp4, .mov, .webm or .png"},
+    {"render tiny.toml -o x.avi", "-o x.avi: must end in .mp4, .mov, .webm, .webp, .gif, .png or .exr; numbered"},
+    {"render tiny.toml -o f%d.mov", "-o f%d.mov: numbered pictures must end in .png or .exr"},
+    {"render tiny.toml -o x.mp4 --key k.png", "--key k.png: a fill and its key must be .mp4 or .mov files"},
+    {"render tiny.toml -o x.mp4 -o y.mp4 --key k.mp4", "--key k.mp4: needs exactly one -o, the fill"},
+    {"render tiny.toml -o x.mp4 --key x.mp4", "--key x.mp4: two outputs have this name"},
+    {"render tiny.toml -o x.mov --alpha both", "--alpha both: must be straight or premultiplied"},
+    {"render tiny.toml -o x.mp4 --alpha straight", "--alpha straight: x.mp4 has no alpha"},
+    {"render tiny.toml -o f%d.png --alpha premultiplied", "alpha in .png files is straight, in .exr files premult"},
+    {"render tiny.toml -o f%d.exr --alpha straight", "alpha in .png files is straight, in .exr files premultiplied"},
+    {"render tiny.toml -o f%d.png --bits 10", "--bits 10: must be 8 or 16"},
+    {"render tiny.toml -o f%d.exr --bits 16", "--bits 16: is for .png files; there is none"},
+    {"render tiny.toml -o x.mp4 --codec av1", "--codec av1: must be h264 or h265"},
+    {"render tiny.toml -o x.mov --codec h265", "--codec h265: is for .mp4 files; there is none"},
     {"render tiny.toml -o x.png", "one picture needs --at SECONDS"},
     {"render tiny.toml -o x.png --at 0.4", "--at 0.4: must be a time in seconds from 0 and below 0.4"},
     {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give only one of them"},
@@ -200,6 +212,26 @@ TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
     EXPECT_EQ(0, outcome.status) << outcome.errors;
     EXPECT_THAT(messages_about("warning: odd.toml", outcome.errors),
                 testing::UnorderedElementsAreArray(annotated_messages(kDoubtful, "warning: odd.toml")));
+}
+
+TEST_F(Command, AVideoWithoutAlphaOfATransparentSceneIsWarnedOf) {
+    write("clear.toml", "length = 0.04\ncontainer = [{ name = 'a' }]\n");
+    const std::string both = run("render clear.toml -o x.mp4 -o x.mov --size 8x8").errors;
+    EXPECT_THAT(both, HasSubstr("warning: x.mp4: has no alpha, so that the scene, which has no background, is over"));
+    EXPECT_THAT(both, testing::Not(HasSubstr("warning: x.mov")));
+    EXPECT_THAT(run("render clear.toml -o x.mp4 --key y.mp4 --size 8x8").errors, testing::Not(HasSubstr("warning")));
+    EXPECT_THAT(run("render tiny.toml -o x.mp4").errors, testing::Not(HasSubstr("warning")));
+}
+
+TEST_F(Command, PicturesSayWhatTheyAreOf) {
+    ASSERT_EQ(0, run("render tiny.toml -o x.png -o x.exr -o y%d.png --at 0.2 --frames 5 --bits 16 --seed 7").status);
+    EXPECT_TRUE(bytes("x.png") == bytes("y5.png")) << "0.2 s of 25 frames a second";
+    for (const char* picture : {"x.png", "x.exr"})
+        EXPECT_THAT(
+            run_shell(std::string("ffprobe -v error -show_frames ") + picture).output,
+            testing::AllOf(HasSubstr("TAG:Software=tovu " TOVU_VERSION "\n"), HasSubstr("TAG:Scene=tiny.toml\n"),
+                           HasSubstr("TAG:Seed=7\n"), HasSubstr("TAG:Frame=5\n")))
+            << picture;
 }
 
 TEST_F(Command, FramesOfALongerRenderAreWarnedOf) {

@@ -1,9 +1,13 @@
 // Numbered frames, videos and progress.
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 
+#include "stage/output/color_bleed.h"
+#include "stage/output/exr_file.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/progress.h"
 #include "stage/output/video_file.h"
@@ -30,70 +34,169 @@ TEST(FrameNames, FollowTheirPattern) {
 
 constexpr int32_t kWidth = 64;
 constexpr int32_t kHeight = 48;
+constexpr int kFrames = 3;
 
-/// Left half red, right half transparent; the bottom rows, as many as the frame's number, are blue.
-DeepPicture video_frame(int number) {
-    DeepPicture frame{kWidth, kHeight, {}};
-    for (int32_t y = 0; y < kHeight; ++y)
+/// Straight, 0…1: colour grows to the right, alpha to the bottom; the frames differ in green.
+std::array<double, 4> gradient(int frame, int32_t x, int32_t y) {
+    return {0.2 + 0.6 * x / kWidth, 0.3 * frame, 0.4, (y + 0.5) / kHeight};
+}
+
+DeepPicture gradient_frame(int frame) {
+    DeepPicture picture{kWidth, kHeight, {}};
+    for (int32_t y = kHeight; y-- > 0;)  // the bottom row first
         for (int32_t x = 0; x < kWidth; ++x)
-            for (const int value : {y < number ? 0 : 200, 0, y < number ? 200 : 0, x < kWidth / 2 ? 255 : 0})
-                frame.channels.push_back(static_cast<uint16_t>(257 * value));
-    return frame;
+            for (const double value : gradient(frame, x, y))
+                picture.channels.push_back(static_cast<uint16_t>(std::lround(value * 65535)));
+    return picture;
 }
 
 stage::Result<stage::Done> write_video(const std::filesystem::path& path, const stage::VideoSettings& settings) {
     auto video = VideoFile::create(path, settings);
     if (!video) return video.error();
-    for (int i = 0; i < 3; ++i)
-        if (auto added = video->add_frame(video_frame(16 * i)); !added) return added.error();
+    for (int i = 0; i < kFrames; ++i)
+        if (auto added = video->add_frame(gradient_frame(i)); !added) return added.error();
     return video->finish();
 }
 
+using Pixel = std::array<double, 4>;
+Pixel as_it_is(Pixel p) {
+    return p;
+}
+Pixel multiplied(Pixel p) {
+    return {p[0] * p[3], p[1] * p[3], p[2] * p[3], p[3]};
+}
+Pixel without_alpha(Pixel p) {
+    return {p[0], p[1], p[2], 1};
+}
+Pixel over_black(Pixel p) {
+    return without_alpha(multiplied(p));
+}
+Pixel only_alpha(Pixel p) {
+    return {p[3], p[3], p[3], 1};
+}
+Pixel all_or_nothing(Pixel p) {
+    return p[3] < 128 / 255.0 ? Pixel{} : without_alpha(p);
+}
+
+// Commands that decode a video to RGBA with 16 bits per channel. ffmpeg cannot read animated WebP.
+constexpr const char* kDecode =
+    "ffmpeg -nostdin -v error -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
+constexpr const char* kDecodeVp9 =
+    "ffmpeg -nostdin -v error -c:v libvpx-vp9 -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
+constexpr const char* kDecodeGif = "ffmpeg -nostdin -v error -i $f ";
+constexpr const char* kDecodeWebp =
+    "/usr/bin/python3 -c 'import PIL.Image, PIL.ImageSequence, sys\n"
+    "for frame in PIL.ImageSequence.Iterator(PIL.Image.open(sys.argv[1])):\n"
+    "    sys.stdout.buffer.write(bytes(v for byte in frame.convert(\"RGBA\").tobytes() for v in (byte, byte)))' $f #";
+
 struct VideoCase {
     const char* name;
-    const char* decoder;
-    bool alpha;
+    stage::VideoSettings settings;  // size and rate are the same for all
+    const char* probed;             // codec, pixel format, range, matrix, transfer, primaries, fields
+    const char* decode;
+    Pixel (*expected)(Pixel);
+    double error;  // 1/255, mean of all pixels and channels
 };
+
+const VideoCase kVideoCases[] = {
+    {"a.mp4", {}, "h264,yuv420p,tv,bt709,bt709,bt709,progressive", kDecode, over_black, 0.75},
+    {"h265.mp4", {.codec = "h265"}, "hevc,yuv420p10le,tv,bt709,bt709,bt709,progressive", kDecode, over_black, 0.5},
+    {"a.mov", {}, "prores,yuva444p12le,tv,bt709,bt709,bt709,progressive", kDecode, as_it_is, 0.15},
+    {"multiplied.mov",
+     {.premultiplied = true},
+     "prores,yuva444p12le,tv,bt709,bt709,bt709,progressive",
+     kDecode,
+     multiplied,
+     0.15},
+    {"a.WEBM", {}, "vp9,yuv420p,tv,bt709,bt709,bt709,progressive", kDecodeVp9, as_it_is, 0.55},
+    {"a.webp", {}, nullptr, kDecodeWebp, as_it_is, 1.5},
+    {"a.gif", {}, "gif,bgra,unknown,unknown,unknown,unknown,unknown", kDecodeGif, all_or_nothing, 0.2},
+    {"fill.mp4",
+     {.part = stage::VideoPart::kFill},
+     "h264,yuv420p,tv,bt709,bt709,bt709,progressive",
+     kDecode,
+     without_alpha,
+     0.7},
+    {"fill.mov",
+     {.part = stage::VideoPart::kFill, .premultiplied = true},
+     "prores,yuv444p12le,tv,bt709,bt709,bt709,progressive",
+     kDecode,
+     over_black,
+     0.15},
+    {"key.mp4",
+     {.part = stage::VideoPart::kKey},
+     "h264,yuv420p,tv,bt709,bt709,bt709,progressive",
+     kDecode,
+     only_alpha,
+     0.55},
+};
+
+// What the command prints, in which $f is the file.
+std::string printed(const std::string& command, const std::filesystem::path& file) {
+    const TemporaryFolder folder;
+    const auto output = folder / "output";
+    const std::string line = "exec >'" + output.string() + "'; f='" + file.string() + "'; " + command;
+    EXPECT_EQ(0, std::system(line.c_str())) << line;
+    return file_bytes(output);
+}
 
 class Videos : public testing::TestWithParam<VideoCase> {};
 
-TEST_P(Videos, HoldTheirFramesAndRepeatToTheByte) {
-    const auto& [name, decoder, alpha] = GetParam();
+TEST_P(Videos, AreWhatTheirFormatSaysAndRepeatToTheByte) {
+    const VideoCase& expected = GetParam();
+    SCOPED_TRACE(expected.name);
+    stage::VideoSettings settings = expected.settings;
+    settings.width = kWidth;
+    settings.height = kHeight;
     const TemporaryFolder folder;
     for (const std::string part : {"1", "2"}) {
         std::filesystem::create_directory(folder / part);
-        const auto written = write_video(folder / part / name, {kWidth, kHeight, 25.0});
+        const auto written = write_video(folder / part / expected.name, settings);
         ASSERT_TRUE(written) << written.error().message;
     }
-    EXPECT_EQ(file_bytes(folder / "1" / name), file_bytes(folder / "2" / name));
-
-    const std::string command = "cd '" + folder.path().string() + "' && ffmpeg -nostdin -loglevel error " + decoder +
-                                " -i 1/" + name + " -f rawvideo -pix_fmt rgba raw";
-    ASSERT_EQ(0, std::system(command.c_str()));
-    const std::string frames = file_bytes(folder / "raw");
-    constexpr size_t kFrameBytes = size_t{kWidth} * kHeight * 4;
-    ASSERT_EQ(3 * kFrameBytes, frames.size());
-    const auto expect_color = [&](size_t x, size_t y, std::array<int, 4> rgba) {
-        const char* pixel = &frames[2 * kFrameBytes + (y * kWidth + x) * 4];  // top row first
-        for (size_t i = 0; i < 4; ++i)
-            EXPECT_NEAR(rgba[i], static_cast<unsigned char>(pixel[i]), 8) << x << ", " << y << ", channel " << i;
-    };
-    expect_color(8, 4, {200, 0, 0, 255});
-    expect_color(8, 40, {0, 0, 200, 255});
-    expect_color(56, 4, alpha ? std::array{200, 0, 0, 0} : std::array{0, 0, 0, 255});
+    const auto file = folder / "1" / expected.name;
+    EXPECT_EQ(file_bytes(file), file_bytes(folder / "2" / expected.name));
+    if (expected.probed != nullptr) {
+        EXPECT_EQ(
+            expected.probed + std::string("\n"),
+            printed("ffprobe -v error -of csv=p=0 -show_entries stream=codec_name,pix_fmt,color_range,color_space,"
+                    "color_transfer,color_primaries,field_order $f",
+                    file));
+    }
+    const std::string frames = printed(expected.decode + std::string("-f rawvideo -pix_fmt rgba64le -"), file);
+    ASSERT_EQ(size_t{kFrames} * kWidth * kHeight * 8, frames.size());
+    const auto* decoded = reinterpret_cast<const uint16_t*>(frames.data());
+    double error = 0;
+    for (int frame = 0; frame < kFrames; ++frame)
+        for (int32_t y = 0; y < kHeight; ++y)
+            for (int32_t x = 0; x < kWidth; ++x) {
+                const Pixel pixel = expected.expected(gradient(frame, x, y));
+                const bool visible = pixel[3] > 0.02;  // formats may drop what cannot be seen
+                for (size_t i = 0; i < 4; ++i, ++decoded)
+                    if (visible || i == 3) error += std::abs(pixel[i] - *decoded / 65535.0);
+            }
+    EXPECT_LT(error / (kFrames * kWidth * kHeight * 4) * 255, expected.error);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Videos,
-                         testing::Values(VideoCase{"a.mp4", "", false}, VideoCase{"a.mov", "", true},
-                                         VideoCase{"a.WEBM", "-c:v libvpx-vp9", true}));
+INSTANTIATE_TEST_SUITE_P(Formats, Videos, testing::ValuesIn(kVideoCases));
 
 TEST(Video, EveryFaultIsNamedAndLeavesNoFile) {
     const TemporaryFolder folder;
     const stage::VideoSettings good{kWidth, kHeight, 25.0};
-    const std::pair<const char*, stage::VideoSettings> cases[] = {
-        {"a.avi", good}, {"a.mov", {0, kHeight, 25.0}}, {"a.mp4", {kWidth, kHeight, 0.0}}, {"none/a.mp4", good}};
-    for (const auto& [name, settings] : cases)
-        EXPECT_THAT(VideoFile::create(folder / name, settings).error().message, HasSubstr(name));
+    const std::tuple<const char*, stage::VideoSettings, const char*> cases[] = {
+        {"a.avi", good, "must end in one of .mp4, .mov, .webm, .webp, .gif"},
+        {"a.mov", {0, kHeight}, "0 x 48 pixels: both must be at least 1"},
+        {"a.webm", {kWidth, 47}, "64 x 47 pixels: in .webm files both must be even"},
+        {"a.mp4", {kWidth, kHeight, 0.0}, "0 frames per second: in .mp4 files 0.001 to 1000"},
+        {"a.gif", {kWidth, kHeight, 60.0}, "60 frames per second: in .gif files 0.001 to 50"},
+        {"a.mov", {.width = 2, .height = 2, .codec = "h265"}, ".mov files do not take the codec h265, but prores"},
+        {"a.webm", {.width = 2, .height = 2, .premultiplied = true}, "alpha in .webm files is straight"},
+        {"a.gif", {.width = 2, .height = 2, .part = stage::VideoPart::kKey}, "must be .mp4 or .mov files"},
+        {"none/a.mp4", good, "there is no folder"},
+    };
+    for (const auto& [name, settings, message] : cases)
+        EXPECT_THAT(VideoFile::create(folder / name, settings).error().message,
+                    testing::AllOf(HasSubstr(std::string(name) + ": "), HasSubstr(message)));
     auto video = VideoFile::create(folder / "a.mp4", good);
     ASSERT_TRUE(video) << video.error().message;
     EXPECT_THAT(video->add_frame({2, 2, std::vector<uint16_t>(16)}).error().message,
@@ -130,7 +233,7 @@ TEST_F(VideoCommand, ThatFailsIsQuotedWithItsLastLines) {
     ASSERT_TRUE(video);
     std::string message;
     for (int i = 0; i < 1000 && message.empty(); ++i)  // it takes a while to end
-        if (const auto added = video->add_frame(video_frame(0)); !added) message = added.error().message;
+        if (const auto added = video->add_frame(gradient_frame(0)); !added) message = added.error().message;
     EXPECT_THAT(message,
                 testing::EndsWith("a.mp4: ffmpeg failed with exit status 3:\nline 3\nline 4\nline 5\nline 6\nline 7"));
     EXPECT_TRUE(folder.is_empty());
@@ -152,6 +255,47 @@ TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
         EXPECT_THAT(written.error().message, HasSubstr(message));
         EXPECT_TRUE(folder.is_empty()) << message;
     }
+}
+
+TEST(Exr, KeepsEachHalfAndTexts) {
+    // By hand: 1, 0.5, 2, 0.25 as halves; the top row is the second one here.
+    const stage::DrawnPicture picture{1, 2, {0x3c00, 0x3800, 0x4000, 0x3400, 0, 0, 0, 0x3c00}};
+    const TemporaryFolder folder;
+    const auto file = folder / "a.exr";
+    ASSERT_TRUE(stage::write_exr(file, picture, {{"Scene", "fire.toml"}}));
+    EXPECT_EQ("gbrapf32le,fire.toml\n",
+              printed("ffprobe -v error -of csv=p=0 -show_entries frame=pix_fmt:frame_tags=Scene $f", file));
+    const std::string planes = printed("ffmpeg -v error -i $f -f rawvideo -", file);
+    std::vector<float> numbers(8);
+    ASSERT_EQ(numbers.size() * sizeof(float), planes.size());
+    std::memcpy(numbers.data(), planes.data(), planes.size());
+    EXPECT_THAT(numbers, testing::ElementsAre(0, 0.5f, 0, 2, 0, 1, 1, 0.25f)) << "green, blue, red, alpha";
+    EXPECT_THAT(stage::write_exr(folder / "none/a.exr", picture).error().message,
+                HasSubstr("a.exr: cannot be written"));
+}
+
+TEST(ColorBleed, ReachesSixteenStepsIntoTransparentPixels) {
+    DeepPicture picture{40, 3, std::vector<uint16_t>(40 * 3 * 4)};
+    const auto pixel = [&picture](size_t x, size_t y) { return &picture.channels[(y * 40 + x) * 4]; };
+    const auto color = [&pixel](size_t x, size_t y) {
+        return std::array{pixel(x, y)[0], pixel(x, y)[1], pixel(x, y)[2], pixel(x, y)[3]};
+    };
+    const std::array<uint16_t, 4> red{9, 0, 0, 1}, blue{0, 0, 7, 65535};
+    std::copy_n(red.data(), 4, pixel(17, 1));
+    std::copy_n(blue.data(), 4, pixel(20, 2));
+    stage::bleed_colors(picture);
+    using Color = std::array<uint16_t, 4>;
+    EXPECT_EQ(red, color(17, 1));
+    EXPECT_EQ(blue, color(20, 2));
+    EXPECT_EQ((Color{9, 0, 0, 0}), color(17, 0)) << "below";
+    EXPECT_EQ((Color{9, 0, 0, 0}), color(1, 1)) << "16 steps";
+    EXPECT_EQ((Color{0, 0, 0, 0}), color(0, 1)) << "17 steps";
+    EXPECT_EQ((Color{0, 0, 7, 0}), color(20, 1)) << "nearer to blue";
+    EXPECT_EQ((Color{0, 0, 7, 0}), color(36, 2)) << "16 steps";
+    EXPECT_EQ((Color{0, 0, 0, 0}), color(36, 1)) << "17 steps";
+    const DeepPicture once = picture;
+    stage::bleed_colors(picture);
+    EXPECT_EQ(once.channels, picture.channels);
 }
 
 TEST(Video, RatesAreExact) {
