@@ -2,12 +2,14 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "document/autosave.h"
 #include "document/document.h"
+#include "document/save_look.h"
 #include "player.h"
 
 namespace tovu {
@@ -67,6 +69,14 @@ struct SaveAs {
     std::filesystem::path file;
     bool overwrite = false;
 };
+struct SaveLook {
+    LookToSave look;
+};
+struct StartExport {  // of the shown text; a running one ends
+    std::filesystem::path output;
+    std::optional<int64_t> frame;  // only this one
+};
+struct CancelExport {};
 
 struct SetPlaying {
     bool playing;
@@ -93,10 +103,11 @@ struct SetTextSize {
 };
 struct Quit {};
 
-using Command = std::variant<OpenScene, NewFromLook, TakeRecovery, DiscardRecovery, ShowGallery, SelectContainer,
-                             ShowParameter, SetParameter, ResetParameter, ResetParameters, SetKeys, BeginChange,
-                             EndChange, Undo, Redo, ShowState, CopyToOtherState, Save, SaveAs, SetPlaying, Seek,
-                             CancelSeek, SetSpeed, SetLoop, SetView, SetFullscreen, SetTextSize, Quit>;
+using Command =
+    std::variant<OpenScene, NewFromLook, TakeRecovery, DiscardRecovery, ShowGallery, SelectContainer, ShowParameter,
+                 SetParameter, ResetParameter, ResetParameters, SetKeys, BeginChange, EndChange, Undo, Redo, ShowState,
+                 CopyToOtherState, Save, SaveAs, SaveLook, StartExport, CancelExport, SetPlaying, Seek, CancelSeek,
+                 SetSpeed, SetLoop, SetView, SetFullscreen, SetTextSize, Quit>;
 using Commands = std::vector<Command>;
 
 }  // namespace tovu

@@ -89,6 +89,8 @@ const Key kKeys[] = {
     {SDL_SCANCODE_S, kControl, "Ctrl+S", "save", save, true},
     {SDL_SCANCODE_S, kControlShift, "Ctrl+Shift+S", "save under another name",
      [](PanelFrame& f) { f.memory.shows_save_as = f.studio.document.has_value(); }, true},
+    {SDL_SCANCODE_E, kControl, "Ctrl+E", "export a still or a video",
+     [](PanelFrame& f) { f.memory.shows_export = f.studio.document.has_value(); }, true},
     {SDL_SCANCODE_F1, kNone, "F1", "gallery", [](PanelFrame& f) { f.commands.push_back(ShowGallery{}); }, true},
     {SDL_SCANCODE_F11, kNone, "F11", "the picture alone, in full screen",
      [](PanelFrame& f) { f.commands.push_back(SetFullscreen{!f.studio.fullscreen}); }, true},

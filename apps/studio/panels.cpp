@@ -18,8 +18,9 @@ void begin_panel(const char* name, const Area& area, bool scrolls) {
 }
 
 void bracket_change(PanelFrame& frame, const std::string& label) {
-    if (ImGui::IsItemActivated()) frame.commands.push_back(BeginChange{label});
+    // In a group, one item can be left and another one taken in the same frame.
     if (ImGui::IsItemDeactivated()) frame.commands.push_back(EndChange{});
+    if (ImGui::IsItemActivated()) frame.commands.push_back(BeginChange{label});
 }
 
 }  // namespace tovu

@@ -44,7 +44,12 @@ struct PanelMemory {
     // Windows over the others.
     bool shows_keys = false;
     bool shows_save_as = false;
+    bool saves_look = false;  // instead of the document
     std::string save_as;
+    std::string purpose;  // of the look
+    bool shows_export = false;
+    bool exports_still = false;
+    std::string export_file;
 };
 
 struct PanelFrame {
@@ -72,6 +77,7 @@ void numbers_panel(PanelFrame& frame, const Area& area, const std::string& rende
 void surprises_panel(PanelFrame& frame, const Area& area);
 void keys_window(PanelFrame& frame);
 void save_as_window(PanelFrame& frame);
+void export_window(PanelFrame& frame);
 
 /// Commands of the keys that were pressed in this frame.
 void take_keys(PanelFrame& frame);

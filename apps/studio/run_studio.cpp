@@ -68,7 +68,10 @@ void show_window(PanelFrame& frame, Session& session) {
     } else {
         show_stage(frame, session, whole);
     }
-    if (session.studio.document) save_as_window(frame);
+    if (session.studio.document) {
+        save_as_window(frame);
+        export_window(frame);
+    }
     keys_window(frame);
     take_keys(frame);
 }
@@ -95,6 +98,7 @@ bool show_frame(Session& session) {
     PlayReport report = session.player.report();
     take_thumbnails(session.gallery, std::move(report.thumbnails));
     follow_player(studio, std::move(report));
+    follow_export(studio);
     if (const Result<Done> shown = follow_frame(session.pictures, studio); !shown)
         studio.notice = {shown.error().message, true};
     const Clock::time_point start = Clock::now();  // after the upload, which waits for a renderer in software
@@ -126,6 +130,7 @@ Result<Done> run_studio(const StudioOptions& options) {
     Session session(*window, player);
     session.studio.fullscreen = options.fullscreen;
     session.studio.scenes_folder = options.scenes_folder;
+    session.studio.smoke_plugin = options.smoke_plugin;
     session.gallery = make_gallery(options.scenes_folder);
     carry_out(session.studio, opening_commands(options.file));
     if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};

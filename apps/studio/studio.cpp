@@ -1,6 +1,7 @@
 #include "studio.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -57,6 +58,33 @@ void save(Studio& studio, const Result<Done>& saved) {
         studio.notice = {saved.error().message, true};
 }
 
+void save_look_of(Studio& studio, const LookToSave& look) {
+    const ContainerFacts* container = selected_container(studio);
+    if (container == nullptr) return;
+    const Result<std::vector<std::string>> saved = save_look(*studio.document, look, container->noted->plugin);
+    if (!saved)
+        studio.notice = {saved.error().message, true};
+    else
+        studio.notice = {fmt::format("saved the look {}{}{}", look.file.string(), saved->empty() ? "" : "; ",
+                                     fmt::join(*saved, "; ")),
+                         !saved->empty()};
+}
+
+void start_export(Studio& studio, const StartExport& command) {
+    const Document& document = *studio.document;
+    studio.export_run.reset();
+    studio.export_state.reset();
+    Result<ExportRun> run = ExportRun::start(
+        {scene_text(document), scene_file(document), command.output, command.frame, studio.smoke_plugin});
+    if (!run) {
+        studio.notice = {run.error().message, true};
+        return;
+    }
+    studio.export_file = command.output;
+    studio.export_run = std::move(*run);
+    studio.export_state = ExportState{};
+}
+
 // Commands that need no document.
 struct General {
     Studio& studio;
@@ -81,6 +109,10 @@ struct General {
     bool operator()(const ShowGallery&) const {
         studio.page = Page::kGallery;
         studio.orders.playing = false;
+        return true;
+    }
+    bool operator()(const CancelExport&) const {
+        if (studio.export_run) studio.export_run->cancel();
         return true;
     }
     bool operator()(const SetFullscreen& command) const {
@@ -134,6 +166,8 @@ struct OfDocument {
     void operator()(const SaveAs& command) const {
         save(studio, save_document_as(document, command.file, command.overwrite ? Overwrite::kYes : Overwrite::kNo));
     }
+    void operator()(const SaveLook& command) const { save_look_of(studio, command.look); }
+    void operator()(const StartExport& command) const { start_export(studio, command); }
     void operator()(const SetPlaying& command) const {
         PlayOrders& orders = studio.orders;
         orders.playing = command.playing;
@@ -188,6 +222,16 @@ void follow_player(Studio& studio, PlayReport report) {
     studio.report = std::move(report);
     if (studio.report.at_end) studio.orders.playing = false;
     if (studio.shown_countdown > 0 && --studio.shown_countdown == 0) studio.shown_parameter.clear();
+}
+
+void follow_export(Studio& studio) {
+    if (!studio.export_run || studio.export_state->ended) return;
+    studio.export_state = studio.export_run->follow();
+    if (!studio.export_state->ended) return;
+    if (studio.export_state->error.empty())
+        studio.notice = {"exported " + studio.export_file.string(), false};
+    else
+        studio.notice = {"export: " + studio.export_state->error, studio.export_state->error != "cancelled"};
 }
 
 int64_t scene_frames(const Studio& studio) {

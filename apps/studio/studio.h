@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "document/document.h"
+#include "export_run.h"
 #include "player.h"
 
 namespace tovu {
@@ -35,8 +36,12 @@ struct Studio {
     std::string shown_parameter;  // to scroll to and to mark; empty: none
     int shown_countdown = 0;      // frames for which the mark stays
     Notice notice;
-    std::filesystem::path scenes_folder;  // that the gallery lists
-    double studio_ms = 0;                 // the window's own work in the last frame
+    std::optional<ExportRun> export_run;      // the last one
+    std::optional<ExportState> export_state;  // of it
+    std::filesystem::path export_file;        // of it
+    std::string smoke_plugin;                 // library that replaces the smoke; empty: none
+    std::filesystem::path scenes_folder;      // that the gallery lists
+    double studio_ms = 0;                     // the window's own work in the last frame
     bool fullscreen = false;
     float text_size = 1.0f;  // factor
     bool quit = false;
@@ -48,6 +53,9 @@ void carry_out(Studio& studio, const Commands& commands);
 /// Reads a document that changed, and takes the player's report; once a frame.
 void follow_document(Studio& studio);
 void follow_player(Studio& studio, PlayReport report);
+
+/// Takes what the export has told; once a frame.
+void follow_export(Studio& studio);
 
 /// Of the scene that is shown: frames, at least 1.
 int64_t scene_frames(const Studio& studio);

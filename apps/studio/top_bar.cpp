@@ -1,4 +1,4 @@
-// The line at the top: file, undo, the two states, saving.
+// The line at the top: file, undo, the two states, saving, exporting.
 #include "panels.h"
 #include "theme.h"
 
@@ -49,7 +49,10 @@ void document_buttons(PanelFrame& frame, const Document& document) {
         else
             frame.commands.push_back(Save{});
     }
-    if (button(frame, "Save as", "Ctrl+Shift+S")) frame.memory.shows_save_as = true;
+    if (button(frame, "Save as", "under another name, or as a look (Ctrl+Shift+S)")) frame.memory.shows_save_as = true;
+    const bool exports = frame.studio.export_state && !frame.studio.export_state->ended;
+    if (button(frame, exports ? "Exporting …" : "Export", "a still or a video (Ctrl+E)", true, exports))
+        frame.memory.shows_export = true;
     ImGui::TextUnformatted(document_name(document).c_str());
     ImGui::SameLine();
 }
@@ -74,35 +77,6 @@ void top_bar(PanelFrame& frame, const Area& area) {
     ImGui::SameLine(area.width - width - ImGui::GetStyle().WindowPadding.x);
     if (button(frame, "Keys", "what the keys do (?)")) frame.memory.shows_keys = true;
     ImGui::End();
-}
-
-void save_as_window(PanelFrame& frame) {
-    PanelMemory& memory = frame.memory;
-    if (memory.shows_save_as && !ImGui::IsPopupOpen("Save as##window")) {
-        const Document& document = *frame.studio.document;
-        memory.save_as = document.file.empty() ? (document.folder / "untitled.toml").string() : document.file.string();
-        ImGui::OpenPopup("Save as##window");
-    }
-    ImGui::SetNextWindowSize({ImGui::GetFontSize() * 32.0f, 0});
-    if (!ImGui::BeginPopupModal("Save as##window", nullptr, ImGuiWindowFlags_AlwaysAutoResize)) return;
-    ImGui::TextUnformatted("File");
-    ImGui::SetNextItemWidth(-1);
-    if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
-    const bool entered = ImGui::InputText("##file", &memory.save_as, ImGuiInputTextFlags_EnterReturnsTrue);
-    mark(frame.targets, "save as.file");
-    std::error_code ignored;
-    const bool exists = std::filesystem::exists(memory.save_as, ignored);
-    if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
-    const bool save = ImGui::Button(exists ? "Replace" : "Save") || entered;
-    mark(frame.targets, "save as.save");
-    ImGui::SameLine();
-    const bool cancel = ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape));
-    if (save) frame.commands.push_back(SaveAs{memory.save_as, exists});
-    if (save || cancel) {
-        memory.shows_save_as = false;
-        ImGui::CloseCurrentPopup();
-    }
-    ImGui::EndPopup();
 }
 
 }  // namespace tovu

@@ -82,6 +82,7 @@ Result<Autosave> begin_autosave(const fs::path& folder) {
 
 Result<Done> autosave(Autosave& place, const Document& document) {
     const bool is_needed = document.revision > 0 && has_unsaved_changes(document);
+    if (!document.change_label.empty()) return Done{};
     if (place.lock < 0 || (place.revision == document.revision && place.is_written == is_needed)) return Done{};
     place.revision = document.revision;
     place.is_written = is_needed;

@@ -23,8 +23,8 @@ struct Autosave {
 /// Takes a free place in `folder`, which is created.
 stage::Result<Autosave> begin_autosave(const std::filesystem::path& folder);
 
-/// Writes the document's file name and both texts, whole, when they changed since the last call; removes the copy when
-/// nothing is unsaved. Cheap otherwise: call it every second or so.
+/// Writes the document's file name and both texts, whole, when they changed since the last call and no change is open;
+/// removes the copy when nothing is unsaved. Cheap otherwise: call it once a frame.
 stage::Result<stage::Done> autosave(Autosave& place, const Document& document);
 
 /// Removes the copy and releases the place: call before the program ends in peace, and when a document is closed.

@@ -1,0 +1,86 @@
+// Export of a still or a video, beside which one can go on working.
+#include "panels.h"
+#include "theme.h"
+
+namespace tovu {
+
+namespace {
+
+// The scene's name with the ending of what is exported.
+std::string proposed_file(const PanelFrame& frame) {
+    std::filesystem::path file = scene_file(*frame.studio.document);
+    return file.replace_extension(frame.memory.exports_still ? ".png" : ".mp4").string();
+}
+
+void choose_kind(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    for (const bool is_still : {false, true}) {
+        if (ImGui::RadioButton(is_still ? "This picture" : "All as a video", memory.exports_still == is_still)) {
+            memory.exports_still = is_still;
+            memory.export_file = proposed_file(frame);
+        }
+        mark(frame.targets, is_still ? "export.still" : "export.video");
+        ImGui::SameLine();
+    }
+    ImGui::NewLine();
+}
+
+void start(PanelFrame& frame) {
+    const PanelMemory& memory = frame.memory;
+    std::optional<int64_t> picture;
+    if (memory.exports_still) picture = std::max<int64_t>(frame.studio.report.frame, 0);
+    frame.commands.push_back(StartExport{memory.export_file, picture});
+}
+
+void show_order(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    choose_kind(frame);
+    ImGui::SetNextItemWidth(-1);
+    const bool entered = ImGui::InputText("##file", &memory.export_file, ImGuiInputTextFlags_EnterReturnsTrue);
+    mark(frame.targets, "export.file");
+    ImGui::TextDisabled("%s",
+                        memory.exports_still ? ".png keeps the alpha" : ".mov and .webm keep the alpha, .mp4 does not");
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(memory.export_file, ignored);
+    if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
+    const bool pressed = ImGui::Button(exists ? "Replace" : "Export");
+    mark(frame.targets, "export.start");
+    if (pressed || entered) start(frame);
+}
+
+void show_progress(PanelFrame& frame, const ExportState& state) {
+    ImGui::TextWrapped("%s", frame.studio.export_file.string().c_str());
+    const int total = std::max(state.frames_total, 1);
+    const std::string text = state.frames_total == 0
+                                 ? "preparing"
+                                 : std::to_string(state.frames_done) + " of " + std::to_string(state.frames_total) +
+                                       ", " + std::to_string(static_cast<int>(state.seconds_left)) + " s left";
+    ImGui::ProgressBar(static_cast<float>(state.frames_done) / static_cast<float>(total), {-1, 0}, text.c_str());
+    if (ImGui::Button("Cancel")) frame.commands.push_back(CancelExport{});
+    mark(frame.targets, "export.cancel");
+}
+
+}  // namespace
+
+void export_window(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    if (!memory.shows_export) return;
+    const ImVec2 middle(ImGui::GetIO().DisplaySize.x / 2, ImGui::GetIO().DisplaySize.y / 3);
+    ImGui::SetNextWindowPos(middle, ImGuiCond_Appearing, {0.5f, 0.5f});
+    ImGui::SetNextWindowSize({ImGui::GetFontSize() * 32.0f, 0});
+    const ImGuiWindowFlags flags = ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse;
+    if (ImGui::Begin("Export", &memory.shows_export, flags)) {
+        if (ImGui::IsWindowAppearing()) memory.export_file = proposed_file(frame);
+        const std::optional<ExportState>& state = frame.studio.export_state;
+        if (state && !state->ended)
+            show_progress(frame, *state);
+        else
+            show_order(frame);
+        if (state && state->ended)
+            ImGui::TextColored(ImColor(state->error.empty() ? kAccent : kMistake), "%s",
+                               state->error.empty() ? "exported" : state->error.c_str());
+    }
+    ImGui::End();
+}
+
+}  // namespace tovu
