@@ -11,11 +11,11 @@ SIZE = (320, 180)
 COLUMNS = 4
 
 # Where the look stands in the picture, and a background that shows it; others stand on the ground of a dark one.
-PLACES = {"fog": (0, -10), "magic_dust": (0, -40), "explosion_puff": (0, 0), "ring": (0, -20), "word_on_fire": (0, -30),
+PLACES = {"fog": (0, -10), "magic_dust": (0, -40), "explosion_puff": (0, 0), "ring": (0, 0), "word_on_fire": (0, -30),
           "blown_title": (0, -30), "breath": (-70, 0), "exhaust": (80, -10)}
 BACKGROUNDS = {"dust_burst": "#6f7f8c", "chimney": "#5f7f9f", "snow_dust": "#3f5f86", "spray": "#16323f",
                "exhaust": "#8a8a84"}
-SECONDS = {"explosion_puff": 8.4, "dust_burst": 9, "breath": 9}
+SECONDS = {"explosion_puff": 8.4, "dust_burst": 9, "breath": 9, "exhaust": 7.6}
 
 
 def draw(program, folder, name):
