@@ -8,7 +8,8 @@ namespace {
 
 // The scene's name with the ending of what is exported.
 std::string proposed_file(const PanelFrame& frame) {
-    std::filesystem::path file = scene_file(*frame.studio.document);
+    const Document& document = *frame.studio.document;
+    std::filesystem::path file = folder_for_files(document) / scene_file(document).filename();
     return file.replace_extension(frame.memory.exports_still ? ".png" : ".mp4").string();
 }
 

@@ -1,5 +1,7 @@
 #include "panels.h"
 
+#include <unistd.h>
+
 namespace tovu {
 
 void mark(Targets& targets, const std::string& name) {
@@ -15,6 +17,11 @@ void begin_panel(const char* name, const Area& area, bool scrolls) {
                              ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoBringToFrontOnFocus;
     if (!scrolls) flags |= ImGuiWindowFlags_NoScrollbar | ImGuiWindowFlags_NoScrollWithMouse;
     ImGui::Begin(name, nullptr, flags);
+}
+
+std::filesystem::path folder_for_files(const Document& document) {
+    std::error_code ignored;
+    return access(document.folder.c_str(), W_OK) == 0 ? document.folder : std::filesystem::current_path(ignored);
 }
 
 void bracket_change(PanelFrame& frame, const std::string& label) {

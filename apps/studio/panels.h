@@ -67,6 +67,10 @@ struct Area {
 /// Begins a panel that fills an area. End with ImGui::End().
 void begin_panel(const char* name, const Area& area, bool scrolls = true);
 
+/// The folder to propose for a new file: the document's, or the current one where that cannot be written to, as that of
+/// installed scenes.
+std::filesystem::path folder_for_files(const Document& document);
+
 /// After an item that changes one thing by dragging or typing: begins and ends its step of undo.
 void bracket_change(PanelFrame& frame, const std::string& label);
 

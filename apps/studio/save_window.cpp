@@ -21,9 +21,9 @@ std::string container_with_look(const Studio& studio) {
 
 std::string proposed_file(const PanelFrame& frame) {
     const Document& document = *frame.studio.document;
-    if (frame.memory.saves_look)
-        return (document.folder / "looks" / (container_with_look(frame.studio) + ".toml")).string();
-    return document.file.empty() ? (document.folder / "untitled.toml").string() : document.file.string();
+    const std::filesystem::path folder = folder_for_files(document);
+    if (frame.memory.saves_look) return (folder / "looks" / (container_with_look(frame.studio) + ".toml")).string();
+    return (folder / scene_file(document).filename()).string();
 }
 
 // Scene, or look of the selected container. A look file is saved as what it is.

@@ -6,6 +6,7 @@
 
 #include "apps/studio/curve_field.h"
 #include "apps/studio/widgets/curve_editor.h"
+#include "apps/studio/widgets/gradient_editor.h"
 
 namespace widgets {
 
@@ -179,6 +180,25 @@ TEST_P(Texts, ChangeWithTheirPicture) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Widgets, Texts, testing::ValuesIn(kTexts));
+
+TEST(Widgets, ADragInThePickerIsOneEdit) {
+    Window window;
+    std::vector<GradientStop> stops = {{0.0, {1, 0, 0}}, {1.0, {0, 0, 1}}};
+    int begins = 0, changes = 0, ends = 0;
+    const float row = 1 + 2 * kMargin / kSide;  // below the drawing
+    const std::vector<Step> steps = {
+        {0.9f, row, {Act::kPress}},           {0.9f, row, {Act::kRelease}}, {1.0f, row + 0.1f},
+        {1.0f, row + 0.1f, {Act::kPress}},    {1.05f, row + 0.1f},          {1.1f, row + 0.15f},
+        {1.1f, row + 0.15f, {Act::kRelease}}, {1.1f, row + 0.15f}};
+    window.run(steps, [&] {
+        changes += gradient_editor("gradient", stops, {}, {kWhole, kWhole}) ? 1 : 0;
+        begins += ImGui::IsItemActivated() ? 1 : 0;
+        ends += ImGui::IsItemDeactivated() ? 1 : 0;
+    });
+    EXPECT_EQ(2, begins) << "the button that opens the picker, and the drag";
+    EXPECT_EQ(2, ends);
+    EXPECT_LE(2, changes);
+}
 
 }  // namespace
 }  // namespace widgets

@@ -115,7 +115,22 @@ void draw_handles(const Gradient& gradient) {
     }
 }
 
-bool stop_fields(const Gradient& gradient) {
+// A wide button of the stop's colour, which opens a picker.
+bool color_field(GradientStop& stop, float width) {
+    const ImVec4 color(stop.color[0], stop.color[1], stop.color[2], 1.0f);
+    if (ImGui::ColorButton("colour", color, ImGuiColorEditFlags_NoTooltip, {width, ImGui::GetFrameHeight()}))
+        ImGui::OpenPopup("picker");
+    if (ImGui::IsItemHovered()) ImGui::SetTooltip("Pick a colour");
+    if (!ImGui::BeginPopup("picker")) return false;
+    const bool changed = ImGui::ColorPicker3("##picker", stop.color.data(), ImGuiColorEditFlags_Float);
+    ImGui::EndPopup();
+    if (changed)
+        for (float& part : stop.color) part = static_cast<float>(rounded(part));
+    return changed;
+}
+
+// right: where the editor ends.
+bool stop_fields(const Gradient& gradient, float right) {
     const auto chosen = static_cast<size_t>(chosen_point(static_cast<int>(gradient.stops.size())));
     GradientStop& stop = gradient.stops[chosen];
     ImGui::SameLine();
@@ -123,10 +138,8 @@ bool stop_fields(const Gradient& gradient) {
     bool changed = number_field("##x", x, 0.0, 1.0);
     if (changed) move(gradient, chosen, x);
     ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
-    ImGui::SetNextItemWidth(-1);
-    if (!ImGui::ColorEdit3("##color", stop.color.data(), ImGuiColorEditFlags_Float)) return changed;
-    for (float& part : stop.color) part = static_cast<float>(rounded(part));
-    return true;
+    changed |= color_field(stop, std::max(right - ImGui::GetCursorScreenPos().x, ImGui::GetFrameHeight()));
+    return changed;
 }
 
 }  // namespace
@@ -136,6 +149,7 @@ bool gradient_editor(const char* id, std::vector<GradientStop>& stops, std::span
     if (stops.size() < kMinStops) return false;
     ImGui::PushID(id);
     ImGui::BeginGroup();
+    const float right = ImGui::GetCursorScreenPos().x + size.x;
     const Canvas canvas = begin_canvas(size);
     const Gradient gradient{stops, canvas};
     std::vector<ImVec2> places;
@@ -148,7 +162,7 @@ bool gradient_editor(const char* id, std::vector<GradientStop>& stops, std::span
     draw_bar(gradient);
     draw_handles(gradient);
     changed |= apply(gradient, point_buttons(static_cast<int>(stops.size()), stops.size() > kMinStops));
-    changed |= stop_fields(gradient);
+    changed |= stop_fields(gradient, right);
     ImGui::EndGroup();
     ImGui::PopID();
     return changed;
