@@ -1,14 +1,18 @@
-"""docs/looks.jpg: every look once. Run by `./tovu docs looks`, which gives the program that renders."""
+"""docs/looks: a picture of each look, and the digests of its sources. Run by `./tovu docs looks`, which gives the program
+that renders.
+"""
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
 
-from PIL import Image, ImageDraw
+from PIL import Image
+
+import digests
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SIZE = (320, 180)
-COLUMNS = 4
 
 # Where the look stands in the picture, and a background that shows it; others stand on the ground of a dark one.
 PLACES = {"fog": (0, -10), "magic_dust": (0, -40), "explosion_puff": (0, 0), "ring": (0, 0), "word_on_fire": (0, -30),
@@ -26,18 +30,22 @@ def draw(program, folder, name):
     picture = folder / f"{name}.png"
     subprocess.run([program, "render", scene, "--at", str(SECONDS.get(name, 12)), "-o", picture], check=True,
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    drawn = Image.open(picture).convert("RGB").resize(SIZE, Image.LANCZOS)
-    ImageDraw.Draw(drawn).text((6, 4), name, fill=(220, 224, 230))
-    return drawn
+    Image.open(picture).convert("RGB").resize(SIZE, Image.LANCZOS).save(folder / f"{name}.jpg", quality=88)
 
 
 def main():
-    names = sorted(path.stem for path in (ROOT / "looks").glob("*.toml") if path.stem != "images")
-    sheet = Image.new("RGB", (SIZE[0] * COLUMNS, SIZE[1] * -(-len(names) // COLUMNS)))
+    looks = sorted(path for path in (ROOT / "looks").glob("*.toml") if path.stem != "images")
+    docs = ROOT / "docs" / "looks"
     with tempfile.TemporaryDirectory() as folder:
-        for i, name in enumerate(names):
-            sheet.paste(draw(sys.argv[1], pathlib.Path(folder), name), (i % COLUMNS * SIZE[0], i // COLUMNS * SIZE[1]))
-    sheet.save(ROOT / "docs" / "looks.jpg", quality=88)
+        for look in looks:
+            draw(sys.argv[1], pathlib.Path(folder), look.stem)
+        shutil.rmtree(docs, ignore_errors=True)  # all of them are drawn: now they replace the old ones
+        docs.mkdir()
+        for look in looks:
+            shutil.copy(f"{folder}/{look.stem}.jpg", docs)
+    sources = [*looks, ROOT / "looks" / "images.toml", ROOT / "looks" / "digests.txt", pathlib.Path(__file__).resolve()]
+    made = sorted(docs.glob("*.jpg"))
+    (docs / "digests.txt").write_text("".join(digests.lines([*made, *sources], docs)))
 
 
 main()

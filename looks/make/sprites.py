@@ -1,9 +1,8 @@
-"""Makes the built-in sprites and wind maps anew, in looks/sprites and looks/maps, and writes their digests. Makes the
-pictures in scenes/assets and docs that the scripts of this folder draw, too.
+"""Makes the built-in sprites and wind maps anew, in looks/sprites and looks/maps, and the pictures in scenes/assets and docs
+that the scripts of this folder draw. Writes digests of all but scenes/assets, and of the scripts.
 
 Run by `./tovu docs sprites`. The seeds are fixed, so that the same version of numpy and scipy gives the same pictures.
 """
-import hashlib
 import pathlib
 import shutil
 import sys
@@ -12,6 +11,7 @@ import tempfile
 import numpy as np
 
 import contact_sheet
+import digests
 import flames
 import plates
 import points
@@ -49,8 +49,10 @@ def made_files():
 
 
 def digest_lines():
-    """As sha256sum writes and checks them."""
-    return [f"{hashlib.sha256(path.read_bytes()).hexdigest()}  {path.relative_to(LOOKS)}\n" for path in made_files()]
+    """Of the pictures and of the scripts that made them."""
+    scripts = [path for path in sorted((LOOKS / "make").glob("*.py")) if path.name != "gallery.py"]
+    docs = [LOOKS.parent / "docs" / name for name in ("bake.png", "sprites.jpg")]
+    return digests.lines([*made_files(), *docs, *scripts], LOOKS)
 
 
 def main():
@@ -68,10 +70,10 @@ def main():
             shutil.move(made / folder, LOOKS / folder)
     plates.make(LOOKS.parent / "scenes" / "assets")
     contact_sheet.make(LOOKS, LOOKS.parent / "docs")
-    digests = LOOKS / "digests.txt"
-    before = digests.read_text().splitlines(True) if digests.exists() else []
+    stored = LOOKS / "digests.txt"
+    before = stored.read_text().splitlines(True) if stored.exists() else []
     after = digest_lines()
-    digests.write_text("".join(after))
+    stored.write_text("".join(after))
     changed = {line.split()[1] for line in set(before) ^ set(after)}
     size = sum(path.stat().st_size for path in made_files())
     print(f"{len(made_files())} files, {size / 1024 / 1024:.1f} MiB; changed: {len(changed)}", *sorted(changed), sep="\n  ")

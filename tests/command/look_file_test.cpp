@@ -164,7 +164,8 @@ TEST_P(ShippedLooks, ShowSmokeAndKeepToTheContract) {
     const auto look = stage::load_look_file(*scene->looks.begin());
     ASSERT_TRUE(look) << look.error().message;
     EXPECT_THAT(file_bytes(TOVU_SOURCE_DIR "/docs/looks.md"),
-                HasSubstr("\n| `" + GetParam() + "` | " + look->purpose + " |\n"));
+                HasSubstr("\n| `" + GetParam() + "` | " + look->purpose + " | ![" + GetParam() + "](looks/" +
+                          GetParam() + ".jpg) |\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ShippedLooks, testing::ValuesIn(shipped_names()),
