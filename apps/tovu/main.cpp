@@ -193,6 +193,9 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_option("--key", options.key, "Video of the alpha; -o is then its fill. Both are .mp4 or .mov");
     command->add_option("--alpha", options.alpha, "straight or premultiplied, for .mov files and fills");
     command->add_option("--bits", options.bits, "Per channel of .png files: 8 if not given, or 16");
+    command->add_option("--sheet", options.sheet, "COLUMNSxROWS: single pictures show that many frames, small");
+    command->add_option("--interlace", options.interlace,
+                        "top or bottom: two pictures of 50 or 59.94 a second become one frame, this field first");
     command->add_option("--codec", options.codec, "Of .mp4 files: h264 if not given, or h265");
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");

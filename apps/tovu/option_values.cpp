@@ -8,6 +8,12 @@
 
 namespace tovu {
 
+bool parse_pair(std::string_view text, std::array<int32_t, 2>& values) {
+    const size_t x = text.find('x');
+    return x != std::string_view::npos && parse_number(text.substr(0, x), values[0]) &&
+           parse_number(text.substr(x + 1), values[1]) && values[0] >= 1 && values[1] >= 1;
+}
+
 stage::Result<FrameRange> parse_frames(const std::string& text, const stage::SceneDescription& scene) {
     const int count = static_cast<int>(stage::frame_count(scene));
     FrameRange range{0, count - 1};

@@ -1,6 +1,7 @@
 // Values of options that several commands take.
 #pragma once
 
+#include <array>
 #include <charconv>
 #include <filesystem>
 #include <string>
@@ -17,6 +18,9 @@ bool parse_number(std::string_view text, T& value) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size();
 }
+
+/// "4x3" as two whole numbers of at least 1; false for anything else.
+bool parse_pair(std::string_view text, std::array<int32_t, 2>& values);
 
 struct FrameRange {
     int first = 0;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/video_file.h"
 #include "stage/scenefile/timeline.h"
@@ -105,6 +106,41 @@ Result<Done> take_bits(const std::string& text, std::vector<OutputPlan>& outputs
     return Done{};
 }
 
+// The single pictures become sheets.
+Result<Done> take_sheet(const std::string& text, std::vector<OutputPlan>& outputs) {
+    if (text.empty()) return Done{};
+    constexpr int32_t kMost = 100;
+    std::array<int32_t, 2> cells{};
+    if (!parse_pair(text, cells) || cells[0] > kMost || cells[1] > kMost || cells[0] * cells[1] < 2)
+        return Error{fmt::format("--sheet {}: must be COLUMNSxROWS of two or more pictures, 1 to {} each, such as 4x3",
+                                 text, kMost)};
+    bool used = false;
+    for (OutputPlan& output : outputs) {
+        if (output.kind != OutputKind::kStill || !has_ending(output, ".png")) continue;
+        output.kind = OutputKind::kSheet;
+        output.cells = cells;
+        used = true;
+    }
+    return used ? Result<Done>(Done{}) : Error{fmt::format("--sheet {}: needs an -o such as sheet.png", text)};
+}
+
+Result<Done> take_interlace(const std::string& text, const stage::SceneDescription& scene,
+                            std::vector<OutputPlan>& outputs) {
+    if (text.empty()) return Done{};
+    if (text != "top" && text != "bottom")
+        return Error{fmt::format("--interlace {}: must be top or bottom, the field that comes first", text)};
+    if (scene.frame_rate != 50.0 && scene.frame_rate != stage::exact_frame_rate(59.94))
+        return Error{
+            fmt::format("--interlace {}: needs 50 or 59.94 pictures per second, two for each frame, not {:.6g}; "
+                        "give --rate 50",
+                        text, scene.frame_rate)};
+    if (std::ranges::find(outputs, OutputKind::kVideo, &OutputPlan::kind) == outputs.end())
+        return Error{fmt::format("--interlace {}: is for videos; there is none", text)};
+    for (OutputPlan& output : outputs)
+        output.video.fields = text == "top" ? stage::VideoFields::kTopFirst : stage::VideoFields::kBottomFirst;
+    return Done{};
+}
+
 Result<Done> take_codec(const std::string& text, std::vector<OutputPlan>& outputs) {
     if (text.empty()) return Done{};
     if (text != "h264" && text != "h265") return Error{fmt::format("--codec {}: must be h264 or h265", text)};
@@ -152,13 +188,33 @@ Result<Done> take_alpha(const std::string& text, std::vector<OutputPlan>& output
     return Done{};
 }
 
+// The frames of a sheet's cells, evenly from the first to the last.
+Result<Done> spread(OutputPlan& output) {
+    if (output.kind != OutputKind::kSheet) return Done{};
+    const int cells = output.cells[0] * output.cells[1];
+    const int steps = output.frames.last - output.frames.first;
+    if (steps + 1 < cells)
+        return Error{fmt::format("--sheet {}x{}: has {} pictures, but there are only {} frames", output.cells[0],
+                                 output.cells[1], cells, steps + 1)};
+    for (int cell = 0; cell < cells; ++cell)
+        output.sheet_frames.push_back(output.frames.first + static_cast<int>(int64_t{steps} * cell / (cells - 1)));
+    return Done{};
+}
+
+Result<Done> check_fields(const OutputPlan& output) {
+    const int pictures = output.frames.last - output.frames.first + 1;
+    if (output.kind != OutputKind::kVideo || output.video.fields == stage::VideoFields::kNone || pictures % 2 == 0)
+        return Done{};
+    return Error{fmt::format("{} {}: interlaced frames are two pictures each, but there are {}; give --frames A-B",
+                             output.option, output.name, pictures)};
+}
+
 Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescription& scene,
                          std::vector<OutputPlan>& outputs) {
     const auto stills = std::ranges::count(outputs, OutputKind::kStill, &OutputPlan::kind);
     const bool only_stills = stills == std::ssize(outputs);
     if (!options.at.empty() && stills == 0)
-        return Error{fmt::format("--at: renders one picture; {} --frames A-B",
-                                 outputs[0].kind == OutputKind::kVideo ? "a video takes" : "numbered pictures take")};
+        return Error{fmt::format("--at: is for single pictures; {} takes --frames A-B", outputs[0].name)};
     if (!options.at.empty() && !options.frames.empty() && only_stills)
         return Error{"--at and --frames: give only one of them"};
     const Result<FrameRange> range = parse_frames(options.frames, scene);
@@ -174,6 +230,8 @@ Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescrip
                 fmt::format("-o {}: one picture needs --at SECONDS; numbered pictures need a name such as "
                             "frames/%04d.png",
                             output.name)};
+        if (Result<Done> done = spread(output); !done) return done;
+        if (Result<Done> done = check_fields(output); !done) return done;
     }
     return Done{};
 }
@@ -205,6 +263,8 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
     if (const Result<Done> done = take_alpha(options.alpha, outputs); !done) return done.error();
     if (const Result<Done> done = take_bits(options.bits, outputs); !done) return done.error();
     if (const Result<Done> done = take_codec(options.codec, outputs); !done) return done.error();
+    if (const Result<Done> done = take_sheet(options.sheet, outputs); !done) return done.error();
+    if (const Result<Done> done = take_interlace(options.interlace, scene, outputs); !done) return done.error();
     if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
     if (const Result<Done> done = check_parts(options, outputs); !done) return done.error();
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();

@@ -1,6 +1,7 @@
 // The files that a render writes, checked before anything is simulated.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -10,15 +11,17 @@
 
 namespace tovu {
 
-enum class OutputKind { kStill, kNumbered, kVideo };
+enum class OutputKind { kStill, kNumbered, kVideo, kSheet };
 
 struct OutputPlan {
     OutputKind kind = OutputKind::kStill;
-    std::string option;          // "-o" or "--key"
-    std::string name;            // as given; of numbered pictures, their pattern
-    FrameRange frames;           // that it takes: one for a still
-    int bits = 8;                // per channel of pictures: 8 or 16
-    stage::VideoSettings video;  // of videos
+    std::string option;                     // "-o" or "--key"
+    std::string name;                       // as given; of numbered pictures, their pattern
+    FrameRange frames;                      // that it takes: one for a still
+    int bits = 8;                           // per channel of pictures: 8 or 16
+    std::array<int32_t, 2> cells = {1, 1};  // columns and rows of a sheet
+    std::vector<int> sheet_frames;          // of its cells, in reading order
+    stage::VideoSettings video;             // of videos
 };
 
 /// The outputs of the options, each with the frames that it takes. Checks names, folders and ranges.

@@ -117,7 +117,8 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     for (const Output& output : outputs->list) {
         const OutputPlan& known = output.plan;
         if (known.kind == OutputKind::kNumbered) warn_of_older_frames(known.name, plan->scene, warn);
-        const int frames = known.frames.last - known.frames.first + 1;
+        const auto frames = known.kind == OutputKind::kSheet ? std::ssize(known.sheet_frames)
+                                                             : known.frames.last - known.frames.first + 1;
         const auto kept = std::ranges::count(output.is_there, true);
         report.written.push_back(fmt::format("{}: {} frame{}", known.name, frames, frames == 1 ? "" : "s") +
                                  (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));

@@ -17,6 +17,8 @@ struct RenderOptions {
     std::string key;                    // video of the alpha, beside one video
     std::string alpha;                  // "straight" or "premultiplied"
     std::string bits;                   // per channel of PNG files: 8 or 16
+    std::string sheet;                  // "COLUMNSxROWS": single pictures show that many frames
+    std::string interlace;              // "top" or "bottom": the field of videos that comes first
     std::string codec;                  // of .mp4 files: "h264" or "h265"
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included

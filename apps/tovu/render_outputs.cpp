@@ -1,6 +1,7 @@
 #include "render_outputs.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include "row_content.h"
 #include "stage/opengl/straight_picture.h"
 #include "stage/output/color_bleed.h"
+#include "stage/output/contact_sheet.h"
 #include "stage/output/exr_file.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/whole_file.h"
@@ -36,7 +38,7 @@ Result<Done> begin_row(Output& output, const stage::RowContent& content, bool re
 }
 
 Result<Output> open_output(const OutputPlan& plan, const stage::RowContent& content, bool resume) {
-    Output output{plan, {}, {}, {}};
+    Output output{plan, {}, {}, {}, {}};
     const std::filesystem::path file = plan.name;
     if (plan.kind != OutputKind::kNumbered &&
         !stage::remove_abandoned(file.parent_path(), [&](const std::string& name) { return name == file.filename(); }))
@@ -47,6 +49,8 @@ Result<Output> open_output(const OutputPlan& plan, const stage::RowContent& cont
         if (!video) return video.error();
         output.video = std::move(*video);
     }
+    if (plan.kind == OutputKind::kSheet)
+        output.sheet = stage::make_sheet(plan.cells[0], plan.cells[1], plan.video.width, plan.video.height);
     if (plan.kind == OutputKind::kNumbered)
         if (const Result<Done> begun = begin_row(output, content, resume); !begun) return begun.error();
     return output;
@@ -55,6 +59,8 @@ Result<Output> open_output(const OutputPlan& plan, const stage::RowContent& cont
 bool wants(const Output& output, int frame) {
     const FrameRange& frames = output.plan.frames;
     if (frame < frames.first || frame > frames.last) return false;
+    if (output.plan.kind == OutputKind::kSheet)
+        return std::ranges::find(output.plan.sheet_frames, frame) != output.plan.sheet_frames.end();
     return output.is_there.empty() || !output.is_there[static_cast<size_t>(frame - frames.first)];
 }
 
@@ -74,8 +80,25 @@ const stage::DeepPicture& deep_of(FramePictures& pictures, const Outputs& output
     return *pictures.deep;
 }
 
+void place_in_sheet(Output& output, int frame, const stage::DeepPicture& picture) {
+    const OutputPlan& plan = output.plan;
+    const auto cell = std::ranges::find(plan.sheet_frames, frame) - plan.sheet_frames.begin();
+    stage::place_in_sheet(output.sheet, plan.cells[0], plan.cells[1], static_cast<int32_t>(cell), picture);
+}
+
+Result<Done> write_sheet(Output& output, stage::PictureTexts texts) {
+    texts.emplace_back("Frame", fmt::format("{}", fmt::join(output.plan.sheet_frames, " ")));
+    stage::bleed_colors(output.sheet);
+    if (output.plan.bits == 16) return stage::write_png(output.plan.name, output.sheet, texts);
+    return stage::write_png(output.plan.name, stage::to_bytes(output.sheet), texts);
+}
+
 Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const Outputs& outputs) {
     if (output.video) return output.video->add_frame(deep_of(pictures, outputs));
+    if (output.plan.kind == OutputKind::kSheet) {
+        place_in_sheet(output, frame, deep_of(pictures, outputs));
+        return Done{};
+    }
     const Result<std::filesystem::path> file = output.plan.kind == OutputKind::kNumbered
                                                    ? stage::frame_name(output.plan.name, frame)
                                                    : std::filesystem::path(output.plan.name);
@@ -118,8 +141,10 @@ stage::Result<stage::Done> write_frame(Outputs& outputs, int frame, FramePicture
 
 stage::Result<stage::Done> finish_outputs(Outputs& outputs) {
     for (Output& output : outputs.list) {
-        if (!output.video) continue;
-        if (Result<Done> finished = output.video->finish(); !finished) return finished;
+        Result<Done> finished = Done{};
+        if (output.video) finished = output.video->finish();
+        if (output.plan.kind == OutputKind::kSheet) finished = write_sheet(output, outputs.texts);
+        if (!finished) return finished;
     }
     return Done{};
 }

@@ -15,11 +15,12 @@ namespace tovu {
 struct Output {
     OutputPlan plan;
     std::optional<stage::VideoFile> video;
+    stage::DeepPicture sheet;
     std::optional<stage::PictureRow> row;  // of numbered pictures
     std::vector<bool> is_there;            // of numbered pictures, from the first frame: whole, and not written again
 };
 
-/// Destroyed before finish_outputs, it leaves no video; pictures that were complete stay. Move only.
+/// Destroyed before finish_outputs, it leaves no video and no sheet; pictures that were complete stay. Move only.
 struct Outputs {
     std::vector<Output> list;
     std::optional<float> shoulder;  // of the scene
@@ -46,7 +47,7 @@ bool wants_frame(const Outputs& outputs, int frame);
 /// Gives a frame to the outputs that want it. Frames must come in ascending order.
 stage::Result<stage::Done> write_frame(Outputs& outputs, int frame, FramePictures pictures);
 
-/// After the last frame: completes the videos, which get their names now.
+/// After the last frame: completes videos and sheets, which get their names now.
 stage::Result<stage::Done> finish_outputs(Outputs& outputs);
 
 }  // namespace tovu

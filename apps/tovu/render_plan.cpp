@@ -20,11 +20,8 @@ using stage::Result;
 
 Result<Done> apply_size(const std::string& text, stage::SceneDescription& scene) {
     if (text.empty()) return Done{};
-    const size_t x = text.find('x');
     std::array<int32_t, 2> size{};
-    const bool right = x != std::string::npos && parse_number(std::string_view(text).substr(0, x), size[0]) &&
-                       parse_number(std::string_view(text).substr(x + 1), size[1]) && size[0] >= 1 &&
-                       size[0] <= stage::kMaxPictureSide && size[1] >= 1 && size[1] <= stage::kMaxPictureSide;
+    const bool right = parse_pair(text, size) && size[0] <= stage::kMaxPictureSide && size[1] <= stage::kMaxPictureSide;
     if (!right)
         return Error{fmt::format("--size {}: must be WIDTHxHEIGHT in pixels, 1 to {} each, such as 1280x720", text,
                                  stage::kMaxPictureSide)};

@@ -9,7 +9,7 @@
 namespace stage {
 
 /// At most this many files and this many commands are recorded at a time; further ones are ignored.
-constexpr int kMaxUnfinished = 8;
+constexpr int kMaxUnfinished = 64;
 
 /// Call `note` before the file is created and `forget` after it is renamed or removed. A name of PATH_MAX bytes or more
 /// is ignored, since no file can have it.

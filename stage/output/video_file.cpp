@@ -21,8 +21,8 @@ struct VideoFile::Encoder {
     VideoSettings settings;
     const VideoFormat* format;
     ChildProcess ffmpeg;
-    std::vector<uint16_t> frame = {};  // as sent: top row first, RGBA or RGB
-    int64_t frame_count = 0;
+    std::vector<uint16_t> frame = {};  // as sent: top row first, RGBA or RGB; a field has every other row
+    int64_t frame_count = 0;           // sent
     bool finished = false;
 
     ~Encoder() {
@@ -60,12 +60,17 @@ Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat
     if (settings.premultiplied && !format->key_and_fill)
         return wrong(
             fmt::format("alpha in {} files is straight; .mov and .exr files can be premultiplied", format->ending));
+    const bool interlaced = settings.fields != VideoFields::kNone;
+    if (interlaced && format->field_flags.empty())
+        return wrong("interlaced videos must be .mov files, or .mp4 files with the codec h264");
     if (settings.width < 1 || settings.height < 1)
         return wrong(fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height));
-    const bool half_chroma = format->pixels.starts_with("yuv420");
-    if (half_chroma && (settings.width % 2 != 0 || settings.height % 2 != 0))
-        return wrong(fmt::format("{} x {} pixels: in {} files both must be even", settings.width, settings.height,
-                                 format->ending));
+    const int32_t halved = format->pixels.starts_with("yuv420") ? 2 : 1;  // chroma
+    const int32_t height_step = interlaced ? halved * 2 : halved;
+    if (settings.width % halved != 0 || settings.height % height_step != 0)
+        return wrong(fmt::format("{} x {} pixels: in {}{} files the width must be a multiple of {}, the height of {}",
+                                 settings.width, settings.height, interlaced ? "interlaced " : "", format->ending,
+                                 halved, height_step));
     if (!(settings.frames_per_second >= 0.001 && settings.frames_per_second <= format->most_frames_per_second))
         return wrong(fmt::format("{:.10g} frames per second: in {} files 0.001 to {}", settings.frames_per_second,
                                  format->ending, format->most_frames_per_second));
@@ -98,6 +103,10 @@ void send_row(const uint16_t* rgba, int32_t width, const VideoFormat& format, co
         }
         if (alpha) *out++ = rgba[3];
     }
+}
+
+bool is_lower_field(const VideoSettings& settings, int64_t picture) {
+    return (picture % 2 == 1) == (settings.fields == VideoFields::kTopFirst);
 }
 
 }  // namespace
@@ -139,10 +148,12 @@ Result<Done> VideoFile::add_frame(const DeepPicture& frame) {
     const size_t row_in = static_cast<size_t>(frame.width) * 4;
     const size_t row_out = static_cast<size_t>(frame.width) * (sends_alpha(*encoder.format, settings) ? 4 : 3);
     const auto height = static_cast<size_t>(frame.height);
-    encoder.frame.resize(row_out * height);
-    for (size_t row = 0; row < height; ++row)
-        send_row(&frame.channels[(height - 1 - row) * row_in], frame.width, *encoder.format, settings,
-                 &encoder.frame[row * row_out]);
+    const auto rows = static_cast<size_t>(sent_height(settings));
+    const size_t first = rows < height && is_lower_field(settings, encoder.frame_count) ? 1 : 0;
+    encoder.frame.resize(row_out * rows);
+    for (size_t row = 0; row < rows; ++row)
+        send_row(&frame.channels[(height - 1 - first - row * (height / rows)) * row_in], frame.width, *encoder.format,
+                 settings, &encoder.frame[row * row_out]);
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     ++encoder.frame_count;
     const auto* const bytes = reinterpret_cast<const unsigned char*>(encoder.frame.data());

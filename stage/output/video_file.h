@@ -18,13 +18,21 @@ enum class VideoPart {
     kKey,      // alpha as grey
 };
 
+enum class VideoFields {
+    kNone,         // each picture is a frame
+    kTopFirst,     // two pictures are a frame: the first has the upper line of each pair
+    kBottomFirst,  // the first has the lower one
+};
+
 struct VideoSettings {
     int32_t width = 0;  // pixels
     int32_t height = 0;
-    double frames_per_second = 25.0;  // 23.976, 29.97, 59.94 and so on stand for multiples of 1000/1001
+    double frames_per_second = 25.0;  // of pictures: with fields, twice the frames of the file. 23.976, 29.97, 59.94
+                                      // and so on stand for multiples of 1000/1001
     VideoPart part = VideoPart::kPicture;
     bool premultiplied = false;  // colour × alpha instead of colour beside alpha
-    std::string codec = {};      // of .mp4: "h264" or "h265"; empty for the first
+    VideoFields fields = VideoFields::kNone;
+    std::string codec = {};  // of .mp4: "h264" or "h265"; empty for the first
 };
 
 /// The rate as a fraction: 25 is "25000/1000", 29.97 is "30000/1001".
@@ -45,7 +53,8 @@ STAGE_EXPORT bool video_keeps_alpha(const std::filesystem::path& path);
 ///   .webm  VP9 4:2:0 with 8 bits and straight alpha
 ///   .webp  animated WebP, lossy, with 8 bits and straight alpha
 ///   .gif   256 colours for each frame; a pixel is opaque from alpha 1/2 on, else transparent
-/// 4:2:0 needs an even width and height. A fill and a key can be .mp4 and .mov. The same frames give the same bytes
+/// H.264 and ProRes can be interlaced, of an even number of pictures. 4:2:0 needs an even width and height, and with
+/// fields a height that is a multiple of 4. A fill and a key can be .mp4 and .mov. The same frames give the same bytes
 /// with the same ffmpeg. The file appears under its name when finish() succeeds; an object destroyed before that leaves
 /// no file. Move only.
 class STAGE_EXPORT VideoFile {

@@ -20,6 +20,7 @@ std::vector<VideoFormat> make_formats() {
                        .muxer = "mp4",
                        .pixels = "yuv420p",
                        .key_and_fill = true,
+                       .field_flags = "+ildct+ilme",
                        .encoder = {"libx264", "-preset", "fast", "-crf", "16", "-movflags", "+faststart"}});
     // Its threads and texts are set in its own way. Apple's players know only the tag hvc1.
     formats.push_back(
@@ -36,6 +37,7 @@ std::vector<VideoFormat> make_formats() {
                        .pixels = "yuv444p10le",
                        .pixels_with_alpha = "yuva444p10le",
                        .key_and_fill = true,
+                       .field_flags = "+ildct",
                        .encoder = {"prores_ks", "-profile:v", "4444", "-alpha_bits", "16"}});
     // This encoder cannot combine alternate reference frames with alpha.
     formats.push_back({.ending = ".webm",
@@ -77,6 +79,16 @@ std::string conversion(const VideoFormat& format, const VideoSettings& settings)
         sends_alpha(format, settings) ? format.pixels_with_alpha : format.pixels);
 }
 
+bool is_top_first(const VideoSettings& settings) {
+    return settings.fields == VideoFields::kTopFirst;
+}
+
+/// Frames come as their fields, so that chroma is halved within a field. Adds what makes interlaced frames of them.
+std::string weaving(const VideoSettings& settings) {
+    if (settings.fields == VideoFields::kNone) return "";
+    return is_top_first(settings) ? ",weave=first_field=top" : ",weave=first_field=bottom";
+}
+
 }  // namespace
 
 const std::vector<VideoFormat>& video_formats() {
@@ -95,6 +107,10 @@ const VideoFormat* find_video_format(const std::filesystem::path& path, const st
 
 bool sends_alpha(const VideoFormat& format, const VideoSettings& settings) {
     return settings.part == VideoPart::kPicture && !format.pixels_with_alpha.empty();
+}
+
+int32_t sent_height(const VideoSettings& settings) {
+    return settings.fields == VideoFields::kNone ? settings.height : settings.height / 2;
 }
 
 std::string frame_rate_text(double frames_per_second) {
@@ -119,7 +135,7 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
                                           "-pix_fmt",
                                           sends_alpha(format, settings) ? "rgba64le" : "rgb48le",
                                           "-video_size",
-                                          fmt::format("{}x{}", settings.width, settings.height),
+                                          fmt::format("{}x{}", settings.width, sent_height(settings)),
                                           "-framerate",
                                           frame_rate_text(settings.frames_per_second),
                                           "-i",
@@ -127,11 +143,14 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
                                           "-filter_threads",
                                           "1",
                                           "-vf",
-                                          conversion(format, settings),
+                                          conversion(format, settings) + weaving(settings),
                                           "-c:v"};
     arguments.insert(arguments.end(), format.encoder.begin(), format.encoder.end());
-    for (const char* argument :
-         {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-flags:v", "+bitexact", "-f"})
+    const bool interlaced = settings.fields != VideoFields::kNone;
+    if (interlaced && format.codec == "h264")
+        arguments.insert(arguments.end(), {"-x264-params", is_top_first(settings) ? "tff=1" : "bff=1"});
+    arguments.insert(arguments.end(), {"-flags:v", "+bitexact" + (interlaced ? format.field_flags : "")});
+    for (const char* argument : {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-f"})
         arguments.emplace_back(argument);
     arguments.push_back(format.muxer);
     arguments.push_back("file:" +

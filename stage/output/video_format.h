@@ -16,6 +16,7 @@ struct VideoFormat {
     std::string pixels;                      // ffmpeg's name of the pixel format
     std::string pixels_with_alpha = {};      // empty: no alpha
     bool key_and_fill = false;               // can be a fill or a key and, if it has alpha, premultiplied
+    std::string field_flags = {};            // of the encoder for interlaced video; empty: it has none
     double most_frames_per_second = 1000.0;  // that players show
     std::vector<std::string> encoder;        // its name and arguments
 };
@@ -28,6 +29,9 @@ const VideoFormat* find_video_format(const std::filesystem::path& path, const st
 
 /// Whether frames are sent with alpha.
 bool sends_alpha(const VideoFormat& format, const VideoSettings& settings);
+
+/// Rows of a picture that are sent: all, or those of its field.
+int32_t sent_height(const VideoSettings& settings);
 
 /// The whole command line: raw frames with 16 bits per channel on standard input, top row first, into `output`.
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,

@@ -30,16 +30,25 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o f%d.exr --alpha straight", "alpha in .png files is straight, in .exr files premultiplied"},
     {"render tiny.toml -o f%d.png --bits 10", "--bits 10: must be 8 or 16"},
     {"render tiny.toml -o f%d.exr --bits 16", "--bits 16: is for .png files; there is none"},
+    {"render tiny.toml -o f%d.png --sheet 4x3", "--sheet 4x3: needs an -o such as sheet.png"},
+    {"render tiny.toml -o s.png --sheet 4", "--sheet 4: must be COLUMNSxROWS of two or more pictures, 1 to 100 each"},
+    {"render tiny.toml -o s.png --sheet 4x3", "--sheet 4x3: has 12 pictures, but there are only 10 frames"},
+    {"render tiny.toml -o s.png --sheet 2x2 --at 0", "--at: is for single pictures; s.png takes --frames A-B"},
+    {"render tiny.toml -o x.mov --interlace odd", "--interlace odd: must be top or bottom"},
+    {"render tiny.toml -o x.mov --interlace top", "needs 50 or 59.94 pictures per second, two for each frame, not 25"},
+    {"render tiny.toml -o x.mov --rate 50 --frames 0-2 --interlace top", "but there are 3; give --frames A-B"},
+    {"render tiny.toml -o f%d.png --rate 50 --interlace top", "--interlace top: is for videos; there is none"},
+    {"render tiny.toml -o x.webm --rate 59.94 --frames 0-1 --interlace top", "x.webm: interlaced videos must be .mov"},
     {"render tiny.toml -o x.mp4 --codec av1", "--codec av1: must be h264 or h265"},
     {"render tiny.toml -o x.mov --codec h265", "--codec h265: is for .mp4 files; there is none"},
     {"render tiny.toml -o x.png", "one picture needs --at SECONDS"},
     {"render tiny.toml -o x.png --at 0.4", "--at 0.4: must be a time in seconds from 0 and below 0.4"},
     {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give only one of them"},
-    {"render tiny.toml -o x.mp4 --at 0", "a video takes --frames A-B"},
+    {"render tiny.toml -o x.mp4 --at 0", "--at: is for single pictures; x.mp4 takes --frames A-B"},
     {"render tiny.toml -o f%d.png -o x.mp4 -o ./x.mp4", "-o ./x.mp4: two outputs have this name"},
     {"render tiny.toml -o x.mp4 --frames 3-2", "--frames 3-2: must be A-B"},
     {"render tiny.toml -o x.mp4 --frames 5-10", "must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
-    {"render tiny.toml -o x.mp4 --size 31x24", "even"},
+    {"render tiny.toml -o x.mp4 --size 31x24", "31 x 24 pixels: in .mp4 files the width must be a multiple of 2"},
     {"render tiny.toml -o x.png --at 0 --size 0x24", "--size 0x24: must be WIDTHxHEIGHT"},
     {"render tiny.toml -o x.png --at 0 --rate 0.5", "--rate 0.5: must be frames per second from 1 to 1000"},
     {"render tiny.toml -o x.png --at 0 --seed -1", "--seed -1: must be a whole number from 0 to 4294967295"},
@@ -221,6 +230,13 @@ TEST_F(Command, AVideoWithoutAlphaOfATransparentSceneIsWarnedOf) {
     EXPECT_THAT(both, testing::Not(HasSubstr("warning: x.mov")));
     EXPECT_THAT(run("render clear.toml -o x.mp4 --key y.mp4 --size 8x8").errors, testing::Not(HasSubstr("warning")));
     EXPECT_THAT(run("render tiny.toml -o x.mp4").errors, testing::Not(HasSubstr("warning")));
+}
+
+TEST_F(Command, ASheetShowsFramesFromTheFirstToTheLast) {
+    const Outcome outcome = run("render tiny.toml -o sheet.png --sheet 2x2 --frames 0-7");
+    EXPECT_EQ("sheet.png: 4 frames\n", outcome.output) << outcome.errors;
+    EXPECT_THAT(run_shell("ffprobe -v error -show_frames sheet.png").output,
+                testing::AllOf(HasSubstr("TAG:Frame=0 2 4 7\n"), HasSubstr("width=32\nheight=24\n")));
 }
 
 TEST_F(Command, PicturesSayWhatTheyAreOf) {
@@ -462,8 +478,7 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     };
     const Outcome typo = script("rendre tiny.toml -o x.png");
     EXPECT_EQ(2, typo.status);
-    EXPECT_THAT(typo.errors,
-                testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, ")));
+    EXPECT_THAT(typo.errors, testing::AllOf(HasSubstr("no command 'rendre'"), HasSubstr("the commands are demo, ")));
     EXPECT_EQ("tovu " TOVU_VERSION " (0123456789ab)\n", script("--version").output);
     EXPECT_EQ("tovu " TOVU_VERSION " (" TOVU_COMMIT ")\n", run("--version").output);
     EXPECT_FALSE(fs::exists(folder / "build"));

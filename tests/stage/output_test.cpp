@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "stage/output/color_bleed.h"
+#include "stage/output/contact_sheet.h"
 #include "stage/output/exr_file.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/progress.h"
@@ -34,11 +35,11 @@ TEST(FrameNames, FollowTheirPattern) {
 
 constexpr int32_t kWidth = 64;
 constexpr int32_t kHeight = 48;
-constexpr int kFrames = 3;
+constexpr int kPictures = 4;
 
-/// Straight, 0…1: colour grows to the right, alpha to the bottom; the frames differ in green.
-std::array<double, 4> gradient(int frame, int32_t x, int32_t y) {
-    return {0.2 + 0.6 * x / kWidth, 0.3 * frame, 0.4, (y + 0.5) / kHeight};
+/// Straight, 0…1: colour grows to the right, alpha to the bottom; the pictures differ in green.
+std::array<double, 4> gradient(int picture, int32_t x, int32_t y) {
+    return {0.2 + 0.6 * x / kWidth, 0.3 * picture, 0.4, (y + 0.5) / kHeight};
 }
 
 DeepPicture gradient_frame(int frame) {
@@ -53,7 +54,7 @@ DeepPicture gradient_frame(int frame) {
 stage::Result<stage::Done> write_video(const std::filesystem::path& path, const stage::VideoSettings& settings) {
     auto video = VideoFile::create(path, settings);
     if (!video) return video.error();
-    for (int i = 0; i < kFrames; ++i)
+    for (int i = 0; i < kPictures; ++i)
         if (auto added = video->add_frame(gradient_frame(i)); !added) return added.error();
     return video->finish();
 }
@@ -83,6 +84,13 @@ constexpr const char* kDecode =
     "ffmpeg -nostdin -v error -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
 constexpr const char* kDecodeVp9 =
     "ffmpeg -nostdin -v error -c:v libvpx-vp9 -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
+// Chroma belongs to a field.
+constexpr const char* kDecodeTop =
+    "ffmpeg -nostdin -v error -i $f "
+    "-vf separatefields,zscale=matrix=gbr:range=full,format='gbrp16|gbrap16',weave=first_field=top ";
+constexpr const char* kDecodeBottom =
+    "ffmpeg -nostdin -v error -i $f "
+    "-vf separatefields,zscale=matrix=gbr:range=full,format='gbrp16|gbrap16',weave=first_field=bottom ";
 constexpr const char* kDecodeGif = "ffmpeg -nostdin -v error -i $f ";
 constexpr const char* kDecodeWebp =
     "/usr/bin/python3 -c 'import PIL.Image, PIL.ImageSequence, sys\n"
@@ -109,8 +117,26 @@ const VideoCase kVideoCases[] = {
      multiplied,
      0.15},
     {"a.WEBM", {}, "vp9,yuv420p,tv,bt709,bt709,bt709,progressive", kDecodeVp9, as_it_is, 0.55},
-    {"a.webp", {}, nullptr, kDecodeWebp, as_it_is, 1.5},
+    {"a.webp", {}, nullptr, kDecodeWebp, as_it_is, 1.7},
     {"a.gif", {}, "gif,bgra,unknown,unknown,unknown,unknown,unknown", kDecodeGif, all_or_nothing, 0.2},
+    {"top.mp4",
+     {.fields = stage::VideoFields::kTopFirst},
+     "h264,yuv420p,tv,bt709,bt709,bt709,tt",
+     kDecodeTop,
+     over_black,
+     0.8},
+    {"bottom.mp4",
+     {.fields = stage::VideoFields::kBottomFirst},
+     "h264,yuv420p,tv,bt709,bt709,bt709,bb",
+     kDecodeBottom,
+     over_black,
+     0.8},
+    {"bottom.mov",
+     {.fields = stage::VideoFields::kBottomFirst},
+     "prores,yuva444p12le,tv,bt709,bt709,bt709,bt",
+     kDecode,
+     as_it_is,
+     0.15},
     {"fill.mp4",
      {.part = stage::VideoPart::kFill},
      "h264,yuv420p,tv,bt709,bt709,bt709,progressive",
@@ -164,18 +190,23 @@ TEST_P(Videos, AreWhatTheirFormatSaysAndRepeatToTheByte) {
                     file));
     }
     const std::string frames = printed(expected.decode + std::string("-f rawvideo -pix_fmt rgba64le -"), file);
-    ASSERT_EQ(size_t{kFrames} * kWidth * kHeight * 8, frames.size());
+    const bool interlaced = settings.fields != stage::VideoFields::kNone;
+    const int frame_count = interlaced ? kPictures / 2 : kPictures;
+    ASSERT_EQ(static_cast<size_t>(frame_count) * kWidth * kHeight * 8, frames.size());
     const auto* decoded = reinterpret_cast<const uint16_t*>(frames.data());
     double error = 0;
-    for (int frame = 0; frame < kFrames; ++frame)
-        for (int32_t y = 0; y < kHeight; ++y)
+    for (int frame = 0; frame < frame_count; ++frame)
+        for (int32_t y = 0; y < kHeight; ++y) {
+            const int field = (y % 2 == 0) == (settings.fields == stage::VideoFields::kTopFirst) ? 0 : 1;
+            const int picture = interlaced ? 2 * frame + field : frame;
             for (int32_t x = 0; x < kWidth; ++x) {
-                const Pixel pixel = expected.expected(gradient(frame, x, y));
+                const Pixel pixel = expected.expected(gradient(picture, x, y));
                 const bool visible = pixel[3] > 0.02;  // formats may drop what cannot be seen
                 for (size_t i = 0; i < 4; ++i, ++decoded)
                     if (visible || i == 3) error += std::abs(pixel[i] - *decoded / 65535.0);
             }
-    EXPECT_LT(error / (kFrames * kWidth * kHeight * 4) * 255, expected.error);
+        }
+    EXPECT_LT(error / (frame_count * kWidth * kHeight * 4) * 255, expected.error);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, Videos, testing::ValuesIn(kVideoCases));
@@ -186,12 +217,18 @@ TEST(Video, EveryFaultIsNamedAndLeavesNoFile) {
     const std::tuple<const char*, stage::VideoSettings, const char*> cases[] = {
         {"a.avi", good, "must end in one of .mp4, .mov, .webm, .webp, .gif"},
         {"a.mov", {0, kHeight}, "0 x 48 pixels: both must be at least 1"},
-        {"a.webm", {kWidth, 47}, "64 x 47 pixels: in .webm files both must be even"},
+        {"a.webm", {kWidth, 47}, "64 x 47 pixels: in .webm files the width must be a multiple of 2, the height of 2"},
         {"a.mp4", {kWidth, kHeight, 0.0}, "0 frames per second: in .mp4 files 0.001 to 1000"},
         {"a.gif", {kWidth, kHeight, 60.0}, "60 frames per second: in .gif files 0.001 to 50"},
         {"a.mov", {.width = 2, .height = 2, .codec = "h265"}, ".mov files do not take the codec h265, but prores"},
         {"a.webm", {.width = 2, .height = 2, .premultiplied = true}, "alpha in .webm files is straight"},
         {"a.gif", {.width = 2, .height = 2, .part = stage::VideoPart::kKey}, "must be .mp4 or .mov files"},
+        {"a.mp4",
+         {.width = 2, .height = 6, .fields = stage::VideoFields::kTopFirst},
+         "2 x 6 pixels: in interlaced .mp4 files the width must be a multiple of 2, the height of 4"},
+        {"a.mp4",
+         {.width = 2, .height = 4, .fields = stage::VideoFields::kTopFirst, .codec = "h265"},
+         "interlaced videos must be .mov files, or .mp4 files with the codec h264"},
         {"none/a.mp4", good, "there is no folder"},
     };
     for (const auto& [name, settings, message] : cases)
@@ -272,6 +309,28 @@ TEST(Exr, KeepsEachHalfAndTexts) {
     EXPECT_THAT(numbers, testing::ElementsAre(0, 0.5f, 0, 2, 0, 1, 1, 0.25f)) << "green, blue, red, alpha";
     EXPECT_THAT(stage::write_exr(folder / "none/a.exr", picture).error().message,
                 HasSubstr("a.exr: cannot be written"));
+}
+
+TEST(ContactSheet, HoldsSmallPicturesInReadingOrder) {
+    constexpr uint16_t kFull = 65535;
+    // Two rows of four pixels, the bottom one first. To the left one of four has alpha, to the right all have.
+    DeepPicture picture{4, 2, std::vector<uint16_t>(4 * 2 * 4)};
+    const auto set = [&picture](size_t pixel, std::array<uint16_t, 4> color) {
+        std::copy_n(color.data(), 4, &picture.channels[pixel * 4]);
+    };
+    set(0, {100, 200, 300, kFull});
+    for (const size_t pixel : {2, 3}) set(pixel, {0, 0, 0, kFull});
+    for (const size_t pixel : {6, 7}) set(pixel, {1000, 0, 0, kFull});
+    DeepPicture sheet = stage::make_sheet(2, 2, 4, 2);
+    stage::place_in_sheet(sheet, 2, 2, 1, picture);
+    EXPECT_EQ(4, sheet.width);
+    EXPECT_EQ(2, sheet.height);
+    std::vector<uint16_t> expected(4 * 2 * 4);
+    const uint16_t cell[] = {100, 200, 300, (kFull + 2) / 4, 500, 0, 0, kFull};
+    std::copy_n(cell, 8, &expected[(4 + 2) * 4]);  // the second of the top row
+    EXPECT_EQ(expected, sheet.channels);
+    EXPECT_EQ(255, stage::to_bytes(sheet).bytes[(4 + 3) * 4 + 3]);
+    EXPECT_EQ(2, stage::to_bytes(sheet).bytes[(4 + 3) * 4]) << "500 / 257";
 }
 
 TEST(ColorBleed, ReachesSixteenStepsIntoTransparentPixels) {
