@@ -151,7 +151,7 @@ TEST(Document, SavingKeepsWhatAnotherProgramWrote) {
     set(*document, "plume", "birth_rate", 4.0);
     const auto refused = save_document(*document);
     ASSERT_FALSE(refused);
-    EXPECT_THAT(refused.error().message, HasSubstr("another program has changed the file"));
+    EXPECT_THAT(refused.error().message, HasSubstr("another program has changed or removed the file"));
     EXPECT_EQ("# other\n", file_bytes(file));
     ASSERT_TRUE(save_document(*document, Overwrite::kYes));
     EXPECT_EQ(document_text(*document), file_bytes(file));

@@ -104,6 +104,15 @@ std::string without_number(const std::string& name) {
     return is_number ? name.substr(0, slash) : name;
 }
 
+std::optional<KeyPath> find_path(const toml::table& root, DocumentKind kind, const std::string& container) {
+    const std::string array = kind == DocumentKind::kLook ? "layer" : "container";
+    for (const std::string& name : {container, without_number(container)}) {
+        if (const auto path = find_container(root[array].as_array(), {}, array, name)) return path;
+        if (const auto path = find_layer(root, name)) return path;
+    }
+    return std::nullopt;
+}
+
 std::optional<stage::ParameterValue> parameter_value(const toml::node& node) {
     if (const auto* flag = node.as_boolean()) return flag->get();
     if (const auto* whole = node.as_integer()) {
@@ -190,21 +199,16 @@ std::filesystem::path scene_file(const Document& document) {
 Result<KeyPath> container_path(const Document& document, const std::string& container) {
     const std::optional<toml::table> root = parsed(document_text(document));
     if (!root) return Error{"the text is not TOML"};
-    const std::string array = document.kind == DocumentKind::kLook ? "layer" : "container";
-    for (const std::string& name : {container, without_number(container)}) {
-        if (const auto path = find_container((*root)[array].as_array(), {}, array, name)) return *path;
-        if (const auto path = find_layer(*root, name)) return *path;
-    }
+    if (const auto path = find_path(*root, document.kind, container)) return *path;
     return Error{fmt::format("there is no container '{}'", container)};
 }
 
 std::map<std::string, stage::ParameterValue> written_parameters(const Document& document,
                                                                 const std::string& container) {
     std::map<std::string, stage::ParameterValue> values;
-    const Result<KeyPath> path = container_path(document, container);
     const std::optional<toml::table> root = parsed(document_text(document));
-    if (!path || !root) return values;
-    const toml::node* node = node_at(*root, with_step(*path, "parameters"));
+    const std::optional<KeyPath> path = root ? find_path(*root, document.kind, container) : std::nullopt;
+    const toml::node* node = path ? node_at(*root, with_step(*path, "parameters")) : nullptr;
     if (node == nullptr || !node->is_table()) return values;
     for (const auto& [key, value] : *node->as_table()) {
         if (const auto parameter = parameter_value(value)) values[std::string(key.str())] = *parameter;
@@ -322,8 +326,8 @@ Result<Done> save_document(Document& document, Overwrite overwrite) {
     end_change(document);
     if (document.file.empty()) return Error{"the scene has no file yet: save it under a name"};
     if (overwrite == Overwrite::kNo && bytes_of(document.file) != document.on_disk)
-        return Error{
-            fmt::format("{}: another program has changed the file since it was opened", document.file.string())};
+        return Error{fmt::format("{}: another program has changed or removed the file since it was opened",
+                                 document.file.string())};
     Result<Done> written = stage::write_whole_file(document.file, document_text(document));
     if (written) document.on_disk = document_text(document);
     return written;

@@ -45,7 +45,7 @@ struct Document {
 };
 
 /// Opens a scene or look file; a file with `layer` at the top is a look. A file that is not right can be opened too:
-/// its mistakes show when its scene is read. Error: it cannot be read, or is not UTF-8.
+/// its mistakes show when its scene is read. Error: it cannot be read.
 stage::Result<Document> open_document(const std::filesystem::path& file);
 
 /// A scene that is not saved: one container at rest that takes the look. look: as in a scene of `folder`.
@@ -116,7 +116,7 @@ bool has_unsaved_changes(const Document& document);
 enum class Overwrite { kNo, kYes };
 
 /// Writes the shown text to the document's file, whole or not at all. Error: it has no file yet, it cannot be written,
-/// or another program changed it since it was opened (not with kYes).
+/// or another program changed or removed it since it was opened (not with kYes).
 stage::Result<stage::Done> save_document(Document& document, Overwrite overwrite = Overwrite::kNo);
 
 /// Writes the shown text to another file, which becomes the document's. Relative paths in the text are changed so that
