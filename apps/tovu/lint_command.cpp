@@ -29,8 +29,7 @@ Result<SceneDescription> load(const std::string& name) {
     std::error_code ignored;
     if (std::filesystem::exists(name, ignored)) {
         const std::string text = '\n' + stage::read_whole_file(name);
-        const bool is_look =
-            text.find("\n[[layer]]") != std::string::npos || text.find("\nlayer") != std::string::npos;
+        const bool is_look = text.find("\n[[layer]]") != std::string::npos || text.find("\nlayer") != std::string::npos;
         return is_look ? scene_of_look(name) : stage::load_scene_file(name);
     }
     if (name.find_first_of("./") != std::string::npos) return stage::load_scene_file(name);

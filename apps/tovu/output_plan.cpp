@@ -180,7 +180,7 @@ Result<Done> take_alpha(const std::string& text, std::vector<OutputPlan>& output
         if (output.kind != OutputKind::kVideo && has_ending(output, ".exr") != premultiplied)
             return Error{fmt::format("--alpha {}: alpha in .png files is straight, in .exr files premultiplied", text)};
         if (output.video.part == stage::VideoPart::kPicture && output.kind == OutputKind::kVideo &&
-            !stage::video_keeps_alpha(output.name))
+            stage::video_alpha(output.name) == stage::VideoAlpha::kNone)
             return Error{fmt::format("--alpha {}: {} has no alpha; .mov files have, and --key writes it beside", text,
                                      output.name)};
         if (output.video.part != stage::VideoPart::kKey) output.video.premultiplied = premultiplied;

@@ -72,15 +72,21 @@ void warn_of_older_frames(const std::string& pattern, const stage::SceneDescript
                      files->rbegin()->second.string(), count));
 }
 
-// Warns of a video that has no place for the alpha of a transparent scene.
+// Warns of a video that cannot hold the alpha of a transparent scene.
 void warn_of_lost_alpha(const OutputPlan& output, const stage::SceneDescription& scene, const RenderWarning& warn) {
-    if (scene.background || output.kind != OutputKind::kVideo || output.video.part != stage::VideoPart::kPicture ||
-        stage::video_keeps_alpha(output.name))
+    if (scene.background || output.kind != OutputKind::kVideo || output.video.part != stage::VideoPart::kPicture)
         return;
-    warn(
-        fmt::format("{}: has no alpha, so that the scene, which has no background, is over black; .mov and .webm keep "
-                    "the alpha, and --key writes it beside",
-                    output.name));
+    const stage::VideoAlpha alpha = stage::video_alpha(output.name);
+    if (alpha == stage::VideoAlpha::kNone)
+        warn(
+            fmt::format("{}: has no alpha, so that the scene, which has no background, is over black; .mov and .webm "
+                        "keep the alpha, and --key writes it beside",
+                        output.name));
+    if (alpha == stage::VideoAlpha::kOnOrOff)
+        warn(
+            fmt::format("{}: shows only what is at least half opaque, since the scene has no background; .webp keeps "
+                        "faint smoke",
+                        output.name));
 }
 
 }  // namespace

@@ -118,7 +118,9 @@ Result<Done> write_pixels(const std::filesystem::path& path, const Pixels& pixel
     {
         PngWriter writer;
         std::vector<png_bytep> rows = row_pointers(pixels);
-        if (!write_with_jumps(writer, file.get(), pixels, rows, png_texts(texts))) return failed(writer.message);
+        errno = 0;
+        if (!write_with_jumps(writer, file.get(), pixels, rows, png_texts(texts)))
+            return failed(errno != 0 ? std::strerror(errno) : writer.message);
     }
     if (std::fclose(file.release()) != 0) return failed(std::strerror(errno));
     return publish_partial(path);

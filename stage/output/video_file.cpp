@@ -34,8 +34,12 @@ struct VideoFile::Encoder {
     /// ended: the result of ChildProcess::wait.
     Error failure(const Result<Done>& ended) const {
         discard_partial(path);
-        return Error{fmt::format("{}: ffmpeg {}:\n{}", path.string(), ended ? "ended too early" : ended.error().message,
-                                 ffmpeg.last_lines(kQuotedLines))};
+        const std::string lines = ffmpeg.last_lines(kQuotedLines);
+        if (lines.find("Unknown encoder") != std::string::npos)
+            return Error{fmt::format("{}: this ffmpeg has no encoder {}; Debian's package ffmpeg has it", path.string(),
+                                     format->encoder[0])};
+        return Error{fmt::format("{}: ffmpeg {}{}{}", path.string(), ended ? "ended too early" : ended.error().message,
+                                 lines.empty() ? "" : ":\n", lines)};
     }
 };
 
@@ -123,9 +127,10 @@ std::string video_endings() {
     return text;
 }
 
-bool video_keeps_alpha(const std::filesystem::path& path) {
+VideoAlpha video_alpha(const std::filesystem::path& path) {
     const VideoFormat* format = find_video_format(path);
-    return format != nullptr && !format->pixels_with_alpha.empty();
+    if (format == nullptr || format->pixels_with_alpha.empty()) return VideoAlpha::kNone;
+    return format->codec == "gif" ? VideoAlpha::kOnOrOff : VideoAlpha::kFull;
 }
 
 Result<VideoFile> VideoFile::create(const std::filesystem::path& path, const VideoSettings& settings) {

@@ -44,8 +44,10 @@ STAGE_EXPORT bool is_video_name(const std::filesystem::path& path);
 /// ".mp4, .mov, .webm, .webp, .gif"
 STAGE_EXPORT std::string video_endings();
 
-/// Whether videos of this ending keep the alpha of pictures.
-STAGE_EXPORT bool video_keeps_alpha(const std::filesystem::path& path);
+enum class VideoAlpha { kNone, kOnOrOff, kFull };
+
+/// What videos of this ending keep of the alpha of pictures.
+STAGE_EXPORT VideoAlpha video_alpha(const std::filesystem::path& path);
 
 /// A video being written. The name's ending chooses the format:
 ///   .mp4   H.264 4:2:0 with 8 bits, or H.265 4:2:0 with 10, without alpha; pictures are over black

@@ -225,8 +225,9 @@ TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
 
 TEST_F(Command, AVideoWithoutAlphaOfATransparentSceneIsWarnedOf) {
     write("clear.toml", "length = 0.04\ncontainer = [{ name = 'a' }]\n");
-    const std::string both = run("render clear.toml -o x.mp4 -o x.mov --size 8x8").errors;
+    const std::string both = run("render clear.toml -o x.mp4 -o x.mov -o x.gif --size 8x8").errors;
     EXPECT_THAT(both, HasSubstr("warning: x.mp4: has no alpha, so that the scene, which has no background, is over"));
+    EXPECT_THAT(both, HasSubstr("warning: x.gif: shows only what is at least half opaque"));
     EXPECT_THAT(both, testing::Not(HasSubstr("warning: x.mov")));
     EXPECT_THAT(run("render clear.toml -o x.mp4 --key y.mp4 --size 8x8").errors, testing::Not(HasSubstr("warning")));
     EXPECT_THAT(run("render tiny.toml -o x.mp4").errors, testing::Not(HasSubstr("warning")));
