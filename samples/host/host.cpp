@@ -35,22 +35,23 @@ int32_t event_count = 0;
 constexpr double kSecondsPerFrame = 0.02;
 constexpr float kCameraZ = 300;
 int32_t retrace_counter = 0;
-float box[6];                        // minimum and maximum of x, y, z, as sent last
-int corners = 0;                     // of quads, in the current frame
-bool inside_quads = false;           // between glBegin(GL_QUADS) and glEnd
-const void* vertex_array = nullptr;  // three floats a corner
-const void* color_array = nullptr;   // four bytes a corner
+float box[6];                          // minimum and maximum of x, y, z, as sent last
+int corners = 0;                       // of quads, in the current frame
+bool inside_quads = false;             // between glBegin(GL_QUADS) and glEnd
+const float* vertex_array = nullptr;   // three a corner
+const uint8_t* color_array = nullptr;  // four a corner
 
 // FNV-1a (Fowler, Noll and Vo) over the bits of all boxes, corners and colours: a plug-in that draws the same random
-// numbers has the same digest on every platform.
+// numbers has the same digest on every platform. Processors differ in the bits of a NaN, so all NaNs count as one.
 uint64_t digest = 14695981039346656037u;
 void take_in(const void* bytes, size_t count) {
     for (size_t i = 0; i < count; ++i) digest = (digest ^ static_cast<const uint8_t*>(bytes)[i]) * 1099511628211u;
 }
-void take_in_array(const void* array, size_t corner_bytes, int first, int count) {
-    if (array == nullptr) return;
-    take_in(static_cast<const uint8_t*>(array) + corner_bytes * static_cast<size_t>(first),
-            corner_bytes * static_cast<size_t>(count));
+void take_in_numbers(const float* numbers, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        const uint32_t bits = numbers[i] == numbers[i] ? std::bit_cast<uint32_t>(numbers[i]) : 0x7FC00000u;
+        take_in(&bits, sizeof bits);
+    }
 }
 
 void add(const char* type, Parameter parameter, const char* label) {
@@ -168,7 +169,7 @@ void _api__container_get_inverse_matrix(int32_t object, float* matrix) {
 void _api__container_set_bounding_box(int32_t, float x0, float y0, float z0, float x1, float y1, float z1) {
     put(&box[0], &box[1], &box[2], x0, y0, z0);
     put(&box[3], &box[4], &box[5], x1, y1, z1);
-    take_in(box, sizeof box);
+    take_in_numbers(box, 6);
 }
 void _api__container_get_geometry(int32_t object, int32_t* geometry) {
     if (object == kContainer) *geometry = kGeometry;
@@ -248,7 +249,7 @@ void ormixGL_glEnd(void) {
 }
 void ormixGL_glVertex3fv(const float* xyz) {
     corners += inside_quads;
-    take_in(xyz, 3 * sizeof *xyz);
+    take_in_numbers(xyz, 3);
 }
 void ormixGL_glVertex3f(float x, float y, float z) {
     const float xyz[3] = {x, y, z};
@@ -256,12 +257,13 @@ void ormixGL_glVertex3f(float x, float y, float z) {
 }
 void ormixGL_glDrawArrays(unsigned mode, int first, int count) {
     corners += mode == GL_QUADS ? count : 0;
-    take_in_array(vertex_array, 12, first, count);
-    take_in_array(color_array, 4, first, count);
+    const auto begin = static_cast<size_t>(first), length = static_cast<size_t>(count);
+    if (vertex_array != nullptr) take_in_numbers(vertex_array + 3 * begin, 3 * length);
+    if (color_array != nullptr) take_in(color_array + 4 * begin, 4 * length);
 }
 void ormixGL_glColor4f(float r, float g, float b, float a) {
     const float rgba[4] = {r, g, b, a};
-    take_in(rgba, sizeof rgba);
+    take_in_numbers(rgba, 4);
 }
 void ormixGL_glColor4ub(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
     const unsigned char rgba[4] = {r, g, b, a};
@@ -269,10 +271,10 @@ void ormixGL_glColor4ub(unsigned char r, unsigned char g, unsigned char b, unsig
 }
 void ormixGL_glTexCoord2s(short, short) {}
 void ormixGL_glVertexPointer(int, unsigned, int, const void* array) {
-    vertex_array = array;
+    vertex_array = static_cast<const float*>(array);
 }
 void ormixGL_glColorPointer(int, unsigned, int, const void* array) {
-    color_array = array;
+    color_array = static_cast<const uint8_t*>(array);
 }
 void ormixGL_glTexCoordPointer(int, unsigned, int, const void*) {}
 void ormixGL_glEnableClientState(unsigned) {}

@@ -39,10 +39,11 @@ void add_field(Fnv1a& digest, const Field& field, const std::byte* base) {
         case FieldType::kUint8:
             return add_values<uint8_t>(digest, first, field.count);
         case FieldType::kInt32:
-        case FieldType::kFloat32:
             return add_values<uint32_t>(digest, first, field.count);
+        case FieldType::kFloat32:
+            return add_values<float>(digest, first, field.count);
         case FieldType::kFloat64:
-            return add_values<uint64_t>(digest, first, field.count);
+            return add_values<double>(digest, first, field.count);
         case FieldType::kText: {
             const char* text = reinterpret_cast<const char*>(first);
             return digest.add(std::string_view(text, strnlen(text, field.count)));

@@ -10,7 +10,7 @@
 namespace stage {
 
 /// FNV-1a with 64 bits (Fowler, Noll, Vo). Numbers count as their little-endian bytes, so that a digest is the same on
-/// every machine.
+/// every machine. All NaNs count as one, since processors differ in their bits.
 struct Fnv1a {
     uint64_t value = 14695981039346656037u;
 
@@ -20,7 +20,8 @@ struct Fnv1a {
         for (size_t i = 0; i < sizeof number; ++i)
             add_byte(static_cast<unsigned>(static_cast<uint64_t>(number) >> 8 * i & 0xFF));
     }
-    void add(float number) { add(std::bit_cast<uint32_t>(number)); }
+    void add(float number) { add(number == number ? std::bit_cast<uint32_t>(number) : 0x7FC00000u); }
+    void add(double number) { add(number == number ? std::bit_cast<uint64_t>(number) : 0x7FF8000000000000u); }
     /// The characters and a NUL behind them.
     void add(std::string_view text) {
         for (const char character : text) add_byte(static_cast<unsigned char>(character));

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <set>
 #include <span>
@@ -109,6 +110,16 @@ TEST_F(DigestOf, CountsTheFieldsOfRecordsThatAreSet) {
     host.block(smoke).consumer_attached = 1;
     mark(counted, kPathAngle, false);
     expect_counted(host.active(smoke).at(0), counted, links);
+}
+
+TEST_F(DigestOf, TakesAllNaNsForOne) {
+    host.run_frames(2);
+    std::set<uint64_t> digests;
+    for (const uint32_t bits : {0x7FC00000u, 0xFFC00000u, 0x7FC12345u}) {
+        host.block(smoke).abs_position.x = std::bit_cast<float>(bits);
+        digests.insert(digest());
+    }
+    EXPECT_EQ(1, digests.size());
 }
 
 TEST_F(DigestOf, CountsTextsTheBoxTheNameAndTheOrderOfRecords) {
