@@ -39,8 +39,8 @@ void show_order(PanelFrame& frame) {
     ImGui::SetNextItemWidth(-1);
     const bool entered = ImGui::InputText("##file", &memory.export_file, ImGuiInputTextFlags_EnterReturnsTrue);
     mark(frame.targets, "export.file");
-    ImGui::TextDisabled("%s",
-                        memory.exports_still ? ".png keeps the alpha" : ".mov and .webm keep the alpha, .mp4 does not");
+    ImGui::TextDisabled("%s", memory.exports_still ? ".png or .exr, both keep the alpha"
+                                                   : ".mov, .webm, .webp and .gif keep the alpha, .mp4 does not");
     std::error_code ignored;
     const bool exists = std::filesystem::exists(memory.export_file, ignored);
     if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");

@@ -43,6 +43,15 @@ Commands opening_commands(const std::string& file) {
     return {OpenScene{file}};
 }
 
+// A crash may have left changes of the file that is opened.
+void tell_of_recoveries(Studio& studio) {
+    if (!studio.document || studio.document->file.empty()) return;
+    for (const Recovery& recovery : find_recoveries(state_folder())) {
+        if (recovery.original == studio.document->file)
+            studio.notice = {"unsaved work of this file is left: see the gallery (F1)", true};
+    }
+}
+
 void show_stage(PanelFrame& frame, Session& session, const Area& whole) {
     const float font = ImGui::GetFontSize();
     const float top = font * 2.6f, bottom = font * 6.0f;
@@ -134,6 +143,7 @@ Result<Done> run_studio(const StudioOptions& options) {
     session.gallery = make_gallery(options.scenes_folder);
     carry_out(session.studio, opening_commands(options.file));
     if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};
+    tell_of_recoveries(session.studio);
     if (!options.script.empty()) {
         Result<Script> script = read_script(options.script);
         if (!script) return script.error();

@@ -65,16 +65,20 @@ void top_bar(PanelFrame& frame, const Area& area) {
     if (button(frame, "Gallery", "all looks and scenes (F1)", true, studio.page == Page::kGallery))
         frame.commands.push_back(ShowGallery{});
     if (studio.page == Page::kStage && studio.document) document_buttons(frame, *studio.document);
+    const float keys_width = ImGui::CalcTextSize("Keys").x + 2 * ImGui::GetStyle().FramePadding.x;
+    const float keys_left = area.width - keys_width - ImGui::GetStyle().WindowPadding.x;
     const Notice& notice = studio.notice;
     if (!notice.text.empty()) {
+        const ImVec2 start = ImGui::GetCursorScreenPos();
+        ImGui::PushClipRect(start, {area.x + keys_left - ImGui::GetStyle().ItemSpacing.x, area.y + area.height}, true);
         ImGui::PushStyleColor(ImGuiCol_Text, notice.is_error ? kMistake : kAccent);
         ImGui::TextUnformatted(notice.text.c_str());
         ImGui::PopStyleColor();
+        ImGui::PopClipRect();
         if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", notice.text.c_str());
         ImGui::SameLine();
     }
-    const float width = ImGui::CalcTextSize("Keys").x + 2 * ImGui::GetStyle().FramePadding.x;
-    ImGui::SameLine(area.width - width - ImGui::GetStyle().WindowPadding.x);
+    ImGui::SameLine(keys_left);
     if (button(frame, "Keys", "what the keys do (?)")) frame.memory.shows_keys = true;
     ImGui::End();
 }
