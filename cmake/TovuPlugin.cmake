@@ -22,7 +22,8 @@ function(tovu_export_entry_points target)
     # Its assembly names variables, which link-time optimisation would rename.
     set_source_files_properties(${TOVU_WINDOWS_IMPORTS} PROPERTIES COMPILE_OPTIONS -fno-lto)
     target_sources(${target} PRIVATE ${TOVU_WINDOWS_IMPORTS})
-    target_link_options(${target} PRIVATE -static -static-libgcc)  # needs no library of the compiler
+    # Needs no library of the compiler; two builds have the same bytes.
+    target_link_options(${target} PRIVATE -static -static-libgcc -Wl,--no-insert-timestamp)
   endif()
 endfunction()
 
