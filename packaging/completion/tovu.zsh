@@ -1,0 +1,5 @@
+#compdef tovu
+# Completion of tovu in zsh: that of bash.
+autoload -U +X bashcompinit && bashcompinit
+source /usr/share/bash-completion/completions/tovu
+_bash_complete -o default -F _tovu_complete
