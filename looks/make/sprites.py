@@ -26,18 +26,22 @@ LARGEST = 8 * 1024 * 1024  # bytes of all files together
 MAP_SIDE = 128
 MAP_PICTURES = 32
 
-# The drift is a share of the eddies' r.m.s. speed.
+# The drift is a share of the eddies' r.m.s. speed; foot: see winds.above_foot.
 MAPS = {
     "rise": dict(seed=3, drift=(0, 1.1), waves=(1, 6), slope=1.6),
     "lean": dict(seed=5, drift=(0.4, 0.9), waves=(1, 6), slope=1.6),
     "blow": dict(seed=7, drift=(2.0, 0.5), waves=(2, 8), slope=1.3),
     "roll": dict(seed=9, drift=(0.8, 0), waves=(1, 5), slope=1.35),
+    "curl": dict(seed=11, drift=(0, 0.5), waves=(2, 4), slope=1.1, foot=0.25),
+    "stack": dict(seed=13, drift=(1.4, 1.5), waves=(1, 4), slope=1.4, foot=0.3),
 }
+TILE_SIDE, TILES = 64, 3  # of a map with a foot: a short loop moves by a tile, not by the range
 
 
-def make_map(folder, name, seed, drift, waves, slope):
-    psis = winds.eddies(MAP_SIDE, MAP_PICTURES, waves, winds.direction_of(drift), np.random.default_rng(seed), slope)
-    frames = [winds.velocity(psi, 1 / MAP_SIDE) for psi in psis]
+def make_map(folder, name, seed, drift, waves, slope, foot=None):
+    side = TILE_SIDE if foot else MAP_SIDE
+    psis = winds.eddies(side, MAP_PICTURES, waves, winds.direction_of(drift), np.random.default_rng(seed), slope)
+    frames = [winds.velocity(psi, 1 / side) for psi in (winds.above_foot(psis, TILES, foot) if foot else psis)]
     speed = winds.root_mean_square(frames)
     frames = [(u / speed + drift[0], v / speed + drift[1]) for u, v in frames]
     full = winds.save_loop(frames, lambda i: folder / f"{name}_{i:02d}.png")

@@ -5,7 +5,7 @@ Every field comes from a stream function psi: u = dpsi/dy, v = -dpsi/dx. A strea
 """
 import numpy as np
 
-from fields import save
+from fields import save, smooth_step
 
 RADIANS_PER_TURN = 2 * np.pi
 
@@ -62,6 +62,15 @@ def eddies(size, pictures, waves, moves, rng, slope=1.5):
     for time in np.arange(pictures) / pictures:
         turns = start - time * (kx * moves[0] + ky * moves[1] + change)
         yield np.pad(np.fft.ifft2(gain * np.exp(1j * RADIANS_PER_TURN * turns)).real, 1, mode="wrap")
+
+
+def above_foot(psis, repeats, foot):
+    """Stream functions of eddies that repeat across the range: none at the middle of its height and below, full from the
+    height `foot` above it, a share of the range: smoke that is born in the middle rises straight and then curls."""
+    for psi in psis:
+        tile = psi[1:-1, 1:-1]
+        y, _ = sample_points(repeats * len(tile))
+        yield np.pad(np.tile(tile, (repeats, repeats)), 1, mode="wrap") * smooth_step(0.5, 0.5 + foot, y)
 
 
 def vortices(size, pictures, count, radius, moves, rng):
