@@ -66,8 +66,8 @@ bool is_whole_exr(const std::filesystem::path& path) {
     try {
         Imf::RgbaInputFile file(path.c_str());
         const Imath::Box2i window = file.dataWindow();
-        const auto width = static_cast<size_t>(window.max.x - window.min.x + 1);
-        std::vector<Imf::Rgba> row(width);
+        const int width = window.max.x - window.min.x + 1;
+        std::vector<Imf::Rgba> row(static_cast<size_t>(width));
         file.setFrameBuffer(row.data() - window.min.x, 1, 0);
         file.readPixels(window.min.y, window.max.y);
         return true;
