@@ -10,6 +10,7 @@
 #include "bake_command.h"
 #include "commit.h"
 #include "docs_command.h"
+#include "farm_command.h"
 #include "fault_guard.h"
 #include "hash_command.h"
 #include "lint_command.h"
@@ -201,6 +202,8 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--chunk", options.chunk,
                         "K/N: only the K-th of N shares of the frames, for numbered pictures");
+    command->add_option("--from", options.from,
+                        "Take the frames from numbered pictures that render made with --bits 16");
     command->add_flag("--resume", options.resume, "Keep the numbered pictures that an earlier render made, and go on");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
@@ -218,6 +221,57 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_flag("--report", talk.report, "Print where the time went");
     command->add_option("--progress", talk.progress,
                         "line, plain, json (a line of JSON for each step) or none; line on a terminal, else plain");
+}
+
+struct FarmCommand {
+    tovu::FarmOptions options;
+    std::string output;
+    std::string finish;  // folder
+    bool status = false;
+    bool cancel = false;
+};
+
+void add_farm(CLI::App& app, FarmCommand& farm) {
+    CLI::App* command = app.add_subcommand("farm",
+                                           "Render a scene in chunks on the machines of a Slurm cluster. Takes the "
+                                           "scene and the options of `render` too");
+    command->add_option("-o,--output", farm.output, "x.mov or another video, or frames/%04d.png");
+    command->add_option("--chunks", farm.options.chunks, "Into how many parts the frames are divided");
+    command
+        ->add_option("--cluster", farm.options.cluster_arguments,
+                     "An argument for sbatch, such as --cluster=--partition=night; may be given several times")
+        ->allow_extra_args(false);
+    command->add_flag("--status", farm.status, "With -o only: show how far the chunks are");
+    command->add_flag("--cancel", farm.cancel, "With -o only: take the jobs back; pictures stay");
+    command->add_option("--finish", farm.finish, "For the job behind the chunks: their folder")->group("");
+    command->allow_extras();
+}
+
+// Also parses the options of `render` among the farm's.
+int run_farm(FarmCommand& farm, const std::vector<std::string>& others) {
+    const auto print = [](const std::string& line) {
+        std::puts(line.c_str());
+        std::fflush(stdout);
+    };
+    const auto status = [](const stage::Result<stage::Done>& done) { return done ? 0 : fail(done.error().message); };
+    if (!farm.finish.empty()) return status(tovu::finish_farm(farm.finish, print));
+    if (farm.output.empty()) return fail("farm: give -o, a video or numbered pictures");
+    if (farm.status) return status(tovu::show_farm(farm.output, print));
+    if (farm.cancel) return status(tovu::cancel_farm(farm.output, print));
+    farm.options.render_arguments = others;
+    farm.options.render_arguments.insert(farm.options.render_arguments.end(), {"-o", farm.output});
+    CLI::App app("", "tovu");
+    tovu::RenderOptions render;
+    RenderTalk talk;
+    add_render(app, render, talk);
+    std::vector<std::string> arguments(farm.options.render_arguments.rbegin(), farm.options.render_arguments.rend());
+    arguments.push_back("render");
+    try {
+        app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return fail(std::string(error.what()) + "\nsee farm --help and render --help");
+    }
+    return status(tovu::start_farm(farm.options, render, print));
 }
 
 void add_record(CLI::App& app, tovu::RecordOptions& options) {
@@ -269,6 +323,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "tovu " TOVU_VERSION " (" TOVU_COMMIT ")");
     tovu::DocsOptions docs;
+    FarmCommand farm;
     tovu::HashOptions hash;
     tovu::LintOptions lint;
     tovu::LooksOptions looks;
@@ -282,6 +337,7 @@ int run(int argc, char** argv) {
     hash.plugin = lint.plugin = record.plugin = render.plugin = trace.plugin = tovu::smoke_plugin_file();
     add_bake(app);
     add_docs(app, docs);
+    add_farm(app, farm);
     add_hash(app, hash);
     add_lint(app, lint);
     add_looks(app, looks);
@@ -292,8 +348,8 @@ int run(int argc, char** argv) {
     add_trace(app, trace);
     add_validate(app, validate);
     app.add_subcommand("help", "Show this text");
-    const std::vector<std::string> commands = {"render", "hash", "record", "replay", "params",   "looks",
-                                               "bake",   "docs", "lint",   "trace",  "validate", "help"};
+    const std::vector<std::string> commands = {"render", "hash", "record", "replay", "params",   "looks", "bake",
+                                               "farm",   "docs", "lint",   "trace",  "validate", "help"};
     if (argc > 1 && argv[1][0] != '-' && std::find(commands.begin(), commands.end(), argv[1]) == commands.end())
         return fail(std::string("unknown command '") + argv[1] + "': " + stage::name_hint(argv[1], commands));
     try {
@@ -306,6 +362,7 @@ int run(int argc, char** argv) {
     tovu::install_fault_guard();
     if (app.got_subcommand("bake")) return fail(tovu::run_bake_script(app.get_subcommand("bake")->remaining()).message);
     if (app.got_subcommand("docs")) return run_docs(docs);
+    if (app.got_subcommand("farm")) return run_farm(farm, app.get_subcommand("farm")->remaining());
     if (app.got_subcommand("hash")) return run_hash(hash);
     if (app.got_subcommand("lint")) return run_lint(lint);
     if (app.got_subcommand("looks")) return run_looks(*app.get_subcommand("looks"), looks);

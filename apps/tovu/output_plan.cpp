@@ -236,16 +236,18 @@ Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescrip
     return Done{};
 }
 
-// Only numbered pictures can be made in parts.
+// Only numbered pictures can be made in parts, and only videos from such pictures.
 Result<Done> check_parts(const RenderOptions& options, const std::vector<OutputPlan>& outputs) {
     const char* option = options.resume ? "--resume" : options.chunk.empty() ? nullptr : "--chunk";
-    if (option == nullptr) return Done{};
-    for (const OutputPlan& output : outputs)
-        if (output.kind != OutputKind::kNumbered)
+    for (const OutputPlan& output : outputs) {
+        if (!options.from.empty() && output.kind != OutputKind::kVideo)
+            return Error{fmt::format("--from: {} is no video; only videos are made from pictures", output.name)};
+        if (option != nullptr && output.kind != OutputKind::kNumbered)
             return Error{
                 fmt::format("{}: {} is made in one go; render numbered pictures such as frames/%04d.png with "
-                            "--bits 16 and put them together with `join`",
+                            "--bits 16, and then the video with --from",
                             option, output.name)};
+    }
     return Done{};
 }
 

@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 
 #include "render_outputs.h"
 #include "render_plan.h"
 #include "row_content.h"
+#include "source_row.h"
+#include "stage/assets/picture_file.h"
 #include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/trace_file.h"
@@ -26,8 +29,34 @@ using stage::Result;
 // Pictures that wait for the writer: enough to even out frames that take longer to draw or to write.
 constexpr size_t kMostWaiting = 2;
 
-Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::SceneCanvas& canvas, Outputs& outputs,
-                           RenderTimes& times, const RenderProgress& progress) {
+// Makes the picture of a frame. Frames come in ascending order; is_last: none follows.
+using FrameSource = std::function<Result<FramePictures>(int frame, bool is_last)>;
+
+FrameSource drawn_frames(stage::SceneRun& run, stage::SceneCanvas& canvas, RenderTimes& times) {
+    return [&run, &canvas, &times](int frame, bool is_last) -> Result<FramePictures> {
+        if (Result<Done> done = timed(times.simulate, [&] { return stage::run_until(run, frame); }); !done)
+            return done.error();
+        if (Result<Done> done = timed(times.draw, [&] { return stage::draw_frame(canvas, run.built); }); !done)
+            return done.error();
+        FramePictures pictures{timed(times.read, [&] { return stage::read_frame(canvas); }), {}, {}};
+        if (is_last)
+            stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
+                                                        // clean-up leaves no complete output
+        return pictures;
+    };
+}
+
+FrameSource stored_frames(const std::string& pattern, RenderTimes& times) {
+    return [&pattern, &times](int frame, bool) -> Result<FramePictures> {
+        Result<stage::DeepPicture> picture =
+            timed(times.read, [&] { return stage::read_deep_picture(*stage::frame_name(pattern, frame)); });
+        if (!picture) return picture.error();
+        return FramePictures{{}, {}, std::move(*picture)};
+    };
+}
+
+Result<Done> render_frames(const RenderPlan& plan, const FrameSource& source, Outputs& outputs, RenderTimes& times,
+                           const RenderProgress& progress) {
     std::vector<int> frames;
     for (int frame = plan.first; frame <= plan.last; ++frame)
         if (wants_frame(outputs, frame)) frames.push_back(frame);
@@ -36,16 +65,11 @@ Result<Done> render_frames(const RenderPlan& plan, stage::SceneRun& run, stage::
     stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
     progress(0, total);
     for (const int frame : frames) {
-        if (Result<Done> done = timed(times.simulate, [&] { return stage::run_until(run, frame); }); !done) return done;
+        Result<FramePictures> pictures = source(frame, frame == frames.back());
+        if (!pictures) return pictures.error();
         ++times.frames;
-        if (Result<Done> done = timed(times.draw, [&] { return stage::draw_frame(canvas, run.built); }); !done)
-            return done;
-        stage::DrawnPicture picture = timed(times.read, [&] { return stage::read_frame(canvas); });
-        if (frame == frames.back())
-            stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
-                                                        // clean-up leaves no complete output
-        auto write = [&outputs, &frames_done, frame, done = times.frames, picture = std::move(picture)]() mutable {
-            const Result<Done> written = write_frame(outputs, frame, {std::move(picture), {}, {}});
+        auto write = [&outputs, &frames_done, frame, done = times.frames, pictures = std::move(*pictures)]() mutable {
+            const Result<Done> written = write_frame(outputs, frame, std::move(pictures));
             frames_done = done;
             return written;
         };
@@ -89,18 +113,47 @@ void warn_of_lost_alpha(const OutputPlan& output, const stage::SceneDescription&
                         output.name));
 }
 
+// A line for each output.
+std::vector<std::string> written_texts(const Outputs& outputs) {
+    std::vector<std::string> lines;
+    for (const Output& output : outputs.list) {
+        const OutputPlan& plan = output.plan;
+        const auto frames =
+            plan.kind == OutputKind::kSheet ? std::ssize(plan.sheet_frames) : plan.frames.last - plan.frames.first + 1;
+        const auto kept = std::ranges::count(output.is_there, true);
+        lines.push_back(fmt::format("{}: {} frame{}", plan.name, frames, frames == 1 ? "" : "s") +
+                        (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));
+    }
+    return lines;
+}
+
+// Encodes frames that were rendered before.
+Result<RenderReport> join_scene(const RenderPlan& plan, const RenderOptions& options, const RenderProgress& progress) {
+    const Result<stage::PictureRow> source = take_source_row(plan, options);
+    if (!source) return source.error();
+    Result<Outputs> outputs = open_outputs(plan.outputs, plan.scene, {}, false);
+    if (!outputs) return outputs.error();
+    RenderReport report;
+    const Result<Done> done =
+        render_frames(plan, stored_frames(options.from, report.times), *outputs, report.times, progress);
+    if (!done) return done.error();
+    report.written = written_texts(*outputs);
+    return report;
+}
+
 }  // namespace
 
 stage::Result<RenderReport> render_scene(const RenderOptions& options, const RenderProgress& progress,
                                          const RenderWarning& warn) {
     const Result<RenderPlan> plan = plan_render(options);
     if (!plan) return plan.error();
+    for (const OutputPlan& output : plan->outputs) warn_of_lost_alpha(output, plan->scene, warn);
+    if (!options.from.empty()) return join_scene(*plan, options, progress);
     set_plugin_timeout(plan->plugin_timeout_seconds);
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
     for (const std::string& warning : built->warnings) warn(warning);
     for (const std::string& line : stage::lint_scene(*built)) warn(line);
-    for (const OutputPlan& output : plan->outputs) warn_of_lost_alpha(output, plan->scene, warn);
     std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
@@ -115,20 +168,15 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
                      scene_content(plan->scene, options, canvas->context.description().renderer), options.resume);
     if (!outputs) return outputs.error();
     RenderReport report;
-    const Result<Done> done = render_frames(*plan, run, *canvas, *outputs, report.times, progress);
+    const Result<Done> done =
+        render_frames(*plan, drawn_frames(run, *canvas, report.times), *outputs, report.times, progress);
     if (!done) return done.error();
     if (!options.trace.empty()) {
         if (const Result<Done> written = stage::write_trace(options.trace, sections); !written) return written.error();
     }
-    for (const Output& output : outputs->list) {
-        const OutputPlan& known = output.plan;
-        if (known.kind == OutputKind::kNumbered) warn_of_older_frames(known.name, plan->scene, warn);
-        const auto frames = known.kind == OutputKind::kSheet ? std::ssize(known.sheet_frames)
-                                                             : known.frames.last - known.frames.first + 1;
-        const auto kept = std::ranges::count(output.is_there, true);
-        report.written.push_back(fmt::format("{}: {} frame{}", known.name, frames, frames == 1 ? "" : "s") +
-                                 (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));
-    }
+    for (const Output& output : outputs->list)
+        if (output.plan.kind == OutputKind::kNumbered) warn_of_older_frames(output.plan.name, plan->scene, warn);
+    report.written = written_texts(*outputs);
     for (const stage::Complaint& complaint : run.built.stage->complaints.list)
         report.complaints.push_back(stage::to_string(complaint));
     if (const int64_t dropped = run.built.stage->complaints.dropped; dropped > 0)

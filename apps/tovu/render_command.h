@@ -23,6 +23,7 @@ struct RenderOptions {
     std::string at;                     // seconds
     std::string frames;                 // "A-B" or "A", from 0, both included
     std::string chunk;                  // "K/N": the K-th of N shares of the frames
+    std::string from;                   // 16-bit numbered pictures that replace the simulation
     bool resume = false;                // keep the numbered pictures that are there
     std::string size;                   // "WIDTHxHEIGHT", pixels
     std::string seed;                   // 0 to 4294967295

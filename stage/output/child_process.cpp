@@ -20,7 +20,7 @@ extern char** environ;
 namespace stage {
 namespace {
 
-int spawn(const std::vector<std::string>& arguments, int input, int messages, pid_t& pid) {
+int spawn(const std::vector<std::string>& arguments, int input, int messages, ChildProcess::Output output, pid_t& pid) {
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
@@ -28,8 +28,11 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, pi
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
+    if (output == ChildProcess::Output::kKeep)
+        posix_spawn_file_actions_adddup2(&actions, messages, STDOUT_FILENO);
+    else
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     // Blocked, so that no signal ends this process after the command has started and before it is recorded.
     sigset_t all;
     sigset_t before;
@@ -49,7 +52,7 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, pi
 
 }  // namespace
 
-Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments) {
+Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments, Output output) {
     // Sockets instead of a pipe: with MSG_NOSIGNAL a write to a command that has ended raises no SIGPIPE. Closed on
     // exec, so that no other child holds this end open.
     int ends[2];
@@ -58,7 +61,7 @@ Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& argumen
     ChildProcess child;
     child.input_ = ends[0];
     child.messages_ = memfd_create("messages", MFD_CLOEXEC);
-    const int failure = child.messages_ < 0 ? errno : spawn(arguments, ends[1], child.messages_, child.pid_);
+    const int failure = child.messages_ < 0 ? errno : spawn(arguments, ends[1], child.messages_, output, child.pid_);
     close(ends[1]);
     if (failure == 0) return child;
     child.pid_ = -1;

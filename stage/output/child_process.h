@@ -12,13 +12,15 @@
 
 namespace stage {
 
-/// A started command. Its standard output is discarded, its standard error kept. The destructor kills a command that
-/// still runs and waits for it; a fault or a signal that ends this process does the same (stage/output/unfinished.h).
-/// Move only.
+/// A started command. Its standard error is kept, its standard output discarded or kept with it. The destructor kills a
+/// command that still runs and waits for it; a fault or a signal that ends this process does the same
+/// (stage/output/unfinished.h). Move only.
 class ChildProcess {
   public:
+    enum class Output { kDiscard, kKeep };
+
     /// arguments[0] is the command, looked up in PATH.
-    static Result<ChildProcess> start(const std::vector<std::string>& arguments);
+    static Result<ChildProcess> start(const std::vector<std::string>& arguments, Output output = Output::kDiscard);
 
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;
@@ -29,14 +31,14 @@ class ChildProcess {
     /// Closes the command's input and waits for its end. Error: an exit status other than 0; the message is a verb
     /// phrase such as "failed with exit status 1".
     Result<Done> wait();
-    /// The last lines of its standard error, at most `count`, without the final newline. Call after wait().
+    /// The last lines that were kept, at most `count`, without the final newline. Call after wait().
     std::string last_lines(size_t count) const;
 
   private:
     ChildProcess() = default;
     pid_t pid_ = -1;
     int input_ = -1;     // this process's end of the socket pair
-    int messages_ = -1;  // its standard error, a file in memory
+    int messages_ = -1;  // what is kept, a file in memory
 };
 
 }  // namespace stage

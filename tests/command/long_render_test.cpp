@@ -107,13 +107,24 @@ TEST_F(LongRender, TwoDoNotWriteOneVideo) {
 }
 
 TEST_F(LongRender, ChunksTogetherEqualTheWhole) {
-    ASSERT_EQ(0, run("render tiny.toml -o whole_%d.png").status);
-    for (const char* chunk : {"3/3", "1/3", "2/3"})
-        EXPECT_EQ(0, run("render tiny.toml -o part_%d.png --chunk " + std::string(chunk)).status);
+    ASSERT_EQ(0, run("render tiny.toml --bits 16 -o whole_%d.png").status);
+    ASSERT_EQ(0, run("render tiny.toml -o whole.mov -o whole.mp4").status);
+    for (const char* chunk : {"3/3", "1/3", "2/3"}) {
+        expect_mistake("render tiny.toml -o x.mov --from part_%d.png", "--from part_%d.png: ");
+        EXPECT_EQ(0, run("render tiny.toml --bits 16 -o part_%d.png --chunk " + std::string(chunk)).status);
+    }
     for (int number = 0; number < 10; ++number)
         EXPECT_TRUE(bytes("part_" + std::to_string(number) + ".png") ==
                     bytes("whole_" + std::to_string(number) + ".png"));
-    EXPECT_FALSE(bytes("whole_9.png").empty());
+    const Outcome joined = run("render tiny.toml -o part.mov -o part.mp4 --from part_%d.png");
+    ASSERT_EQ(0, joined.status) << joined.errors;
+    EXPECT_TRUE(bytes("part.mov") == bytes("whole.mov"));
+    EXPECT_TRUE(bytes("part.mp4") == bytes("whole.mp4"));
+    fs::remove(folder / "work" / "part_4.png");
+    write("part_7.png", "");
+    write("part_8.png", "");
+    expect_mistake("render tiny.toml -o x.mov --from part_%d.png", "these frames are missing or not whole: 4,7-8;");
+    expect_mistake("render tiny.toml --seed 9 -o x.mov --from part_%d.png", "seed was 1 and is 9");
 }
 
 TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
@@ -142,6 +153,23 @@ TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
     for (const char* chunk : {"5/4", "0/2", "1/x"})
         expect_mistake("render tiny.toml -o c/%d.png --chunk " + std::string(chunk), "must be K/N with 1 <= K <= N");
     expect_mistake("render tiny.toml -o c/%d.png --chunk 1/11", "there are 10 frames; N must be from 1 to 10");
+}
+
+TEST_F(LongRender, AFarmNeedsRightChunksAndSlurm) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"farm tiny.toml --chunks 11 -o x.mov",
+         "--chunks 11: must be a whole number from 1 to 10, the frames to render"},
+        {"farm tiny.toml --chunks 2 -o x.mov --seed a", "--seed a: must be a whole number"},
+        {"farm tiny.toml --chunks 2 -o x.mov --sed 1", "--sed"},
+        {"farm tiny.toml --chunks 2 -o x.png --at 0", "farm: give one -o, a video or numbered pictures"},
+        {"farm --status -o x.mov", "x.mov.farm/farm.json: there is no such file"},
+    };
+    for (const auto& [arguments, message] : cases) expect_mistake(arguments, message);
+    const auto files = file_count();
+    const Outcome without = run_shell("env PATH=/nowhere " TOVU_PROGRAM " farm tiny.toml --chunks 2 -o x.mov");
+    EXPECT_EQ(2, without.status);
+    EXPECT_THAT(without.errors, HasSubstr("there is no sbatch command: install Slurm"));
+    EXPECT_EQ(files, file_count());
 }
 
 TEST_F(LongRender, TraceTellsTheTimesAndCountsOfFrames) {

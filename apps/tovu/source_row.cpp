@@ -1,0 +1,83 @@
+#include "source_row.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "row_content.h"
+#include "stage/output/frame_names.h"
+
+namespace tovu {
+
+namespace {
+
+using stage::Error;
+using stage::Result;
+
+// What the pictures may have been drawn with without being another scene's, and what their files look like.
+constexpr std::array<std::string_view, 4> kNotOfTheScene = {"plug-ins", "renderer", "name", "bits"};
+
+stage::RowContent of_the_scene(stage::RowContent content) {
+    std::erase_if(content, [](const auto& entry) {
+        return std::ranges::find(kNotOfTheScene, entry.first) != kNotOfTheScene.end();
+    });
+    return content;
+}
+
+bool has_16_bits(const stage::RowContent& content) {
+    return std::ranges::find(content, stage::RowContent::value_type{"bits", "16"}) != content.end();
+}
+
+}  // namespace
+
+std::string ranges_text(const std::vector<int>& numbers) {
+    std::vector<std::string> ranges;
+    for (size_t i = 0; i < numbers.size();) {
+        size_t end = i + 1;
+        while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) ++end;
+        ranges.push_back(end == i + 1 ? std::to_string(numbers[i])
+                                      : fmt::format("{}-{}", numbers[i], numbers[end - 1]));
+        i = end;
+    }
+    return fmt::format("{}", fmt::join(ranges, ","));
+}
+
+Result<std::vector<int>> missing_frames(const std::string& pattern, int first, int last) {
+    const Result<stage::RowManifest> manifest = stage::read_manifest(pattern);
+    if (!manifest) return manifest.error();
+    std::vector<int> missing;
+    for (int frame = first; frame <= last; ++frame) {
+        const bool is_known = std::ranges::any_of(
+            manifest->spans, [frame](const auto& span) { return frame >= span.first && frame <= span.last; });
+        if (!is_known || !stage::is_whole_picture(*stage::frame_name(pattern, frame))) missing.push_back(frame);
+    }
+    return missing;
+}
+
+Result<stage::PictureRow> take_source_row(const RenderPlan& plan, const RenderOptions& options) {
+    const auto wrong = [&](const std::string& problem) { return Error{"--from " + problem}; };
+    if (std::filesystem::path(options.from).extension() != ".png")
+        return wrong(options.from + ": must be numbered PNG files of 16 bits, such as frames/%04d.png");
+    const Result<stage::RowManifest> manifest = stage::read_manifest(options.from);
+    if (!manifest) return wrong(manifest.error().message);
+    const std::vector<std::string> differences = stage::content_differences(
+        of_the_scene(manifest->content), of_the_scene(scene_content(plan.scene, options, "")));
+    if (!differences.empty())
+        return wrong(fmt::format("{}: these pictures were made of something else: {}", options.from,
+                                 fmt::join(differences, ", ")));
+    if (!has_16_bits(manifest->content))
+        return wrong(options.from + ": these pictures have 8 bits; render them with --bits 16");
+    const Result<std::vector<int>> missing = missing_frames(options.from, plan.first, plan.last);
+    if (!missing) return wrong(missing.error().message);
+    if (!missing->empty())
+        return wrong(fmt::format("{}: these frames are missing or not whole: {}; render them with --resume",
+                                 options.from, ranges_text(*missing)));
+    Result<stage::PictureRow> row =
+        stage::PictureRow::begin(options.from, manifest->content, {plan.first, plan.last}, true);
+    return row ? std::move(row) : wrong(row.error().message);
+}
+
+}  // namespace tovu
