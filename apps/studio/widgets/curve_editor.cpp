@@ -80,11 +80,11 @@ bool apply(const Curve& curve, const PointAction& action) {
         case PointEvent::kNone:
             return false;
         case PointEvent::kMove:
-            curve.points[index] = point_at(curve, action.place);
+            curve.points[index] = point_at(curve, *action.place);
             hold(curve, index);
             return true;
         case PointEvent::kAdd:
-            add(curve, action.has_place ? point_at(curve, action.place) : between(points, index));
+            add(curve, action.place ? point_at(curve, *action.place) : between(points, index));
             return true;
         case PointEvent::kRemove:
             if (points.size() <= curve.limits.min_points || index >= points.size()) return false;

@@ -60,19 +60,23 @@ void move(const Gradient& gradient, size_t index, double x) {
     stops[index].x = std::clamp(x, low, high);
 }
 
+double x_at(const Canvas& canvas, ImVec2 place) {
+    return std::clamp(rounded((place.x - canvas.low.x) / canvas.size.x), 0.0, 1.0);
+}
+
 bool apply(const Gradient& gradient, const PointAction& action) {
     std::vector<GradientStop>& stops = gradient.stops;
     const auto index = static_cast<size_t>(action.index);
-    const double x = std::clamp(rounded((action.place.x - gradient.canvas.low.x) / gradient.canvas.size.x), 0.0, 1.0);
     switch (action.event) {
         case PointEvent::kNone:
             return false;
         case PointEvent::kMove:
-            move(gradient, index, x);
+            move(gradient, index, x_at(gradient.canvas, *action.place));
             return true;
         case PointEvent::kAdd: {
             const size_t first = index + 1 < stops.size() ? index : index - 1;
-            add(gradient, action.has_place ? x : rounded((stops[first].x + stops[first + 1].x) / 2));
+            const double middle = rounded((stops[first].x + stops[first + 1].x) / 2);
+            add(gradient, action.place ? x_at(gradient.canvas, *action.place) : middle);
             return true;
         }
         case PointEvent::kRemove:

@@ -83,19 +83,17 @@ PointAction point_action(const Canvas& canvas, std::span<const ImVec2> places) {
         grab(near, places[static_cast<size_t>(near)]);
         return {};
     }
-    if (near != kNone && ImGui::IsMouseClicked(ImGuiMouseButton_Right)) return {PointEvent::kRemove, near, {}, false};
+    if (near != kNone && ImGui::IsMouseClicked(ImGuiMouseButton_Right)) return {PointEvent::kRemove, near, {}};
     if (canvas.hovered && near == kNone && ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left))
-        return {PointEvent::kAdd, 0, mouse, true};
+        return {PointEvent::kAdd, 0, mouse};
     const int dragged = stored("dragged", kNone);
     const ImVec2 moved = ImGui::GetIO().MouseDelta;
     if (dragged != kNone && dragged < static_cast<int>(places.size()) && (moved.x != 0.0f || moved.y != 0.0f))
-        return {PointEvent::kMove,
-                dragged,
-                {mouse.x + stored_distance("from mouse x"), mouse.y + stored_distance("from mouse y")},
-                true};
+        return {PointEvent::kMove, dragged,
+                ImVec2(mouse.x + stored_distance("from mouse x"), mouse.y + stored_distance("from mouse y"))};
     const bool has_focus = canvas.hovered || canvas.focused;
     if (has_focus && !ImGui::GetIO().WantTextInput && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Delete), false))
-        return {PointEvent::kRemove, chosen_point(static_cast<int>(places.size())), {}, false};
+        return {PointEvent::kRemove, chosen_point(static_cast<int>(places.size())), {}};
     return {};
 }
 
@@ -120,10 +118,10 @@ PointAction point_buttons(int count, bool can_remove) {
     ImGui::SameLine(0, gap);
     if (ImGui::ArrowButton("next", ImGuiDir_Right)) store("chosen", chosen + 1);
     ImGui::SameLine(0, gap);
-    if (ImGui::Button("+", {side, side})) action = {PointEvent::kAdd, chosen, {}, false};
+    if (ImGui::Button("+", {side, side})) action = {PointEvent::kAdd, chosen, {}};
     if (ImGui::IsItemHovered()) ImGui::SetTooltip("Add a point (double click)");
     ImGui::SameLine(0, gap);
-    if (ImGui::Button("-", {side, side}) && can_remove) action = {PointEvent::kRemove, chosen, {}, false};
+    if (ImGui::Button("-", {side, side}) && can_remove) action = {PointEvent::kRemove, chosen, {}};
     if (ImGui::IsItemHovered()) ImGui::SetTooltip("Remove the point (right click, Delete)");
     return action;
 }

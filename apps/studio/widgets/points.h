@@ -4,6 +4,7 @@
 
 #include <imgui.h>
 
+#include <optional>
 #include <span>
 
 namespace widgets {
@@ -22,9 +23,8 @@ enum class PointEvent { kNone, kMove, kAdd, kRemove };
 
 struct PointAction {
     PointEvent event = PointEvent::kNone;
-    int index = 0;  // of the point to move or to remove; of the point that a new one comes after when there is no place
-    ImVec2 place;   // pixels, where to move a point or to add one
-    bool has_place = false;
+    int index = 0;                // of the point to move or to remove, or that a new one comes after
+    std::optional<ImVec2> place;  // pixels, where to move a point or to add one; none: between its neighbours
 };
 
 /// Takes room for the drawing with its margins, `size` in all, and fills the background.
