@@ -102,6 +102,16 @@ void place_mouse(WindowHandles& handles) {
     }
 }
 
+// The modifiers as they were when a key went down or up. ImGui's back end asks for those of now, which differ when a
+// slow frame takes events late.
+void follow_modifiers(const SDL_Event& event) {
+    if (event.type != SDL_KEYDOWN && event.type != SDL_KEYUP) return;
+    ImGuiIO& io = ImGui::GetIO();
+    io.KeyCtrl = (event.key.keysym.mod & KMOD_CTRL) != 0;
+    io.KeyShift = (event.key.keysym.mod & KMOD_SHIFT) != 0;
+    io.KeyAlt = (event.key.keysym.mod & KMOD_ALT) != 0;
+}
+
 bool take_events(WindowHandles& handles, double seconds) {
     SDL_Event event;
     bool waits = seconds > 0;
@@ -111,9 +121,11 @@ bool take_events(WindowHandles& handles, double seconds) {
         waits = false;
         ImGui_ImplSDL2_ProcessEvent(&event);
         follow_mouse(handles, event);
+        follow_modifiers(event);
         open = open && event.type != SDL_QUIT;
-        // ImGui sees one press or release a frame.
-        if (event.type == SDL_MOUSEBUTTONUP || event.type == SDL_KEYUP) break;
+        // ImGui sees one press or release a frame. What a held key repeats is no press.
+        const bool is_press = event.type == SDL_KEYDOWN && event.key.repeat == 0;
+        if (is_press || event.type == SDL_MOUSEBUTTONUP || event.type == SDL_KEYUP) break;
     }
     return open;
 }
