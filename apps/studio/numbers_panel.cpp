@@ -17,11 +17,11 @@ constexpr ImU32 kStepColor = IM_COL32(108, 178, 242, 255);
 constexpr ImU32 kDrawColor = IM_COL32(150, 210, 130, 255);
 constexpr ImU32 kPictureColor = IM_COL32(120, 125, 135, 255);
 
-// One line for each container; more when pointed at.
+// One line for each container, the numbers first: a long name is cut. More when pointed at.
 void show_particles(const ParticleCounts& counts) {
     const std::string text = counts.limit > 0
-                                 ? fmt::format("{}  {} of {}", counts.container, counts.alive, counts.limit)
-                                 : fmt::format("{}  {}", counts.container, counts.alive);
+                                 ? fmt::format("{} of {}  {}", counts.alive, counts.limit, counts.container)
+                                 : fmt::format("{}  {}", counts.alive, counts.container);
     const float share = counts.limit > 0 ? static_cast<float>(counts.alive) / static_cast<float>(counts.limit) : 0.0f;
     const ImVec2 start = ImGui::GetCursorScreenPos();
     const ImVec2 size{ImGui::GetContentRegionAvail().x, ImGui::GetTextLineHeight() * 1.25f};
@@ -128,9 +128,8 @@ void numbers_panel(PanelFrame& frame, const Area& area, const std::string& rende
     number("renderer", mean.picture_ms, kPictureColor);
     number("studio", studio.studio_ms + mean.other_ms);
     const double smoke_ms = mean.step_ms + mean.plugin_draw_ms;
-    if (smoke_ms > budget_ms)
-        ImGui::TextColored(ImColor(kWarning), "over the frame's budget by %.1f ms", smoke_ms - budget_ms);
     ImGui::PushTextWrapPos();
+    if (smoke_ms > budget_ms) ImGui::TextColored(ImColor(kWarning), "over budget by %.1f ms", smoke_ms - budget_ms);
     ImGui::TextDisabled("%s", renderer.c_str());
     ImGui::PopTextWrapPos();
     ImGui::End();

@@ -27,7 +27,7 @@ std::string document_name(const Document& document) {
 void state_buttons(PanelFrame& frame, const Document& document) {
     for (const size_t state : {size_t{0}, size_t{1}}) {
         const char* name = state == 0 ? "A" : "B";
-        if (button(frame, name, std::string("shows state ") + name + " (Tab changes between A and B)", true,
+        if (button(frame, name, std::string("shows state ") + name + " (F2 changes between A and B)", true,
                    document.shown == state))
             frame.commands.push_back(ShowState{state});
     }
@@ -43,7 +43,7 @@ void document_buttons(PanelFrame& frame, const Document& document) {
     if (button(frame, "Redo", redo.empty() ? "nothing to redo" : "redo: " + redo + " (Ctrl+Y)", !redo.empty()))
         frame.commands.push_back(Redo{});
     state_buttons(frame, document);
-    if (button(frame, "Save", "Ctrl+S")) {
+    if (button(frame, "Save", "into its file (Ctrl+S)")) {
         if (document.file.empty())
             frame.memory.shows_save_as = true;
         else
@@ -79,7 +79,7 @@ void top_bar(PanelFrame& frame, const Area& area) {
         ImGui::SameLine();
     }
     ImGui::SameLine(keys_left);
-    if (button(frame, "Keys", "what the keys do (?)")) frame.memory.shows_keys = true;
+    if (button(frame, "Keys", "what the keys and the mouse do")) frame.memory.shows_keys = true;
     ImGui::End();
 }
 

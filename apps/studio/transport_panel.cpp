@@ -133,7 +133,7 @@ void play_state(PanelFrame& frame) {
         ImGui::TextColored(ImColor(kWarning), "slower than live: %.0f of %.0f frames a second", report.run_per_second,
                            rate);
     } else if (frame.studio.orders.playing && report.shown_per_second > 0 && report.shown_per_second < 0.9 * rate) {
-        ImGui::TextColored(ImColor(kWarning), "drawing is late: shows %.0f of %.0f frames a second, runs all",
+        ImGui::TextColored(ImColor(kWarning), "drawing is late: %.0f of %.0f frames a second are shown, all are run",
                            report.shown_per_second, rate);
     } else {
         ImGui::TextDisabled("last rerun %.0f ms", report.last_seek_ms);
@@ -150,7 +150,7 @@ void transport_panel(PanelFrame& frame, const Area& area) {
         return;
     }
     const int64_t now = std::max<int64_t>(studio.report.frame, 0);
-    if (tool(frame, studio.orders.playing ? "Pause" : "Play", "Space", studio.orders.playing))
+    if (tool(frame, studio.orders.playing ? "Pause" : "Play", "play or pause (Space)", studio.orders.playing))
         frame.commands.push_back(SetPlaying{!studio.orders.playing});
     if (tool(frame, "|<", "to the start (Home)")) frame.commands.push_back(Seek{0});
     if (tool(frame, "<", "one frame back (Left)")) frame.commands.push_back(Seek{now - 1});
