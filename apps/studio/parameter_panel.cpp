@@ -4,6 +4,7 @@
 
 #include "curve_field.h"
 #include "panels.h"
+#include "stage/scenefile/built_in_images.h"
 #include "theme.h"
 
 namespace tovu {
@@ -108,34 +109,57 @@ void edit_curve(const Row& row, float width) {
 void edit_text(const Row& row) {
     const auto* held = std::get_if<std::string>(&row.parameter.value);
     std::string text = held != nullptr ? *held : "";
-    ImGui::SetNextItemWidth(-1);
     if (ImGui::InputText("##value", &text, ImGuiInputTextFlags_EnterReturnsTrue) || ImGui::IsItemDeactivatedAfterEdit())
         set(row, text);
 }
 
-std::vector<std::string> names_to_choose(const Row& row) {
-    std::vector<std::string> names;
+// A name that can be chosen, and where its image is from: "scene", or the folder of a built-in one.
+struct Choice {
+    std::string from;
+    std::string name;
+
+    auto operator<=>(const Choice&) const = default;
+};
+
+// Those of the scene first.
+std::vector<Choice> names_to_choose(const Row& row) {
+    std::vector<Choice> choices;
     const stage::SceneDescription& scene = *row.frame.studio.scene;
-    if (row.parameter.info->kind == ParameterKind::kContainer)
-        for (const stage::ContainerDescription& container : scene.containers) names.push_back(container.name);
-    else
-        for (const auto& [name, image] : scene.images) names.push_back(name);
-    return names;
+    if (row.parameter.info->kind == ParameterKind::kContainer) {
+        for (const stage::ContainerDescription& container : scene.containers) choices.push_back({"", container.name});
+        return choices;
+    }
+    std::vector<Choice> built_in;
+    if (const auto& images = stage::built_in_images(); images)
+        for (const auto& [name, image] : *images)
+            built_in.push_back({image.files.front().parent_path().filename().string(), name});
+    std::sort(built_in.begin(), built_in.end());
+    const auto is_built_in = [&](const std::string& name) {
+        return std::any_of(built_in.begin(), built_in.end(), [&](const Choice& choice) { return choice.name == name; });
+    };
+    for (const auto& [name, image] : scene.images)
+        if (!is_built_in(name)) choices.push_back({"scene", name});
+    choices.insert(choices.end(), built_in.begin(), built_in.end());
+    return choices;
 }
 
-// Of a container or an image: any name can be typed, those of the scene can be chosen.
+// Of a container or an image: any name can be typed, those of the scene and of built-in images can be chosen.
 void choose_name(const Row& row) {
     const auto* held = std::get_if<std::string>(&row.parameter.value);
     std::string text = held != nullptr ? *held : "";
     const float arrow = ImGui::GetFrameHeight();
-    ImGui::SetNextItemWidth(-arrow - ImGui::GetStyle().ItemInnerSpacing.x);
+    ImGui::SetNextItemWidth(ImGui::CalcItemWidth() - arrow - ImGui::GetStyle().ItemInnerSpacing.x);
     if (ImGui::InputTextWithHint("##value", "none", &text, ImGuiInputTextFlags_EnterReturnsTrue) ||
         ImGui::IsItemDeactivatedAfterEdit())
         set(row, text);
     ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
     if (!ImGui::BeginCombo("##names", "", ImGuiComboFlags_NoPreview | ImGuiComboFlags_PopupAlignLeft)) return;
-    for (const std::string& name : names_to_choose(row))
-        if (ImGui::Selectable(name.c_str(), name == text)) set(row, name);
+    for (const Choice& choice : names_to_choose(row)) {
+        if (ImGui::Selectable(choice.name.c_str(), choice.name == text)) set(row, choice.name);
+        mark(row.frame.targets, "parameter." + row.parameter.info->name + "." + choice.name);
+        ImGui::SameLine(ImGui::GetFontSize() * 10.0f);
+        ImGui::TextDisabled("%s", choice.from.c_str());
+    }
     ImGui::EndCombo();
 }
 
@@ -258,6 +282,7 @@ void search_line(PanelFrame& frame, const ContainerFacts& container) {
     if (memory.wants_search) ImGui::SetKeyboardFocusHere();
     memory.wants_search = false;
     ImGui::InputTextWithHint("##search", "Search (Ctrl+F)", &memory.search);
+    if (ImGui::IsItemDeactivated() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) memory.search.clear();
     mark(frame.targets, "search");
     ImGui::SameLine();
     if (ImGui::Button("Reset all")) frame.commands.push_back(ResetParameters{container.name});
@@ -278,15 +303,17 @@ void show_groups(PanelFrame& frame, const ContainerFacts& container) {
         const bool first = !any;
         any = true;
         const std::string title = group.name.empty() ? "Parameters" : group.name;
+        // Headers of their own during a search, so that the groups are open or closed as before when it ends.
+        const std::string header = search.empty() ? title : title + "##found";
         const bool open =
-            ImGui::CollapsingHeader(title.c_str(), first ? ImGuiTreeNodeFlags_DefaultOpen : ImGuiTreeNodeFlags_None);
+            ImGui::CollapsingHeader(header.c_str(), first ? ImGuiTreeNodeFlags_DefaultOpen : ImGuiTreeNodeFlags_None);
         mark(frame.targets, "group." + title);
         if (!open) continue;
         for (const ParameterState& parameter : group.parameters)
             if (matches_search(parameter, search))
                 show_parameter({frame, container, parameter, parameter.info->label + " of " + container.name});
     }
-    if (!any) ImGui::TextDisabled("no parameter matches");
+    if (!any) ImGui::TextWrapped("No parameter matches. Esc in the search shows all again.");
 }
 
 void show_help(PanelFrame& frame, float height) {
