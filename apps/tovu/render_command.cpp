@@ -60,6 +60,7 @@ Result<Done> render_frames(const RenderPlan& plan, const FrameSource& source, Ou
     std::vector<int> frames;
     for (int frame = plan.first; frame <= plan.last; ++frame)
         if (wants_frame(outputs, frame)) frames.push_back(frame);
+    if (frames.empty()) return finish_outputs(outputs);  // all were there
     const int total = static_cast<int>(frames.size());
     std::atomic<int> frames_done = 0;
     stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
