@@ -69,6 +69,16 @@ std::vector<fs::path> scene_files(const fs::path& folder) {
     return files;
 }
 
+// Those of the current folder, where the studio proposes to save.
+std::vector<fs::path> own_scene_files(const fs::path& scenes_folder) {
+    std::error_code ignored;
+    const fs::path folder = fs::current_path(ignored);
+    if (fs::equivalent(folder, scenes_folder, ignored)) return {};
+    std::vector<fs::path> files = scene_files(folder);
+    std::erase_if(files, [](const fs::path& file) { return !stage::load_scene_file(file); });
+    return files;
+}
+
 Result<stage::SceneDescription> scene_of(const GalleryEntry& entry) {
     if (!entry.is_look) return stage::load_scene_file(entry.file);
     const Result<Document> document = new_scene_of_look(entry.name, fs::current_path());
@@ -123,8 +133,9 @@ void show_card(PanelFrame& frame, const GalleryEntry& entry, float width) {
                   width - 2 * pad, &clip);
     if (ImGui::IsItemHovered())
         ImGui::SetTooltip("%s", (entry.mistake.empty() ? entry.purpose : entry.mistake).c_str());
-    if (pressed && entry.is_look) frame.commands.push_back(NewFromLook{entry.name});
-    if (pressed && !entry.is_look) frame.commands.push_back(OpenScene{entry.file});
+    const bool chosen = pressed || (ImGui::IsItemFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)));
+    if (chosen && entry.is_look) frame.commands.push_back(NewFromLook{entry.name});
+    if (chosen && !entry.is_look) frame.commands.push_back(OpenScene{entry.file});
     ImGui::PopID();
 }
 
@@ -171,6 +182,7 @@ Gallery make_gallery(const fs::path& scenes_folder) {
     const fs::path cache = cache_folder();
     for (const fs::path& file : stage::look_files(stage::shipped_looks_folder()))
         gallery.entries.push_back(entry_of(file, true, cache));
+    for (const fs::path& file : own_scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
     for (const fs::path& file : scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
     gallery.recoveries = find_recoveries(state_folder());
     return gallery;

@@ -28,7 +28,8 @@ struct Gallery {
     bool is_ordered = false;            // the pictures that the cache lacks were ordered
 };
 
-/// Lists the looks that come along and the scenes of a folder, and loads the pictures that the cache has.
+/// Lists the looks that come along, the scenes of the current folder and those of `scenes_folder`, and loads the
+/// pictures that the cache has.
 Gallery make_gallery(const std::filesystem::path& scenes_folder);
 
 /// Orders the pictures that are missing, the first time.

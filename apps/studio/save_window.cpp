@@ -46,13 +46,21 @@ void choose_kind(PanelFrame& frame) {
     ImGui::NewLine();
 }
 
-void give_command(PanelFrame& frame, bool overwrite) {
+// A name without ending is a TOML file's; one without folder goes where the proposed file is.
+std::string chosen_file(const PanelFrame& frame) {
+    std::filesystem::path file = frame.memory.save_as;
+    if (!file.has_filename()) return file.string();
+    if (!file.has_extension()) file += ".toml";
+    return (std::filesystem::path(proposed_file(frame)).parent_path() / file).string();
+}
+
+void give_command(PanelFrame& frame, const std::string& file, bool overwrite) {
     const PanelMemory& memory = frame.memory;
     if (memory.saves_look)
-        frame.commands.push_back(SaveLook{{container_with_look(frame.studio), memory.purpose, memory.save_as,
-                                           overwrite ? Overwrite::kYes : Overwrite::kNo}});
+        frame.commands.push_back(SaveLook{
+            {container_with_look(frame.studio), memory.purpose, file, overwrite ? Overwrite::kYes : Overwrite::kNo}});
     else
-        frame.commands.push_back(SaveAs{memory.save_as, overwrite});
+        frame.commands.push_back(SaveAs{file, overwrite});
 }
 
 }  // namespace
@@ -79,13 +87,14 @@ void save_as_window(PanelFrame& frame) {
         mark(frame.targets, "save as.purpose");
     }
     std::error_code ignored;
-    const bool exists = std::filesystem::exists(memory.save_as, ignored);
+    const std::string file = chosen_file(frame);
+    const bool exists = std::filesystem::exists(file, ignored);
     if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
     const bool save = ImGui::Button(exists ? "Replace" : "Save") || entered;
     mark(frame.targets, "save as.save");
     ImGui::SameLine();
     const bool cancel = ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape));
-    if (save) give_command(frame, exists);
+    if (save) give_command(frame, file, exists);
     if (save || cancel) {
         memory.shows_save_as = false;
         ImGui::CloseCurrentPopup();
