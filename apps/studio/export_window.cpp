@@ -16,7 +16,8 @@ std::string proposed_file(const PanelFrame& frame) {
 void choose_kind(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     for (const bool is_still : {false, true}) {
-        if (ImGui::RadioButton(is_still ? "This picture" : "All as a video", memory.exports_still == is_still)) {
+        if (ImGui::RadioButton(is_still ? "The picture shown now" : "All as a video",
+                               memory.exports_still == is_still)) {
             memory.exports_still = is_still;
             memory.export_file = proposed_file(frame);
         }
@@ -43,7 +44,10 @@ void show_order(PanelFrame& frame) {
                                                    : ".mov, .webm, .webp and .gif keep the alpha, .mp4 does not");
     std::error_code ignored;
     const bool exists = std::filesystem::exists(memory.export_file, ignored);
-    if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
+    const bool is_just_made = frame.studio.export_state && frame.studio.export_state->ended &&
+                              frame.studio.export_state->error.empty() &&
+                              frame.studio.export_file == memory.export_file;
+    if (exists && !is_just_made) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
     const bool pressed = ImGui::Button(exists ? "Replace" : "Export");
     mark(frame.targets, "export.start");
     if (pressed || entered) start(frame);
@@ -80,6 +84,8 @@ void export_window(PanelFrame& frame) {
         if (state && state->ended)
             ImGui::TextColored(ImColor(state->error.empty() ? kAccent : kMistake), "%s",
                                state->error.empty() ? "exported" : state->error.c_str());
+        if (ImGui::IsWindowFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape)))
+            memory.shows_export = false;
     }
     ImGui::End();
 }
