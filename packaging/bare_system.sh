@@ -4,8 +4,9 @@
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 HOME=$here/home
+XDG_CACHE_HOME=$HOME/.cache  # the OpenGL driver looks up the home folder elsewhere
 DEBIAN_FRONTEND=noninteractive
-export HOME DEBIAN_FRONTEND
+export HOME XDG_CACHE_HOME DEBIAN_FRONTEND
 mkdir -p "$HOME/swirl" "$HOME/tovu-source"
 
 say() { printf 'bare system: %s\n' "$*"; }
