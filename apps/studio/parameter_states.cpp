@@ -106,7 +106,8 @@ bool matches_search(const ParameterState& parameter, const std::string& search) 
     const std::string wanted = lower(search);
     const auto has = [&](const std::string& text) { return lower(text).find(wanted) != std::string::npos; };
     return has(parameter.info->name) || has(parameter.info->label) ||
-           (parameter.notes != nullptr && (has(parameter.notes->sentence) || has(parameter.notes->group)));
+           (parameter.notes != nullptr &&
+            (has(parameter.notes->sentence) || has(parameter.notes->more) || has(parameter.notes->group)));
 }
 
 std::string help_text(const ParameterState& parameter) {
