@@ -342,7 +342,7 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     refresh_states(frame, *container);
     choose_container(frame, *container);
     search_line(frame, *container);
-    const float help_height = std::min(ImGui::GetFontSize() * 8.0f, area.height * 0.3f);
+    const float help_height = std::min(ImGui::GetFontSize() * 10.0f, area.height * 0.25f);
     ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y});
     show_groups(frame, *container);
     ImGui::EndChild();

@@ -145,6 +145,7 @@ Result<Window> Window::open(const WindowOptions& options) {
     handles->window = SDL_CreateWindow("TovuSmoke studio", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
                                        options.width, options.height, flags);
     if (handles->window == nullptr) return sdl_error("no window can be opened");
+    SDL_SetWindowMinimumSize(handles->window, 640, 400);  // below it, buttons would be out of reach
     handles->context = SDL_GL_CreateContext(handles->window);
     if (handles->context == nullptr) return sdl_error("the window gets no OpenGL");
     SDL_GL_SetSwapInterval(1);
