@@ -38,9 +38,10 @@ struct PictureNotes {
 };
 
 /// Roles in the rules of lint: life in seconds and its spread in percent; the share of life that is left in percent;
-/// nothing is born while it is on; half sizes of a particle; a curve of opacity.
+/// nothing is born while it is on; half sizes of a particle; a curve of opacity. "aid" is for the studio: draws an aid
+/// for the designer while it is on.
 inline const std::vector<std::string> kRoles = {"life",       "life_spread", "life_kept", "frozen",
-                                                "half_width", "half_height", "opacity"};
+                                                "half_width", "half_height", "opacity",   "aid"};
 
 struct ParameterNotes {
     std::string name;                          // as registered
