@@ -220,6 +220,10 @@ void gallery_panel(PanelFrame& frame, const Gallery& gallery, const Area& area) 
     show_cards(frame, gallery, true);
     heading("Scenes");
     show_cards(frame, gallery, false);
+    const bool is_drawn = std::all_of(gallery.entries.begin(), gallery.entries.end(), [](const GalleryEntry& entry) {
+        return entry.texture.number() != 0 || !entry.mistake.empty();
+    });
+    if (is_drawn) mark(frame.targets, "drawn");
     ImGui::End();
 }
 

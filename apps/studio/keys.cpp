@@ -45,8 +45,18 @@ void set_loop_end(PanelFrame& frame) {
     frame.commands.push_back(SetLoop{true, {std::min(range.first, now(frame)), now(frame)}});
 }
 
+void focus_next_panel(PanelFrame& frame) {
+    constexpr const char* kPanels[] = {"Parameters", "Transport", "Top", "Picture", "Surprises", "Numbers"};
+    PanelMemory& memory = frame.memory;
+    memory.key_panel = memory.keys_navigate ? (memory.key_panel + 1) % IM_ARRAYSIZE(kPanels) : 0;
+    memory.keys_navigate = true;
+    ImGui::SetWindowFocus(frame.studio.page == Page::kGallery ? "Gallery" : kPanels[memory.key_panel]);
+}
+
 void leave(PanelFrame& frame) {
-    if (frame.studio.report.seeking)
+    if (frame.memory.keys_navigate)
+        frame.memory.keys_navigate = false;
+    else if (frame.studio.report.seeking)
         frame.commands.push_back(CancelSeek{});
     else if (frame.studio.fullscreen)
         frame.commands.push_back(SetFullscreen{false});
@@ -76,9 +86,10 @@ const Key kKeys[] = {
          view.camera.reset();
          f.commands.push_back(SetView{view});
      }},
-    {SDL_SCANCODE_TAB, kControl, "Ctrl+Tab", "next panel; arrows and Space then work in it", nullptr},
-    {SDL_SCANCODE_F, kControl, "Ctrl+F", "search for a parameter", [](PanelFrame& f) { f.memory.wants_search = true; },
-     true},
+    {SDL_SCANCODE_F6, kNone, "F6", "next panel: arrows, Tab, Space and Enter work in it; Esc ends that",
+     focus_next_panel, true},
+    {SDL_SCANCODE_F, kControl, "Ctrl+F", "search for a parameter; Enter edits the first, Tab the next",
+     [](PanelFrame& f) { f.memory.wants_search = true; }, true},
     {SDL_SCANCODE_Z, kControl, "Ctrl+Z", "undo", [](PanelFrame& f) { f.commands.push_back(Undo{}); }},
     {SDL_SCANCODE_Y, kControl, "Ctrl+Y", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }},
     {SDL_SCANCODE_Z, kControlShift, "Ctrl+Shift+Z", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }},
@@ -94,7 +105,7 @@ const Key kKeys[] = {
     {SDL_SCANCODE_F1, kNone, "F1", "gallery", [](PanelFrame& f) { f.commands.push_back(ShowGallery{}); }, true},
     {SDL_SCANCODE_F11, kNone, "F11", "the picture alone, in full screen",
      [](PanelFrame& f) { f.commands.push_back(SetFullscreen{!f.studio.fullscreen}); }, true},
-    {SDL_SCANCODE_ESCAPE, kNone, "Esc", "stop running to a frame; leave full screen", leave},
+    {SDL_SCANCODE_ESCAPE, kNone, "Esc", "stop running to a frame; leave a panel or full screen", leave, true},
     {SDL_SCANCODE_EQUALS, kControl, "Ctrl+=", "larger type",
      [](PanelFrame& f) { f.commands.push_back(SetTextSize{f.studio.text_size * 1.1f}); }, true},
     {SDL_SCANCODE_MINUS, kControl, "Ctrl+-", "smaller type",
@@ -114,13 +125,11 @@ void take_keys(PanelFrame& frame) {
     const ImGuiIO& io = ImGui::GetIO();
     const bool in_popup = ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopupId | ImGuiPopupFlags_AnyPopupLevel);
     if (in_popup) return;
-    // While the highlight of ImGui's keyboard navigation is seen, arrows, Space and Esc belong to it.
-    const bool typing = io.WantTextInput || io.NavVisible;
+    if (ImGui::IsMouseClicked(ImGuiMouseButton_Left)) frame.memory.keys_navigate = false;
     const Modifier modifier = modifier_now();
+    const bool taken = io.WantTextInput || (frame.memory.keys_navigate && modifier == kNone);
     for (const Key& key : kKeys) {
-        if (key.act == nullptr || key.modifier != modifier || (typing && !key.while_typing && modifier == kNone))
-            continue;
-        if (io.WantTextInput && !key.while_typing) continue;
+        if (key.modifier != modifier || (taken && !key.while_typing)) continue;
         if (ImGui::IsKeyPressed(key.code, true)) key.act(frame);
     }
 }

@@ -121,12 +121,14 @@ void numbers_panel(PanelFrame& frame, const Area& area, const std::string& rende
     ImGui::Separator();
     const double budget_ms = 1000.0 / studio.scene->frame_rate;
     draw_graph(studio, budget_ms);
+    mark(frame.targets, "numbers");
     const FrameNumbers mean = mean_numbers(studio.numbers);
     number("step", mean.step_ms, kStepColor);
     number("plug-ins draw", mean.plugin_draw_ms, kDrawColor);
     for (const SectionTime& section : mean.sections) number(("   " + section.name).c_str(), section.ms);
     number("renderer", mean.picture_ms, kPictureColor);
     number("studio", studio.studio_ms + mean.other_ms);
+    number("window", studio.window_ms);
     const double smoke_ms = mean.step_ms + mean.plugin_draw_ms;
     ImGui::PushTextWrapPos();
     if (smoke_ms > budget_ms) ImGui::TextColored(ImColor(kWarning), "over budget by %.1f ms", smoke_ms - budget_ms);
@@ -138,6 +140,7 @@ void numbers_panel(PanelFrame& frame, const Area& area, const std::string& rende
 void surprises_panel(PanelFrame& frame, const Area& area) {
     begin_panel("Surprises", area);
     ImGui::TextDisabled("Surprises");
+    mark(frame.targets, "surprises");
     const auto& facts = frame.studio.report.facts;
     if (!facts || facts->surprises.empty()) ImGui::TextWrapped("None: nothing here does less than it seems.");
     int index = 0;

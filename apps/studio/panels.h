@@ -30,6 +30,7 @@ struct PanelMemory {
     // Parameters.
     std::string search;
     bool wants_search = false;  // focus the search field
+    bool wants_value = false;   // focus the first value
     std::string help;           // of what is under the pointer or in focus
     uint64_t states_revision = 0;
     const SceneFacts* states_facts = nullptr;
@@ -39,8 +40,12 @@ struct PanelMemory {
     Backdrop backdrop = Backdrop::kScene;
     std::array<float, 3> backdrop_color = {0.25f, 0.3f, 0.38f};
     bool safe_areas = false;
-    float pivot_distance = 0;  // of the orbit, from the camera; 0: not chosen yet
-    float zoom = 1;            // of the picture on screen
+    float pivot_distance = 0;   // of the orbit, from the camera; 0: not chosen yet
+    float zoom = 1;             // of the picture on screen
+    std::string backdrop_file;  // of the backdrop kPicture
+    // Keyboard.
+    bool keys_navigate = false;  // arrows and Space work in the panels, not on the timeline
+    size_t key_panel = 0;        // that had the keyboard last
     // Windows over the others.
     bool shows_keys = false;
     bool shows_save_as = false;

@@ -1,6 +1,7 @@
 // The parameters of the selected container, whatever plug-in it carries.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "curve_field.h"
 #include "panels.h"
@@ -21,8 +22,28 @@ struct Row {
     std::string label;  // of the step of undo
 };
 
-void set(const Row& row, stage::ParameterValue value) {
-    row.frame.commands.push_back(SetParameter{row.container.name, row.parameter.info->name, std::move(value)});
+bool is_on(const Row& row, const std::string& parameter) {
+    for (const ParameterStates& group : row.frame.memory.states)
+        for (const ParameterState& state : group.parameters)
+            if (state.info->name == parameter) return state.value == stage::ParameterValue(true);
+    return false;
+}
+
+// What a lock that is on keeps alike with this parameter.
+std::vector<std::string> bound_to(const Row& row) {
+    std::vector<std::string> bound;
+    const std::string& name = row.parameter.info->name;
+    for (const stage::ParameterNotes& lock : row.container.noted->notes.parameters)
+        for (const stage::ParameterPair& pair : lock.binds)
+            if ((pair[0] == name || pair[1] == name) && is_on(row, lock.name))
+                bound.push_back(pair[0] == name ? pair[1] : pair[0]);
+    return bound;
+}
+
+void set(const Row& row, const stage::ParameterValue& value) {
+    row.frame.commands.push_back(SetParameter{row.container.name, row.parameter.info->name, value});
+    for (const std::string& bound : bound_to(row))
+        row.frame.commands.push_back(SetParameter{row.container.name, bound, value});
 }
 
 // A hundredth of the value, at least a thousandth of a range that is not huge: a drag across the panel reaches far
@@ -231,6 +252,7 @@ void show_parameter(const Row& row) {
     const float reset_width = ImGui::GetFrameHeight() + ImGui::GetStyle().ItemInnerSpacing.x;
     ImGui::BeginGroup();
     ImGui::PushItemWidth(full - label_width - reset_width);
+    if (std::exchange(frame.memory.wants_value, false)) ImGui::SetKeyboardFocusHere();
     if (is_curve)
         edit_curve(row, full - reset_width);
     else
@@ -269,6 +291,7 @@ void choose_container(PanelFrame& frame, const ContainerFacts& selected) {
             if (!container.noted) continue;
             if (ImGui::Selectable(container.name.c_str(), &container == &selected))
                 frame.commands.push_back(SelectContainer{container.name});
+            mark(frame.targets, "container." + container.name);
         }
         ImGui::EndCombo();
     }
@@ -281,7 +304,8 @@ void search_line(PanelFrame& frame, const ContainerFacts& container) {
     ImGui::SetNextItemWidth(-reset_width - ImGui::GetStyle().ItemSpacing.x);
     if (memory.wants_search) ImGui::SetKeyboardFocusHere();
     memory.wants_search = false;
-    ImGui::InputTextWithHint("##search", "Search (Ctrl+F)", &memory.search);
+    if (ImGui::InputTextWithHint("##search", "Search (Ctrl+F)", &memory.search, ImGuiInputTextFlags_EnterReturnsTrue))
+        memory.wants_value = true;
     if (ImGui::IsItemDeactivated() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) memory.search.clear();
     mark(frame.targets, "search");
     ImGui::SameLine();
@@ -324,6 +348,7 @@ void show_help(PanelFrame& frame, float height) {
     else
         ImGui::TextWrapped("%s", frame.memory.help.c_str());
     ImGui::EndChild();
+    mark(frame.targets, "help");
     ImGui::PopStyleColor();
 }
 
@@ -343,7 +368,8 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     choose_container(frame, *container);
     search_line(frame, *container);
     const float help_height = std::min(ImGui::GetFontSize() * 10.0f, area.height * 0.25f);
-    ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y});
+    ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y}, false,
+                      ImGuiWindowFlags_NavFlattened);
     show_groups(frame, *container);
     ImGui::EndChild();
     show_help(frame, help_height);

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "orbit.h"
+#include "stage/assets/picture_file.h"
 #include "theme.h"
 
 namespace tovu {
@@ -49,6 +50,15 @@ void draw_backdrop(PanelFrame& frame, const ShownPictures& pictures, ImDrawList*
                             ImColor(memory.backdrop_color[0], memory.backdrop_color[1], memory.backdrop_color[2]));
     if (memory.backdrop == Backdrop::kPicture && pictures.backdrop.number() != 0)
         list->AddImage(id_of(pictures.backdrop), low, high, {0, 1}, {1, 0});
+}
+
+// Reads the picture behind when its name has changed. A name that is still being typed shows no picture.
+void follow_backdrop(const PanelMemory& memory, ShownPictures& pictures) {
+    if (memory.backdrop != Backdrop::kPicture || pictures.backdrop_file == memory.backdrop_file) return;
+    pictures.backdrop_file = memory.backdrop_file;
+    const auto picture = stage::read_picture(memory.backdrop_file);
+    const bool shown = picture && stage::replace_texture(pictures.backdrop, *picture);
+    if (!shown) pictures.backdrop = stage::Texture();
 }
 
 // EBU R 95: graphics stay within 90 % of width and height, action within 93 %.
@@ -136,9 +146,15 @@ void choose_backdrop(PanelFrame& frame) {
     mark(frame.targets, "behind");
     if (ImGui::IsItemHovered()) ImGui::SetTooltip("what is behind a scene with a transparent background");
     ImGui::SameLine();
-    if (memory.backdrop != Backdrop::kColour) return;
-    ImGui::ColorEdit3("##behind colour", memory.backdrop_color.data(), ImGuiColorEditFlags_NoInputs);
-    ImGui::SameLine();
+    if (memory.backdrop == Backdrop::kColour) {
+        ImGui::ColorEdit3("##behind colour", memory.backdrop_color.data(), ImGuiColorEditFlags_NoInputs);
+        ImGui::SameLine();
+    } else if (memory.backdrop == Backdrop::kPicture) {
+        ImGui::SetNextItemWidth(ImGui::GetFontSize() * 10.0f);
+        ImGui::InputTextWithHint("##behind picture", "picture file", &memory.backdrop_file);
+        mark(frame.targets, "behind.file");
+        ImGui::SameLine();
+    }
 }
 
 void picture_tools(PanelFrame& frame) {
@@ -207,6 +223,7 @@ void picture_panel(PanelFrame& frame, ShownPictures& pictures, const Area& area,
         mark(frame.targets, "picture");
         const Area shown = fit({start.x, start.y, size.x, size.y}, frame.studio.scene->size);
         ImDrawList* list = ImGui::GetWindowDrawList();
+        follow_backdrop(frame.memory, pictures);
         draw_backdrop(frame, pictures, list, shown);
         if (pictures.frame.number() != 0)
             list->AddImage(id_of(pictures.frame), {shown.x, shown.y}, {shown.x + shown.width, shown.y + shown.height},

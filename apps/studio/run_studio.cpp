@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "gallery.h"
 #include "picture_panel.h"
@@ -19,6 +20,10 @@ using stage::Result;
 
 constexpr double kFrameSeconds = 1.0 / 60.0;      // of the window while something moves
 constexpr double kIdleFrameSeconds = 1.0 / 10.0;  // and else
+
+double ms_since(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
 
 struct Session {
     Window& window;
@@ -101,16 +106,26 @@ double patience_of(const Session& session) {
     return is_moving(session.studio) ? kFrameSeconds : kIdleFrameSeconds;
 }
 
+// An earlier place stays for the next start to offer.
+void begin_copies(Session& session) {
+    if (Result<Autosave> place = begin_autosave(state_folder()))
+        session.autosave = *place;
+    else
+        session.studio.notice = {"nothing is kept for a crash: " + place.error().message, true};
+}
+
 bool show_frame(Session& session) {
     Studio& studio = session.studio;
-    const bool open = session.window.begin_frame(patience_of(session), studio.text_size);
+    const bool open = session.window.begin_frame(patience_of(session), studio.text_size, session.memory.keys_navigate);
     PlayReport report = session.player.report();
     take_thumbnails(session.gallery, std::move(report.thumbnails));
     follow_player(studio, std::move(report));
     follow_export(studio);
+    Clock::time_point start = Clock::now();
     if (const Result<Done> shown = follow_frame(session.pictures, studio); !shown)
         studio.notice = {shown.error().message, true};
-    const Clock::time_point start = Clock::now();  // after the upload, which waits for a renderer in software
+    const double upload_ms = ms_since(start);
+    start = Clock::now();
     Commands commands;
     PanelFrame frame{studio, session.memory, commands, session.targets};
     session.targets.places.clear();
@@ -122,11 +137,14 @@ bool show_frame(Session& session) {
     if (studio.page == Page::kGallery) order_thumbnails(session.gallery, session.player);
     if (studio.fullscreen != was_fullscreen) session.window.set_fullscreen(studio.fullscreen);
     session.window.set_title(title_of(studio));
+    if (std::exchange(studio.left_work, false)) begin_copies(session);
     if (studio.document)
         if (const Result<Done> kept = autosave(session.autosave, *studio.document); !kept)
             studio.notice = {kept.error().message, true};
-    studio.studio_ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    studio.studio_ms = ms_since(start);
+    start = Clock::now();
     session.window.end_frame();
+    studio.window_ms = upload_ms + ms_since(start);
     return open && !studio.quit;
 }
 
@@ -150,16 +168,13 @@ Result<Done> run_studio(const StudioOptions& options) {
         session.script = std::move(*script);
         session.targets.wanted = true;
     }
-    if (Result<Autosave> place = begin_autosave(state_folder()))
-        session.autosave = *place;
-    else
-        session.studio.notice = {"nothing is kept for a crash: " + place.error().message, true};
+    begin_copies(session);
     while (show_frame(session)) {
         if (Result<Done> done = continue_script(session.script, {session.window, session.studio, session.targets});
             !done)
             return done;
     }
-    end_autosave(session.autosave);
+    if (!session.studio.document || !has_work(*session.studio.document)) end_autosave(session.autosave);
     return Done{};
 }
 

@@ -207,6 +207,8 @@ Result<Done> write_places(const std::string& file, const Targets& targets) {
 
 void print_report(const Studio& studio, double studio_ms) {
     const PlayReport& report = studio.report;
+    if (!studio.scene_error.empty() || !report.error.empty())
+        std::printf("%s\n", (!studio.scene_error.empty() ? studio.scene_error : report.error).c_str());
     FrameNumbers mean;
     const auto count = static_cast<double>(std::max<size_t>(studio.numbers.size(), 1));
     for (const FrameNumbers& n : studio.numbers) {
@@ -219,36 +221,40 @@ void print_report(const Studio& studio, double studio_ms) {
     if (report.drawn)
         for (const ParticleCounts& counts : report.drawn->particles) alive += counts.alive;
     std::printf(
-        "frame %lld, %d alive; ms: studio %.3f + %.3f, step %.3f, plug-ins draw %.3f, renderer %.3f; last rerun %.1f, "
+        "frame %lld, %d alive; ms: studio %.3f + %.3f, window %.3f, step %.3f, plug-ins draw %.3f, renderer %.3f; last "
+        "rerun %.1f, "
         "build %.1f; a second: %.1f run, %.1f shown\n",
-        static_cast<long long>(report.frame), alive, studio_ms, mean.other_ms, mean.step_ms, mean.plugin_draw_ms,
-        mean.picture_ms, report.last_seek_ms, report.facts ? report.facts->build_ms : 0.0, report.run_per_second,
-        report.shown_per_second);
+        static_cast<long long>(report.frame), alive, studio_ms, mean.other_ms, studio.window_ms, mean.step_ms,
+        mean.plugin_draw_ms, mean.picture_ms, report.last_seek_ms, report.facts ? report.facts->build_ms : 0.0,
+        report.run_per_second, report.shown_per_second);
     std::fflush(stdout);
 }
 
-// The middle of a target, or a share of its width.
-ImVec2 place_in(const ImVec4& place, float share = 0.5f) {
-    return {place.x + (place.z - place.x) * share, (place.y + place.w) / 2};
+// Where a target is: its name may have "@X,Y" behind it.
+std::optional<ImVec2> place_of(const Targets& targets, const std::string& name) {
+    const size_t at = name.find('@');
+    const auto found = targets.places.find(name.substr(0, at));
+    if (found == targets.places.end()) return {};
+    float x = 0.5f, y = 0.5f;
+    if (at != std::string::npos && std::sscanf(name.c_str() + at, "@%f,%f", &x, &y) != 2) return {};
+    const ImVec4& place = found->second;
+    return ImVec2{place.x + (place.z - place.x) * x, place.y + (place.w - place.y) * y};
 }
 
 // Carries out a line that names a target which is in the window.
-Result<Done> use_target(Script& script, const Script::Line& line, const ImVec4& place, uint32_t window) {
+Result<Done> use_target(Script& script, const Script::Line& line, ImVec2 place, uint32_t window) {
     const Words& words = line.words;
     const std::string option = words.size() > 2 ? words.back() : "";
     if (words[0] == "click") {
         const uint8_t which = option == "right" ? SDL_BUTTON_RIGHT : SDL_BUTTON_LEFT;
-        with_modifiers(window, option, script.events, [&](uint16_t) {
-            add_click(window, place_in(place), which, option == "double" ? 2 : 1, script.events);
-        });
-    } else if (words[0] == "press" && words.size() == 3) {
-        add_click(window, place_in(place, std::stof(words[2])), SDL_BUTTON_LEFT, 1, script.events);
+        with_modifiers(window, option, script.events,
+                       [&](uint16_t) { add_click(window, place, which, option == "double" ? 2 : 1, script.events); });
     } else if (words[0] == "drag" && words.size() >= 4) {
         with_modifiers(window, words.size() > 4 ? option : "", script.events, [&](uint16_t) {
-            add_drag(window, place_in(place), {std::stof(words[2]), std::stof(words[3])}, script.events);
+            add_drag(window, place, {std::stof(words[2]), std::stof(words[3])}, script.events);
         });
     } else if (words[0] == "wheel" && words.size() == 3) {
-        script.events.push_back({motion(window, place_in(place).x, place_in(place).y, 0)});
+        script.events.push_back({motion(window, place.x, place.y, 0)});
         script.events.push_back({wheel(window, std::stoi(words[2]))});
     } else if (words[0] != "wait") {
         return mistake(script, line, "cannot be read; script.h lists what there is");
@@ -293,16 +299,19 @@ Result<bool> carry_out_line(Script& script, const Script::Line& line, const Scri
         script.screenshot = words[1];
     } else if (words[0] == "places" && words.size() == 2) {
         done = write_places(words[1], scripted.targets);
+    } else if (words[0] == "picture" && words.size() == 2) {
+        const auto& drawn = scripted.studio.report.drawn;
+        done = drawn ? stage::write_png(words[1], drawn->picture) : Result<Done>(Error{"there is no picture yet"});
     } else if (words[0] == "random" && words.size() == 3) {
         add_random(window, static_cast<unsigned>(std::stoul(words[1])), std::stoi(words[2]), script.events);
     } else if (words[0] == "report") {
         print_report(scripted.studio, scripted.studio.studio_ms);
     } else if (words.size() < 2) {
         return mistake(script, line, "cannot be read; script.h lists what there is");
-    } else if (const auto place = scripted.targets.places.find(words[1]); place == scripted.targets.places.end()) {
+    } else if (const auto place = place_of(scripted.targets, words[1]); !place) {
         return false;
     } else {
-        done = use_target(script, line, place->second, window);
+        done = use_target(script, line, *place, window);
     }
     if (!done) return done.error();
     return true;

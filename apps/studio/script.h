@@ -21,16 +21,17 @@ namespace tovu {
 ///   wait frames N           of the window
 ///   wait TARGET             until it is in the window
 ///   click TARGET [double|right|ctrl]
-///   drag TARGET DX DY [shift|alt]   from its middle, pixels, in ten steps
-///   press TARGET SHARE      a click at a share of its width, 0 to 1
+///   drag TARGET DX DY [shift|alt]   pixels, in ten steps
 ///   wheel TARGET STEPS
 ///   type TEXT               to the end of the line
 ///   key NAME                SDL's name with Ctrl+, Shift+, Alt+ before it: Ctrl+Shift+Z
 ///   screenshot FILE         PNG or, by its ending, JPEG
 ///   places FILE             a line for each target: its name, left, top, right, bottom
 ///   random SEED COUNT       that many events of the mouse and the keyboard
-///   report                  prints times and counts
-/// TARGET is a name that panels mark, in quotes where it has spaces. # begins a comment.
+///   picture FILE            the scene's picture as PNG, as the player drew it
+///   report                  prints times and counts, or why the scene cannot be played
+/// TARGET is a name that panels mark, in quotes where it has spaces; it means the middle, or with @X,Y behind the name
+/// the place at these shares of width and height, 0 to 1. # begins a comment.
 struct Script {
     struct Line {
         int number;

@@ -25,6 +25,7 @@ void open(Studio& studio, Result<Document> opened) {
         studio.notice = {opened.error().message, true};
         return;
     }
+    studio.left_work = studio.document && has_work(*studio.document);
     studio.document = std::move(*opened);
     studio.read_revision = studio.document->revision - 1;
     studio.scene = nullptr;
@@ -232,6 +233,10 @@ void follow_export(Studio& studio) {
         studio.notice = {"exported " + studio.export_file.string(), false};
     else
         studio.notice = {"export: " + studio.export_state->error, studio.export_state->error != "cancelled"};
+}
+
+bool has_work(const Document& document) {
+    return has_unsaved_changes(document) && (document.states[0].applied > 0 || document.states[1].applied > 0);
 }
 
 int64_t scene_frames(const Studio& studio) {

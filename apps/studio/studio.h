@@ -41,7 +41,9 @@ struct Studio {
     std::filesystem::path export_file;        // of it
     std::string smoke_plugin;                 // library that replaces the smoke; empty: none
     std::filesystem::path scenes_folder;      // that the gallery lists
-    double studio_ms = 0;                     // the window's own work in the last frame
+    double studio_ms = 0;                     // the panels, commands and the document in the last frame
+    double window_ms = 0;                     // the renderer's share of it: uploading the picture, drawing the window
+    bool left_work = false;                   // another document replaced one with unsaved edits
     bool fullscreen = false;
     float text_size = 1.0f;  // factor
     bool quit = false;
@@ -56,6 +58,9 @@ void follow_player(Studio& studio, PlayReport report);
 
 /// Takes what the export has told; once a frame.
 void follow_export(Studio& studio);
+
+/// Whether the document has edits that are not in its file.
+bool has_work(const Document& document);
 
 /// Of the scene that is shown: frames, at least 1.
 int64_t scene_frames(const Studio& studio);

@@ -154,7 +154,6 @@ Result<Window> Window::open(const WindowOptions& options) {
     ImGui::CreateContext();
     handles->has_imgui = true;
     ImGui::GetIO().IniFilename = nullptr;
-    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
     ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true;
     ImGui_ImplSDL2_InitForOpenGL(handles->window, handles->context);
     ImGui_ImplOpenGL2_Init();
@@ -162,7 +161,7 @@ Result<Window> Window::open(const WindowOptions& options) {
     return Window(std::move(handles));
 }
 
-bool Window::begin_frame(double seconds, float text_size) {
+bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
     const bool open = take_events(*handles_, seconds);
     const float pixels = std::floor(suitable_text_pixels(handles_->window) * text_size);
     if (pixels != handles_->text_pixels) {
@@ -174,6 +173,7 @@ bool Window::begin_frame(double seconds, float text_size) {
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplSDL2_NewFrame();
     place_mouse(*handles_);
+    ImGui::GetIO().ConfigFlags = keys_navigate ? ImGuiConfigFlags_NavEnableKeyboard : ImGuiConfigFlags_None;
     ImGui::NewFrame();
     return open;
 }

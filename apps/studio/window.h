@@ -30,8 +30,9 @@ class Window {
     ~Window();
 
     /// Takes all events that are waiting, or waits up to `seconds` for one, and begins a frame of ImGui with text of
-    /// `text_size` times the size that suits the screen. False once the window was asked to close.
-    bool begin_frame(double seconds, float text_size);
+    /// `text_size` times the size that suits the screen. keys_navigate: arrows, Space and Tab work in ImGui's panels.
+    /// False once the window was asked to close.
+    bool begin_frame(double seconds, float text_size, bool keys_navigate);
     /// Draws what ImGui was told and shows it.
     void end_frame();
     /// The frame that was drawn last, when `keep` was set before end_frame.

@@ -1,0 +1,190 @@
+// The studio's window, driven by events of mouse and keyboard on a display without a screen. What it did shows in the
+// files that it saved.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "../stage/temporary_folder.h"
+#include "random_seed.h"
+#include "stage/assets/picture_file.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kScene = R"(# A plume for tests.
+size = [160, 90]
+frame_rate = 25
+length = 2
+
+[[container]]
+name = "smoke" # the main one
+[container.parameters]
+number_of_particles = 100
+birth_rate = 30      # a second
+alpha_curve = "0 0 0.5 0.5 1 0"
+)";
+
+std::string replaced(const std::string& old_text, const std::string& new_text) {
+    std::string scene = kScene;
+    return scene.replace(scene.find(old_text), old_text.size(), new_text);
+}
+
+class StudioWindow : public testing::Test {
+  protected:
+    TemporaryFolder folder_;
+
+    void SetUp() override { write_bytes(folder_ / "scene.toml", kScene); }
+
+    std::string command(const std::string& arguments, const std::string& script) const {
+        write_bytes(folder_ / "script.txt", "size 900 600\n" + script);
+        const std::string path = folder_.path().string();
+        return "cd " + path + " && SDL_VIDEODRIVER=offscreen XDG_CACHE_HOME=" + path + " XDG_STATE_HOME=" + path +
+               " exec " TOVU_STUDIO " " + arguments + " --script script.txt 2>&1";
+    }
+
+    // What it printed. It must end with status 0.
+    std::string run(const std::string& arguments, const std::string& script) const {
+        FILE* pipe = popen(command(arguments, script).c_str(), "r");
+        std::string output;
+        std::array<char, 256> buffer{};
+        while (std::fgets(buffer.data(), buffer.size(), pipe) != nullptr) output += buffer.data();
+        EXPECT_EQ(pclose(pipe), 0) << output;
+        return output;
+    }
+
+    std::string saved(const std::string& name = "scene.toml") const { return file_bytes(folder_ / name); }
+};
+
+struct EditCase {
+    const char* name;
+    const char* script;    // between the first picture and saving
+    std::string expected;  // the saved file
+};
+
+const EditCase kEdits[] = {
+    {"ValueIsTyped", "click parameter.birth_rate ctrl\nkey Ctrl+A\ntype 44.5\nkey Return\n",
+     replaced("birth_rate = 30 ", "birth_rate = 44.5 ")},
+    {"AbsentParameterIsAdded",
+     "click search\ntype life time\nwait frames 3\nclick parameter.life_time ctrl\nkey Ctrl+A\ntype 2.25\nkey Return\n",
+     std::string(kScene) + "life_time = 2.25\n"},
+    {"RadioIsAButton", "click search\ntype spawn type\nwait frames 3\nclick parameter.spawn_type.Sphere\n",
+     std::string(kScene) + "spawn_type = \"Sphere\"\n"},
+    {"UndoTakesBackADragAsOne",
+     "drag parameter.birth_rate 90 0\ndrag parameter.birth_rate 50 0\nkey Ctrl+Z\nkey Ctrl+Z\n", kScene},
+    {"RedoBringsItBack",
+     "click parameter.birth_rate ctrl\nkey Ctrl+A\ntype 50\nkey Return\nkey Ctrl+Z\nwait frames 2\nkey Ctrl+Y\n",
+     replaced("birth_rate = 30 ", "birth_rate = 50 ")},
+    {"ResetRemovesTheValue", "click reset.number_of_particles\n", replaced("number_of_particles = 100\n", "")},
+    {"StateBStartsAsTheFile",
+     "click parameter.birth_rate ctrl\nkey Ctrl+A\ntype 50\nkey Return\nclick B\nwait picture\n", kScene},
+    {"ASearchThenOnlyTheKeyboard",
+     "key Ctrl+F\ntype life time\nkey Return\nwait frames 3\nkey Tab\nkey Ctrl+A\ntype 12\nkey Return\n",
+     std::string(kScene) + "life_time_spread = 12\n"},
+};
+
+class Edits : public StudioWindow, public testing::WithParamInterface<EditCase> {};
+
+TEST_P(Edits, AreSavedAndNothingElse) {
+    run("scene.toml", std::string("wait picture\n") + GetParam().script + "wait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_EQ(saved(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(StudioWindow, Edits, testing::ValuesIn(kEdits),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(StudioWindow, CurvePointsAndColourStopsFollowTheMouse) {
+    run("scene.toml",
+        "wait picture\nclick search\ntype curve\nwait parameter.alpha_curve\nwait frames 3\n"
+        "drag parameter.alpha_curve@0.5,0.35 0 30\n"
+        "click search\nkey Ctrl+A\ntype colour over\nwait parameter.color\nwait frames 3\n"
+        "click parameter.color@0.5,0.3 double\nwait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_THAT(saved(), HasSubstr("alpha_curve = \"0 0 0.5 0."));  // the position stays, the opacity changed
+    EXPECT_THAT(saved(), Not(HasSubstr("0 0 0.5 0.5 1 0")));
+    EXPECT_THAT(saved(), testing::ContainsRegex("color = \"0 1 1 1 0.[0-9]+ 1 1 1 1 1 1 1\"\n$"));
+}
+
+// A look in a new scene: a frame that was reached by playing, seeking and a step, and the saved scene rendered.
+TEST_F(StudioWindow, RenderDrawsThePictureThatItShowed) {
+    const std::string output =
+        run("steam",
+            "wait picture\nwait frames 20\nkey Space\nclick timeline@0.35,0.5\nwait picture\nkey Right\nwait picture\n"
+            "picture shown.png\nreport\nkey Ctrl+S\nwait \"save as.file\"\nwait frames 3\nkey Ctrl+A\n"
+            "type mine.toml\nkey Return\nwait frames 3\n");
+    int frame = 0;
+    ASSERT_EQ(std::sscanf(output.c_str(), "frame %d,", &frame), 1) << output;
+    const std::string render = "cd " + folder_.path().string() +
+                               " && " TOVU_COMMAND " render mine.toml -o rendered.png --frames " +
+                               std::to_string(frame) + " 2>&1";
+    ASSERT_EQ(std::system(render.c_str()), 0);
+    const auto shown = stage::read_picture(folder_ / "shown.png");
+    const auto rendered = stage::read_picture(folder_ / "rendered.png");
+    ASSERT_TRUE(shown && rendered);
+    EXPECT_EQ(shown->bytes, rendered->bytes) << "frame " << frame;
+}
+
+TEST_F(StudioWindow, ParametersOfAnyPluginAreEdited) {
+    write_bytes(folder_ / "gather.toml", std::string(kScene) + R"(
+[[container]]
+name = "word"
+geometry = { kind = "text", text = "A" }
+[[container]]
+name = "gather"
+plugin = "TovuGather"
+parameters = { smoke_container = "smoke" }
+)");
+    run("gather.toml",
+        "wait picture\nclick container\nwait container.gather\nclick container.gather\nclick search\n"
+        "type damping\nkey Return\nwait frames 3\nkey Ctrl+A\ntype 2.5\nkey Return\nwait picture\nkey Ctrl+S\nwait "
+        "frames 3\n");
+    EXPECT_THAT(saved("gather.toml"), HasSubstr("parameters = { smoke_container = \"smoke\", damping = 2.5 }"));
+}
+
+TEST_F(StudioWindow, AKilledStudioLeavesItsWork) {
+    FILE* pipe = popen((command("scene.toml",
+                                "wait picture\nclick parameter.birth_rate ctrl\nkey Ctrl+A\ntype 77\nkey Return\n"
+                                "wait picture\nwait frames 5\nreport\nwait nothing\n") +
+                        " & echo $!; wait")
+                           .c_str(),
+                       "r");
+    std::array<char, 256> line{};
+    ASSERT_NE(std::fgets(line.data(), line.size(), pipe), nullptr);
+    const int process = std::atoi(line.data());
+    ASSERT_NE(std::fgets(line.data(), line.size(), pipe), nullptr);  // the report
+    kill(process, SIGKILL);
+    pclose(pipe);
+    EXPECT_EQ(saved(), kScene);
+    run("", "click recovery.take\nwait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_EQ(saved(), replaced("birth_rate = 30 ", "birth_rate = 77 "));
+    // So does one that is closed without saving.
+    run("scene.toml", "wait picture\nclick reset.number_of_particles\nwait frames 3\n");
+    run("", "click recovery.take\nwait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_THAT(saved(), Not(HasSubstr("number_of_particles")));
+}
+
+TEST_F(StudioWindow, ASceneWithMistakesOpensAndSaysWhere) {
+    write_bytes(folder_ / "wrong.toml", replaced("length = 2", "lenght = 2"));
+    EXPECT_THAT(run("wrong.toml", "wait picture\nreport\n"), HasSubstr("wrong.toml:4:1: "));
+    write_bytes(folder_ / "wrong.toml", replaced("birth_rate = 30", "birth_rat = 30"));
+    EXPECT_THAT(run("wrong.toml", "wait picture\nreport\n"), HasSubstr("did you mean 'birth_rate'?"));
+}
+
+TEST_F(StudioWindow, AnySizeIsShown) {
+    run("scene.toml",
+        "wait picture\nsize 40 30\nwait frames 5\nsize 1 1\nwait frames 5\nsize 3000 200\nwait frames 5\n"
+        "size 900 600\nwait frames 5\nclick parameter.birth_rate ctrl\nkey Ctrl+A\ntype 31\nkey Return\n"
+        "wait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_EQ(saved(), replaced("birth_rate = 30 ", "birth_rate = 31 "));
+}
+
+TEST_F(StudioWindow, EndsInPeaceAfterRandomEvents) {
+    const tovu::RandomSeed seed;
+    run("scene.toml", "size 640 360\nwait picture\nrandom " + std::to_string(seed.value) + " 5000\n");
+}
+
+}  // namespace
