@@ -229,7 +229,11 @@ void picture_panel(PanelFrame& frame, ShownPictures& pictures, const Area& area,
             list->AddImage(id_of(pictures.frame), {shown.x, shown.y}, {shown.x + shown.width, shown.y + shown.height},
                            {0, 1}, {1, 0});
         if (frame.memory.safe_areas && !bare) draw_safe_areas(list, shown);
-        if (pictures.in_frame && !bare) draw_boxes(*pictures.in_frame, list, shown);
+        if (pictures.in_frame && !bare) {
+            list->PushClipRect({shown.x, shown.y}, {shown.x + shown.width, shown.y + shown.height}, true);
+            draw_boxes(*pictures.in_frame, list, shown);
+            list->PopClipRect();
+        }
         show_mistakes(frame.studio, list, {start.x, start.y, size.x, size.y});
         move_camera(frame, shown);
     } else if (!frame.studio.scene_error.empty()) {

@@ -151,7 +151,11 @@ bool show_frame(Session& session) {
 }  // namespace
 
 Result<Done> run_studio(const StudioOptions& options) {
-    Result<Window> window = Window::open({.fullscreen = options.fullscreen});
+    Result<Script> script = options.script.empty() ? Script{} : read_script(options.script);
+    if (!script) return script.error();
+    WindowOptions opened{.fullscreen = options.fullscreen};
+    if (script->width > 0) opened = {script->width, script->height, options.fullscreen};
+    Result<Window> window = Window::open(opened);
     if (!window) return window.error();
     Player player(options.smoke_plugin);
     Session session(*window, player);
@@ -162,12 +166,8 @@ Result<Done> run_studio(const StudioOptions& options) {
     carry_out(session.studio, opening_commands(options.file));
     if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};
     tell_of_recoveries(session.studio);
-    if (!options.script.empty()) {
-        Result<Script> script = read_script(options.script);
-        if (!script) return script.error();
-        session.script = std::move(*script);
-        session.targets.wanted = true;
-    }
+    session.script = std::move(*script);
+    session.targets.wanted = session.script.is_running;
     begin_copies(session);
     while (show_frame(session)) {
         if (Result<Done> done = continue_script(session.script, {session.window, session.studio, session.targets});

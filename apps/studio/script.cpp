@@ -20,7 +20,7 @@ using stage::Error;
 using stage::Result;
 using Words = std::vector<std::string>;
 
-constexpr auto kLongestWait = std::chrono::minutes(3);
+constexpr auto kLongestWait = std::chrono::minutes(5);
 constexpr int kDragSteps = 10;
 constexpr int kJpegQuality = 88;
 
@@ -341,6 +341,11 @@ Result<Script> read_script(const std::string& file) {
         if (words.empty() || words[0].starts_with('#')) continue;
         const size_t space = text.find(' ');
         script.lines.push_back({number, std::move(words), space == std::string::npos ? "" : text.substr(space + 1)});
+    }
+    if (!script.lines.empty() && script.lines.front().words[0] == "size" && script.lines.front().words.size() == 3) {
+        script.width = std::atoi(script.lines.front().words[1].c_str());
+        script.height = std::atoi(script.lines.front().words[2].c_str());
+        script.lines.pop_front();
     }
     return script;
 }

@@ -16,7 +16,7 @@
 namespace tovu {
 
 /// A line of a script is one of:
-///   size WIDTH HEIGHT       of the window
+///   size WIDTH HEIGHT       of the window; as the first line, the one that it opens with
 ///   wait picture            until the newest scene is drawn and no seek is under way
 ///   wait frames N           of the window
 ///   wait TARGET             until it is in the window
@@ -39,6 +39,7 @@ struct Script {
         std::string rest;  // behind the first word
     };
     std::string file;
+    int width = 0, height = 0;                  // of the first line; 0: not given
     std::deque<Line> lines;                     // to come
     std::deque<std::vector<SDL_Event>> events;  // to come, for one frame each
     int frames_to_wait = 0;
@@ -56,7 +57,7 @@ struct ScriptedWindow {
 };
 
 /// Call after each frame of the window. At the script's end the studio is told to quit. Error, "file:line: …": an
-/// unknown command, a target that does not come within a minute, a file that cannot be written.
+/// unknown command, a target that does not come within five minutes, a file that cannot be written.
 stage::Result<stage::Done> continue_script(Script& script, const ScriptedWindow& scripted);
 
 }  // namespace tovu

@@ -16,7 +16,6 @@ struct WindowOptions {
     int width = 1600;  // of the screen's units
     int height = 900;
     bool fullscreen = false;
-    bool hidden = false;
 };
 
 struct WindowHandles;

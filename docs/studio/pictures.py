@@ -51,8 +51,8 @@ def number(picture, places, targets):
     for index, target in enumerate(targets, 1):
         left, top, right, bottom = places[target]
         large = bottom - top > 4 * RADIUS
-        x = left + 2 * RADIUS if large else right - RADIUS / 2
-        y = top + 2 * RADIUS if large else top + RADIUS / 4
+        x = left + 2 * RADIUS if large else right
+        y = top + 2 * RADIUS if large else bottom
         draw.ellipse((x - RADIUS, y - RADIUS, x + RADIUS, y + RADIUS), fill=(242, 184, 75), outline=(20, 20, 20), width=2)
         draw.text((x, y), str(index), font=font, fill=(20, 20, 20), anchor="mm")
 
