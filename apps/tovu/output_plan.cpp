@@ -8,6 +8,7 @@
 
 #include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
+#include "stage/output/picture_row.h"
 #include "stage/output/video_file.h"
 #include "stage/scenefile/timeline.h"
 
@@ -80,13 +81,17 @@ Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription&
                                                 : check_output(output.option, output.name, scene);
 }
 
+// All names are right.
 Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
     std::vector<std::filesystem::path> names;
     for (const OutputPlan& output : outputs) {
-        std::filesystem::path name = std::filesystem::absolute(output.name).lexically_normal();
+        const bool numbered = output.kind == OutputKind::kNumbered;
+        const std::filesystem::path file =
+            numbered ? *stage::manifest_name(output.name) : std::filesystem::path(output.name);
+        std::filesystem::path name = std::filesystem::absolute(file).lexically_normal();
         if (std::ranges::find(names, name) != names.end())
-            return Error{
-                fmt::format("{} {}: two outputs have this name; give each its own", output.option, output.name)};
+            return Error{fmt::format("{} {}: two outputs have this name{}; give each its own", output.option,
+                                     output.name, numbered ? ", but for the number" : "")};
         names.push_back(std::move(name));
     }
     return Done{};
@@ -267,11 +272,11 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
     if (const Result<Done> done = take_codec(options.codec, outputs); !done) return done.error();
     if (const Result<Done> done = take_sheet(options.sheet, outputs); !done) return done.error();
     if (const Result<Done> done = take_interlace(options.interlace, scene, outputs); !done) return done.error();
-    if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
     if (const Result<Done> done = check_parts(options, outputs); !done) return done.error();
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();
     for (const OutputPlan& output : outputs)
         if (const Result<Done> done = check_name(output, scene); !done) return done.error();
+    if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
     return outputs;
 }
 

@@ -24,10 +24,6 @@ using stage::Result;
 
 Result<Done> begin_row(Output& output, const stage::RowContent& content, bool resume) {
     const OutputPlan& plan = output.plan;
-    const std::filesystem::path folder = stage::frame_name(plan.name, 0)->parent_path();
-    std::error_code error;
-    if (!folder.empty()) std::filesystem::create_directories(folder, error);
-    if (error) return Error{fmt::format("{} {}: {}", plan.option, plan.name, error.message())};
     Result<stage::PictureRow> row =
         stage::PictureRow::begin(plan.name, row_content(content, plan), {plan.frames.first, plan.frames.last}, resume);
     if (!row) return Error{plan.option + " " + row.error().message};
@@ -110,6 +106,18 @@ Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const 
     return stage::write_png(*file, bytes_of(pictures, outputs), texts);
 }
 
+// Looks whether all that was written is still there.
+Result<Done> check_row(const OutputPlan& plan) {
+    const auto missing = [](const std::filesystem::path& file) {
+        return Error{fmt::format("{}: was removed while its row was rendered; render the row again", file.string())};
+    };
+    const stage::NumberedFiles files = *stage::existing_frames(plan.name);
+    for (int frame = plan.frames.first; frame <= plan.frames.last; ++frame)
+        if (!files.contains(frame)) return missing(*stage::frame_name(plan.name, frame));
+    const std::filesystem::path manifest = *stage::manifest_name(plan.name);
+    return std::filesystem::exists(manifest) ? Result<Done>(Done{}) : missing(manifest);
+}
+
 }  // namespace
 
 stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene,
@@ -144,6 +152,7 @@ stage::Result<stage::Done> finish_outputs(Outputs& outputs) {
         Result<Done> finished = Done{};
         if (output.video) finished = output.video->finish();
         if (output.plan.kind == OutputKind::kSheet) finished = write_sheet(output, outputs.texts);
+        if (output.plan.kind == OutputKind::kNumbered) finished = check_row(output.plan);
         if (!finished) return finished;
     }
     return Done{};

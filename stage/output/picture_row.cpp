@@ -217,6 +217,11 @@ Result<PictureRow> PictureRow::begin(const std::string& pattern, const RowConten
     if (!name) return name.error();
     PictureRow row;
     row.manifest_ = *name;
+    if (const std::filesystem::path folder = name->parent_path(); !folder.empty()) {
+        std::error_code code;
+        row.made_folder_ = std::filesystem::create_directory(folder, code);
+        if (code) return Error{fmt::format("{}: the folder cannot be made: {}", pattern, code.message())};
+    }
     const auto unwritable = [&] {
         return Error{fmt::format("{}: cannot be written: {}", name->string(), std::strerror(errno))};
     };
@@ -246,21 +251,25 @@ Result<PictureRow> PictureRow::begin(const std::string& pattern, const RowConten
 PictureRow::PictureRow(PictureRow&& other) noexcept
     : manifest_(std::move(other.manifest_)),
       pattern_(std::move(other.pattern_)),
-      file_(std::exchange(other.file_, -1)) {}
+      file_(std::exchange(other.file_, -1)),
+      made_folder_(std::exchange(other.made_folder_, false)) {}
 
 PictureRow& PictureRow::operator=(PictureRow&& other) noexcept {
     std::swap(manifest_, other.manifest_);
     std::swap(pattern_, other.pattern_);
     std::swap(file_, other.file_);
+    std::swap(made_folder_, other.made_folder_);
     return *this;
 }
 
 PictureRow::~PictureRow() {
-    if (file_ < 0) return;
-    const bool is_needless = pattern_.empty() ? lseek(file_, 0, SEEK_END) == 0 : existing_frames(pattern_)->empty();
     std::error_code ignored;
-    if (is_needless && lock_all_frames(file_)) std::filesystem::remove(manifest_, ignored);
-    close(file_);
+    if (file_ >= 0) {
+        const bool is_needless = pattern_.empty() ? lseek(file_, 0, SEEK_END) == 0 : existing_frames(pattern_)->empty();
+        if (is_needless && lock_all_frames(file_)) std::filesystem::remove(manifest_, ignored);
+        close(file_);
+    }
+    if (made_folder_) std::filesystem::remove(manifest_.parent_path(), ignored);  // only if it is empty
 }
 
 }  // namespace stage

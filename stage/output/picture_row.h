@@ -44,16 +44,16 @@ STAGE_EXPORT bool is_whole_picture(const std::filesystem::path& file);
 /// share the folder. Ends with the object or the process. Move only.
 class STAGE_EXPORT PictureRow {
   public:
-    /// The folder must exist. Writes the manifest, and removes what earlier renders left unfinished in the span.
-    /// resume: pictures of the span stay if they were made of `content`. Without it, all pictures of the span are
-    /// removed; if the row was made of something else, pictures beyond the span no longer count as part of it.
-    /// Errors: another process writes frames of this span (or any, when the content changes); with resume, the row was
-    /// made of something else, or it is not known of what.
+    /// Makes the last folder of the name if it does not exist. Writes the manifest, and removes what earlier renders
+    /// left unfinished in the span. resume: pictures of the span stay if they were made of `content`. Without it, all
+    /// pictures of the span are removed; if the row was made of something else, pictures beyond the span no longer
+    /// count as part of it. Errors: another process writes frames of this span (or any, when the content changes); with
+    /// resume, the row was made of something else, or it is not known of what.
     static Result<PictureRow> begin(const std::string& pattern, const RowContent& content, FrameSpan span, bool resume);
 
     PictureRow(PictureRow&& other) noexcept;
     PictureRow& operator=(PictureRow&& other) noexcept;
-    /// Removes the manifest if no picture was written.
+    /// If no picture was written, removes the manifest, and the folder if `begin` made it.
     ~PictureRow();
 
   private:
@@ -61,6 +61,7 @@ class STAGE_EXPORT PictureRow {
     std::filesystem::path manifest_;
     std::string pattern_;  // empty until the row has begun
     int file_ = -1;        // the manifest, which carries the locks
+    bool made_folder_ = false;
 };
 
 }  // namespace stage

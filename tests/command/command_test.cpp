@@ -46,6 +46,8 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render tiny.toml -o x.png --at 0 --frames 0-1", "--at and --frames: give only one of them"},
     {"render tiny.toml -o x.mp4 --at 0", "--at: is for single pictures; x.mp4 takes --frames A-B"},
     {"render tiny.toml -o f%d.png -o x.mp4 -o ./x.mp4", "-o ./x.mp4: two outputs have this name"},
+    {"render tiny.toml -o f%d.png -o f%02d.png", "-o f%02d.png: two outputs have this name, but for the number"},
+    {"render tiny.toml -o new/%d.png -o x.mp4 --size 31x24", "x.mp4: 31 x 24 pixels: in .mp4 files the width must be"},
     {"render tiny.toml -o x.mp4 --frames 3-2", "--frames 3-2: must be A-B"},
     {"render tiny.toml -o x.mp4 --frames 5-10", "must be A-B with 0 <= A <= B <= 9; the scene has 10 frames"},
     {"render tiny.toml -o x.mp4 --size 31x24", "31 x 24 pixels: in .mp4 files the width must be a multiple of 2"},

@@ -106,6 +106,20 @@ TEST_F(LongRender, TwoDoNotWriteOneVideo) {
     EXPECT_EQ(0, run("render tiny.toml -o x.mov").status);
 }
 
+TEST_F(LongRender, PicturesThatVanishMeanwhileAreAnError) {
+    write("long.toml", kLong);
+    for (const char* file : {"a/0.png", "a/row.png.json"}) {
+        const Outcome outcome = run_shell("(" TOVU_PROGRAM
+                                          " render long.toml --frames 0-400 -o a/%d.png & "
+                                          "for i in $(seq 999); do [ ! -e a/9.png ] || break; sleep 0.01; done; rm " +
+                                          std::string(file) + "; wait $!)");
+        EXPECT_EQ(2, outcome.status);
+        EXPECT_THAT(outcome.errors,
+                    HasSubstr(std::string("tovu: ") + file + ": was removed while its row was rendered"));
+        fs::remove_all(folder / "work" / "a");
+    }
+}
+
 TEST_F(LongRender, ChunksTogetherEqualTheWhole) {
     ASSERT_EQ(0, run("render tiny.toml --bits 16 -o whole_%d.png").status);
     ASSERT_EQ(0, run("render tiny.toml -o whole.mov -o whole.mp4").status);
