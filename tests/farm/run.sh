@@ -22,6 +22,9 @@ wait_until() {
 }
 
 stop_slurm() {
+    # A job would outlive the daemons.
+    squeue --noheader --format=%A 2>/dev/null | sort -u | xargs -r scancel 2>/dev/null || true
+    sleep 1
     for daemon in slurmd slurmctld; do
         [ ! -f "$slurm/$daemon.pid" ] || kill "$(cat "$slurm/$daemon.pid")" 2>/dev/null || true
     done
