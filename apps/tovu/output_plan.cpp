@@ -54,8 +54,14 @@ Result<FrameRange> parse_moment(const std::string& text, const stage::SceneDescr
     return FrameRange{frame, frame};
 }
 
-// The pictures that the render would overwrite.
-Result<Done> check_frames_are_no_inputs(const OutputPlan& output, const stage::SceneDescription& scene) {
+// What already has the names of the pictures.
+Result<Done> check_existing_frames(const OutputPlan& output, const stage::SceneDescription& scene) {
+    for (int frame = output.frames.first; frame <= output.frames.last; ++frame) {
+        const std::filesystem::path file = *stage::frame_name(output.name, frame);
+        if (std::error_code ignored; std::filesystem::is_directory(file, ignored))
+            return Error{fmt::format("{} {}: {} is a folder; rename it or choose another name", output.option,
+                                     output.name, file.string())};
+    }
     const Result<stage::NumberedFiles> existing = stage::existing_frames(output.name);
     if (!existing) return existing.error();
     for (const auto& [number, file] : *existing) {
@@ -73,7 +79,7 @@ Result<Done> check_numbered(const OutputPlan& output, const stage::SceneDescript
     const bool has_folder = !name->has_parent_path() || std::filesystem::exists(name->parent_path(), ignored);
     if (Result<Done> checked = check_folder(output.option, has_folder ? *name : name->parent_path()); !checked)
         return checked;
-    return check_frames_are_no_inputs(output, scene);
+    return check_existing_frames(output, scene);
 }
 
 Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription& scene) {

@@ -75,12 +75,14 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
     {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
     {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},
+    {"render tiny.toml -o folder%d.png", "-o folder%d.png: folder3.png is a folder; rename it or choose another name"},
     {"render tiny.toml -o x.png --at 0 --trace tiny.toml", "--trace tiny.toml: the scene reads this file"},
 };
 
 TEST_F(Command, MistakesEndWithStatus2AndLeaveNothing) {
     write("m1.png", file_bytes(TOVU_SOURCE_DIR "/scenes/assets/logo.png"));
     write("images.toml", "container = [{ name = 'a' }]\nimages = { m = 'm1.png' }\n");
+    fs::create_directory(folder / "work" / "folder3.png");
     for (const auto& [arguments, message] : kMistakes) {
         SCOPED_TRACE(arguments);
         expect_mistake(arguments, message);
