@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <map>
 
 #include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
@@ -87,18 +88,25 @@ Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription&
                                                 : check_output(output.option, output.name, scene);
 }
 
-// All names are right.
-Result<Done> check_names_differ(const std::vector<OutputPlan>& outputs) {
-    std::vector<std::filesystem::path> names;
+// All names are right. With numbered pictures, their manifest counts too.
+std::vector<std::filesystem::path> files_of(const OutputPlan& output) {
+    if (output.kind != OutputKind::kNumbered) return {output.name};
+    std::vector<std::filesystem::path> files = {*stage::manifest_name(output.name)};
+    for (int frame = output.frames.first; frame <= output.frames.last; ++frame)
+        files.push_back(*stage::frame_name(output.name, frame));
+    return files;
+}
+
+Result<Done> check_files_differ(const std::vector<OutputPlan>& outputs) {
+    std::map<std::string, const OutputPlan*> writers;
     for (const OutputPlan& output : outputs) {
-        const bool numbered = output.kind == OutputKind::kNumbered;
-        const std::filesystem::path file =
-            numbered ? *stage::manifest_name(output.name) : std::filesystem::path(output.name);
-        std::filesystem::path name = std::filesystem::absolute(file).lexically_normal();
-        if (std::ranges::find(names, name) != names.end())
-            return Error{fmt::format("{} {}: two outputs have this name{}; give each its own", output.option,
-                                     output.name, numbered ? ", but for the number" : "")};
-        names.push_back(std::move(name));
+        for (const std::filesystem::path& file : files_of(output)) {
+            const std::string name = std::filesystem::absolute(file).lexically_normal().string();
+            const auto [writer, is_new] = writers.try_emplace(name, &output);
+            if (!is_new)
+                return Error{fmt::format("{} {}: writes {}, as {} {} does; give each its own name", output.option,
+                                         output.name, file.string(), writer->second->option, writer->second->name)};
+        }
     }
     return Done{};
 }
@@ -282,7 +290,7 @@ stage::Result<std::vector<OutputPlan>> plan_outputs(const RenderOptions& options
     if (const Result<Done> done = take_frames(options, scene, outputs); !done) return done.error();
     for (const OutputPlan& output : outputs)
         if (const Result<Done> done = check_name(output, scene); !done) return done.error();
-    if (const Result<Done> done = check_names_differ(outputs); !done) return done.error();
+    if (const Result<Done> done = check_files_differ(outputs); !done) return done.error();
     return outputs;
 }
 
