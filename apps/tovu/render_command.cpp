@@ -119,8 +119,9 @@ std::vector<std::string> written_texts(const Outputs& outputs) {
     std::vector<std::string> lines;
     for (const Output& output : outputs.list) {
         const OutputPlan& plan = output.plan;
-        const auto frames =
+        auto frames =
             plan.kind == OutputKind::kSheet ? std::ssize(plan.sheet_frames) : plan.frames.last - plan.frames.first + 1;
+        if (plan.kind == OutputKind::kVideo && plan.video.fields != stage::VideoFields::kNone) frames /= 2;
         const auto kept = std::ranges::count(output.is_there, true);
         lines.push_back(fmt::format("{}: {} frame{}", plan.name, frames, frames == 1 ? "" : "s") +
                         (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));
