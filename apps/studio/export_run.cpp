@@ -111,7 +111,11 @@ ExportRun::~ExportRun() {
 
 void ExportRun::take_line(std::string line) {
     const auto json = nlohmann::json::parse(line, nullptr, false);
-    if (json.is_object()) {
+    if (json.contains("error")) {
+        line = json.value("error", line);
+    } else if (json.contains("warning")) {
+        line = "warning: " + json.value("warning", line);
+    } else if (json.is_object()) {
         state_.frames_done = json.value("frame", 0);
         state_.frames_total = json.value("frames", 0);
         state_.seconds_left = json.value("seconds_left", 0.0);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "bake_command.h"
 #include "commit.h"
@@ -45,6 +46,12 @@ void print_warning(const std::string& message) {
     std::fprintf(stderr, "warning: %s\n", message.c_str());
 }
 
+// {"warning": "no light"} on a line of its own.
+void print_json(const char* kind, const std::string& message) {
+    const nlohmann::json json = {{kind, message}};
+    std::fprintf(stderr, "%s\n", json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
 int run_params(const tovu::ParamsOptions& options) {
     const stage::Result<std::string> text = tovu::params_text(options);
     if (!text) return fail(text.error().message);
@@ -70,15 +77,23 @@ int run_render(const tovu::RenderOptions& options, const RenderTalk& talk) {
     std::signal(SIGCHLD, SIG_DFL);  // while it is ignored, the exit status of ffmpeg is lost
     const stage::Result<stage::ProgressStyle> style = stage::progress_style(talk.progress, stderr);
     if (!style) return fail(style.error().message);
+    const bool as_json = *style == stage::ProgressStyle::kJson;
+    const auto warn = [as_json](const std::string& message) {
+        as_json ? print_json("warning", message) : print_warning(message);
+    };
     std::unique_ptr<stage::Progress> shown;
     const auto progress = [&shown, &style](int done, int total) {
         if (!shown) shown = std::make_unique<stage::Progress>(total, *style, stderr);
         shown->show(done);
     };
-    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress, print_warning);
+    const stage::Result<tovu::RenderReport> report = tovu::render_scene(options, progress, warn);
     shown.reset();
+    if (!report && as_json) {
+        print_json("error", report.error().message);
+        return kMistake;
+    }
     if (!report) return fail(report.error().message);
-    for (const std::string& complaint : report->complaints) print_warning(complaint);
+    for (const std::string& complaint : report->complaints) warn(complaint);
     for (const std::string& written : report->written) std::printf("%s\n", written.c_str());
     if (talk.report) std::fputs(tovu::times_text(report->times).c_str(), stdout);
     return 0;
@@ -219,8 +234,9 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_option("--trace", options.trace,
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
     command->add_flag("--report", talk.report, "Print where the time went");
-    command->add_option("--progress", talk.progress,
-                        "line, plain, json (a line of JSON for each step) or none; line on a terminal, else plain");
+    command->add_option(
+        "--progress", talk.progress,
+        "line, plain, json (lines of JSON; also for warnings and errors) or none; line on a terminal, else plain");
 }
 
 struct FarmCommand {

@@ -24,6 +24,11 @@ TEST_F(LongRender, ProgressIsJsonForPrograms) {
     EXPECT_EQ(10, last["frames"]);
     EXPECT_EQ(0, last["seconds_left"]);
     EXPECT_GT(last["seconds"], 0);
+    write("clear.toml", "container = [{ name = 'a' }]");
+    const Outcome odd = run("render clear.toml -o x.mp4 --size 31x24 --frames 0 --progress json");
+    EXPECT_EQ(2, odd.status);
+    EXPECT_THAT(odd.errors, testing::ContainsRegex("^[{]\"warning\":\"x.mp4: has no alpha[^\n]*\n"
+                                                   "[{]\"error\":\"x.mp4: 31 x 24 pixels[^\n]*\"[}]\n$"));
 }
 
 // The limit of a file's size stands for a full disk.
