@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 
+#include "stage/file_ending.h"
 #include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/picture_row.h"
@@ -28,7 +29,7 @@ Result<OutputPlan> make_plan(const std::string& option, const std::string& name,
     output.video.width = scene.size[0];
     output.video.height = scene.size[1];
     output.video.frames_per_second = scene.frame_rate;
-    const std::string ending = std::filesystem::path(name).extension().string();
+    const std::string ending = stage::file_ending(name);
     if (ending == ".exr") output.bits = 16;
     if (ending == ".png" || ending == ".exr")
         output.kind = stage::is_frame_pattern(name) ? OutputKind::kNumbered : OutputKind::kStill;
@@ -112,7 +113,7 @@ Result<Done> check_files_differ(const std::vector<OutputPlan>& outputs) {
 }
 
 bool has_ending(const OutputPlan& output, const char* ending) {
-    return std::filesystem::path(output.name).extension() == ending;
+    return stage::file_ending(output.name) == ending;
 }
 
 Result<Done> take_bits(const std::string& text, std::vector<OutputPlan>& outputs) {

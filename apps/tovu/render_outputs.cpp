@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "row_content.h"
+#include "stage/file_ending.h"
 #include "stage/opengl/straight_picture.h"
 #include "stage/output/color_bleed.h"
 #include "stage/output/contact_sheet.h"
@@ -101,7 +102,7 @@ Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const 
     if (!file) return file.error();
     stage::PictureTexts texts = outputs.texts;
     texts.emplace_back("Frame", std::to_string(frame));
-    if (file->extension() == ".exr") return stage::write_exr(*file, pictures.drawn, texts);
+    if (stage::file_ending(*file) == ".exr") return stage::write_exr(*file, pictures.drawn, texts);
     if (output.plan.bits == 16) return stage::write_png(*file, deep_of(pictures, outputs), texts);
     return stage::write_png(*file, bytes_of(pictures, outputs), texts);
 }

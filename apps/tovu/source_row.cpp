@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "row_content.h"
+#include "stage/file_ending.h"
 #include "stage/output/frame_names.h"
 
 namespace tovu {
@@ -59,7 +60,7 @@ Result<std::vector<int>> missing_frames(const std::string& pattern, int first, i
 
 Result<stage::PictureRow> take_source_row(const RenderPlan& plan, const RenderOptions& options) {
     const auto wrong = [&](const std::string& problem) { return Error{"--from " + problem}; };
-    if (std::filesystem::path(options.from).extension() != ".png")
+    if (stage::file_ending(options.from) != ".png")
         return wrong(options.from + ": must be numbered PNG files of 16 bits, such as frames/%04d.png");
     const Result<stage::RowManifest> manifest = stage::read_manifest(options.from);
     if (!manifest) return wrong(manifest.error().message);

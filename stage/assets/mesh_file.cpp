@@ -2,25 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
 #include "mesh_file_formats.h"
+#include "stage/file_ending.h"
 
 namespace stage {
-namespace {
-
-std::string lower_case_extension(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
-
-}  // namespace
 
 Result<std::string> read_whole_file(const std::string& path) {
     std::error_code error;
@@ -43,7 +32,7 @@ Error too_many_vertices(const std::string& path) {
 }
 
 Result<std::vector<Mesh>> read_mesh_file(const std::string& path) {
-    const std::string extension = lower_case_extension(path);
+    const std::string extension = file_ending(path);
     const bool is_gltf = extension == ".gltf" || extension == ".glb";
     if (!is_gltf && extension != ".obj")
         return Error{fmt::format("{}: not a mesh file; its name must end in .obj, .gltf or .glb", path)};

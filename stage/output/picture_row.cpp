@@ -14,6 +14,7 @@
 
 #include "exr_file.h"
 #include "frame_names.h"
+#include "stage/file_ending.h"
 #include "whole_file.h"
 
 namespace stage {
@@ -190,7 +191,7 @@ std::vector<std::string> content_differences(const RowContent& was, const RowCon
 }
 
 bool is_whole_picture(const std::filesystem::path& file) {
-    if (file.extension() == ".exr") return is_whole_exr(file);
+    if (file_ending(file) == ".exr") return is_whole_exr(file);
     // Chunks: length, kind, data, checksum of kind and data. The numbers are big-endian.
     const std::string bytes = read_whole_file(file);
     const auto number_at = [&bytes](size_t at) {

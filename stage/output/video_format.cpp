@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
+#include "stage/file_ending.h"
 #include "stage/frame_rate.h"
 
 namespace stage {
@@ -97,8 +97,7 @@ const std::vector<VideoFormat>& video_formats() {
 }
 
 const VideoFormat* find_video_format(const std::filesystem::path& path, const std::string& codec) {
-    std::string ending = path.extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string ending = file_ending(path);
     const auto found = std::ranges::find_if(video_formats(), [&](const VideoFormat& format) {
         return format.ending == ending && (codec.empty() || format.codec == codec);
     });

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "stage/file_ending.h"
+
 namespace stage {
 
 namespace {
@@ -48,7 +50,7 @@ void read_points(KeyReader& reader, const KeyedNode& entry, GeometryDescription&
 // A font file, or the name of an installed family, which is looked up when the scene is built.
 void read_font(KeyReader& reader, const KeyedNode& entry, GeometryDescription& out) {
     if (!read_text(reader, entry, out.font)) return;
-    const std::string extension = std::filesystem::path(out.font).extension().string();
+    const std::string extension = file_ending(out.font);
     if (out.font.find('/') == std::string::npos && extension != ".ttf" && extension != ".otf") return;
     std::filesystem::path file;
     if (read_file_path(reader, entry, file)) out.font = std::filesystem::absolute(file).string();

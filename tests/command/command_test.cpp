@@ -352,6 +352,9 @@ TEST_F(Command, ARangeAndAStillEqualTheWholeScenesFrames) {
     EXPECT_THAT(all.errors, testing::Not(HasSubstr("warning"))) << "the plug-in keeps to the contract";
     const Outcome both = run("render tiny.toml -o part_%d.png --frames 6-7 -o still.png --at 0.27");
     EXPECT_EQ("part_%d.png: 2 frames\nstill.png: 1 frame\n", both.output) << "frame 6 of 25 a second";
+    ASSERT_EQ(0, run("render tiny.toml -o S.PNG --at 0.27 -o F%d.EXR --frames 6-7 -o X.MP4 --codec h265").status);
+    EXPECT_TRUE(bytes("S.PNG") == bytes("still.png"));
+    EXPECT_THAT(bytes("F6.EXR"), testing::StartsWith("\x76\x2f\x31\x01"));
     EXPECT_EQ("x.mov: 5 frames\n", run("render tiny.toml --rate 50 --frames 0-9 -o x.mov --interlace top").output);
     ASSERT_EQ(0, run("render tiny.toml -o without.png --at 0.27 --set smoke.birth_rate=0").status);
     EXPECT_FALSE(bytes("all/06.png") == bytes("all/07.png"));
