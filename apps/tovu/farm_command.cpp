@@ -48,7 +48,14 @@ std::string log_name(const fs::path& folder, const std::string& file) {
 
 Result<std::string> run_slurm(const Arguments& arguments) {
     const Result<std::string> text = stage::run_command(arguments);
-    if (text || text.error().message.find("there is no ") == std::string::npos) return text;
+    if (text) return text;
+    const std::string& message = text.error().message;
+    if (message.find("slurm controller") != std::string::npos ||
+        message.find("configuration source") != std::string::npos)
+        return Error{message +
+                     "\nstart Slurm's controller, slurmctld, and name its machine in slurm.conf; docs/farm.md "
+                     "tells how to set up a farm"};
+    if (message.find("there is no ") == std::string::npos) return text;
     return Error{
         fmt::format("there is no {} command: install Slurm, in Debian the package slurm-client, or slurm-wlm on "
                     "the machines that render; docs/farm.md tells how to set up a farm",

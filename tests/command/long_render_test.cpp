@@ -188,6 +188,12 @@ TEST_F(LongRender, AFarmNeedsRightChunksAndSlurm) {
     const Outcome without = run_shell("env PATH=/nowhere " TOVU_PROGRAM " farm tiny.toml --chunks 2 -o x.mov");
     EXPECT_EQ(2, without.status);
     EXPECT_THAT(without.errors, HasSubstr("there is no sbatch command: install Slurm"));
+    write("sbatch", "#!/bin/sh\necho 'sbatch: error: Unable to contact slurm controller (connect failure)'\nexit 1\n");
+    fs::permissions(folder / "work" / "sbatch", fs::perms::owner_all);
+    const Outcome stopped = run_shell("env PATH=.:$PATH " TOVU_PROGRAM " farm tiny.toml --chunks 2 -o x.mov");
+    fs::remove(folder / "work" / "sbatch");
+    EXPECT_EQ(2, stopped.status);
+    EXPECT_THAT(stopped.errors, HasSubstr("start Slurm's controller, slurmctld"));
     EXPECT_EQ(files, file_count());
 }
 
