@@ -72,8 +72,8 @@ stage::Result<stage::Done> apply_theme(float text_pixels) {
     style.WindowRounding = 0;
     style.ChildRounding = style.FrameRounding = style.PopupRounding = style.GrabRounding = style.TabRounding = 4;
     style.WindowBorderSize = 0;
-    style.WindowMinSize = {1, 1};
     style.ScaleAllSizes(unit);
+    style.WindowMinSize = {1, 1};  // pixels; ImGui takes no less
     ImGui::GetStyle() = style;
     return stage::Done{};
 }

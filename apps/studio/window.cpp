@@ -41,8 +41,8 @@ struct WindowHandles {
         }
         if (has_imgui) ImGui::DestroyContext();
         if (context != nullptr) SDL_GL_DeleteContext(context);
+        // SDL is not ended: it would unload the driver, and leak checks could not tell the driver's memory from ours.
         if (window != nullptr) SDL_DestroyWindow(window);
-        SDL_Quit();
     }
 };
 
@@ -150,6 +150,7 @@ Result<Window> Window::open(const WindowOptions& options) {
     if (handles->context == nullptr) return sdl_error("the window gets no OpenGL");
     SDL_GL_SetSwapInterval(1);
     SDL_StartTextInput();
+    SDL_GL_LoadLibrary(nullptr);  // once more than it is unloaded with the window
     handles->opengl = stage::current_opengl_description();
     ImGui::CreateContext();
     handles->has_imgui = true;
