@@ -33,6 +33,14 @@ std::string files_of_scene(const stage::SceneDescription& scene) {
     return digest_of(files);
 }
 
+std::string looks_of_scene(const stage::SceneDescription& scene) {
+    std::vector<std::string> texts;
+    for (const std::filesystem::path& look : scene.looks)
+        texts.push_back(fmt::format("{} {}", look.filename().string(), digest_of({look})));
+    std::ranges::sort(texts);
+    return texts.empty() ? "none" : fmt::format("{}", fmt::join(texts, ", "));
+}
+
 std::string plugins() {
     std::vector<std::string> texts;
     for (const auto& plugin : stage::loaded_plugins())
@@ -48,7 +56,7 @@ stage::RowContent scene_content(const stage::SceneDescription& scene, const Rend
     return {
         {"version", TOVU_VERSION},
         {"scene", fmt::format("{} {}", scene.file.filename().string(), digest_of({scene.file}))},
-        {"looks", digest_of({scene.looks.begin(), scene.looks.end()})},
+        {"looks", looks_of_scene(scene)},
         {"pictures and meshes", files_of_scene(scene)},
         {"settings", options.settings.empty() ? "none" : fmt::format("{}", fmt::join(options.settings, ", "))},
         {"seed", std::to_string(scene.seed)},

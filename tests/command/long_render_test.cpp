@@ -153,7 +153,13 @@ TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
     write("b/0.png", "");
     write("b/row.png.json", "{}");
     write("c/0.png", bytes("a/0.png"));
+    fs::create_directory(folder / "work" / "looks");
+    write("looked.toml", "length = 0.1\ncontainer = [{ name = 'a', look = 'own' }]\n");
+    write("looks/own.toml", "purpose = 'A plume'\nrate = 50\n[[layer]]\nname = 'puffs'\ntexture = 'puff_lit_a'\n");
+    ASSERT_EQ(0, run("render looked.toml --size 8x8 -o l%d.png").status);
+    write("looks/own.toml", bytes("looks/own.toml") + "# another comment\n");
     const std::pair<const char*, const char*> cases[] = {
+        {"looked.toml --size 8x8 -o l%d.png", "looks was own.toml "},
         {"tiny.toml --seed 2 -o a/%d.png", "-o a/%d.png: cannot be resumed: seed was 1 and is 2"},
         {"tiny.toml --size 64x48 -o a/%d.png", "size was 32x24 and is 64x48"},
         {"tiny.toml --rate 50 -o a/%d.png", "frame rate was 25 and is 50"},
