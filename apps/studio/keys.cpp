@@ -16,6 +16,7 @@ struct Key {
     const char* what;
     void (*act)(PanelFrame& frame);
     bool while_typing = false;  // also while a text field has the keyboard
+    bool repeats = false;       // while it is held
 };
 
 int64_t now(const PanelFrame& frame) {
@@ -65,8 +66,10 @@ void leave(PanelFrame& frame) {
 const Key kKeys[] = {
     {SDL_SCANCODE_SPACE, kNone, "Space", "play or pause",
      [](PanelFrame& f) { f.commands.push_back(SetPlaying{!f.studio.orders.playing}); }},
-    {SDL_SCANCODE_RIGHT, kNone, "Right", "one frame on", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) + 1}); }},
-    {SDL_SCANCODE_LEFT, kNone, "Left", "one frame back", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) - 1}); }},
+    {SDL_SCANCODE_RIGHT, kNone, "Right", "one frame on", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) + 1}); },
+     false, true},
+    {SDL_SCANCODE_LEFT, kNone, "Left", "one frame back", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) - 1}); },
+     false, true},
     {SDL_SCANCODE_HOME, kNone, "Home", "to the start", [](PanelFrame& f) { f.commands.push_back(Seek{0}); }},
     {SDL_SCANCODE_END, kNone, "End", "to the end",
      [](PanelFrame& f) { f.commands.push_back(Seek{scene_frames(f.studio) - 1}); }},
@@ -90,9 +93,10 @@ const Key kKeys[] = {
      focus_next_panel, true},
     {SDL_SCANCODE_F, kControl, "Ctrl+F", "search for a parameter; Enter edits the first, Tab the next",
      [](PanelFrame& f) { f.memory.wants_search = true; }, true},
-    {SDL_SCANCODE_Z, kControl, "Ctrl+Z", "undo", [](PanelFrame& f) { f.commands.push_back(Undo{}); }},
-    {SDL_SCANCODE_Y, kControl, "Ctrl+Y", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }},
-    {SDL_SCANCODE_Z, kControlShift, "Ctrl+Shift+Z", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }},
+    {SDL_SCANCODE_Z, kControl, "Ctrl+Z", "undo", [](PanelFrame& f) { f.commands.push_back(Undo{}); }, false, true},
+    {SDL_SCANCODE_Y, kControl, "Ctrl+Y", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false, true},
+    {SDL_SCANCODE_Z, kControlShift, "Ctrl+Shift+Z", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false,
+     true},
     {SDL_SCANCODE_F2, kNone, "F2", "the other state, A or B",
      [](PanelFrame& f) {
          if (f.studio.document) f.commands.push_back(ShowState{1 - f.studio.document->shown});
@@ -130,7 +134,7 @@ void take_keys(PanelFrame& frame) {
     const bool taken = io.WantTextInput || (frame.memory.keys_navigate && modifier == kNone);
     for (const Key& key : kKeys) {
         if (key.modifier != modifier || (taken && !key.while_typing)) continue;
-        if (ImGui::IsKeyPressed(key.code, true)) key.act(frame);
+        if (ImGui::IsKeyPressed(key.code, key.repeats)) key.act(frame);
     }
 }
 

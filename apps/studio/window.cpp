@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <imgui.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -17,6 +18,8 @@ namespace tovu {
 using stage::Done;
 using stage::Error;
 using stage::Result;
+
+constexpr float kKeyRepeatDelay = 0.275f;  // seconds that a key is held before it repeats
 
 struct WindowHandles {
     SDL_Window* window = nullptr;
@@ -174,6 +177,8 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplSDL2_NewFrame();
     place_mouse(*handles_);
+    // ImGui sees a release at the next frame: a press is not held, and does not repeat, because that frame comes late.
+    ImGui::GetIO().KeyRepeatDelay = std::max(kKeyRepeatDelay, 1.5f * ImGui::GetIO().DeltaTime);
     ImGui::GetIO().ConfigFlags = keys_navigate ? ImGuiConfigFlags_NavEnableKeyboard : ImGuiConfigFlags_None;
     ImGui::NewFrame();
     return open;
