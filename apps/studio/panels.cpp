@@ -2,12 +2,24 @@
 
 #include <unistd.h>
 
+#include "theme.h"
+
 namespace tovu {
 
 void mark(Targets& targets, const std::string& name) {
     if (!targets.wanted) return;
     const ImVec2 low = ImGui::GetItemRectMin(), high = ImGui::GetItemRectMax();
     targets.places[name] = {low.x, low.y, high.x, high.y};
+}
+
+bool tool_button(PanelFrame& frame, const char* label, const char* tip, bool is_on) {
+    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
+    const bool pressed = ImGui::Button(label);
+    if (is_on) ImGui::PopStyleColor();
+    mark(frame.targets, label);
+    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", tip);
+    ImGui::SameLine();
+    return pressed;
 }
 
 void begin_panel(const char* name, const Area& area, bool scrolls) {

@@ -91,4 +91,7 @@ void export_window(PanelFrame& frame);
 /// Commands of the keys that were pressed in this frame.
 void take_keys(PanelFrame& frame);
 
+/// A button in a row of them, in the accent's colour while `is_on`. True when it is pressed.
+bool tool_button(PanelFrame& frame, const char* label, const char* tip, bool is_on = false);
+
 }  // namespace tovu

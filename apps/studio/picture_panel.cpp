@@ -126,16 +126,6 @@ SetKeys camera_keys(const stage::Camera& camera, const stage::CameraDescription&
     return keys;
 }
 
-bool toggle(PanelFrame& frame, const char* label, const char* tip, bool is_on) {
-    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
-    const bool pressed = ImGui::Button(label);
-    if (is_on) ImGui::PopStyleColor();
-    mark(frame.targets, label);
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", tip);
-    ImGui::SameLine();
-    return pressed;
-}
-
 void choose_backdrop(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     constexpr const char* kNames[] = {"Black", "Checkerboard", "Colour", "Picture"};
@@ -160,27 +150,27 @@ void choose_backdrop(PanelFrame& frame) {
 void picture_tools(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     ViewOrders view = frame.studio.orders.view;
-    if (toggle(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", memory.safe_areas))
+    if (tool_button(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", memory.safe_areas))
         memory.safe_areas = !memory.safe_areas;
-    if (toggle(frame, "Forces", "plug-ins draw what moves the particles (F)", view.forces)) {
+    if (tool_button(frame, "Forces", "plug-ins draw what moves the particles (F)", view.forces)) {
         view.forces = !view.forces;
         frame.commands.push_back(SetView{view});
     }
-    if (toggle(frame, "Bounds", "the boxes that plug-ins report (B)", view.boxes)) {
+    if (tool_button(frame, "Bounds", "the boxes that plug-ins report (B)", view.boxes)) {
         view.boxes = !view.boxes;
         frame.commands.push_back(SetView{view});
     }
-    if (toggle(frame, "On air", "plug-ins are told that the picture goes out live: no aids (A)", view.on_air)) {
+    if (tool_button(frame, "On air", "plug-ins are told that the picture goes out live: no aids (A)", view.on_air)) {
         view.on_air = !view.on_air;
         frame.commands.push_back(SetView{view});
     }
     if (frame.studio.scene && !frame.studio.scene->background) choose_backdrop(frame);
     if (!view.camera) return ImGui::NewLine();
-    if (toggle(frame, "Scene camera", "back to the camera of the scene (C)", false)) {
+    if (tool_button(frame, "Scene camera", "back to the camera of the scene (C)", false)) {
         view.camera.reset();
         frame.commands.push_back(SetView{view});
     }
-    if (toggle(frame, "Keep this view", "the scene's camera becomes this one", false)) {
+    if (tool_button(frame, "Keep this view", "the scene's camera becomes this one", false)) {
         frame.commands.push_back(
             camera_keys(*frame.studio.orders.view.camera, frame.studio.scene->camera, memory.pivot_distance));
         view.camera.reset();

@@ -82,16 +82,6 @@ void timeline(PanelFrame& frame) {
     }
 }
 
-bool tool(PanelFrame& frame, const char* label, const char* tip, bool is_on = false) {
-    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
-    const bool pressed = ImGui::Button(label);
-    if (is_on) ImGui::PopStyleColor();
-    mark(frame.targets, label);
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", tip);
-    ImGui::SameLine();
-    return pressed;
-}
-
 void speed_choice(PanelFrame& frame) {
     ImGui::SetNextItemWidth(ImGui::GetFontSize() * 5.0f);
     const std::string now = fmt::format("{:g} ×", frame.studio.orders.speed);
@@ -110,13 +100,14 @@ void range_buttons(PanelFrame& frame) {
     const PlayOrders& orders = frame.studio.orders;
     const int64_t now = frame.studio.report.frame;
     const int64_t last = scene_frames(frame.studio) - 1;
-    if (tool(frame, "Loop", "plays the range again and again (L)", orders.loop))
+    if (tool_button(frame, "Loop", "plays the range again and again (L)", orders.loop))
         frame.commands.push_back(SetLoop{!orders.loop, orders.range});
-    if (tool(frame, "[", "the range begins here (I)"))
+    if (tool_button(frame, "[", "the range begins here (I)"))
         frame.commands.push_back(SetLoop{true, {now, std::max(now, orders.range.last)}});
-    if (tool(frame, "]", "the range ends here (O)"))
+    if (tool_button(frame, "]", "the range ends here (O)"))
         frame.commands.push_back(SetLoop{true, {std::min(orders.range.first, now), now}});
-    if ((orders.range.first != 0 || orders.range.last != last) && tool(frame, "All", "the range is the whole scene"))
+    if ((orders.range.first != 0 || orders.range.last != last) &&
+        tool_button(frame, "All", "the range is the whole scene"))
         frame.commands.push_back(SetLoop{orders.loop, {0, last}});
 }
 
@@ -150,11 +141,11 @@ void transport_panel(PanelFrame& frame, const Area& area) {
         return;
     }
     const int64_t now = std::max<int64_t>(studio.report.frame, 0);
-    if (tool(frame, studio.orders.playing ? "Pause" : "Play", "play or pause (Space)", studio.orders.playing))
+    if (tool_button(frame, studio.orders.playing ? "Pause" : "Play", "play or pause (Space)", studio.orders.playing))
         frame.commands.push_back(SetPlaying{!studio.orders.playing});
-    if (tool(frame, "|<", "to the start (Home)")) frame.commands.push_back(Seek{0});
-    if (tool(frame, "<", "one frame back (Left)")) frame.commands.push_back(Seek{now - 1});
-    if (tool(frame, ">", "one frame on (Right)")) frame.commands.push_back(Seek{now + 1});
+    if (tool_button(frame, "|<", "to the start (Home)")) frame.commands.push_back(Seek{0});
+    if (tool_button(frame, "<", "one frame back (Left)")) frame.commands.push_back(Seek{now - 1});
+    if (tool_button(frame, ">", "one frame on (Right)")) frame.commands.push_back(Seek{now + 1});
     range_buttons(frame);
     speed_choice(frame);
     ImGui::AlignTextToFramePadding();
