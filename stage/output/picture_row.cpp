@@ -218,17 +218,19 @@ Result<PictureRow> PictureRow::begin(const std::string& pattern, const RowConten
     if (!name) return name.error();
     PictureRow row;
     row.manifest_ = *name;
-    if (const std::filesystem::path folder = name->parent_path(); !folder.empty()) {
-        std::error_code code;
-        row.made_folder_ = std::filesystem::create_directory(folder, code);
-        if (code) return Error{fmt::format("{}: the folder cannot be made: {}", pattern, code.message())};
-    }
+    const std::filesystem::path folder = name->parent_path();
+    std::error_code code;
     const auto unwritable = [&] {
         return Error{fmt::format("{}: cannot be written: {}", name->string(), std::strerror(errno))};
     };
-    do {  // again when another process has just removed the file
+    do {  // again when another process has just removed the file or the folder
         if (row.file_ >= 0) close(row.file_);
+        if (!folder.empty()) {
+            row.made_folder_ |= std::filesystem::create_directory(folder, code);
+            if (code) return Error{fmt::format("{}: the folder cannot be made: {}", pattern, code.message())};
+        }
         row.file_ = open(name->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (row.file_ < 0 && !folder.empty() && !std::filesystem::exists(folder, code)) continue;
         if (row.file_ < 0) return unwritable();
         if (!lock_bytes(row.file_, F_WRLCK, span.first, span.last - span.first + 1)) {
             if (errno == EAGAIN || errno == EACCES) return written_by_another(pattern);
