@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -18,13 +19,14 @@ using stage::Done;
 using stage::Result;
 
 constexpr auto kSlice = std::chrono::milliseconds(20);  // of work between two looks at the orders
+constexpr int kSteppedSlice = 20;                       // frames in a slice of a stepped clock
 constexpr auto kPatience = std::chrono::seconds(1);     // a seek that takes longer gives way to a newer scene
 constexpr double kMostLateSeconds = 0.25;               // more is not made up: the clock is set back
 constexpr auto kIdleWait = std::chrono::milliseconds(50);
 
 // Frames and pictures of about the last second.
 struct Rate {
-    Clock::time_point start = Clock::now();
+    Clock::time_point start;
     int count = 0;
     double per_second = 0;
 };
@@ -40,6 +42,7 @@ void add_to(Rate& rate, Clock::time_point now) {
 
 struct PlayerThread {
     std::string smoke_plugin;
+    PlayClock clock = PlayClock::kReal;
     std::mutex mutex;
     std::condition_variable changed;
     // Shared, under the mutex.
@@ -47,8 +50,13 @@ struct PlayerThread {
     std::vector<ThumbnailOrder> thumbnails;
     PlayReport reported;
     bool quit = false;
+    PlayOrders orders;               // newest that the thread has taken; only it writes them
+    bool draws_thumbnail = false;    // there was nothing else to do
+    Clock::time_point ordered_time;  // of a stepped clock: until when the thread may work
+    Clock::time_point worked_time;   // and until when it has
+    std::condition_variable has_worked;
     // Of the thread alone.
-    PlayOrders orders;
+    Clock::time_point stepped_time;  // of the work that is done now
     std::optional<PlayRun> play;
     std::optional<stage::SceneCanvas> canvas;
     int64_t played_scene = 0;  // also of one that failed
@@ -68,6 +76,17 @@ struct PlayerThread {
 };
 
 namespace {
+
+Clock::time_point now(const PlayerThread& player) {
+    return player.clock == PlayClock::kReal ? Clock::now() : player.stepped_time;
+}
+
+// Orders that do not wait until the present work is done. Call under the mutex.
+bool has_new_orders(const PlayerThread& player) {
+    const PlayOrders &ordered = player.ordered, &taken = player.orders;
+    return player.quit || ordered.scene_number != taken.scene_number || ordered.seek_number != taken.seek_number ||
+           ordered.playing != taken.playing || ordered.view != taken.view;
+}
 
 void report_failure(PlayerThread& player, const std::string& message) {
     const std::lock_guard lock(player.mutex);
@@ -113,7 +132,7 @@ int64_t last_frame(const PlayerThread& player) {
 
 // A frame before the one that was run needs a new run.
 void seek(PlayerThread& player, int64_t frame) {
-    player.seek_start = Clock::now();
+    player.seek_start = now(player);
     if (!player.play || frame < current_frame(*player.play)) return build(player, frame);
     player.target = std::min(frame, last_frame(player));
     player.seek_from = current_frame(*player.play);
@@ -121,7 +140,7 @@ void seek(PlayerThread& player, int64_t frame) {
 }
 
 void report_seek(PlayerThread& player) {
-    const double seconds = Seconds(Clock::now() - player.seek_start).count();
+    const double seconds = Seconds(now(player) - player.seek_start).count();
     const std::lock_guard lock(player.mutex);
     PlayReport& report = player.reported;
     report.seeking = player.target.has_value();
@@ -143,8 +162,9 @@ bool run_frame(PlayerThread& player) {
 // Runs toward the target for one slice.
 void continue_seek(PlayerThread& player) {
     const int64_t target = std::clamp<int64_t>(*player.target, 0, last_frame(player));
-    const Clock::time_point end = Clock::now() + kSlice;
-    while (current_frame(*player.play) < target && Clock::now() < end)
+    const Clock::time_point end = now(player) + kSlice;
+    int frames_left = player.clock == PlayClock::kStepped ? kSteppedSlice : INT_MAX;
+    while (current_frame(*player.play) < target && now(player) < end && frames_left-- > 0)
         if (!run_frame(player)) return;
     if (current_frame(*player.play) >= target) {
         player.target.reset();
@@ -159,7 +179,7 @@ void draw(PlayerThread& player) {
     Result<DrawnFrame> drawn = draw_run(*player.play, *player.canvas, player.orders.view);
     if (!drawn) return fail(player, drawn.error().message);
     const auto shown = std::make_shared<const DrawnFrame>(std::move(*drawn));
-    if (player.paced) add_to(player.shown, Clock::now());
+    if (player.paced) add_to(player.shown, now(player));
     const std::lock_guard lock(player.mutex);
     player.reported.drawn = shown;
     player.reported.numbers.push_back(shown->numbers);
@@ -188,31 +208,31 @@ void set_at_end(PlayerThread& player, bool at_end) {
 
 // Runs the frames that are due. Returns when the next one is due.
 Clock::time_point play_on(PlayerThread& player) {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point start = now(player);
     const FrameRange range = played_range(player);
     const int64_t frame = current_frame(*player.play);
     if (frame >= range.last) {
         if (player.orders.loop && range.last > range.first) {
             seek(player, range.first);
-            return now;
+            return start;
         }
         set_at_end(player, true);
-        return now + kIdleWait;
+        return start + kIdleWait;
     }
     const double rate = player.play->run.built.description.frame_rate * player.orders.speed;
     if (!player.paced || player.paced_speed != player.orders.speed) {
         player.paced = true;
         player.paced_speed = player.orders.speed;
-        player.pace_start = now;
+        player.pace_start = start;
         player.pace_frame = frame;
-        player.shown = player.run = {};
+        player.shown = player.run = {start};
     }
-    const double seconds = Seconds(now - player.pace_start).count();
+    const double seconds = Seconds(start - player.pace_start).count();
     const int64_t due = std::min(player.pace_frame + static_cast<int64_t>(seconds * rate), range.last);
-    const Clock::time_point end = now + std::chrono::duration_cast<Clock::duration>(Seconds(kMostLateSeconds));
-    while (current_frame(*player.play) < due && Clock::now() < end) {
-        if (!run_frame(player)) return now;
-        add_to(player.run, Clock::now());
+    const Clock::time_point end = start + std::chrono::duration_cast<Clock::duration>(Seconds(kMostLateSeconds));
+    while (current_frame(*player.play) < due && now(player) < end) {
+        if (!run_frame(player)) return start;
+        add_to(player.run, now(player));
         player.must_draw = true;
     }
     const int64_t late = due - current_frame(*player.play);
@@ -222,14 +242,13 @@ Clock::time_point play_on(PlayerThread& player) {
 }
 
 // Null when newer orders came meanwhile.
-std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const ThumbnailOrder& order,
-                                                     int64_t scene_number) {
+std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const ThumbnailOrder& order) {
     Result<PlayRun> made = make_play_run(*order.scene, player.smoke_plugin, 0);
     if (!made) return made.error();
     while (current_frame(*made) < order.frame) {
         if (const Result<Done> done = run_next_frame(*made); !done) return done.error();
         const std::lock_guard lock(player.mutex);
-        if (player.quit || player.ordered.scene_number != scene_number) return {};
+        if (has_new_orders(player)) return {};
     }
     Result<stage::SceneCanvas> canvas = stage::make_canvas(*order.scene);
     if (!canvas) return canvas.error();
@@ -238,12 +257,23 @@ std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const
     return std::move(drawn->picture);
 }
 
-void work_on_thumbnail(PlayerThread& player, const ThumbnailOrder& order) {
-    auto picture = draw_thumbnail(player, order, player.orders.scene_number);
-    if (!picture) return;
+// False when none is ordered.
+bool work_on_thumbnail(PlayerThread& player) {
+    ThumbnailOrder order;
+    {
+        const std::lock_guard lock(player.mutex);
+        if (player.thumbnails.empty()) return false;
+        order = player.thumbnails.front();
+        player.draws_thumbnail = true;
+    }
+    player.has_worked.notify_one();
+    auto picture = draw_thumbnail(player, order);
     const std::lock_guard lock(player.mutex);
+    player.draws_thumbnail = false;
+    if (!picture) return true;
     player.reported.thumbnails.push_back({order.number, std::move(*picture)});
     std::erase_if(player.thumbnails, [&](const ThumbnailOrder& other) { return other.number == order.number; });
+    return true;
 }
 
 // A scene that differs from the played one is played from the frame that is shown, another seek's frame, or from 0 when
@@ -256,10 +286,10 @@ void follow_orders(PlayerThread& player) {
         player.done_cancel = orders.cancel_number;
         if (player.target && player.play) player.target = std::max<int64_t>(current_frame(*player.play), 0);
     }
-    const bool waiting = player.target && player.play && Clock::now() - player.seek_start < kPatience;
+    const bool waiting = player.target && player.play && now(player) - player.seek_start < kPatience;
     if (new_scene && orders.scene != nullptr && (!waiting || new_seek)) {
         const int64_t shown = player.target ? *player.target : player.play ? current_frame(*player.play) : 0;
-        player.seek_start = Clock::now();
+        player.seek_start = now(player);
         player.done_seek = orders.seek_number;
         build(player, new_seek ? orders.seek_frame : shown);
     } else if (new_seek && player.play && !new_scene) {
@@ -273,30 +303,31 @@ void follow_orders(PlayerThread& player) {
     if (player.play && orders.view != player.drawn_view) player.must_draw = true;
 }
 
+// Takes the newest orders, at `wake` at the latest or, with a stepped clock, at its next step. False: the thread ends.
+bool wait_for_orders(PlayerThread& player, Clock::time_point wake) {
+    std::unique_lock lock(player.mutex);
+    if (player.clock == PlayClock::kReal) {
+        player.changed.wait_until(lock, wake, [&] { return has_new_orders(player); });
+    } else {
+        player.worked_time = player.stepped_time;
+        player.has_worked.notify_one();
+        player.changed.wait(lock, [&] { return player.quit || player.ordered_time != player.worked_time; });
+        player.stepped_time = player.ordered_time;
+    }
+    player.orders = player.ordered;
+    return !player.quit;
+}
+
 void work(PlayerThread& player) {
-    Clock::time_point wake = Clock::now();
-    for (;;) {
-        std::optional<ThumbnailOrder> thumbnail;
-        {
-            std::unique_lock lock(player.mutex);
-            player.changed.wait_until(lock, wake, [&] {
-                return player.quit || player.ordered.scene_number != player.orders.scene_number ||
-                       player.ordered.seek_number != player.orders.seek_number ||
-                       player.ordered.playing != player.orders.playing;
-            });
-            if (player.quit) return;
-            player.orders = player.ordered;
-            if (!player.thumbnails.empty()) thumbnail = player.thumbnails.front();
-        }
+    Clock::time_point wake = now(player);
+    while (wait_for_orders(player, wake)) {
         follow_orders(player);
-        wake = Clock::now();
+        wake = now(player);
         if (player.play && player.target) {
             continue_seek(player);
         } else if (player.play && player.orders.playing) {
             wake = play_on(player);
-        } else if (thumbnail) {
-            work_on_thumbnail(player, *thumbnail);
-        } else {
+        } else if (!work_on_thumbnail(player)) {
             wake += kIdleWait;
         }
         if (player.play && player.must_draw && !player.target) draw(player);
@@ -305,8 +336,9 @@ void work(PlayerThread& player) {
 
 }  // namespace
 
-Player::Player(std::string smoke_plugin) : thread_(std::make_unique<PlayerThread>()) {
+Player::Player(std::string smoke_plugin, PlayClock clock) : thread_(std::make_unique<PlayerThread>()) {
     thread_->smoke_plugin = std::move(smoke_plugin);
+    thread_->clock = clock;
     PlayerThread& player = *thread_;
     thread_->thread = std::thread([&player] {
         work(player);
@@ -343,6 +375,15 @@ PlayReport Player::report() {
     thread_->reported.numbers.clear();
     thread_->reported.thumbnails.clear();
     return report;
+}
+
+void Player::advance(double seconds) {
+    std::unique_lock lock(thread_->mutex);
+    thread_->ordered_time += std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+    thread_->changed.notify_one();
+    thread_->has_worked.wait(lock, [&] {
+        return thread_->worked_time == thread_->ordered_time || (thread_->draws_thumbnail && !has_new_orders(*thread_));
+    });
 }
 
 }  // namespace tovu

@@ -58,13 +58,16 @@ struct PlayReport {
     std::vector<Thumbnail> thumbnails;
 };
 
+/// kStepped: time passes only as `Player::advance` says, so that a run is the same on any machine under any load.
+enum class PlayClock { kReal, kStepped };
+
 struct PlayerThread;
 
 /// Owns the thread; the destructor ends it.
 class Player {
   public:
     /// smoke_plugin: the library for "smoke".
-    explicit Player(std::string smoke_plugin);
+    Player(std::string smoke_plugin, PlayClock clock);
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
     ~Player();
@@ -73,6 +76,8 @@ class Player {
     /// The first one is drawn when there is nothing to play or to seek.
     void order_thumbnails(std::vector<ThumbnailOrder> orders);
     PlayReport report();
+    /// Adds `seconds`, 0 or more, to a stepped clock. Returns once the player has done what the orders want by then.
+    void advance(double seconds);
 
   private:
     std::unique_ptr<PlayerThread> thread_;

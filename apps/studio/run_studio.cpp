@@ -117,6 +117,7 @@ void begin_copies(Session& session) {
 bool show_frame(Session& session) {
     Studio& studio = session.studio;
     const bool open = session.window.begin_frame(patience_of(session), studio.text_size, session.memory.keys_navigate);
+    if (session.script.frame_seconds > 0) session.player.advance(scene_seconds(session.script));
     PlayReport report = session.player.report();
     take_thumbnails(session.gallery, std::move(report.thumbnails));
     follow_player(studio, std::move(report));
@@ -155,9 +156,10 @@ Result<Done> run_studio(const StudioOptions& options) {
     if (!script) return script.error();
     WindowOptions opened{.fullscreen = options.fullscreen};
     if (script->width > 0) opened = {script->width, script->height, options.fullscreen};
+    opened.frame_seconds = script->frame_seconds;
     Result<Window> window = Window::open(opened);
     if (!window) return window.error();
-    Player player(options.smoke_plugin);
+    Player player(options.smoke_plugin, script->frame_seconds > 0 ? PlayClock::kStepped : PlayClock::kReal);
     Session session(*window, player);
     session.studio.fullscreen = options.fullscreen;
     session.studio.scenes_folder = options.scenes_folder;

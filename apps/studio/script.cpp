@@ -22,6 +22,8 @@ using Words = std::vector<std::string>;
 
 constexpr auto kLongestWait = std::chrono::minutes(5);
 constexpr int kDragSteps = 10;
+constexpr double kFrameSeconds = 1.0 / 60.0;
+constexpr int kFramesAfterExport = 20;  // a click then is no double click, however many frames the export took
 constexpr int kJpegQuality = 88;
 
 // Separated by spaces; a word in quotes may have some.
@@ -185,6 +187,10 @@ Error mistake(const Script& script, const Script::Line& line, const std::string&
     return Error{fmt::format("{}:{}: {}", script.file, line.number, message)};
 }
 
+bool waits_for_export(const Script::Line& line) {
+    return line.words == Words{"wait", "export"};
+}
+
 bool picture_is_there(const Studio& studio) {
     const PlayReport& report = studio.report;
     const bool failed = !studio.scene_error.empty() || report.failed_scene == studio.orders.scene_number;
@@ -287,6 +293,9 @@ Result<bool> carry_out_line(Script& script, const Script::Line& line, const Scri
     } else if (words[0] == "wait" && words.at(1) == "picture") {
         if (!picture_is_there(scripted.studio)) return false;
         script.frames_to_wait = 2;
+    } else if (waits_for_export(line)) {
+        if (!scripted.studio.export_state || !scripted.studio.export_state->ended) return false;
+        script.frames_to_wait = kFramesAfterExport;
     } else if (words[0] == "wait" && words.at(1) == "frames") {
         script.frames_to_wait = std::stoi(words.at(2));
     } else if (words[0] == "type") {
@@ -333,6 +342,7 @@ Result<Script> read_script(const std::string& file) {
     Script script;
     script.file = file;
     script.is_running = true;
+    script.frame_seconds = kFrameSeconds;
     script.line_start = Clock::now();
     int number = 0;
     for (std::string text; std::getline(in, text);) {
@@ -342,12 +352,24 @@ Result<Script> read_script(const std::string& file) {
         const size_t space = text.find(' ');
         script.lines.push_back({number, std::move(words), space == std::string::npos ? "" : text.substr(space + 1)});
     }
-    if (!script.lines.empty() && script.lines.front().words[0] == "size" && script.lines.front().words.size() == 3) {
-        script.width = std::atoi(script.lines.front().words[1].c_str());
-        script.height = std::atoi(script.lines.front().words[2].c_str());
-        script.lines.pop_front();
+    for (; !script.lines.empty(); script.lines.pop_front()) {
+        const Words& words = script.lines.front().words;
+        if (words == Words{"time", "real"}) {
+            script.frame_seconds = 0;
+        } else if (words[0] == "size" && words.size() == 3) {
+            script.width = std::atoi(words[1].c_str());
+            script.height = std::atoi(words[2].c_str());
+        } else {
+            break;
+        }
     }
     return script;
+}
+
+double scene_seconds(const Script& script) {
+    const bool idle = script.events.empty() && script.frames_to_wait == 0 && script.screenshot.empty();
+    const bool waits = idle && !script.lines.empty() && waits_for_export(script.lines.front());
+    return waits ? 0 : script.frame_seconds;
 }
 
 Result<Done> continue_script(Script& script, const ScriptedWindow& scripted) {

@@ -16,9 +16,11 @@
 namespace tovu {
 
 /// A line of a script is one of:
-///   size WIDTH HEIGHT       of the window; as the first line, the one that it opens with
+///   time real               before other lines but size: the clock is that of the machine, for measuring
+///   size WIDTH HEIGHT       of the window; before other lines, the one that it opens with
 ///   wait picture            until the newest scene is drawn and no seek is under way
-///   wait frames N           of the window
+///   wait export             until the export has ended; meanwhile no time passes for the scene
+///   wait frames N           of the window, 1/60 s each
 ///   wait TARGET             until it is in the window
 ///   click TARGET [double|right|ctrl]
 ///   drag TARGET DX DY [shift|alt]   pixels, in ten steps
@@ -32,6 +34,8 @@ namespace tovu {
 ///   report                  prints times and counts, or why the scene cannot be played
 /// TARGET is a name that panels mark, in quotes where it has spaces; it means the middle, or with @X,Y behind the name
 /// the place at these shares of width and height, 0 to 1. # begins a comment.
+/// Time passes by 1/60 s in each frame of the window, however long the frame takes: what a script does is the same on
+/// any machine under any load.
 struct Script {
     struct Line {
         int number;
@@ -39,7 +43,8 @@ struct Script {
         std::string rest;  // behind the first word
     };
     std::string file;
-    int width = 0, height = 0;                  // of the first line; 0: not given
+    double frame_seconds = 0;                   // that each frame of the window takes; 0: the time that it took
+    int width = 0, height = 0;                  // to open with; 0: not given
     std::deque<Line> lines;                     // to come
     std::deque<std::vector<SDL_Event>> events;  // to come, for one frame each
     int frames_to_wait = 0;
@@ -49,6 +54,9 @@ struct Script {
 };
 
 stage::Result<Script> read_script(const std::string& file);
+
+/// Seconds that the next frame of the window takes for the scene, when `frame_seconds` is above 0.
+double scene_seconds(const Script& script);
 
 struct ScriptedWindow {
     Window& window;

@@ -28,6 +28,7 @@ struct WindowHandles {
     bool has_backends = false;
     stage::OpenGlDescription opengl;
     float text_pixels = 0;
+    double frame_seconds = 0;
     ImVec2 mouse{-FLT_MAX, -FLT_MAX};
     std::array<bool, 3> mouse_down{};
     std::array<bool, 3> mouse_pressed{};  // since the last frame
@@ -139,6 +140,7 @@ Result<Window> Window::open(const WindowOptions& options) {
     SDL_SetMainReady();
     SDL_SetHint(SDL_HINT_VIDEO_HIGHDPI_DISABLED, "0");
     auto handles = std::make_unique<WindowHandles>();
+    handles->frame_seconds = options.frame_seconds;
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         return Error{fmt::format("no window can be opened: {}; SDL_VIDEODRIVER=offscreen works without a display",
                                  SDL_GetError())};
@@ -176,6 +178,7 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
     }
     ImGui_ImplOpenGL2_NewFrame();
     ImGui_ImplSDL2_NewFrame();
+    if (handles_->frame_seconds > 0) ImGui::GetIO().DeltaTime = static_cast<float>(handles_->frame_seconds);
     place_mouse(*handles_);
     // ImGui sees a release at the next frame: a press is not held, and does not repeat, because that frame comes late.
     ImGui::GetIO().KeyRepeatDelay = std::max(kKeyRepeatDelay, 1.5f * ImGui::GetIO().DeltaTime);

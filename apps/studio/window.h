@@ -16,6 +16,7 @@ struct WindowOptions {
     int width = 1600;  // of the screen's units
     int height = 900;
     bool fullscreen = false;
+    double frame_seconds = 0;  // that ImGui takes each frame for; 0: the time that it took
 };
 
 struct WindowHandles;
