@@ -18,7 +18,7 @@ constexpr const char* kPython = "/usr/bin/python3";
 
 stage::Error run_bake_script(std::vector<std::string> arguments) {
     const std::string script = (stage::shipped_files_folder() / "looks" / "make" / "bake.py").string();
-    // -B: no compiled files beside the scripts.
+    // -B: Python writes no compiled files beside the scripts.
     arguments.insert(arguments.begin(), {kPython, "-B", script});
     std::vector<char*> words;
     for (std::string& argument : arguments) words.push_back(argument.data());

@@ -1,4 +1,4 @@
-// `tovu bake`: wind images, and titles that erode into smoke. A Python script makes them.
+// `tovu bake`: a Python script that makes wind images, and titles that erode into smoke.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace tovu {
 
-/// Replaces this program by the script looks/make/bake.py, with Debian's Python, which has the packages that it needs.
-/// arguments: the script's own. Returns only when Python or the script cannot be started.
+/// Replaces this process by the script looks/make/bake.py, run by Debian's Python, which has the packages that it
+/// needs. arguments: passed to the script. Returns only if the script cannot be started.
 stage::Error run_bake_script(std::vector<std::string> arguments);
 
 }  // namespace tovu

@@ -18,7 +18,7 @@ using stage::Result;
 
 namespace {
 
-constexpr int kQuality = 88;  // of the pictures, 1 to 100
+constexpr int kQuality = 88;  // JPEG quality, 1 to 100
 
 struct DocsFiles {
     std::filesystem::path page;
@@ -36,13 +36,13 @@ std::filesystem::path picture_file(const DocsFiles& files, const ParameterStrip&
     return files.pictures / (strip.notes.name + ".jpg");
 }
 
-// Whether the stored picture was drawn from these sources.
-bool is_drawn(const DocsFiles& files, const std::string& stored_digests, const ParameterStrip& strip) {
+// True if the stored picture was drawn from the current sources.
+bool is_up_to_date(const DocsFiles& files, const std::string& stored_digests, const ParameterStrip& strip) {
     const std::string line = fmt::format("\n{} {:016x}\n", strip.notes.name, strip.digest);
     return stored_digests.find(line) != std::string::npos && std::filesystem::exists(picture_file(files, strip));
 }
 
-// Pictures of parameters that have none any more.
+// Files of pictures that no parameter has any more.
 std::vector<std::filesystem::path> left_over(const DocsFiles& files, const std::vector<ParameterStrip>& strips) {
     std::vector<std::filesystem::path> left;
     for (const auto& entry : std::filesystem::directory_iterator(files.pictures)) {
@@ -60,7 +60,7 @@ Result<Done> check_docs(const DocsFiles& files, const std::string& page, const s
         errors.push_back(fmt::format("{}: is not the page that the notes give: {}", files.page.string(), kFix));
     const std::string stored = stage::read_whole_file(files.digests);
     for (const ParameterStrip& strip : strips)
-        if (!is_drawn(files, stored, strip))
+        if (!is_up_to_date(files, stored, strip))
             errors.push_back(
                 fmt::format("{}: was drawn from other sources: {}", picture_file(files, strip).string(), kFix));
     for (const std::filesystem::path& file : left_over(files, strips))
@@ -88,7 +88,7 @@ Result<Done> make_docs(const DocsOptions& options, const std::function<void(cons
     if (options.check) return check_docs(files, page, *strips);
     const std::string stored = options.changed ? stage::read_whole_file(files.digests) : "";
     for (const ParameterStrip& strip : *strips) {
-        if (is_drawn(files, stored, strip)) continue;
+        if (is_up_to_date(files, stored, strip)) continue;
         const std::filesystem::path file = picture_file(files, strip);
         if (Result<Done> drawn = draw_picture(file, strip, noted->plugin.path); !drawn) return drawn;
         print(file.string());

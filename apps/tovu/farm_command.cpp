@@ -9,7 +9,7 @@
 
 #include "farm_state.h"
 #include "render_plan.h"
-#include "source_row.h"
+#include "source_pictures.h"
 #include "stage/output/frame_names.h"
 #include "stage/output/run_command.h"
 #include "stage/output/whole_file.h"
@@ -24,9 +24,9 @@ using stage::Error;
 using stage::Result;
 using Arguments = std::vector<std::string>;
 
-constexpr int kMaxTries = 4;  // the first one, and three more
+constexpr int kMaxTries = 4;  // submissions of a chunk
 
-// A word of a POSIX shell that stands for any text.
+// Quotes a text as one word of a POSIX shell.
 std::string shell_word(const std::string& text) {
     std::string word = "'";
     for (const char character : text) word += character == '\'' ? std::string("'\\''") : std::string(1, character);
@@ -39,7 +39,7 @@ std::string script_text(const Arguments& command, const std::string& end) {
     return text + end + "\n";
 }
 
-// Slurm replaces %a and the like in the names of logs.
+// Escapes % in the folder, since Slurm replaces patterns such as %a in the names of logs.
 std::string log_name(const fs::path& folder, const std::string& file) {
     std::string name;
     for (const char character : folder.string()) name += character == '%' ? "%%" : std::string(1, character);
@@ -62,7 +62,7 @@ Result<std::string> run_slurm(const Arguments& arguments) {
                     arguments[0])};
 }
 
-// Returns the job's number. `sbatch --parsable` prints it last, with the cluster's name behind a semicolon.
+// Returns the job's number. The last line of `sbatch --parsable` is the number or "number;cluster".
 Result<std::string> submit_job(const FarmState& state, const fs::path& folder, const Arguments& arguments,
                                const std::string& script) {
     Arguments command = {"sbatch", "--parsable", "--no-requeue", "--open-mode=append"};
@@ -76,7 +76,7 @@ Result<std::string> submit_job(const FarmState& state, const fs::path& folder, c
     return last.substr(0, last.find(';'));
 }
 
-// Submits the chunks, and behind them the job that looks at the result.
+// Submits the chunks, and a job that checks the result after they end.
 Result<Done> submit_chunks(FarmState& state, const fs::path& folder, const std::vector<int>& chunks) {
     const Result<std::string> array = submit_job(
         state, folder, {"--array=" + ranges_text(chunks), "--output=" + log_name(folder, "chunk-%a.log")}, "chunk.sh");
@@ -93,7 +93,7 @@ Result<Done> submit_chunks(FarmState& state, const fs::path& folder, const std::
     return finish.error();
 }
 
-// What changes the pixels of a scene, as arguments.
+// The options of a render that change its pixels, as arguments.
 Arguments scene_arguments(const RenderOptions& render) {
     Arguments arguments;
     const auto add = [&arguments](const char* option, const std::string& value) {
@@ -120,7 +120,7 @@ Result<FarmState> plan_farm(const FarmOptions& options, const RenderOptions& ren
     FarmState state;
     state.output = output.name;
     state.frames = output.frames;
-    const int frames = output.frames.last - output.frames.first + 1;
+    const int frames = frame_count(output.frames);
     if (!parse_number(options.chunks, state.chunks) || state.chunks < 1 || state.chunks > frames)
         return Error{fmt::format("--chunks {}: must be a whole number from 1 to {}, the frames to render",
                                  options.chunks, frames)};
@@ -129,15 +129,15 @@ Result<FarmState> plan_farm(const FarmOptions& options, const RenderOptions& ren
     const Arguments common = {"--resume", "--progress", "plain"};
     state.chunk_command = {program, "render"};
     if (output.kind == OutputKind::kNumbered) {
-        state.row = output.name;
+        state.pattern = output.name;
         const auto& given = options.render_arguments;
         std::remove_copy(given.begin(), given.end(), std::back_inserter(state.chunk_command), "--resume");
     } else {
-        state.row = (folder / "frames" / "%06d.png").string();
+        state.pattern = (folder / "frames" / "%06d.png").string();
         const Arguments scene = scene_arguments(render);
-        state.chunk_command.insert(state.chunk_command.end(), {render.scene, "-o", state.row, "--bits", "16"});
+        state.chunk_command.insert(state.chunk_command.end(), {render.scene, "-o", state.pattern, "--bits", "16"});
         state.chunk_command.insert(state.chunk_command.end(), scene.begin(), scene.end());
-        state.video_command = {program, "render", "--from", state.row, "--progress", "none"};
+        state.video_command = {program, "render", "--from", state.pattern, "--progress", "none"};
         state.video_command.insert(state.video_command.end(), options.render_arguments.begin(),
                                    options.render_arguments.end());
     }
@@ -145,7 +145,7 @@ Result<FarmState> plan_farm(const FarmOptions& options, const RenderOptions& ren
     return state;
 }
 
-// Job or task by number, with Slurm's word for its state. Empty when Slurm has forgotten the jobs.
+// Slurm's state of each job or task, by its number. Empty if Slurm no longer knows the jobs.
 std::map<std::string, std::string> job_states(const std::string& jobs) {
     std::map<std::string, std::string> states;
     const Result<std::string> text =
@@ -157,7 +157,7 @@ std::map<std::string, std::string> job_states(const std::string& jobs) {
 }
 
 std::map<std::string, std::string> job_states(const FarmState& state) {
-    // Asked one by one: for a list with one forgotten job squeue prints nothing.
+    // One query for each job, since squeue prints nothing for a list that contains an unknown job.
     std::map<std::string, std::string> states = job_states(state.chunk_job);
     states.merge(job_states(state.finish_job));
     return states;
@@ -181,21 +181,19 @@ Result<Done> make_folder(const fs::path& folder, const FarmState& state) {
                                    script_text({state.chunk_command[0], "farm", "--finish", folder.string()}, ""));
 }
 
-// The chunks that have one of these frames.
+// The chunks that contain any of these frames.
 std::vector<int> chunks_of(const FarmState& state, const std::vector<int>& frames) {
     std::vector<int> chunks;
     for (int chunk = 1; chunk <= state.chunks; ++chunk) {
         const FrameRange range = chunk_frames(state, chunk);
-        if (std::ranges::any_of(frames, [&](int frame) { return frame >= range.first && frame <= range.last; }))
-            chunks.push_back(chunk);
+        if (std::ranges::any_of(frames, [&](int frame) { return contains(range, frame); })) chunks.push_back(chunk);
     }
     return chunks;
 }
 
-std::vector<int> frames_to_do(const FarmState& state) {
-    if (Result<std::vector<int>> missing = missing_frames(state.row, state.frames.first, state.frames.last); missing)
-        return *missing;
-    std::vector<int> all;  // without a manifest no chunk has begun
+std::vector<int> frames_to_render(const FarmState& state) {
+    if (Result<std::vector<int>> missing = missing_frames(state.pattern, state.frames); missing) return *missing;
+    std::vector<int> all;  // no chunk has written a manifest
     for (int frame = state.frames.first; frame <= state.frames.last; ++frame) all.push_back(frame);
     return all;
 }
@@ -216,7 +214,7 @@ Result<Done> start_farm(const FarmOptions& options, const RenderOptions& render,
     if (is_running(*folder))
         return Error{fmt::format("-o {}: a farm is rendering it; wait for its end or take it back with --cancel",
                                  state->output)};
-    if (!render.resume && stage::read_manifest(state->row) && state->video_command.empty())
+    if (!render.resume && stage::read_manifest(state->pattern) && state->video_command.empty())
         return Error{fmt::format(
             "-o {}: these pictures are there already; go on with them with --resume, or remove them", state->output)};
     std::error_code ignored;
@@ -237,7 +235,7 @@ Result<Done> start_farm(const FarmOptions& options, const RenderOptions& render,
 Result<Done> finish_farm(const std::string& folder, const FarmPrint& print) {
     Result<FarmState> state = read_farm(folder);
     if (!state) return state.error();
-    const std::vector<int> frames = frames_to_do(*state);
+    const std::vector<int> frames = frames_to_render(*state);
     const std::vector<int> chunks = chunks_of(*state, frames);
     if (!chunks.empty() && state->tries < kMaxTries) {
         print(fmt::format("chunks {} are not whole (frames {}); they are submitted again", ranges_text(chunks),
@@ -270,10 +268,10 @@ Result<Done> show_farm(const std::string& output, const FarmPrint& print) {
         return found == states.end() ? std::string("not in the queue") : found->second;
     };
     print(fmt::format("{}: try {} of {}", state->output, state->tries, kMaxTries));
-    const Result<stage::NumberedFiles> files = stage::existing_frames(state->row);
+    const Result<stage::NumberedFiles> files = stage::existing_frames(state->pattern);
     for (int chunk = 1; chunk <= state->chunks; ++chunk) {
         const FrameRange range = chunk_frames(*state, chunk);
-        const int frames = range.last - range.first + 1;
+        const int frames = frame_count(range);
         const auto pictures =
             files ? std::distance(files->lower_bound(range.first), files->upper_bound(range.last)) : 0;
         print(fmt::format("chunk {}/{}, frames {}-{}: {} of {} pictures, {}", chunk, state->chunks, range.first,
@@ -289,7 +287,7 @@ Result<Done> show_farm(const std::string& output, const FarmPrint& print) {
 Result<Done> cancel_farm(const std::string& output, const FarmPrint& print) {
     const Result<FarmState> state = farm_of(output);
     if (!state) return state.error();
-    // First the job that would submit chunks again.
+    // The finish job first, since it would submit chunks again.
     for (const std::string& job : {state->finish_job, state->chunk_job})
         if (const Result<std::string> done = run_slurm({"scancel", job}); !done) return done.error();
     print(fmt::format("{}: jobs {} and {} are taken back", state->output, state->chunk_job, state->finish_job));

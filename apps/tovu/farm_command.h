@@ -19,19 +19,19 @@ struct FarmOptions {
 /// A line for standard output, without its newline.
 using FarmPrint = std::function<void(const std::string& line)>;
 
-/// Submits a job array that renders the chunks as 16-bit pictures into the folder OUTPUT.farm, and a job behind it that
-/// makes the video. render: the options of the one output, as parsed from render_arguments; everything in them is
-/// checked first. Chunks that are not whole when the array has ended are submitted again, at most three times. A row
-/// of numbered pictures is rendered in place.
+/// Submits a job array that renders the chunks as 16-bit pictures into the folder OUTPUT.farm, and a finish job that
+/// makes the video afterwards. Numbered pictures are rendered in place. Incomplete chunks are submitted again when the
+/// array has ended, at most three times.
+/// render: the options of the one output, parsed from render_arguments; they are checked before anything is submitted.
 stage::Result<stage::Done> start_farm(const FarmOptions& options, const RenderOptions& render, const FarmPrint& print);
 
-/// The job behind the chunks. folder: OUTPUT.farm. The error names the chunks that are not whole after the last try.
+/// The work of the finish job. folder: OUTPUT.farm. The error names the chunks that are incomplete after the last try.
 stage::Result<stage::Done> finish_farm(const std::string& folder, const FarmPrint& print);
 
-/// How far the chunks are, and the state of their jobs.
+/// Prints the progress of the chunks and the state of their jobs.
 stage::Result<stage::Done> show_farm(const std::string& output, const FarmPrint& print);
 
-/// Takes the jobs back. Pictures stay.
+/// Cancels the jobs. Pictures stay.
 stage::Result<stage::Done> cancel_farm(const std::string& output, const FarmPrint& print);
 
 }  // namespace tovu

@@ -30,7 +30,7 @@ Result<FarmState> read_farm(const std::filesystem::path& folder) {
         const Json json = Json::parse(text);
         FarmState state;
         json.at("output").get_to(state.output);
-        json.at("row").get_to(state.row);
+        json.at("row").get_to(state.pattern);
         json.at("first").get_to(state.frames.first);
         json.at("last").get_to(state.frames.last);
         json.at("chunks").get_to(state.chunks);
@@ -49,7 +49,7 @@ Result<FarmState> read_farm(const std::filesystem::path& folder) {
 
 Result<stage::Done> write_farm(const std::filesystem::path& folder, const FarmState& state) {
     const Json json = {{"output", state.output},
-                       {"row", state.row},
+                       {"row", state.pattern},
                        {"first", state.frames.first},
                        {"last", state.frames.last},
                        {"chunks", state.chunks},

@@ -1,4 +1,4 @@
-// What is known about a render on a farm, in the file farm.json of its folder.
+// The state of a render on a farm, stored as farm.json in its folder.
 #pragma once
 
 #include <filesystem>
@@ -11,15 +11,15 @@
 namespace tovu {
 
 struct FarmState {
-    std::string output;  // as given with -o
-    std::string row;     // pattern of the pictures that chunks render
-    FrameRange frames;   // of all chunks
+    std::string output;   // as given with -o
+    std::string pattern;  // of the pictures that chunks render
+    FrameRange frames;    // of all chunks
     int chunks = 1;
-    int tries = 0;                               // how often chunks were submitted
-    std::vector<std::string> chunk_command;      // renders a chunk, but for --chunk
-    std::vector<std::string> video_command;      // empty when the output is the row
+    int tries = 0;                               // number of submissions
+    std::vector<std::string> chunk_command;      // renders a chunk; --chunk is added
+    std::vector<std::string> video_command;      // empty if the output is numbered pictures
     std::vector<std::string> cluster_arguments;  // for sbatch
-    std::string chunk_job;                       // numbers of the jobs
+    std::string chunk_job;                       // job numbers
     std::string finish_job;
     bool finished = false;
 };
@@ -30,7 +30,7 @@ stage::Result<std::filesystem::path> farm_folder(const std::string& output);
 stage::Result<FarmState> read_farm(const std::filesystem::path& folder);
 stage::Result<stage::Done> write_farm(const std::filesystem::path& folder, const FarmState& state);
 
-/// The frames of chunk 1 to state.chunks.
+/// The frames of a chunk, counted from 1.
 FrameRange chunk_frames(const FarmState& state, int chunk);
 
 }  // namespace tovu

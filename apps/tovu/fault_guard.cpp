@@ -40,9 +40,9 @@ pid_t the_guarded_process;
 std::terminate_handler the_terminate_handler_before;
 timer_t the_timer;
 double the_timeout_seconds;
-std::atomic<int> the_ticks_allowed;  // timer ticks that one call may last
+std::atomic<int> the_ticks_allowed;  // longest duration of a call, in timer ticks
 
-// A line for standard error, built without heap allocation. Text that does not fit is truncated.
+// A line for standard error, built without heap allocation. Longer text is truncated.
 struct Line {
     char text[4096];
     size_t length = 0;
@@ -92,7 +92,7 @@ Line begin_line() {
     end_process(line, 2);
 }
 
-// True in a process that a plug-in forked. It inherits the handlers, but the output belongs to its parent.
+// True in a process that a plug-in forked. Such a process inherits the handlers, but the output belongs to its parent.
 bool is_forked() {
     return getpid() != the_guarded_process;
 }
@@ -105,7 +105,8 @@ void on_crash(int received, siginfo_t* info, void*) {
     const CrashSignal* crash = the_crash_signals;
     while (crash->number != received) ++crash;
     if (const PluginCode* code = guarded_code()) end_by_fault(*code, " crashed: ", crash->words);
-    // On return a faulty instruction runs again and raises the signal. A signal that kill or raise sent is raised here.
+    // After the return, a faulty instruction runs again and raises the signal again. A signal from kill or raise must
+    // be raised again here.
     sigaction(received, &crash->before, nullptr);
     if (info->si_code <= 0) raise(received);
 }

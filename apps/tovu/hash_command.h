@@ -17,8 +17,8 @@ struct HashOptions {
     std::string plugin;               // library of the plug-in "smoke"
 };
 
-/// Runs the scenes without OpenGL. print: called with "NAME FRAME DIGEST" (the scene file's name without its ending, 16
-/// hexadecimal digits) for the frames of the range whose number is divisible by `every`, as they are run.
+/// Runs the scenes without OpenGL. print: called with "NAME FRAME DIGEST" for each frame of the range whose number is
+/// divisible by `every`. NAME is the scene file's name without its ending; DIGEST has 16 hexadecimal digits.
 stage::Result<stage::Done> hash_scenes(const HashOptions& options,
                                        const std::function<void(const std::string& line)>& print);
 

@@ -24,7 +24,7 @@ Result<SceneDescription> scene_of_look(const std::filesystem::path& file) {
     return stage::read_scene(scene, file);
 }
 
-// A file with layers is a look, any other file a scene; a name without a file is that of a look.
+// A file with layers is a look, any other file is a scene. If there is no such file, `name` is the name of a look.
 Result<SceneDescription> load(const std::string& name) {
     std::error_code ignored;
     if (std::filesystem::exists(name, ignored)) {

@@ -1,4 +1,4 @@
-// `tovu lint`: explains what would surprise in a scene or a look.
+// `tovu lint`: explains settings of a scene or a look that have a surprising result.
 #pragma once
 
 #include <string>
@@ -13,9 +13,8 @@ struct LintOptions {
     std::string plugin;  // library of the plug-in "smoke"
 };
 
-/// A line for each surprise, the warnings of a render included; none for a scene without any. A look is taken as it
-/// stands, alone in a scene of its own frame rate that runs for a minute.
-/// The error is that of the scene or look, a line for each mistake.
+/// A line for each surprise, including the warnings of a render. A look is checked alone, in a scene of its own frame
+/// rate that runs for a minute. The error has a line for each mistake in the scene or look.
 stage::Result<std::vector<std::string>> lint_file(const LintOptions& options);
 
 }  // namespace tovu

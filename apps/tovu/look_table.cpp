@@ -27,7 +27,7 @@ std::string key_text(std::string_view key) {
     return is_bare ? std::string(key) : text_of(toml::value<std::string>(std::string(key)));
 }
 
-// A value on one line.
+// The value as TOML on one line.
 std::string text_of(const toml::node& node) {
     std::string text;
     if (const toml::table* table = node.as_table()) {
@@ -46,7 +46,7 @@ std::string text_of(const toml::node& node) {
     return stream.str();
 }
 
-// A float as short as it can be; a whole one without a fraction.
+// Stores the shortest text of a float; a whole number without a fraction.
 void put_number(toml::table& table, std::string_view key, double number) {
     const double rounded = std::stod(fmt::format("{:.6g}", number));
     if (rounded == static_cast<double>(static_cast<int64_t>(rounded)))
@@ -77,7 +77,7 @@ toml::array* layers_of(toml::table& look) {
     return look["layer"].as_array();
 }
 
-// The container's table by its name, in an array of containers or nested in one of them.
+// Finds a container's table by its name, also in nested containers; null if there is none.
 const toml::table* find_container_table(const toml::array* containers, const std::string& name) {
     if (containers == nullptr) return nullptr;
     for (const toml::node& node : *containers) {
@@ -89,7 +89,7 @@ const toml::table* find_container_table(const toml::array* containers, const std
     return nullptr;
 }
 
-// Keys of `over` replace those of `table`; parameters one by one.
+// Replaces the keys of `table` by those of `over`; parameters are replaced one by one.
 void merge(toml::table& table, const toml::table& over) {
     for (const auto& [key, node] : over) {
         toml::table* parameters = key.str() == "parameters" ? table["parameters"].as_table() : nullptr;
@@ -129,7 +129,7 @@ void leave_out_defaults(toml::table& layer, const stage::Plugin& smoke) {
     }
 }
 
-// Adds the scene's images that the container names. Error: the container's look has another image of that name.
+// Adds the scene's images that the container uses. Error: the container's look has another image of that name.
 Result<Done> add_images(toml::table& look, const toml::table& scene, const toml::table& container) {
     const toml::table* images = scene["images"].as_table();
     if (images == nullptr) return Done{};
@@ -149,9 +149,9 @@ Result<Done> add_images(toml::table& look, const toml::table& scene, const toml:
     return Done{};
 }
 
-// What layers take over from the containers that theirs is nested in: a look's layers stand side by side.
+// Values that a nested container inherits. Layers of a look are not nested, so each layer stores them.
 struct Nesting {
-    int depth = 0;  // 0 for the container that is saved, whose place is no part of the look
+    int depth = 0;  // 0 for the saved container, whose place is not part of the look
     std::array<double, 3> position{};
     double opacity = 1.0;
 };
@@ -175,8 +175,8 @@ toml::table layer_of(const toml::table& container, const Nesting& nesting) {
     return layer;
 }
 
-// Appends the container and those nested in it as layers. Error: one of them has a look, which is no layer, or turns or
-// scales those nested in it.
+// Appends the container and its nested containers as layers. Errors: one of them has a look of its own, or rotates or
+// scales its nested containers.
 Result<Done> add_layers(const toml::table& container, const Nesting& nesting, toml::array& layers) {
     const std::string name = text_of(*container.get("name"));
     if (container.contains("look")) return Error{fmt::format("{} has a look of its own: save it alone", name)};
@@ -196,7 +196,7 @@ Result<Done> add_layers(const toml::table& container, const Nesting& nesting, to
     return Done{};
 }
 
-// Error: a layer names a container of the scene that is no layer.
+// Error: a layer names a container of the scene that is not a layer.
 Result<Done> check_names(const toml::array& layers, const stage::SceneDescription& scene, const stage::Plugin& smoke) {
     const auto is_layer = [&layers](const std::string& name) {
         return std::any_of(layers.begin(), layers.end(), [&name](const toml::node& node) {
@@ -224,7 +224,7 @@ Result<Done> check_names(const toml::array& layers, const stage::SceneDescriptio
     return Done{};
 }
 
-// The look that the container takes, at the scene's rate, with the container's changes.
+// The look that the container uses, at the scene's rate, with the container's changes.
 Result<toml::table> changed_look(const toml::table& container, const stage::SceneDescription& scene,
                                  const std::filesystem::path& folder, const stage::Plugin& smoke,
                                  std::vector<std::string>& warnings) {
@@ -244,7 +244,7 @@ Result<toml::table> changed_look(const toml::table& container, const stage::Scen
     return look;
 }
 
-// Sequences that have no rate of their own keep the look's old one.
+// Stores the old rate in image sequences without a rate, so that they play at the same speed as before.
 void keep_image_rates(toml::table& look, double frame_rate) {
     toml::table* images = look["images"].as_table();
     if (images == nullptr) return;
@@ -368,7 +368,7 @@ std::string look_text(const toml::table& look, const stage::Plugin& smoke) {
             if (const toml::node* value = parameters->get(parameter.name))
                 text += fmt::format("{} = {}\n", parameter.name, text_of(*value));
         }
-        for (const auto& [key, value] : *parameters) {  // of a layer with another plug-in
+        for (const auto& [key, value] : *parameters) {  // for layers with another plug-in
             if (stage::find_parameter(smoke, key.str()) == nullptr)
                 text += fmt::format("{} = {}\n", key_text(key.str()), text_of(value));
         }

@@ -1,5 +1,4 @@
-// Look files as TOML tables, to be made, changed and written. Keys are not interpreted beyond what is needed, so that
-// every key of a container survives.
+// Look files as TOML tables, for creating, changing and writing them. Unknown keys of a container stay unchanged.
 #pragma once
 
 #include <toml++/toml.h>
@@ -14,25 +13,25 @@
 
 namespace tovu {
 
-/// The table of a file that has been read without an error before.
+/// The table of a file that was read without an error before.
 toml::table parsed_file(const std::filesystem::path& file);
 
-/// Replaces the file names in images and shapes, which are relative to `from`, by such that are relative to `to`.
+/// Converts the file names of images and shapes from paths relative to `from` to paths relative to `to`.
 void move_files(toml::table& look, const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// Gives the look's layers the values for another frame rate. file: where the look was read; it must be right. Appends
-/// to `warnings` what could not be converted.
+/// Converts the values of the look's layers to another frame rate. file: the file that the look was read from. Appends
+/// to `warnings` a line for each value that could not be converted.
 stage::Result<stage::Done> retime_look(toml::table& look, const std::filesystem::path& file, double frame_rate,
                                        const stage::Plugin& smoke, std::vector<std::string>& warnings);
 
-/// A look made of the container of a scene that has been read from `table`: the container itself, those nested in it,
-/// and the layers of its look with what the scene changes. Parameters that equal their default are left out. File names
-/// stay relative to the scene's folder. The error says why nothing can be made of the container.
+/// A look made from a container of the scene that was read from `table`: the container, its nested containers, and the
+/// layers of its look with the scene's changes. Parameters that equal their default are left out. File names stay
+/// relative to the scene's folder. The error says why the container cannot become a look.
 stage::Result<toml::table> look_of_container(const stage::SceneDescription& scene, const toml::table& table,
                                              const std::string& container, const stage::Plugin& smoke,
                                              std::vector<std::string>& warnings);
 
-/// The text of a look file: parameters in the order of their registration.
+/// The text of a look file, with the parameters in the order of their registration.
 std::string look_text(const toml::table& look, const stage::Plugin& smoke);
 
 /// Every value by its dotted name: "purpose", "images.rise.file", "wisps.texture", "wisps.birth_rate".

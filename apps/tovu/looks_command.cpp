@@ -22,7 +22,7 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-// The smoke's registration: defaults and the order of parameters.
+// Loads the smoke for the defaults and the order of its parameters.
 Result<const stage::Plugin*> load_smoke() {
     const stage::StagePtr stage = stage::make_stage({});
     const Result<stage::PluginId> loaded = stage::load_plugin(*stage, smoke_plugin_file());
@@ -30,7 +30,7 @@ Result<const stage::Plugin*> load_smoke() {
     return &stage::plugin(*loaded);
 }
 
-// A file that exists, else what a scene in the current folder would find by this name.
+// An existing file, or the look that a scene in the current folder would find by this name.
 Result<std::filesystem::path> look_file_of(const std::string& name) {
     std::error_code ignored;
     if (std::filesystem::is_regular_file(name, ignored)) return std::filesystem::path(name);

@@ -19,14 +19,15 @@ struct LooksOptions {
 /// Prints a line of text.
 using PrintLine = std::function<void(const std::string& line)>;
 
-/// A line for each look that comes along and each in the folder looks/ of the current folder: its name and purpose.
+/// Prints the name and purpose of each installed look and of each look in the folder looks/ of the current folder.
 stage::Result<stage::Done> list_looks(const PrintLine& print);
 
-/// Writes a look of a scene's container to options.output, or to looks/CONTAINER.toml beside the scene, which must not
-/// exist yet. Prints the file's name. warn: what could not be converted.
+/// Writes a scene's container as a look to options.output, or to looks/CONTAINER.toml beside the scene, which must not
+/// exist yet. Prints the file's name. warn: called for each value that could not be converted.
 stage::Result<stage::Done> save_look(const LooksOptions& options, const PrintLine& print, const PrintLine& warn);
 
-/// Prints what differs: "layer.parameter: A -> B". A parameter that a look leaves out has its default.
+/// Prints a line such as "layer.parameter: A -> B" for each difference. A parameter that a look leaves out has its
+/// default.
 stage::Result<stage::Done> diff_looks(const LooksOptions& options, const PrintLine& print);
 
 /// Writes the look converted to a frame rate to options.output, or prints it.

@@ -28,10 +28,10 @@
 
 namespace {
 
-constexpr int kDifference = 1;  // or a surprise
+constexpr int kDifference = 1;  // also for a failed check or a surprise
 constexpr int kMistake = 2;
 
-// Prints each line of the message behind the program's name.
+// Prints each line of the message with the prefix "tovu: ".
 int fail(const std::string& message) {
     size_t start = 0;
     while (start <= message.size()) {
@@ -46,7 +46,7 @@ void print_warning(const std::string& message) {
     std::fprintf(stderr, "warning: %s\n", message.c_str());
 }
 
-// {"warning": "no light"} on a line of its own.
+// Prints a line such as {"warning":"no light"}.
 void print_json(const char* kind, const std::string& message) {
     const nlohmann::json json = {{kind, message}};
     std::fprintf(stderr, "%s\n", json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
@@ -67,15 +67,15 @@ int run_hash(const tovu::HashOptions& options) {
     return done ? 0 : fail(done.error().message);
 }
 
-// What a render tells of itself.
-struct RenderTalk {
-    std::string progress;  // as progress_style takes it
+// What a render prints.
+struct RenderMessages {
+    std::string progress;  // name of a progress style
     bool report = false;
 };
 
-int run_render(const tovu::RenderOptions& options, const RenderTalk& talk) {
+int run_render(const tovu::RenderOptions& options, const RenderMessages& messages) {
     std::signal(SIGCHLD, SIG_DFL);  // while it is ignored, the exit status of ffmpeg is lost
-    const stage::Result<stage::ProgressStyle> style = stage::progress_style(talk.progress, stderr);
+    const stage::Result<stage::ProgressStyle> style = stage::progress_style(messages.progress, stderr);
     if (!style) return fail(style.error().message);
     const bool as_json = *style == stage::ProgressStyle::kJson;
     const auto warn = [as_json](const std::string& message) {
@@ -95,7 +95,7 @@ int run_render(const tovu::RenderOptions& options, const RenderTalk& talk) {
     if (!report) return fail(report.error().message);
     for (const std::string& complaint : report->complaints) warn(complaint);
     for (const std::string& written : report->written) std::printf("%s\n", written.c_str());
-    if (talk.report) std::fputs(tovu::times_text(report->times).c_str(), stdout);
+    if (messages.report) std::fputs(tovu::times_text(report->times).c_str(), stdout);
     return 0;
 }
 
@@ -198,7 +198,7 @@ void add_params(CLI::App& app, tovu::ParamsOptions& options) {
     command->add_flag("--json", options.json, "JSON instead of a table");
 }
 
-void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
+void add_render(CLI::App& app, tovu::RenderOptions& options, RenderMessages& messages) {
     CLI::App* command = app.add_subcommand("render", "Render a scene file");
     command->add_option("scene", options.scene, "Scene file")->required();
     command
@@ -233,16 +233,16 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderTalk& talk) {
     command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
     command->add_option("--trace", options.trace,
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
-    command->add_flag("--report", talk.report, "Print where the time went");
+    command->add_flag("--report", messages.report, "Print where the time went");
     command->add_option(
-        "--progress", talk.progress,
+        "--progress", messages.progress,
         "line, plain, json (lines of JSON; also for warnings and errors) or none; line on a terminal, else plain");
 }
 
 struct FarmCommand {
     tovu::FarmOptions options;
     std::string output;
-    std::string finish;  // folder
+    std::string finish;  // folder of the farm
     bool status = false;
     bool cancel = false;
 };
@@ -263,7 +263,7 @@ void add_farm(CLI::App& app, FarmCommand& farm) {
     command->allow_extras();
 }
 
-// Also parses the options of `render` among the farm's.
+// Parses the options that `farm` passes on to `render`. others: all arguments that are not options of `farm`.
 int run_farm(FarmCommand& farm, const std::vector<std::string>& others) {
     const auto print = [](const std::string& line) {
         std::puts(line.c_str());
@@ -278,8 +278,8 @@ int run_farm(FarmCommand& farm, const std::vector<std::string>& others) {
     farm.options.render_arguments.insert(farm.options.render_arguments.end(), {"-o", farm.output});
     CLI::App app("", "tovu");
     tovu::RenderOptions render;
-    RenderTalk talk;
-    add_render(app, render, talk);
+    RenderMessages messages;
+    add_render(app, render, messages);
     std::vector<std::string> arguments(farm.options.render_arguments.rbegin(), farm.options.render_arguments.rend());
     arguments.push_back("render");
     try {
@@ -346,7 +346,7 @@ int run(int argc, char** argv) {
     tovu::ParamsOptions params;
     tovu::RecordOptions record;
     tovu::RenderOptions render;
-    RenderTalk talk;
+    RenderMessages messages;
     tovu::ReplayOptions replay;
     tovu::TraceOptions trace;
     tovu::ValidateOptions validate;
@@ -359,7 +359,7 @@ int run(int argc, char** argv) {
     add_looks(app, looks);
     add_params(app, params);
     add_record(app, record);
-    add_render(app, render, talk);
+    add_render(app, render, messages);
     add_replay(app, replay);
     add_trace(app, trace);
     add_validate(app, validate);
@@ -385,7 +385,7 @@ int run(int argc, char** argv) {
     if (app.got_subcommand("record")) return run_record(record);
     if (app.got_subcommand("replay")) return run_replay(replay);
     if (app.got_subcommand("params")) return run_params(params);
-    if (app.got_subcommand("render")) return run_render(render, talk);
+    if (app.got_subcommand("render")) return run_render(render, messages);
     if (app.got_subcommand("trace")) return run_trace(trace);
     if (app.got_subcommand("validate")) return run_validate(validate);
     std::fputs(app.help().c_str(), stdout);

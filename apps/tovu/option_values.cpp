@@ -30,7 +30,7 @@ stage::Result<FrameRange> parse_frames(const std::string& text, const stage::Sce
 
 stage::Result<FrameRange> parse_chunk(const std::string& text, const FrameRange& frames) {
     if (text.empty()) return frames;
-    const int64_t count = int64_t{frames.last} - frames.first + 1;
+    const int64_t count = frame_count(frames);
     const size_t slash = text.find('/');
     int chunk = 0;
     int chunks = 0;

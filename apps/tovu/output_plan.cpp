@@ -10,7 +10,7 @@
 #include "stage/file_ending.h"
 #include "stage/frame_rate.h"
 #include "stage/output/frame_names.h"
-#include "stage/output/picture_row.h"
+#include "stage/output/picture_sequence.h"
 #include "stage/output/video_file.h"
 #include "stage/scenefile/timeline.h"
 
@@ -56,7 +56,7 @@ Result<FrameRange> parse_moment(const std::string& text, const stage::SceneDescr
     return FrameRange{frame, frame};
 }
 
-// What already has the names of the pictures.
+// Errors: a folder has the name of a picture; a picture would replace a file that the scene reads.
 Result<Done> check_existing_frames(const OutputPlan& output, const stage::SceneDescription& scene) {
     for (int frame = output.frames.first; frame <= output.frames.last; ++frame) {
         const std::filesystem::path file = *stage::frame_name(output.name, frame);
@@ -89,7 +89,7 @@ Result<Done> check_name(const OutputPlan& output, const stage::SceneDescription&
                                                 : check_output(output.option, output.name, scene);
 }
 
-// All names are right. With numbered pictures, their manifest counts too.
+// The files that an output writes, including the manifest of numbered pictures. The names were checked before.
 std::vector<std::filesystem::path> files_of(const OutputPlan& output) {
     if (output.kind != OutputKind::kNumbered) return {output.name};
     std::vector<std::filesystem::path> files = {*stage::manifest_name(output.name)};
@@ -126,7 +126,7 @@ Result<Done> take_bits(const std::string& text, std::vector<OutputPlan>& outputs
     return Done{};
 }
 
-// The single pictures become sheets.
+// Turns single .png pictures into sheets.
 Result<Done> take_sheet(const std::string& text, std::vector<OutputPlan>& outputs) {
     if (text.empty()) return Done{};
     constexpr int32_t kMost = 100;
@@ -171,7 +171,7 @@ Result<Done> take_codec(const std::string& text, std::vector<OutputPlan>& output
     return Done{};
 }
 
-// The key is one more output, with the same pictures as the fill.
+// Adds the key as a second video, made from the same pictures as the fill.
 Result<Done> take_key(const std::string& name, const stage::SceneDescription& scene, std::vector<OutputPlan>& outputs) {
     if (name.empty()) return Done{};
     if (outputs.size() != 1) return Error{fmt::format("--key {}: needs exactly one -o, the fill", name)};
@@ -180,8 +180,8 @@ Result<Done> take_key(const std::string& name, const stage::SceneDescription& sc
     for (const OutputPlan* output : {&outputs[0], &*key})
         if (output->kind != OutputKind::kVideo)
             return Error{
-                fmt::format("{} {}: a fill and its key must be .mp4 or .mov files; pictures have their alpha "
-                            "with them",
+                fmt::format("{} {}: a fill and its key must be .mp4 or .mov files; pictures contain their "
+                            "alpha",
                             output->option, output->name)};
     outputs[0].video.part = stage::VideoPart::kFill;
     outputs[0].video.premultiplied = true;
@@ -190,7 +190,7 @@ Result<Done> take_key(const std::string& name, const stage::SceneDescription& sc
     return Done{};
 }
 
-// Videos that cannot have what was chosen say so themselves.
+// Whether a video format supports premultiplied alpha is checked when the video is created.
 Result<Done> take_alpha(const std::string& text, std::vector<OutputPlan>& outputs) {
     if (text.empty()) return Done{};
     const bool premultiplied = text == "premultiplied";
@@ -201,15 +201,15 @@ Result<Done> take_alpha(const std::string& text, std::vector<OutputPlan>& output
             return Error{fmt::format("--alpha {}: alpha in .png files is straight, in .exr files premultiplied", text)};
         if (output.video.part == stage::VideoPart::kPicture && output.kind == OutputKind::kVideo &&
             stage::video_alpha(output.name) == stage::VideoAlpha::kNone)
-            return Error{fmt::format("--alpha {}: {} has no alpha; .mov files have, and --key writes it beside", text,
-                                     output.name)};
+            return Error{fmt::format("--alpha {}: {} has no alpha; use .mov, or write the alpha as a video with --key",
+                                     text, output.name)};
         if (output.video.part != stage::VideoPart::kKey) output.video.premultiplied = premultiplied;
     }
     return Done{};
 }
 
-// The frames of a sheet's cells, evenly from the first to the last.
-Result<Done> spread(OutputPlan& output) {
+// Chooses the frames of a sheet, evenly from the first to the last.
+Result<Done> choose_sheet_frames(OutputPlan& output) {
     if (output.kind != OutputKind::kSheet) return Done{};
     const int cells = output.cells[0] * output.cells[1];
     const int steps = output.frames.last - output.frames.first;
@@ -221,8 +221,8 @@ Result<Done> spread(OutputPlan& output) {
     return Done{};
 }
 
-Result<Done> check_fields(const OutputPlan& output) {
-    const int pictures = output.frames.last - output.frames.first + 1;
+Result<Done> check_field_count(const OutputPlan& output) {
+    const int pictures = frame_count(output.frames);
     if (output.kind != OutputKind::kVideo || output.video.fields == stage::VideoFields::kNone || pictures % 2 == 0)
         return Done{};
     return Error{fmt::format("{} {}: interlaced frames are two pictures each, but there are {}; give --frames A-B",
@@ -250,13 +250,13 @@ Result<Done> take_frames(const RenderOptions& options, const stage::SceneDescrip
                 fmt::format("-o {}: one picture needs --at SECONDS; numbered pictures need a name such as "
                             "frames/%04d.png",
                             output.name)};
-        if (Result<Done> done = spread(output); !done) return done;
-        if (Result<Done> done = check_fields(output); !done) return done;
+        if (Result<Done> done = choose_sheet_frames(output); !done) return done;
+        if (Result<Done> done = check_field_count(output); !done) return done;
     }
     return Done{};
 }
 
-// Only numbered pictures can be made in parts, and only videos from such pictures.
+// --resume and --chunk are for numbered pictures only, --from for videos only.
 Result<Done> check_parts(const RenderOptions& options, const std::vector<OutputPlan>& outputs) {
     const char* option = options.resume ? "--resume" : options.chunk.empty() ? nullptr : "--chunk";
     for (const OutputPlan& output : outputs) {

@@ -17,16 +17,17 @@ struct NotedPlugin {
     stage::PluginNotes notes;
 };
 
-/// Loads a plug-in, named as in a scene; empty means the smoke. Errors: no such library, its notes are wrong.
+/// Loads a plug-in, named as in a scene; empty means the smoke. Errors: the library does not exist; its notes are
+/// wrong.
 stage::Result<NotedPlugin> load_noted_plugin(stage::Stage& host, const std::string& name);
 
 struct ParameterGroup {
-    std::string name;  // empty for the parameters that have none
+    std::string name;  // empty for parameters without a group
     std::vector<const stage::ParameterInfo*> parameters;
 };
 
-/// The groups in the order of the notes, those without parameters left out; parameters in the order of the
-/// notes, at the end those without notes.
+/// The groups that have parameters, in the order of the notes. Parameters are in the order of the notes too; those
+/// without notes come last.
 std::vector<ParameterGroup> grouped_parameters(const NotedPlugin& noted);
 
 /// "30", "true", "\"Cube\""
@@ -35,7 +36,7 @@ std::string value_text(const stage::ParameterValue& value);
 /// "0 to 25000", "\"Local\", \"World\"", "at most 4096 bytes", "true, false"
 std::string values_text(const stage::ParameterInfo& parameter);
 
-/// What is known of a parameter beyond its sentences: a name and a text each, such as {"unit", "degrees"}.
+/// The facts of a parameter as pairs of name and text, such as {"unit", "degrees"}.
 std::vector<std::pair<std::string, std::string>> parameter_facts(const NotedPlugin& noted,
                                                                  const stage::ParameterInfo& parameter);
 

@@ -67,7 +67,7 @@ Result<Picture> draw_last_frame(const SceneDescription& scene, const std::string
     return stage::draw_scene(*canvas, run.built);
 }
 
-// To the right of what the strip holds. All pictures have four channels and one height.
+// Appends a picture on the right. All pictures have four channels and the same height.
 void append_picture(Picture& strip, const Picture& picture) {
     const int32_t gap = strip.width == 0 ? 0 : kGap;
     Picture wider{strip.width + gap + picture.width, picture.height, stage::kPictureRgba, {}};

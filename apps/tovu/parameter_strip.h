@@ -12,15 +12,14 @@
 namespace tovu {
 
 struct ParameterStrip {
-    stage::ParameterNotes notes;                  // with a picture
+    stage::ParameterNotes notes;                  // names the scene and the values
     std::vector<stage::SceneDescription> scenes;  // one for each value
     std::string purpose;                          // first line of the scene file, without its #
-    uint64_t digest = 0;                          // of all that the pictures are made of, but the plug-in's code
+    uint64_t digest = 0;  // of everything that the pictures depend on, except the plug-in's code
 };
 
-/// The strips of all parameters that have a picture, in the order of the notes. scenes: the folder of the notes'
-/// scenes. The values are set in the scene's first container that carries a plug-in. The error is that of the scene
-/// files.
+/// The strips of all parameters that have a picture, in the order of the notes. scenes: the folder of the scenes that
+/// the notes name. Values are set in the scene's first container with a plug-in. Errors: mistakes in the scene files.
 stage::Result<std::vector<ParameterStrip>> parameter_strips(const NotedPlugin& noted,
                                                             const std::filesystem::path& scenes);
 

@@ -5,7 +5,7 @@
 
 namespace tovu {
 
-/// plugins/TovuSmoke.so among the files that come along with the Stage. Does not check that the file exists.
+/// plugins/TovuSmoke.so in the folder of the files that ship with the Stage. Does not check that the file exists.
 std::string smoke_plugin_file();
 
 }  // namespace tovu

@@ -11,7 +11,7 @@ namespace tovu {
 struct RecordOptions {
     std::string scene;   // scene file
     std::string output;  // text file, replaced once it is complete
-    std::string frames;  // how many, from the first picture on
+    std::string frames;  // number of frames, from frame 0 on
     std::string plugin;  // library of the plug-in "smoke"
 };
 

@@ -15,14 +15,14 @@ using stage::ParameterNotes;
 
 namespace {
 
-// The address of a heading on the page, as GitHub makes it.
+// The anchor that GitHub gives a heading.
 std::string anchor(std::string heading) {
     for (char& letter : heading)
         letter = letter == ' ' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
     return heading;
 }
 
-// How much of the world the default camera sees.
+// States the size of the view of the default camera.
 std::string view_text() {
     const stage::CameraDescription camera;
     const stage::SceneDescription scene;

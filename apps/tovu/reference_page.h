@@ -8,7 +8,7 @@
 
 namespace tovu {
 
-/// Each parameter with its sentences, facts and strip; strips are linked as `pictures`/NAME.jpg.
+/// The page has sentences, facts and strip of each parameter. Strips are linked as `pictures`/NAME.jpg.
 std::string reference_page(const NotedPlugin& noted, const std::vector<ParameterStrip>& strips,
                            const std::string& pictures);
 

@@ -8,8 +8,8 @@
 
 #include "render_outputs.h"
 #include "render_plan.h"
-#include "row_content.h"
-#include "source_row.h"
+#include "sequence_content.h"
+#include "source_pictures.h"
 #include "stage/assets/picture_file.h"
 #include "stage/lint/lint.h"
 #include "stage/output/frame_names.h"
@@ -26,10 +26,10 @@ namespace {
 using stage::Done;
 using stage::Result;
 
-// Pictures that wait for the writer: enough to even out frames that take longer to draw or to write.
+// Pictures that can wait for the writer. Two even out frames that take longer to draw or to write.
 constexpr size_t kMostWaiting = 2;
 
-// Makes the picture of a frame. Frames come in ascending order; is_last: none follows.
+// Makes the picture of a frame. Called in ascending order of frames; is_last: for the last one.
 using FrameSource = std::function<Result<FramePictures>(int frame, bool is_last)>;
 
 FrameSource drawn_frames(stage::SceneRun& run, stage::SceneCanvas& canvas, RenderTimes& times) {
@@ -40,8 +40,8 @@ FrameSource drawn_frames(stage::SceneRun& run, stage::SceneCanvas& canvas, Rende
             return done.error();
         FramePictures pictures{timed(times.read, [&] { return stage::read_frame(canvas); }), {}, {}};
         if (is_last)
-            stage::remove_instances(*run.built.stage);  // before the last picture is written, so that a fault in
-                                                        // clean-up leaves no complete output
+            // Before the last picture is written: after a fault in the clean-up no output may look complete.
+            stage::remove_instances(*run.built.stage);
         return pictures;
     };
 }
@@ -58,9 +58,9 @@ FrameSource stored_frames(const std::string& pattern, RenderTimes& times) {
 Result<Done> render_frames(const RenderPlan& plan, const FrameSource& source, Outputs& outputs, RenderTimes& times,
                            const RenderProgress& progress) {
     std::vector<int> frames;
-    for (int frame = plan.first; frame <= plan.last; ++frame)
+    for (int frame = plan.frames.first; frame <= plan.frames.last; ++frame)
         if (wants_frame(outputs, frame)) frames.push_back(frame);
-    if (frames.empty()) return finish_outputs(outputs);  // all were there
+    if (frames.empty()) return finish_outputs(outputs);  // resumed, and all pictures exist
     const int total = static_cast<int>(frames.size());
     std::atomic<int> frames_done = 0;
     stage::WriterThread writer(kMostWaiting);  // destroyed before the outputs
@@ -114,13 +114,12 @@ void warn_of_lost_alpha(const OutputPlan& output, const stage::SceneDescription&
                         output.name));
 }
 
-// A line for each output.
+// A line such as "clip.mp4: 250 frames" for each output.
 std::vector<std::string> written_texts(const Outputs& outputs) {
     std::vector<std::string> lines;
     for (const Output& output : outputs.list) {
         const OutputPlan& plan = output.plan;
-        auto frames =
-            plan.kind == OutputKind::kSheet ? std::ssize(plan.sheet_frames) : plan.frames.last - plan.frames.first + 1;
+        auto frames = plan.kind == OutputKind::kSheet ? std::ssize(plan.sheet_frames) : frame_count(plan.frames);
         if (plan.kind == OutputKind::kVideo && plan.video.fields != stage::VideoFields::kNone) frames /= 2;
         const auto kept = std::ranges::count(output.is_there, true);
         lines.push_back(fmt::format("{}: {} frame{}", plan.name, frames, frames == 1 ? "" : "s") +
@@ -129,9 +128,10 @@ std::vector<std::string> written_texts(const Outputs& outputs) {
     return lines;
 }
 
-// Encodes frames that were rendered before.
-Result<RenderReport> join_scene(const RenderPlan& plan, const RenderOptions& options, const RenderProgress& progress) {
-    const Result<stage::PictureRow> source = take_source_row(plan, options);
+// Makes videos from numbered pictures.
+Result<RenderReport> encode_pictures(const RenderPlan& plan, const RenderOptions& options,
+                                     const RenderProgress& progress) {
+    const Result<stage::PictureSequence> source = lock_source_pictures(plan, options);
     if (!source) return source.error();
     Result<Outputs> outputs = open_outputs(plan.outputs, plan.scene, {}, false);
     if (!outputs) return outputs.error();
@@ -150,13 +150,13 @@ stage::Result<RenderReport> render_scene(const RenderOptions& options, const Ren
     const Result<RenderPlan> plan = plan_render(options);
     if (!plan) return plan.error();
     for (const OutputPlan& output : plan->outputs) warn_of_lost_alpha(output, plan->scene, warn);
-    if (!options.from.empty()) return join_scene(*plan, options, progress);
+    if (!options.from.empty()) return encode_pictures(*plan, options, progress);
     set_plugin_timeout(plan->plugin_timeout_seconds);
     Result<stage::BuiltScene> built = stage::build_scene(plan->scene, options.plugin);
     if (!built) return built.error();
     for (const std::string& warning : built->warnings) warn(warning);
     for (const std::string& line : stage::lint_scene(*built)) warn(line);
-    std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
+    std::vector<stage::TraceSection> sections;  // outlives the run, whose sink appends to it
     stage::SceneRun run = stage::start_run(std::move(*built));
     if (!options.trace.empty())
         run.built.stage->profile.sink = [&sections](const stage::TraceSpan& span) {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "row_content.h"
+#include "sequence_content.h"
 #include "stage/file_ending.h"
 #include "stage/opengl/straight_picture.h"
 #include "stage/output/color_bleed.h"
@@ -23,18 +23,18 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-Result<Done> begin_row(Output& output, const stage::RowContent& content, bool resume) {
+Result<Done> begin_sequence(Output& output, const stage::SequenceContent& content, bool resume) {
     const OutputPlan& plan = output.plan;
-    Result<stage::PictureRow> row =
-        stage::PictureRow::begin(plan.name, row_content(content, plan), {plan.frames.first, plan.frames.last}, resume);
-    if (!row) return Error{plan.option + " " + row.error().message};
-    output.row = std::move(*row);
+    Result<stage::PictureSequence> sequence =
+        stage::PictureSequence::begin(plan.name, sequence_content(content, plan), plan.frames, resume);
+    if (!sequence) return Error{plan.option + " " + sequence.error().message};
+    output.sequence = std::move(*sequence);
     for (int frame = plan.frames.first; frame <= plan.frames.last; ++frame)
         output.is_there.push_back(stage::is_whole_picture(*stage::frame_name(plan.name, frame)));
     return Done{};
 }
 
-Result<Output> open_output(const OutputPlan& plan, const stage::RowContent& content, bool resume) {
+Result<Output> open_output(const OutputPlan& plan, const stage::SequenceContent& content, bool resume) {
     Output output{plan, {}, {}, {}, {}};
     const std::filesystem::path file = plan.name;
     if (plan.kind != OutputKind::kNumbered &&
@@ -49,16 +49,15 @@ Result<Output> open_output(const OutputPlan& plan, const stage::RowContent& cont
     if (plan.kind == OutputKind::kSheet)
         output.sheet = stage::make_sheet(plan.cells[0], plan.cells[1], plan.video.width, plan.video.height);
     if (plan.kind == OutputKind::kNumbered)
-        if (const Result<Done> begun = begin_row(output, content, resume); !begun) return begun.error();
+        if (const Result<Done> begun = begin_sequence(output, content, resume); !begun) return begun.error();
     return output;
 }
 
 bool wants(const Output& output, int frame) {
-    const FrameRange& frames = output.plan.frames;
-    if (frame < frames.first || frame > frames.last) return false;
+    if (!contains(output.plan.frames, frame)) return false;
     if (output.plan.kind == OutputKind::kSheet)
         return std::ranges::find(output.plan.sheet_frames, frame) != output.plan.sheet_frames.end();
-    return output.is_there.empty() || !output.is_there[static_cast<size_t>(frame - frames.first)];
+    return output.is_there.empty() || !output.is_there[static_cast<size_t>(frame - output.plan.frames.first)];
 }
 
 const stage::Picture& bytes_of(FramePictures& pictures, const Outputs& outputs) {
@@ -107,10 +106,11 @@ Result<Done> write_to(Output& output, int frame, FramePictures& pictures, const 
     return stage::write_png(*file, bytes_of(pictures, outputs), texts);
 }
 
-// Looks whether all that was written is still there.
-Result<Done> check_row(const OutputPlan& plan) {
+// Checks that all pictures and the manifest still exist.
+Result<Done> check_sequence(const OutputPlan& plan) {
     const auto missing = [](const std::filesystem::path& file) {
-        return Error{fmt::format("{}: was removed while its row was rendered; render the row again", file.string())};
+        return Error{
+            fmt::format("{}: was removed while these pictures were rendered; render them again", file.string())};
     };
     const stage::NumberedFiles files = *stage::existing_frames(plan.name);
     for (int frame = plan.frames.first; frame <= plan.frames.last; ++frame)
@@ -122,7 +122,7 @@ Result<Done> check_row(const OutputPlan& plan) {
 }  // namespace
 
 stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene,
-                                    const stage::RowContent& content, bool resume) {
+                                    const stage::SequenceContent& content, bool resume) {
     Outputs outputs{{},
                     scene.shoulder,
                     {{"Software", "tovu " TOVU_VERSION},
@@ -153,7 +153,7 @@ stage::Result<stage::Done> finish_outputs(Outputs& outputs) {
         Result<Done> finished = Done{};
         if (output.video) finished = output.video->finish();
         if (output.plan.kind == OutputKind::kSheet) finished = write_sheet(output, outputs.texts);
-        if (output.plan.kind == OutputKind::kNumbered) finished = check_row(output.plan);
+        if (output.plan.kind == OutputKind::kNumbered) finished = check_sequence(output.plan);
         if (!finished) return finished;
     }
     return Done{};

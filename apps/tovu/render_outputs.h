@@ -1,4 +1,4 @@
-// The open outputs of a render: each takes the frames that it wants.
+// The open outputs of a render. Each takes the frames that it needs.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 
 #include "output_plan.h"
 #include "stage/assets/picture.h"
-#include "stage/output/picture_row.h"
+#include "stage/output/picture_sequence.h"
 #include "stage/output/png_file.h"
 #include "stage/output/video_file.h"
 
@@ -16,38 +16,38 @@ struct Output {
     OutputPlan plan;
     std::optional<stage::VideoFile> video;
     stage::DeepPicture sheet;
-    std::optional<stage::PictureRow> row;  // of numbered pictures
-    std::vector<bool> is_there;            // of numbered pictures, from the first frame: whole, and not written again
+    std::optional<stage::PictureSequence> sequence;  // for numbered pictures
+    std::vector<bool> is_there;  // for numbered pictures, from the first frame: complete, so not written again
 };
 
-/// Destroyed before finish_outputs, it leaves no video and no sheet; pictures that were complete stay. Move only.
+/// If it is destroyed before finish_outputs, only complete pictures stay. Move only.
 struct Outputs {
     std::vector<Output> list;
     std::optional<float> shoulder;  // of the scene
-    stage::PictureTexts texts;      // of every picture file: program, scene and seed
+    stage::PictureTexts texts;      // for every picture file: program, scene and seed
 };
 
-/// A frame on its way to the outputs. The pictures of 8 and of 16 bits are made when the first output needs them; a
-/// frame that is read back from a 16-bit picture has only that one, which is enough for videos.
+/// The pictures of a frame. The 8-bit and the 16-bit picture are made when an output first needs them. A frame that was
+/// read from a 16-bit picture has only that one, which is enough for videos.
 struct FramePictures {
     stage::DrawnPicture drawn;
     std::optional<stage::Picture> bytes;
     std::optional<stage::DeepPicture> deep;
 };
 
-/// Starts the videos, makes the folders of numbered pictures and begins their rows (stage/output/picture_row.h).
-/// content: as scene_content gives it. resume: pictures that are there and whole are kept.
-/// Errors: also if another process writes one of the files.
+/// Starts the videos, creates the folders of numbered pictures and locks these (stage/output/picture_sequence.h).
+/// content: from scene_content. resume: keeps existing complete pictures.
+/// Errors include another process that writes one of the files.
 stage::Result<Outputs> open_outputs(const std::vector<OutputPlan>& plans, const stage::SceneDescription& scene,
-                                    const stage::RowContent& content, bool resume);
+                                    const stage::SequenceContent& content, bool resume);
 
-/// False for a frame that no output takes; it need not be drawn.
+/// False for a frame that no output needs, which is then not drawn.
 bool wants_frame(const Outputs& outputs, int frame);
 
-/// Gives a frame to the outputs that want it. Frames must come in ascending order.
+/// Writes a frame to the outputs that need it. Call in ascending order of frames.
 stage::Result<stage::Done> write_frame(Outputs& outputs, int frame, FramePictures pictures);
 
-/// After the last frame: completes videos and sheets, which get their names now.
+/// Call after the last frame. Completes videos and sheets and gives them their names.
 stage::Result<stage::Done> finish_outputs(Outputs& outputs);
 
 }  // namespace tovu

@@ -34,7 +34,7 @@ Result<Done> apply_seed(const std::string& text, stage::SceneDescription& scene)
     return Error{fmt::format("--seed {}: must be a whole number from 0 to 4294967295", text)};
 }
 
-// Values of parameters stay those of the scene's own rate, and are converted when the scene is built.
+// Only notes the rate of the parameter values; build_scene converts them.
 Result<Done> apply_rate(const std::string& text, stage::SceneDescription& scene) {
     double rate = 0.0;
     if (text.empty()) return Done{};
@@ -77,11 +77,10 @@ stage::Result<RenderPlan> plan_render(const RenderOptions& options) {
     Result<std::vector<OutputPlan>> outputs = plan_outputs(options, plan.scene);
     if (!outputs) return outputs.error();
     plan.outputs = std::move(*outputs);
-    plan.first = plan.outputs[0].frames.first;
-    plan.last = plan.outputs[0].frames.last;
+    plan.frames = plan.outputs[0].frames;
     for (const OutputPlan& output : plan.outputs) {
-        plan.first = std::min(plan.first, output.frames.first);
-        plan.last = std::max(plan.last, output.frames.last);
+        plan.frames.first = std::min(plan.frames.first, output.frames.first);
+        plan.frames.last = std::max(plan.frames.last, output.frames.last);
     }
     if (options.trace.empty()) return plan;
     if (const Result<Done> done = check_output("--trace", options.trace, plan.scene); !done) return done.error();

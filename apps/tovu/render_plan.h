@@ -9,11 +9,10 @@
 namespace tovu {
 
 struct RenderPlan {
-    stage::SceneDescription scene;    // with the command line's changes
-    std::vector<OutputPlan> outputs;  // one at least
-    int first = 0;                    // frames that some output takes lie between these, both included
-    int last = 0;
-    double plugin_timeout_seconds = kPluginTimeoutSeconds;  // 0: none
+    stage::SceneDescription scene;                          // with the command line's changes
+    std::vector<OutputPlan> outputs;                        // at least one
+    FrameRange frames;                                      // from the first to the last frame of any output
+    double plugin_timeout_seconds = kPluginTimeoutSeconds;  // 0: no limit
 };
 
 /// Reads the scene and applies the options. Checks everything that can be known without running the scene: the numbers,

@@ -10,10 +10,10 @@ namespace tovu {
 struct RenderTimes {
     double simulate = 0.0;
     double draw = 0.0;
-    double read = 0.0;   // from the renderer's frame to a picture
-    double wait = 0.0;   // until the thread that writes takes the next picture, and at the end until all are written
-    double write = 0.0;  // on that thread: encode pictures and write them, or pass them to an encoder
-    int frames = 0;      // that were drawn
+    double read = 0.0;   // read a frame back from the renderer, or read a picture file
+    double wait = 0.0;   // wait for the writer thread
+    double write = 0.0;  // on the writer thread: encode and write pictures, or pass them to an encoder
+    int frames = 0;      // drawn
 };
 
 /// Calls `work` and adds its duration to `seconds`.
@@ -27,7 +27,7 @@ auto timed(double& seconds, const Work& work) {
     return work();
 }
 
-/// A table with a line for each kind of work: seconds, milliseconds a frame, share of the whole. Ends with a newline.
+/// A table with a line for each kind of work: seconds, milliseconds per frame, share of the total. Ends with a newline.
 std::string times_text(const RenderTimes& times);
 
 }  // namespace tovu

@@ -9,7 +9,7 @@ namespace tovu {
 
 struct ReplayOptions {
     std::string calls;   // a file that `tovu record` wrote
-    std::string plugin;  // library that replaces the smoke, or without one the first plug-in; empty for none
+    std::string plugin;  // replaces the smoke, or the first plug-in if there is no smoke; empty: the recorded ones
 };
 
 struct ReplayOutcome {
@@ -17,7 +17,7 @@ struct ReplayOutcome {
     std::string text;  // to print, with a newline at its end
 };
 
-/// Error: a file that is no recording, "file:line: …", or a plug-in that does not load.
+/// Errors: the file is not a recording ("file:line: …"); a plug-in does not load.
 stage::Result<ReplayOutcome> replay_file(const ReplayOptions& options);
 
 }  // namespace tovu

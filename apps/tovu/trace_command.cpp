@@ -25,14 +25,14 @@ using stage::Result;
 
 constexpr double kMillisecondsPerSecond = 1e3;
 
-// A row of the table: a value for each frame.
+// A row of the table, with a value for each frame.
 struct TraceRow {
     std::string what;
     std::string container;
     std::vector<double> values;
 };
 
-// Adds to the value of frame `index`; rows stand in the order in which they were first needed.
+// Adds `value` to the value of frame `index`. Appends a new row on its first use.
 void add(std::vector<TraceRow>& rows, std::string_view what, std::string_view container, size_t index, double value) {
     auto row = std::ranges::find_if(
         rows, [&](const TraceRow& known) { return known.what == what && known.container == container; });
@@ -41,7 +41,7 @@ void add(std::vector<TraceRow>& rows, std::string_view what, std::string_view co
     row->values[index] += value;
 }
 
-// Nearest rank. percent: above 0, up to 100.
+// Percentile by nearest rank. percent: above 0, up to 100.
 double percentile(const std::vector<double>& sorted, double percent) {
     const double rank = std::ceil(percent / 100 * static_cast<double>(sorted.size()));
     return sorted[static_cast<size_t>(rank) - 1];
@@ -60,13 +60,13 @@ std::string section_text(const char* unit, std::vector<TraceRow>& rows, const Fr
     std::string text =
         fmt::format("{:<55}{:>10}{:>10}{:>10}{:>10}{:>8}\n", unit, "median", "95 %", "99 %", "worst", "frame");
     for (TraceRow& row : rows) {
-        row.values.resize(static_cast<size_t>(range.last - range.first) + 1);  // frames at the end that did not need it
+        row.values.resize(static_cast<size_t>(frame_count(range)));  // adds zeros for the last frames
         text += row_text(row, range.first, decimals);
     }
     return text;
 }
 
-// Entry points with their own words, in the order of the table.
+// Labels of entry points, in the order of the table.
 constexpr std::pair<const char*, const char*> kEntryPoints[] = {{"PLUGIN_NEW_GEOM", "step"},
                                                                 {"PLUGIN_RENDER_OPENGL", "pass"}};
 
@@ -103,7 +103,7 @@ struct Rows {
     std::vector<TraceRow> counts;
 };
 
-// Runs and draws a frame. index: of its values.
+// Runs and draws a frame. index: position of its values in the rows.
 Result<Done> trace_frame(stage::SceneRun& run, stage::SceneCanvas& canvas, const stage::FieldTables& tables, int frame,
                          size_t index, Rows& rows) {
     const stage::Stage& host = *run.built.stage;
@@ -137,7 +137,7 @@ Result<std::string> trace_scene(const TraceOptions& options) {
     if (!built) return built.error();
     const Result<stage::FieldTables> tables = stage::read_field_tables();
     if (!tables) return tables.error();
-    std::vector<stage::TraceSection> sections;  // declared before the run, whose sink appends to it
+    std::vector<stage::TraceSection> sections;  // outlives the run, whose sink appends to it
     Rows rows;
     size_t index = 0;
     stage::SceneRun run = stage::start_run(std::move(*built));
@@ -152,7 +152,7 @@ Result<std::string> trace_scene(const TraceOptions& options) {
     for (int frame = range->first; frame <= range->last; ++frame, ++index)
         if (const Result<Done> done = trace_frame(run, *canvas, *tables, frame, index, rows); !done)
             return done.error();
-    run.built.stage->profile.sink = nullptr;  // what follows is no frame
+    run.built.stage->profile.sink = nullptr;  // ignores the clean-up
     if (!options.json.empty())
         if (const Result<Done> written = stage::write_trace(options.json, sections); !written) return written.error();
     std::ranges::stable_sort(rows.times, {}, rank);

@@ -16,10 +16,10 @@ struct TraceOptions {
     std::string plugin;  // library of the plug-in "smoke"
 };
 
-/// Runs and draws the scene and writes no picture. The table has a row for the simulation and the drawing of a frame,
-/// each entry point and profiling section of each container (milliseconds; a section that has sections inside counts
-/// them too), the host services that plug-ins called, and the live particles of each container. Columns: median, 95th
-/// and 99th percentile (nearest rank) and maximum over the frames, and the frame of the maximum. Ends with a newline.
+/// Runs and draws the scene without writing pictures. Rows of the table: simulation and drawing of a frame, each entry
+/// point and profiling section of each container (milliseconds, nested sections included), the number of host services
+/// that plug-ins called, the live particles of each container. Columns: median, 95th and 99th percentile (nearest rank)
+/// and maximum over the frames, and the frame of the maximum. Ends with a newline.
 stage::Result<std::string> trace_scene(const TraceOptions& options);
 
 }  // namespace tovu

@@ -80,7 +80,7 @@ validate::Result run_check(const Subject& subject, const Check& check, const Val
     validate::SharedOutcome& outcome = *validate::make_shared_outcome();
     const auto work = [&] {
         validate::begin_watch(check.name, outcome, subject.file);
-        // What a plug-in does to the heap is not to bring down checks that look for other things.
+        // The watched heap survives heap errors of the plug-in, which are the subject of other checks.
         if (validate::heap_can_be_watched()) validate::watch_heap({});
         check.run(subject);
     };
@@ -95,7 +95,7 @@ validate::Result run_check(const Subject& subject, const Check& check, const Val
     return validate::result_of(subject, check, outcome, end, seconds.count());
 }
 
-/// The first check that must hold before this one and does not; null when all do.
+/// The first check that `check` depends on and that failed; null if all pass.
 const Check* failed_before(const Check& check, const std::vector<validate::Result>& results) {
     for (const char* name : check.after)
         for (const validate::Result& result : results)
@@ -103,14 +103,14 @@ const Check* failed_before(const Check& check, const std::vector<validate::Resul
     return nullptr;
 }
 
-/// Where the plug-in's code ended: the place of a crash, the function of a loop.
+/// The place in the plug-in's code where the process ended: of a crash, or the function of an endless loop.
 std::string place_of_end(const validate::Result& result) {
     if (result.stack.empty()) return "";
     const std::string& innermost = result.stack.front();
     return result.state == validate::State::kTimeout ? innermost.substr(0, innermost.find(" +0x")) : innermost;
 }
 
-/// The first check that crashed or hung in the same place of the plug-in; null where there is none.
+/// The first check that crashed or hung in the same place of the plug-in; null if there is none.
 const Check* same_end(const validate::Result& result, const std::vector<validate::Result>& before) {
     for (const validate::Result& other : before)
         if (!result.stack.empty() && result.state == other.state && place_of_end(result) == place_of_end(other))
@@ -127,8 +127,8 @@ validate::Result skipped(const Check& check, const std::string& reason) {
     return result;
 }
 
-/// The wanted checks and all that must hold before them.
-std::set<const Check*> with_those_before(std::set<const Check*> wanted) {
+/// The wanted checks and all checks that they depend on.
+std::set<const Check*> with_dependencies(std::set<const Check*> wanted) {
     const auto checks = validate::all_checks();
     for (auto check = checks.rbegin(); check != checks.rend(); ++check)
         if (wanted.count(&*check) > 0)
@@ -150,8 +150,8 @@ stage::Result<int> validate_plugin(const ValidateOptions& options,
     if (!wanted) return wanted.error();
     const auto subject = open_subject(options);
     if (!subject) return subject.error();
-    // In one process a check that was run before would be seen by the next one.
-    const std::set<const Check*> to_run = options.in_process ? *wanted : with_those_before(*wanted);
+    // In one process the checks affect each other, so only the wanted ones run.
+    const std::set<const Check*> to_run = options.in_process ? *wanted : with_dependencies(*wanted);
     std::vector<validate::Result> ran;
     std::vector<validate::Result> shown;
     for (const Check& check : validate::all_checks()) {
@@ -163,7 +163,7 @@ stage::Result<int> validate_plugin(const ValidateOptions& options,
             result = skipped(check, fmt::format("it ends in the same place as {}", same->name));
         ran.push_back(result);
         const bool is_asked_for = wanted->empty() || wanted->count(&check) > 0;
-        // A forerunner that was not asked for is shown where it is the reason why another one does not run.
+        // A dependency that was not asked for is only shown if it fails, since a wanted check is then skipped.
         if (!is_asked_for && (validate::holds(result) || result.state == validate::State::kSkip)) continue;
         shown.push_back(result);
         if (!options.json) print(validate::text_of(*subject, result, is_asked_for && !wanted->empty()));

@@ -120,7 +120,7 @@ TEST_F(LongRender, PicturesThatVanishMeanwhileAreAnError) {
                                           std::string(file) + "; wait $!)");
         EXPECT_EQ(2, outcome.status);
         EXPECT_THAT(outcome.errors,
-                    HasSubstr(std::string("tovu: ") + file + ": was removed while its row was rendered"));
+                    HasSubstr(std::string("tovu: ") + file + ": was removed while these pictures were rendered"));
         fs::remove_all(folder / "work" / "a");
     }
 }
@@ -167,7 +167,7 @@ TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
         {"tiny.toml --bits 16 -o a/%d.png", "bits was 8 and is 16"},
         {"other.toml -o a/%d.png", "scene was tiny.toml "},
         {"tiny.toml -o a/%02d.png", "name was %d.png and is %02d.png"},
-        {"tiny.toml -o b/%d.png", "b/row.png.json: is not the manifest of a row of pictures"},
+        {"tiny.toml -o b/%d.png", "b/row.png.json: is not the manifest of numbered pictures"},
         {"tiny.toml -o c/%d.png", "the manifest c/row.png.json is missing"},
         {"tiny.toml -o x.mov", "--resume: x.mov is made in one go"},
     };

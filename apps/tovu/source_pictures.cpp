@@ -1,4 +1,4 @@
-#include "source_row.h"
+#include "source_pictures.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -7,7 +7,7 @@
 #include <array>
 #include <string_view>
 
-#include "row_content.h"
+#include "sequence_content.h"
 #include "stage/file_ending.h"
 #include "stage/output/frame_names.h"
 
@@ -18,18 +18,17 @@ namespace {
 using stage::Error;
 using stage::Result;
 
-// What the pictures may have been drawn with without being another scene's, and what their files look like.
-constexpr std::array<std::string_view, 4> kNotOfTheScene = {"plug-ins", "renderer", "name", "bits"};
+// Entries that may differ: the machine that rendered the pictures, and the format of their files.
+constexpr std::array<std::string_view, 4> kNotCompared = {"plug-ins", "renderer", "name", "bits"};
 
-stage::RowContent of_the_scene(stage::RowContent content) {
-    std::erase_if(content, [](const auto& entry) {
-        return std::ranges::find(kNotOfTheScene, entry.first) != kNotOfTheScene.end();
-    });
+stage::SequenceContent compared_content(stage::SequenceContent content) {
+    std::erase_if(content,
+                  [](const auto& entry) { return std::ranges::find(kNotCompared, entry.first) != kNotCompared.end(); });
     return content;
 }
 
-bool has_16_bits(const stage::RowContent& content) {
-    return std::ranges::find(content, stage::RowContent::value_type{"bits", "16"}) != content.end();
+bool has_16_bits(const stage::SequenceContent& content) {
+    return std::ranges::find(content, stage::SequenceContent::value_type{"bits", "16"}) != content.end();
 }
 
 }  // namespace
@@ -46,39 +45,37 @@ std::string ranges_text(const std::vector<int>& numbers) {
     return fmt::format("{}", fmt::join(ranges, ","));
 }
 
-Result<std::vector<int>> missing_frames(const std::string& pattern, int first, int last) {
-    const Result<stage::RowManifest> manifest = stage::read_manifest(pattern);
+Result<std::vector<int>> missing_frames(const std::string& pattern, const FrameRange& range) {
+    const Result<stage::SequenceManifest> manifest = stage::read_manifest(pattern);
     if (!manifest) return manifest.error();
     std::vector<int> missing;
-    for (int frame = first; frame <= last; ++frame) {
-        const bool is_known = std::ranges::any_of(
-            manifest->spans, [frame](const auto& span) { return frame >= span.first && frame <= span.last; });
-        if (!is_known || !stage::is_whole_picture(*stage::frame_name(pattern, frame))) missing.push_back(frame);
-    }
+    for (int frame = range.first; frame <= range.last; ++frame)
+        if (!contains(manifest->ranges, frame) || !stage::is_whole_picture(*stage::frame_name(pattern, frame)))
+            missing.push_back(frame);
     return missing;
 }
 
-Result<stage::PictureRow> take_source_row(const RenderPlan& plan, const RenderOptions& options) {
+Result<stage::PictureSequence> lock_source_pictures(const RenderPlan& plan, const RenderOptions& options) {
     const auto wrong = [&](const std::string& problem) { return Error{"--from " + problem}; };
     if (stage::file_ending(options.from) != ".png")
         return wrong(options.from + ": must be numbered PNG files of 16 bits, such as frames/%04d.png");
-    const Result<stage::RowManifest> manifest = stage::read_manifest(options.from);
+    const Result<stage::SequenceManifest> manifest = stage::read_manifest(options.from);
     if (!manifest) return wrong(manifest.error().message);
     const std::vector<std::string> differences = stage::content_differences(
-        of_the_scene(manifest->content), of_the_scene(scene_content(plan.scene, options, "")));
+        compared_content(manifest->content), compared_content(scene_content(plan.scene, options, "")));
     if (!differences.empty())
-        return wrong(fmt::format("{}: these pictures were made of something else: {}", options.from,
+        return wrong(fmt::format("{}: these pictures were made from something else: {}", options.from,
                                  fmt::join(differences, ", ")));
     if (!has_16_bits(manifest->content))
         return wrong(options.from + ": these pictures have 8 bits; render them with --bits 16");
-    const Result<std::vector<int>> missing = missing_frames(options.from, plan.first, plan.last);
+    const Result<std::vector<int>> missing = missing_frames(options.from, plan.frames);
     if (!missing) return wrong(missing.error().message);
     if (!missing->empty())
         return wrong(fmt::format("{}: these frames are missing or not whole: {}; render them with --resume",
                                  options.from, ranges_text(*missing)));
-    Result<stage::PictureRow> row =
-        stage::PictureRow::begin(options.from, manifest->content, {plan.first, plan.last}, true);
-    return row ? std::move(row) : wrong(row.error().message);
+    Result<stage::PictureSequence> sequence =
+        stage::PictureSequence::begin(options.from, manifest->content, plan.frames, true);
+    return sequence ? std::move(sequence) : wrong(sequence.error().message);
 }
 
 }  // namespace tovu

@@ -1,4 +1,4 @@
-#include "row_content.h"
+#include "sequence_content.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -26,7 +26,7 @@ std::string digest_of(const Files& files) {
     return fmt::format("{:016x}", digest.value);
 }
 
-// Files count by their bytes: a farm may keep them under other paths.
+// A digest of the bytes without the paths, which can differ between the machines of a farm.
 std::string files_of_scene(const stage::SceneDescription& scene) {
     Files files = stage::input_files(scene);
     std::erase_if(files, [&](const auto& file) { return file == scene.file || scene.looks.contains(file); });
@@ -51,8 +51,8 @@ std::string plugins() {
 
 }  // namespace
 
-stage::RowContent scene_content(const stage::SceneDescription& scene, const RenderOptions& options,
-                                const std::string& renderer) {
+stage::SequenceContent scene_content(const stage::SceneDescription& scene, const RenderOptions& options,
+                                     const std::string& renderer) {
     return {
         {"version", TOVU_VERSION},
         {"scene", fmt::format("{} {}", scene.file.filename().string(), digest_of({scene.file}))},
@@ -69,7 +69,7 @@ stage::RowContent scene_content(const stage::SceneDescription& scene, const Rend
     };
 }
 
-stage::RowContent row_content(stage::RowContent scene, const OutputPlan& output) {
+stage::SequenceContent sequence_content(stage::SequenceContent scene, const OutputPlan& output) {
     scene.emplace_back("name", std::filesystem::path(output.name).filename().string());
     scene.emplace_back("bits", std::to_string(output.bits));
     return scene;

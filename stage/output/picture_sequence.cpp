@@ -1,4 +1,4 @@
-#include "picture_row.h"
+#include "picture_sequence.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -22,7 +22,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Locks are on bytes of the manifest, which need not exist: byte N stands for frame N, one far behind for the text.
+// A lock on byte N of the manifest is a lock on frame N, and kTextByte locks the text. Locks may lie past the end of
+// the file.
 constexpr off_t kTextByte = off_t{1} << 40;
 
 bool lock_bytes(int file, short kind, off_t first, off_t count, bool wait = false) {
@@ -42,12 +43,12 @@ bool lock_all_frames(int file) {
     return lock_bytes(file, F_WRLCK, 0, kTextByte);
 }
 
-void unlock_beyond(int file, FrameSpan span) {
-    if (span.first > 0) lock_bytes(file, F_UNLCK, 0, span.first);
-    lock_bytes(file, F_UNLCK, span.last + 1, kTextByte - span.last - 1);
+void unlock_outside(int file, FrameRange range) {
+    if (range.first > 0) lock_bytes(file, F_UNLCK, 0, range.first);
+    lock_bytes(file, F_UNLCK, range.last + 1, kTextByte - range.last - 1);
 }
 
-/// True while the open file still has this name.
+/// True if the open file still has this name.
 bool is_at(int file, const std::filesystem::path& name) {
     struct stat open {};
     struct stat named {};
@@ -55,30 +56,31 @@ bool is_at(int file, const std::filesystem::path& name) {
            open.st_dev == named.st_dev;
 }
 
-std::string text_of(const RowManifest& manifest) {
+std::string text_of(const SequenceManifest& manifest) {
     Json content = Json::object();
     for (const auto& [name, value] : manifest.content) content[name] = value;
-    Json spans = Json::array();
-    for (const FrameSpan& span : manifest.spans) spans.push_back({span.first, span.last});
-    const Json json = {{"made_of", std::move(content)}, {"frames", std::move(spans)}};
+    Json ranges = Json::array();
+    for (const FrameRange& range : manifest.ranges) ranges.push_back({range.first, range.last});
+    const Json json = {{"made_of", std::move(content)}, {"frames", std::move(ranges)}};
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-/// Throws nlohmann's exceptions for texts that are no manifest.
-RowManifest parse_manifest(const std::string& text) {
+/// Throws Json::exception for a malformed manifest.
+SequenceManifest parse_manifest(const std::string& text) {
     const Json json = Json::parse(text);
-    RowManifest manifest;
+    SequenceManifest manifest;
     for (const auto& [name, value] : json.at("made_of").items())
         manifest.content.emplace_back(name, value.get<std::string>());
-    for (const Json& span : json.at("frames")) manifest.spans.push_back({span.at(0).get<int>(), span.at(1).get<int>()});
+    for (const Json& range : json.at("frames"))
+        manifest.ranges.push_back({range.at(0).get<int>(), range.at(1).get<int>()});
     return manifest;
 }
 
-Result<RowManifest> manifest_of(const std::filesystem::path& name, const std::string& text) {
+Result<SequenceManifest> manifest_of(const std::filesystem::path& name, const std::string& text) {
     try {
         return parse_manifest(text);
     } catch (const Json::exception&) {
-        return Error{name.string() + ": is not the manifest of a row of pictures; render them anew"};
+        return Error{name.string() + ": is not the manifest of numbered pictures; render them again"};
     }
 }
 
@@ -87,57 +89,53 @@ bool write_text(int file, const std::string& text) {
            ftruncate(file, static_cast<off_t>(text.size())) == 0;
 }
 
-void add_span(std::vector<FrameSpan>& spans, FrameSpan added) {
-    std::vector<FrameSpan> apart;
-    for (const FrameSpan& span : spans) {
-        if (span.last + 1 < added.first || added.last + 1 < span.first) {
-            apart.push_back(span);
+/// Merges `added` with the ranges that it overlaps or touches.
+void add_range(std::vector<FrameRange>& ranges, FrameRange added) {
+    std::vector<FrameRange> merged;
+    for (const FrameRange& range : ranges) {
+        if (range.last + 1 < added.first || added.last + 1 < range.first) {
+            merged.push_back(range);
         } else {
-            added = {std::min(added.first, span.first), std::max(added.last, span.last)};
+            added = {std::min(added.first, range.first), std::max(added.last, range.last)};
         }
     }
-    apart.push_back(added);
-    std::ranges::sort(apart, {}, &FrameSpan::first);
-    spans = std::move(apart);
+    merged.push_back(added);
+    std::ranges::sort(merged, {}, &FrameRange::first);
+    ranges = std::move(merged);
 }
 
-bool contains(const std::vector<FrameSpan>& spans, int frame) {
-    return std::ranges::any_of(spans,
-                               [frame](const FrameSpan& span) { return frame >= span.first && frame <= span.last; });
-}
-
-/// Removes the pictures of `span`, except those that `kept` has.
-void remove_pictures(const std::string& pattern, FrameSpan span, const std::vector<FrameSpan>& kept) {
+/// Removes the pictures of `range`, except those in the ranges `kept`.
+void remove_pictures(const std::string& pattern, FrameRange range, const std::vector<FrameRange>& kept) {
     const Result<NumberedFiles> files = existing_frames(pattern);
     if (!files) return;
     std::error_code ignored;
     for (const auto& [frame, file] : *files)
-        if (contains({span}, frame) && !contains(kept, frame)) std::filesystem::remove(file, ignored);
+        if (contains(range, frame) && !contains(kept, frame)) std::filesystem::remove(file, ignored);
 }
 
-/// Removes what renders of these frames left that were killed.
-void remove_abandoned_frames(const std::string& pattern, FrameSpan span) {
+/// Removes the partial files that killed renders left for these frames.
+void remove_abandoned_frames(const std::string& pattern, FrameRange range) {
     remove_abandoned(frame_name(pattern, 0)->parent_path(),
-                     [&](const std::string& name) { return contains({span}, frame_number(pattern, name)); });
+                     [&](const std::string& name) { return contains(range, frame_number(pattern, name)); });
 }
 
 Error written_by_another(const std::string& pattern) {
     return Error{pattern + ": another render is writing these pictures; wait for its end or choose another name"};
 }
 
-/// The manifest to go on with. text: of the file, empty when it is new.
-Result<RowManifest> manifest_to_resume(const std::string& pattern, const std::filesystem::path& name,
-                                       const std::string& text, const RowContent& content, FrameSpan span) {
+/// The manifest for a resumed render. text: the stored manifest; empty if the file is new.
+Result<SequenceManifest> manifest_to_resume(const std::string& pattern, const std::filesystem::path& name,
+                                            const std::string& text, const SequenceContent& content, FrameRange range) {
     if (text.empty()) {
         const Result<NumberedFiles> files = existing_frames(pattern);
-        const auto first = files->lower_bound(span.first);
-        if (first == files->end() || first->first > span.last) return RowManifest{content, {}};
+        const auto first = files->lower_bound(range.first);
+        if (first == files->end() || first->first > range.last) return SequenceManifest{content, {}};
         return Error{
             fmt::format("{}: cannot be resumed, since the manifest {} is missing, which says what {} is made of; "
                         "leave out --resume to render it anew",
                         pattern, name.string(), first->second.string())};
     }
-    Result<RowManifest> manifest = manifest_of(name, text);
+    Result<SequenceManifest> manifest = manifest_of(name, text);
     if (!manifest) return manifest;
     const std::vector<std::string> differences = content_differences(manifest->content, content);
     if (differences.empty()) return manifest;
@@ -145,16 +143,16 @@ Result<RowManifest> manifest_to_resume(const std::string& pattern, const std::fi
                              pattern, fmt::join(differences, ", "))};
 }
 
-/// The manifest of a row that is rendered anew. With other content, no other process may write any of its frames.
-Result<RowManifest> manifest_anew(const std::string& pattern, int file, const std::string& text,
-                                  const RowContent& content, FrameSpan span) {
-    const Result<RowManifest> earlier = manifest_of(pattern, text);
+/// The manifest for a render without resume. If the content changes, no other process may write frames of the sequence.
+Result<SequenceManifest> manifest_anew(const std::string& pattern, int file, const std::string& text,
+                                       const SequenceContent& content, FrameRange range) {
+    const Result<SequenceManifest> earlier = manifest_of(pattern, text);
     if (earlier && content_differences(earlier->content, content).empty()) return *earlier;
     if (!text.empty()) {
         if (!lock_all_frames(file)) return written_by_another(pattern);
-        unlock_beyond(file, span);
+        unlock_outside(file, range);
     }
-    return RowManifest{content, {}};
+    return SequenceManifest{content, {}};
 }
 
 }  // namespace
@@ -165,7 +163,7 @@ Result<std::filesystem::path> manifest_name(const std::string& pattern) {
     return name;
 }
 
-Result<RowManifest> read_manifest(const std::string& pattern) {
+Result<SequenceManifest> read_manifest(const std::string& pattern) {
     const Result<std::filesystem::path> name = manifest_name(pattern);
     if (!name) return name.error();
     const std::string text = read_whole_file(*name);
@@ -175,9 +173,9 @@ Result<RowManifest> read_manifest(const std::string& pattern) {
     return manifest_of(*name, text);
 }
 
-std::vector<std::string> content_differences(const RowContent& was, const RowContent& is) {
-    const auto value_in = [](const RowContent& content, const std::string& name) {
-        const auto found = std::ranges::find(content, name, &RowContent::value_type::first);
+std::vector<std::string> content_differences(const SequenceContent& was, const SequenceContent& is) {
+    const auto value_in = [](const SequenceContent& content, const std::string& name) {
+        const auto found = std::ranges::find(content, name, &SequenceContent::value_type::first);
         return found == content.end() ? std::string("not set") : found->second;
     };
     std::vector<std::string> differences;
@@ -192,7 +190,7 @@ std::vector<std::string> content_differences(const RowContent& was, const RowCon
 
 bool is_whole_picture(const std::filesystem::path& file) {
     if (file_ending(file) == ".exr") return is_whole_exr(file);
-    // Chunks: length, kind, data, checksum of kind and data. The numbers are big-endian.
+    // A PNG chunk: length, type, data, checksum of type and data; big-endian.
     const std::string bytes = read_whole_file(file);
     const auto number_at = [&bytes](size_t at) {
         uint32_t number = 0;
@@ -212,52 +210,52 @@ bool is_whole_picture(const std::filesystem::path& file) {
     return false;
 }
 
-Result<PictureRow> PictureRow::begin(const std::string& pattern, const RowContent& content, FrameSpan span,
-                                     bool resume) {
+Result<PictureSequence> PictureSequence::begin(const std::string& pattern, const SequenceContent& content,
+                                               FrameRange range, bool resume) {
     const Result<std::filesystem::path> name = manifest_name(pattern);
     if (!name) return name.error();
-    PictureRow row;
-    row.manifest_ = *name;
+    PictureSequence sequence;
+    sequence.manifest_ = *name;
     const std::filesystem::path folder = name->parent_path();
     std::error_code code;
     const auto unwritable = [&] {
         return Error{fmt::format("{}: cannot be written: {}", name->string(), std::strerror(errno))};
     };
-    do {  // again when another process has just removed the file or the folder
-        if (row.file_ >= 0) close(row.file_);
+    do {  // repeats if another process removed the file or the folder after they were created
+        if (sequence.file_ >= 0) close(sequence.file_);
         if (!folder.empty()) {
-            row.made_folder_ |= std::filesystem::create_directory(folder, code);
+            sequence.made_folder_ |= std::filesystem::create_directory(folder, code);
             if (code) return Error{fmt::format("{}: the folder cannot be made: {}", pattern, code.message())};
         }
-        row.file_ = open(name->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        if (row.file_ < 0 && !folder.empty() && !std::filesystem::exists(folder, code)) continue;
-        if (row.file_ < 0) return unwritable();
-        if (!lock_bytes(row.file_, F_WRLCK, span.first, span.last - span.first + 1)) {
+        sequence.file_ = open(name->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        if (sequence.file_ < 0 && !folder.empty() && !std::filesystem::exists(folder, code)) continue;
+        if (sequence.file_ < 0) return unwritable();
+        if (!lock_bytes(sequence.file_, F_WRLCK, range.first, frame_count(range))) {
             if (errno == EAGAIN || errno == EACCES) return written_by_another(pattern);
             return unwritable();
         }
-    } while (!is_at(row.file_, *name));
-    if (!lock_bytes(row.file_, F_WRLCK, kTextByte, 1, true)) return unwritable();
+    } while (!is_at(sequence.file_, *name));
+    if (!lock_bytes(sequence.file_, F_WRLCK, kTextByte, 1, true)) return unwritable();
     const std::string text = read_whole_file(*name);
-    Result<RowManifest> manifest = resume ? manifest_to_resume(pattern, *name, text, content, span)
-                                          : manifest_anew(pattern, row.file_, text, content, span);
+    Result<SequenceManifest> manifest = resume ? manifest_to_resume(pattern, *name, text, content, range)
+                                               : manifest_anew(pattern, sequence.file_, text, content, range);
     if (!manifest) return manifest.error();
-    remove_abandoned_frames(pattern, span);
-    remove_pictures(pattern, span, resume ? manifest->spans : std::vector<FrameSpan>{});
-    add_span(manifest->spans, span);
-    if (!write_text(row.file_, text_of(*manifest))) return unwritable();
-    lock_bytes(row.file_, F_UNLCK, kTextByte, 1);
-    row.pattern_ = pattern;
-    return row;
+    remove_abandoned_frames(pattern, range);
+    remove_pictures(pattern, range, resume ? manifest->ranges : std::vector<FrameRange>{});
+    add_range(manifest->ranges, range);
+    if (!write_text(sequence.file_, text_of(*manifest))) return unwritable();
+    lock_bytes(sequence.file_, F_UNLCK, kTextByte, 1);
+    sequence.pattern_ = pattern;
+    return sequence;
 }
 
-PictureRow::PictureRow(PictureRow&& other) noexcept
+PictureSequence::PictureSequence(PictureSequence&& other) noexcept
     : manifest_(std::move(other.manifest_)),
       pattern_(std::move(other.pattern_)),
       file_(std::exchange(other.file_, -1)),
       made_folder_(std::exchange(other.made_folder_, false)) {}
 
-PictureRow& PictureRow::operator=(PictureRow&& other) noexcept {
+PictureSequence& PictureSequence::operator=(PictureSequence&& other) noexcept {
     std::swap(manifest_, other.manifest_);
     std::swap(pattern_, other.pattern_);
     std::swap(file_, other.file_);
@@ -265,11 +263,11 @@ PictureRow& PictureRow::operator=(PictureRow&& other) noexcept {
     return *this;
 }
 
-PictureRow::~PictureRow() {
+PictureSequence::~PictureSequence() {
     std::error_code ignored;
     if (file_ >= 0) {
-        const bool is_needless = pattern_.empty() ? lseek(file_, 0, SEEK_END) == 0 : existing_frames(pattern_)->empty();
-        if (is_needless && lock_all_frames(file_)) std::filesystem::remove(manifest_, ignored);
+        const bool is_unused = pattern_.empty() ? lseek(file_, 0, SEEK_END) == 0 : existing_frames(pattern_)->empty();
+        if (is_unused && lock_all_frames(file_)) std::filesystem::remove(manifest_, ignored);
         close(file_);
     }
     if (made_folder_) std::filesystem::remove(manifest_.parent_path(), ignored);  // only if it is empty
