@@ -177,11 +177,10 @@ void heading(const char* text) {
 
 }  // namespace
 
-Gallery make_gallery(const fs::path& scenes_folder) {
+Gallery make_gallery(const fs::path& scenes_folder, const fs::path& looks_folder) {
     Gallery gallery;
     const fs::path cache = cache_folder();
-    for (const fs::path& file : stage::look_files(stage::shipped_looks_folder()))
-        gallery.entries.push_back(entry_of(file, true, cache));
+    for (const fs::path& file : stage::look_files(looks_folder)) gallery.entries.push_back(entry_of(file, true, cache));
     for (const fs::path& file : own_scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
     for (const fs::path& file : scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
     gallery.recoveries = find_recoveries(state_folder());

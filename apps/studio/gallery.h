@@ -30,7 +30,7 @@ struct Gallery {
 
 /// Lists the looks that come along, the scenes of the current folder and those of `scenes_folder`, and loads the
 /// pictures that the cache has.
-Gallery make_gallery(const std::filesystem::path& scenes_folder);
+Gallery make_gallery(const std::filesystem::path& scenes_folder, const std::filesystem::path& looks_folder);
 
 /// Orders the pictures that are missing, the first time.
 void order_thumbnails(Gallery& gallery, Player& player);

@@ -5,6 +5,7 @@
 #include "../tovu/plugin_location.h"
 #include "commit.h"
 #include "run_studio.h"
+#include "stage/scenefile/look_file.h"
 #include "stage/scenefile/shipped_files.h"
 
 int main(int argc, char** argv) {
@@ -13,10 +14,12 @@ int main(int argc, char** argv) {
     tovu::StudioOptions options;
     options.smoke_plugin = tovu::smoke_plugin_file();
     options.scenes_folder = (stage::shipped_files_folder() / "scenes").string();
+    options.looks_folder = stage::shipped_looks_folder().string();
     app.add_option("SCENE|LOOK", options.file, "scene or look file, or the name of a look; without it a gallery");
     app.add_flag("--fullscreen", options.fullscreen, "the picture alone, in full screen");
     app.add_option("--plugin", options.smoke_plugin, "library of the plug-in \"smoke\"");
     app.add_option("--scenes", options.scenes_folder, "folder of the scenes in the gallery");
+    app.add_option("--looks", options.looks_folder, "folder of the looks in the gallery")->group("");
     app.add_option("--script", options.script, "file of events to play")->group("");
     CLI11_PARSE(app, argc, argv);
     const auto done = tovu::run_studio(options);

@@ -164,7 +164,7 @@ Result<Done> run_studio(const StudioOptions& options) {
     session.studio.fullscreen = options.fullscreen;
     session.studio.scenes_folder = options.scenes_folder;
     session.studio.smoke_plugin = options.smoke_plugin;
-    session.gallery = make_gallery(options.scenes_folder);
+    session.gallery = make_gallery(options.scenes_folder, options.looks_folder);
     carry_out(session.studio, opening_commands(options.file));
     if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};
     tell_of_recoveries(session.studio);

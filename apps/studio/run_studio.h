@@ -12,6 +12,7 @@ struct StudioOptions {
     bool fullscreen = false;
     std::string smoke_plugin;   // library
     std::string scenes_folder;  // of the gallery; empty: none
+    std::string looks_folder;   // likewise
     std::string script;         // file of events, see script.h; empty: none
 };
 

@@ -19,6 +19,7 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
+constexpr int kDrawnOfStepped = 10;        // one of so many frames whose time is given is drawn
 constexpr float kKeyRepeatDelay = 0.275f;  // seconds that a key is held before it repeats
 
 struct WindowHandles {
@@ -29,6 +30,7 @@ struct WindowHandles {
     stage::OpenGlDescription opengl;
     float text_pixels = 0;
     double frame_seconds = 0;
+    int frames = 0;  // since the window opened
     ImVec2 mouse{-FLT_MAX, -FLT_MAX};
     std::array<bool, 3> mouse_down{};
     std::array<bool, 3> mouse_pressed{};  // since the last frame
@@ -189,6 +191,8 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
 
 void Window::end_frame() {
     ImGui::Render();
+    // Nobody watches a stepped window, and drawing in software takes most of a frame's time.
+    if (++handles_->frames % kDrawnOfStepped != 0 && handles_->frame_seconds > 0 && !handles_->keep) return;
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     const auto width = static_cast<int32_t>(size.x), height = static_cast<int32_t>(size.y);
     stage::clear_window(width, height, {0.08f, 0.09f, 0.11f});

@@ -33,10 +33,10 @@ class Window {
     /// `text_size` times the size that suits the screen. keys_navigate: arrows, Space and Tab work in ImGui's panels.
     /// False once the window was asked to close.
     bool begin_frame(double seconds, float text_size, bool keys_navigate);
-    /// Draws what ImGui was told and shows it.
+    /// Draws what ImGui was told and shows it; with a given time of frames every tenth and those to keep.
     void end_frame();
-    /// The frame that was drawn last, when `keep` was set before end_frame.
     void keep_next_frame();
+    /// The frame that was drawn after the last keep_next_frame.
     const stage::Picture& kept_frame() const;
 
     void set_fullscreen(bool fullscreen);
