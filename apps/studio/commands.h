@@ -39,10 +39,12 @@ struct SetParameter {
     std::string container;
     std::string parameter;
     stage::ParameterValue value;
+    std::string label;  // of the step of undo
 };
 struct ResetParameter {
     std::string container;
     std::string parameter;
+    std::string label;  // of the step of undo
 };
 struct ResetParameters {
     std::string container;

@@ -41,9 +41,9 @@ std::vector<std::string> bound_to(const Row& row) {
 }
 
 void set(const Row& row, const stage::ParameterValue& value) {
-    row.frame.commands.push_back(SetParameter{row.container.name, row.parameter.info->name, value});
+    row.frame.commands.push_back(SetParameter{row.container.name, row.parameter.info->name, value, row.label});
     for (const std::string& bound : bound_to(row))
-        row.frame.commands.push_back(SetParameter{row.container.name, bound, value});
+        row.frame.commands.push_back(SetParameter{row.container.name, bound, value, row.label});
 }
 
 // A hundredth of the value, at least a thousandth of a range that is not huge: a drag across the panel reaches far
@@ -210,7 +210,8 @@ void reset_button(const Row& row) {
     }
     ImGui::PushStyleColor(ImGuiCol_Button, 0);
     if (ImGui::Button("↺", {side, side}))
-        row.frame.commands.push_back(ResetParameter{row.container.name, row.parameter.info->name});
+        row.frame.commands.push_back(
+            ResetParameter{row.container.name, row.parameter.info->name, "reset " + row.label});
     ImGui::PopStyleColor();
     mark(row.frame.targets, "reset." + row.parameter.info->name);
     if (ImGui::IsItemHovered()) ImGui::SetTooltip("changed here; click to take it back");

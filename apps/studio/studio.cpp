@@ -146,10 +146,10 @@ struct OfDocument {
         studio.shown_countdown = 120;
     }
     void operator()(const SetParameter& command) const {
-        note(studio, set_parameter(document, command.container, command.parameter, command.value));
+        note(studio, set_parameter(document, command.container, command.parameter, command.value, command.label));
     }
     void operator()(const ResetParameter& command) const {
-        note(studio, reset_parameter(document, command.container, command.parameter));
+        note(studio, reset_parameter(document, command.container, command.parameter, command.label));
     }
     void operator()(const ResetParameters& command) const {
         note(studio, reset_parameters(document, command.container));

@@ -217,18 +217,19 @@ std::map<std::string, stage::ParameterValue> written_parameters(const Document& 
 }
 
 Result<Done> set_parameter(Document& document, const std::string& container, const std::string& name,
-                           const stage::ParameterValue& value) {
+                           const stage::ParameterValue& value, const std::string& label) {
     const Result<KeyPath> path = parameter_path(document, container, name);
     if (!path) return path.error();
     return take_text(document, with_value(document_text(document), *path, toml_text_of(value)),
-                     fmt::format("{} of {}", name, container));
+                     label.empty() ? fmt::format("{} of {}", name, container) : label);
 }
 
-Result<Done> reset_parameter(Document& document, const std::string& container, const std::string& name) {
+Result<Done> reset_parameter(Document& document, const std::string& container, const std::string& name,
+                             const std::string& label) {
     const Result<KeyPath> path = parameter_path(document, container, name);
     if (!path) return path.error();
     return take_text(document, without_value(document_text(document), *path),
-                     fmt::format("reset {} of {}", name, container));
+                     label.empty() ? fmt::format("reset {} of {}", name, container) : label);
 }
 
 Result<Done> reset_parameters(Document& document, const std::string& container) {

@@ -71,12 +71,14 @@ stage::Result<KeyPath> container_path(const Document& document, const std::strin
 /// gives to a layer is not among them. Reads the whole text: keep the result until the revision changes.
 std::map<std::string, stage::ParameterValue> written_parameters(const Document& document, const std::string& container);
 
-/// Sets a parameter. Error: no such container, or the text is not TOML; then nothing changes.
+/// Sets a parameter. label: of the step of undo, such as "Birth Rate of smoke"; empty: made of the names. Error: no
+/// such container, or the text is not TOML; then nothing changes.
 stage::Result<stage::Done> set_parameter(Document& document, const std::string& container, const std::string& name,
-                                         const stage::ParameterValue& value);
+                                         const stage::ParameterValue& value, const std::string& label = "");
 
-/// Removes a parameter from the text, so that its default holds, or the look's value.
-stage::Result<stage::Done> reset_parameter(Document& document, const std::string& container, const std::string& name);
+/// Removes a parameter from the text, so that its default holds, or the look's value. label as above.
+stage::Result<stage::Done> reset_parameter(Document& document, const std::string& container, const std::string& name,
+                                           const std::string& label = "");
 
 /// The same for all that the text gives to the container, as one step of undo.
 stage::Result<stage::Done> reset_parameters(Document& document, const std::string& container);
