@@ -11,6 +11,7 @@
 
 #include "../stage/temporary_folder.h"
 #include "apps/studio/document/autosave.h"
+#include "apps/studio/document/recent_files.h"
 #include "apps/studio/document/save_look.h"
 #include "random_seed.h"
 #include "stage/scene/stage.h"
@@ -90,7 +91,8 @@ INSTANTIATE_TEST_SUITE_P(Document, Names, testing::ValuesIn(kNames));
 
 TEST(Document, UndoAndRedoTakeADragAsOneChange) {
     Document document = document_of(kScene);
-    set(document, "plume", "gravity", -1.0);
+    ASSERT_TRUE(set_parameter(document, "plume", "gravity", -1.0, "Gravity of plume"));
+    EXPECT_EQ("Gravity of plume", undo_label(document));
     const std::string first = document_text(document);
     begin_change(document, "drag");
     for (const double value : {21.0, 25.0, 30.5}) set(document, "plume", "birth_rate", value);
@@ -151,13 +153,60 @@ TEST(Document, SavingKeepsWhatAnotherProgramWrote) {
     set(*document, "plume", "birth_rate", 4.0);
     const auto refused = save_document(*document);
     ASSERT_FALSE(refused);
-    EXPECT_THAT(refused.error().message, HasSubstr("another program has changed or removed the file"));
+    EXPECT_THAT(refused.error().message, HasSubstr("another program has changed the file"));
     EXPECT_EQ("# other\n", file_bytes(file));
     ASSERT_TRUE(save_document(*document, Overwrite::kYes));
     EXPECT_EQ(document_text(*document), file_bytes(file));
     write_bytes(folder / "taken.toml", "# other\n");
     EXPECT_FALSE(save_document_as(*document, folder / "taken.toml"));
     EXPECT_EQ("# other\n", file_bytes(folder / "taken.toml"));
+    std::filesystem::remove(file);
+    ASSERT_TRUE(save_document(*document)) << "a file that was removed is written anew";
+    EXPECT_EQ(document_text(*document), file_bytes(file));
+}
+
+TEST(Document, OfAFileThatComesAlongIsACopy) {
+    const TemporaryFolder folder;
+    const auto shipped = std::filesystem::path(TOVU_SOURCE_DIR) / "scenes" / "cup_steam.toml";
+    const std::string before = file_bytes(shipped);
+    auto document = open_document(shipped);
+    ASSERT_TRUE(document);
+    ASSERT_TRUE(set_key(*document, {{"length"}}, "2"));
+    EXPECT_FALSE(save_document(*document));
+    EXPECT_EQ("this scene:3:1: wrong", with_scene_named(*document, scene_file(*document).string() + ":3:1: wrong"));
+    ASSERT_TRUE(save_document_as(*document, folder / "mine.toml"));
+    ASSERT_TRUE(set_key(*document, {{"length"}}, "3"));
+    ASSERT_TRUE(save_document(*document));
+    EXPECT_THAT(file_bytes(folder / "mine.toml"), HasSubstr("length = 3\n"));
+    EXPECT_EQ(before, file_bytes(shipped));
+}
+
+TEST(Document, IsOpenedOnlyFromASceneOrALook) {
+    const TemporaryFolder folder;
+    write_bytes(folder / "picture.png", "\x89PNG");
+    for (const auto& [name, message] : {std::pair{"picture.png", "picture.png: is not a scene or a look"},
+                                        {"absent.toml", "absent.toml: there is no such file"}}) {
+        const auto opened = open_document(folder / name);
+        ASSERT_FALSE(opened) << name;
+        EXPECT_THAT(opened.error().message, HasSubstr(message));
+    }
+}
+
+TEST(RecentFiles, AreTheLastEightThatExist) {
+    const TemporaryFolder folder;
+    const auto state = folder / "state";
+    std::vector<std::filesystem::path> expected;
+    for (const char* name : {"1", "2", "über alles 3", "4", "5", "6", "7", "8", "9", "10", "4"}) {
+        write_bytes(folder / name, "");
+        ASSERT_TRUE(remember_file(state, folder / name));
+        std::erase(expected, folder / name);
+        expected.insert(expected.begin(), folder / name);
+    }
+    expected.resize(8);
+    EXPECT_EQ(expected, recent_files(state));
+    std::filesystem::remove(expected[2]);
+    expected.erase(expected.begin() + 2);
+    EXPECT_EQ(expected, recent_files(state));
 }
 
 TEST(Document, SavedElsewhereItNamesTheSameFiles) {
@@ -259,7 +308,15 @@ TEST(Document, SurvivesACrash) {
     ASSERT_TRUE(save_document(*document));
     ASSERT_TRUE(autosave(*place, *document));
     EXPECT_FALSE(std::filesystem::exists(place->file)) << "nothing is left to recover once it is saved";
-    discard_recovery(found[0]);
+    set(*document, "plume", "birth_rate", 7.0);
+    ASSERT_TRUE(autosave(*place, *document));
+    const auto left = place->file;
+    leave_autosave(*place);
+    ASSERT_EQ(2u, find_recoveries(folder.path()).size()) << "what was left without saving is offered too";
+    EXPECT_EQ(left, find_recoveries(folder.path())[0].copy);
+    for (const Recovery& recovery : find_recoveries(folder.path())) discard_recovery(recovery);
+    place = begin_autosave(folder.path());
+    ASSERT_TRUE(place);
     end_autosave(*place);
     EXPECT_TRUE(find_recoveries(folder.path()).empty());
 }

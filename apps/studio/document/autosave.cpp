@@ -39,6 +39,7 @@ int take_lock(const fs::path& file) {
 nlohmann::json json_of(const Document& document) {
     return {{"kind", document.kind == DocumentKind::kLook ? "look" : "scene"},
             {"file", document.file.string()},
+            {"name", document.name},
             {"folder", document.folder.string()},
             {"on_disk", document.on_disk},
             {"texts", {document.states[0].text, document.states[1].text}},
@@ -49,6 +50,7 @@ Document document_of(const nlohmann::json& json) {
     Document document;
     document.kind = json.at("kind") == "look" ? DocumentKind::kLook : DocumentKind::kScene;
     document.file = json.at("file").get<std::string>();
+    document.name = json.value("name", "untitled.toml");
     document.folder = json.at("folder").get<std::string>();
     document.on_disk = json.at("on_disk").get<std::string>();
     for (size_t i = 0; i < document.states.size(); ++i)
@@ -100,7 +102,11 @@ void end_autosave(Autosave& place) {
     std::error_code ignored;
     fs::remove(place.file, ignored);
     fs::remove(lock_file(place.file), ignored);
-    close(place.lock);
+    leave_autosave(place);
+}
+
+void leave_autosave(Autosave& place) {
+    if (place.lock >= 0) close(place.lock);
     place = {};
 }
 
@@ -112,8 +118,12 @@ std::vector<Recovery> find_recoveries(const fs::path& folder) {
         const int lock = take_lock(lock_file(entry->path()));
         if (lock < 0) continue;
         close(lock);
-        Recovery recovery{entry->path(), {}, entry->last_write_time(code)};
-        if (const Result<Document> document = recover(recovery)) recovery.original = document->file;
+        Recovery recovery{entry->path(), {}, "a scene", entry->last_write_time(code)};
+        if (const Result<Document> document = recover(recovery)) {
+            recovery.original = document->file;
+            recovery.name =
+                document->file.empty() ? document->name + ", which was never saved" : document->file.string();
+        }
         found.push_back(recovery);
     }
     std::sort(found.begin(), found.end(), [](const Recovery& a, const Recovery& b) { return a.time > b.time; });

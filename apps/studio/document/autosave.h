@@ -27,13 +27,18 @@ stage::Result<Autosave> begin_autosave(const std::filesystem::path& folder);
 /// removes the copy when nothing is unsaved. Cheap otherwise: call it once a frame.
 stage::Result<stage::Done> autosave(Autosave& place, const Document& document);
 
-/// Removes the copy and releases the place: call before the program ends in peace, and when a document is closed.
+/// Removes the copy and releases the place: call before the program ends in peace, and when a document without unsaved
+/// work is closed.
 void end_autosave(Autosave& place);
 
-/// What a crash left.
+/// Leaves the copy to be found by find_recoveries, and releases the place.
+void leave_autosave(Autosave& place);
+
+/// What a crash left, or a document that was left without saving.
 struct Recovery {
     std::filesystem::path copy;      // in the folder
     std::filesystem::path original;  // the document's own file, empty when it was never saved
+    std::string name;                // for people: the file, or the name of one that was never saved
     std::filesystem::file_time_type time;
 };
 

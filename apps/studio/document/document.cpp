@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <toml++/toml.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -9,8 +10,10 @@
 #include <utility>
 
 #include "file_paths.h"
+#include "stage/file_ending.h"
 #include "stage/output/whole_file.h"
 #include "stage/scenefile/look_file.h"
+#include "stage/scenefile/shipped_files.h"
 
 namespace tovu {
 
@@ -136,10 +139,27 @@ Result<KeyPath> parameter_path(const Document& document, const std::string& cont
     return with_step(with_step(*path, "parameters"), name);
 }
 
-std::optional<std::string> bytes_of(const std::filesystem::path& file) {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(file, ignored)) return std::nullopt;
-    return stage::read_whole_file(file);
+// Whether the file is one of the looks and scenes that come along.
+bool is_shipped(const std::filesystem::path& file) {
+    std::error_code none;
+    const std::filesystem::path shipped = stage::shipped_files_folder(), folder = file.parent_path();
+    return std::filesystem::equivalent(folder, shipped / "scenes", none) ||
+           std::filesystem::equivalent(folder, shipped / "looks", none);
+}
+
+// A file that is not there can be written anew.
+bool was_changed(const Document& document) {
+    std::error_code none;
+    return std::filesystem::exists(document.file, none) && stage::read_whole_file(document.file) != document.on_disk;
+}
+
+// Renaming another file to it would replace a file that its owner protects.
+Result<Done> write_text(const std::filesystem::path& file, const std::string& text) {
+    std::error_code none;
+    if (std::filesystem::is_directory(file, none)) return Error{fmt::format("{}: is a folder", file.string())};
+    if (std::filesystem::exists(file, none) && access(file.c_str(), W_OK) != 0)
+        return Error{fmt::format("{}: is read-only: save under another name", file.string())};
+    return stage::write_whole_file(file, text);
 }
 
 }  // namespace
@@ -148,13 +168,20 @@ Result<Document> open_document(const std::filesystem::path& file) {
     std::error_code code;
     if (!std::filesystem::is_regular_file(file, code))
         return Error{fmt::format("{}: there is no such file", file.string())};
+    if (stage::file_ending(file) != ".toml")
+        return Error{fmt::format("{}: is not a scene or a look: their names end in .toml", file.string())};
     if (!std::ifstream(file)) return Error{fmt::format("{}: cannot be read", file.string())};
     Document document;
-    document.file = std::filesystem::absolute(file, code).lexically_normal();
-    document.folder = document.file.parent_path();
-    document.on_disk = stage::read_whole_file(file);
-    for (DocumentState& state : document.states) state.text = document.on_disk;
-    const std::optional<toml::table> root = parsed(document.on_disk);
+    const std::filesystem::path whole = std::filesystem::absolute(file, code).lexically_normal();
+    document.name = whole.filename().string();
+    document.folder = whole.parent_path();
+    const std::string text = stage::read_whole_file(file);
+    for (DocumentState& state : document.states) state.text = text;
+    if (!is_shipped(whole)) {
+        document.file = whole;
+        document.on_disk = text;
+    }
+    const std::optional<toml::table> root = parsed(text);
     if (root && root->contains("layer") && !root->contains("container")) document.kind = DocumentKind::kLook;
     return document;
 }
@@ -165,6 +192,7 @@ Result<Document> new_scene_of_look(const std::string& look, const std::filesyste
     const Result<stage::LookDescription> description = stage::load_look_file(*file);
     if (!description) return description.error();
     Document document;
+    document.name = file->filename().string();
     document.folder = folder;
     const std::string text = fmt::format(
         "# {}\nframe_rate = {}\nlength = 10\nprewarm = 3\nbackground = \"#141b26\"\n\n[[container]]\nname = {}\n"
@@ -193,7 +221,15 @@ std::string scene_text(const Document& document) {
 }
 
 std::filesystem::path scene_file(const Document& document) {
-    return document.file.empty() ? document.folder / "untitled.toml" : document.file;
+    return document.file.empty() ? document.folder / document.name : document.file;
+}
+
+std::string with_scene_named(const Document& document, std::string message) {
+    if (!document.file.empty()) return message;
+    const std::string file = scene_file(document).string(), name = "this scene";
+    for (size_t at = message.find(file); at != std::string::npos; at = message.find(file, at + name.size()))
+        message.replace(at, file.size(), name);
+    return message;
 }
 
 Result<KeyPath> container_path(const Document& document, const std::string& container) {
@@ -326,10 +362,12 @@ bool has_unsaved_changes(const Document& document) {
 Result<Done> save_document(Document& document, Overwrite overwrite) {
     end_change(document);
     if (document.file.empty()) return Error{"the scene has no file yet: save it under a name"};
-    if (overwrite == Overwrite::kNo && bytes_of(document.file) != document.on_disk)
-        return Error{fmt::format("{}: another program has changed or removed the file since it was opened",
-                                 document.file.string())};
-    Result<Done> written = stage::write_whole_file(document.file, document_text(document));
+    if (overwrite == Overwrite::kNo && was_changed(document))
+        return Error{
+            fmt::format("{}: another program has changed the file since it was opened: save as that name "
+                        "replaces it, or take another one",
+                        document.file.string())};
+    Result<Done> written = write_text(document.file, document_text(document));
     if (written) document.on_disk = document_text(document);
     return written;
 }
@@ -342,7 +380,7 @@ Result<Done> save_document_as(Document& document, const std::filesystem::path& f
     if (overwrite == Overwrite::kNo && std::filesystem::exists(target, code))
         return Error{fmt::format("{}: there is such a file already", target.string())};
     const std::string text = with_moved_files(document_text(document), document.folder, target.parent_path());
-    if (Result<Done> written = stage::write_whole_file(target, text); !written) return written;
+    if (Result<Done> written = write_text(target, text); !written) return written;
     for (DocumentState& state : document.states) {
         const std::string before =
             std::exchange(state.text, with_moved_files(state.text, document.folder, target.parent_path()));

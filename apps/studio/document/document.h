@@ -35,6 +35,7 @@ struct DocumentState {
 struct Document {
     DocumentKind kind = DocumentKind::kScene;
     std::filesystem::path file;    // empty: not saved yet
+    std::string name;              // proposed for the file while there is none: "steam.toml"
     std::filesystem::path folder;  // where relative paths in the text start
     std::string on_disk;           // the file's bytes when it was opened or saved
     std::array<DocumentState, 2> states;
@@ -45,7 +46,8 @@ struct Document {
 };
 
 /// Opens a scene or look file; a file with `layer` at the top is a look. A file that is not right can be opened too:
-/// its mistakes show when its scene is read. Error: it cannot be read.
+/// its mistakes show when its scene is read. Of a file that comes along with the program a copy is opened, which has no
+/// file yet. Error: it cannot be read, or its name does not end in ".toml".
 stage::Result<Document> open_document(const std::filesystem::path& file);
 
 /// A scene that is not saved: one container at rest that takes the look. look: as in a scene of `folder`.
@@ -58,9 +60,12 @@ const std::string& document_text(const Document& document);
 /// keep their numbers.
 std::string scene_text(const Document& document);
 
-/// The file that scene_text belongs to, for messages and relative paths; "untitled.toml" in its folder before the
-/// first save.
+/// The file that scene_text belongs to, for relative paths and messages; before the first save its proposed name in its
+/// folder.
 std::filesystem::path scene_file(const Document& document);
+
+/// A message with "this scene" for the file that scene_text belongs to, before the first save.
+std::string with_scene_named(const Document& document, std::string message);
 
 /// The path to a container's table by its name in the built scene: "smoke", "smoke/2" of several textures (the same
 /// table), "fire.embers" of a look's layer (the scene's changes of it, which need not exist), the layer's name in a
@@ -117,8 +122,8 @@ bool has_unsaved_changes(const Document& document);
 /// What saving does with a file that exists: that of another document, or one that was changed since it was opened.
 enum class Overwrite { kNo, kYes };
 
-/// Writes the shown text to the document's file, whole or not at all. Error: it has no file yet, it cannot be written,
-/// or another program changed or removed it since it was opened (not with kYes).
+/// Writes the shown text to the document's file, whole or not at all; anew when it was removed. Error: it has no file
+/// yet, it cannot be written, or another program changed it since it was opened (not with kYes).
 stage::Result<stage::Done> save_document(Document& document, Overwrite overwrite = Overwrite::kNo);
 
 /// Writes the shown text to another file, which becomes the document's. Relative paths in the text are changed so that
