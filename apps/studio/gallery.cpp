@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "document/recent_files.h"
 #include "stage/assets/picture_file.h"
 #include "stage/output/png_file.h"
 #include "stage/output/whole_file.h"
@@ -20,6 +21,7 @@ namespace tovu {
 namespace {
 
 namespace fs = std::filesystem;
+using stage::Done;
 using stage::Result;
 
 constexpr int32_t kThumbnailHeight = 216;
@@ -40,23 +42,37 @@ std::string first_comment(const std::string& text) {
     return line;
 }
 
-std::string purpose_of(const GalleryEntry& entry, const std::string& text) {
-    if (!entry.is_look) return first_comment(text);
-    const Result<stage::LookDescription> look = stage::load_look_file(entry.file);
-    return look ? look->purpose : "";
-}
-
-GalleryEntry entry_of(const fs::path& file, bool is_look, const fs::path& cache) {
-    GalleryEntry entry{file.stem().string(), "", file, is_look, {}, {}, {}};
-    const std::string text = stage::read_whole_file(file);
-    entry.purpose = purpose_of(entry, text);
+// Names a picture in the cache by what it shows. Of a look, a new scene shows another picture than its file.
+fs::path cached_picture(const GalleryEntry& entry, const std::string& text) {
     stage::Fnv1a digest;
     digest.add(std::string_view(text));
-    entry.cached = cache / fmt::format("{}_{:016x}.png", entry.name, digest.value);
-    if (std::error_code ignored; !fs::exists(entry.cached, ignored)) return entry;
-    if (const Result<stage::Picture> picture = stage::read_picture(entry.cached))
-        if (const auto shown = stage::replace_texture(entry.texture, *picture); !shown)
-            entry.mistake = shown.error().message;
+    digest.add(std::string_view(entry.part == GalleryPart::kLooks ? "new scene" : "file"));
+    return cache_folder() / fmt::format("{}_{:016x}.png", entry.name, digest.value);
+}
+
+void load_cached_picture(GalleryEntry& entry) {
+    std::error_code ignored;
+    if (!fs::exists(entry.cached, ignored)) return;
+    const Result<stage::Picture> picture = stage::read_picture(entry.cached);
+    if (!picture) return;
+    if (const auto shown = stage::replace_texture(entry.texture, *picture); !shown)
+        entry.mistake = shown.error().message;
+}
+
+// old: entries whose pictures may be taken over.
+GalleryEntry entry_of(const fs::path& file, GalleryPart part, std::vector<GalleryEntry>& old) {
+    GalleryEntry entry{part, file.stem().string(), "", file, {}, {}, {}};
+    const std::string text = stage::read_whole_file(file);
+    entry.purpose = first_comment(text);
+    if (const Result<stage::LookDescription> look = stage::load_look_file(file)) entry.purpose = look->purpose;
+    entry.cached = cached_picture(entry, text);
+    const auto same = std::find_if(old.begin(), old.end(), [&](const GalleryEntry& other) {
+        return other.cached == entry.cached && other.texture.number() != 0;
+    });
+    if (same != old.end())
+        entry.texture = std::move(same->texture);
+    else
+        load_cached_picture(entry);
     return entry;
 }
 
@@ -79,14 +95,26 @@ std::vector<fs::path> own_scene_files(const fs::path& scenes_folder) {
     return files;
 }
 
+// Those of the current folder hide others of the same name.
+std::vector<fs::path> all_look_files(const fs::path& looks_folder) {
+    std::error_code ignored;
+    const fs::path own = fs::current_path(ignored) / "looks";
+    std::vector<fs::path> files = stage::look_files(own);
+    if (fs::equivalent(own, looks_folder, ignored)) return files;
+    for (const fs::path& file : stage::look_files(looks_folder))
+        if (!fs::exists(own / file.filename(), ignored)) files.push_back(file);
+    return files;
+}
+
 Result<stage::SceneDescription> scene_of(const GalleryEntry& entry) {
-    if (!entry.is_look) return stage::load_scene_file(entry.file);
-    const Result<Document> document = new_scene_of_look(entry.name, fs::current_path());
+    const Result<Document> document = entry.part == GalleryPart::kLooks
+                                          ? new_scene_of_look(entry.name, fs::current_path())
+                                          : open_document(entry.file);
     if (!document) return document.error();
     return stage::read_scene(scene_text(*document), scene_file(*document));
 }
 
-void order_thumbnail(GalleryEntry& entry, int64_t number, std::vector<ThumbnailOrder>& orders) {
+void order_thumbnail(GalleryEntry& entry, std::vector<ThumbnailOrder>& orders) {
     Result<stage::SceneDescription> scene = scene_of(entry);
     if (!scene) {
         entry.mistake = scene.error().message;
@@ -95,7 +123,34 @@ void order_thumbnail(GalleryEntry& entry, int64_t number, std::vector<ThumbnailO
     scene->size = {scene->size[0] * kThumbnailHeight / scene->size[1], kThumbnailHeight};
     if (!scene->background) scene->background = stage::Triple{0.05f, 0.06f, 0.08f};
     const auto frame = static_cast<int64_t>(kShownShare * static_cast<double>(stage::frame_count(*scene)));
-    orders.push_back({number, std::make_shared<const stage::SceneDescription>(std::move(*scene)), frame});
+    orders.push_back(
+        {entry.cached.string(), std::make_shared<const stage::SceneDescription>(std::move(*scene)), frame});
+}
+
+// The text on at most `lines` lines; "…" stands for what does not fit. size: of the type, width: of a line, pixels.
+std::string fitted(const std::string& text, float size, float width, int lines) {
+    const ImFont* font = ImGui::GetFont();
+    const float scale = size / font->FontSize;
+    const auto width_of = [&](const std::string& line) {
+        return font->CalcTextSizeA(size, FLT_MAX, 0, line.c_str()).x;
+    };
+    const char* const end = text.c_str() + text.size();
+    std::string result;
+    for (const char* at = text.c_str(); at < end; --lines) {
+        const char* line_end = font->CalcWordWrapPositionA(scale, at, end, width);
+        std::string line(at, std::max(line_end, at + 1));
+        if (lines == 1 && line_end < end) {
+            while (!line.empty() && width_of(line + "…") > width) {
+                while (line.size() > 1 && (static_cast<unsigned char>(line.back()) & 0xc0) == 0x80) line.pop_back();
+                line.pop_back();
+            }
+            return result + line + "…";
+        }
+        result += line + "\n";
+        at += line.size();
+        while (at < end && *at == ' ') ++at;
+    }
+    return result;
 }
 
 // The picture in the card, cut to the card's shape.
@@ -112,40 +167,53 @@ void draw_picture(const GalleryEntry& entry, ImVec2 low, ImVec2 high) {
     list->AddText({(low.x + high.x - size.x) / 2, (low.y + high.y - size.y) / 2}, kDim, text);
 }
 
+void show_tip(const GalleryEntry& entry) {
+    ImGui::BeginTooltip();
+    ImGui::TextDisabled("%s", entry.file.c_str());
+    ImGui::TextUnformatted((entry.mistake.empty() ? entry.purpose : entry.mistake).c_str());
+    ImGui::EndTooltip();
+}
+
 void show_card(PanelFrame& frame, const GalleryEntry& entry, float width) {
     const float font = ImGui::GetFontSize();
     const float picture_height = width * 9.0f / 16.0f;
     const float height = picture_height + font * 3.7f;
     ImGui::PushID(entry.file.c_str());
+    ImGui::PushID(static_cast<int>(entry.part));
     const ImVec2 low = ImGui::GetCursorScreenPos();
     const bool pressed = ImGui::InvisibleButton("card", {width, height});
-    mark(frame.targets, (entry.is_look ? "look." : "scene.") + entry.name);
+    constexpr const char* kMarks[] = {"recent.", "look.", "scene."};
+    mark(frame.targets, kMarks[static_cast<size_t>(entry.part)] + entry.name);
     const bool hovered = ImGui::IsItemHovered() || ImGui::IsItemFocused();
     ImDrawList* list = ImGui::GetWindowDrawList();
     const ImU32 back = hovered ? IM_COL32(50, 58, 70, 255) : IM_COL32(37, 42, 50, 255);
     list->AddRectFilled(low, {low.x + width, low.y + height}, back, 6.0f);
     draw_picture(entry, low, {low.x + width, low.y + picture_height});
-    const float pad = font * 0.5f;
-    list->AddText({low.x + pad, low.y + picture_height + pad * 0.6f}, IM_COL32(228, 231, 236, 255), entry.name.c_str());
-    const float first_line = low.y + picture_height + font * 1.45f;
-    const ImVec4 clip{low.x, low.y, low.x + width, first_line + 2 * 0.85f * font};
-    list->AddText(ImGui::GetFont(), font * 0.85f, {low.x + pad, first_line}, kDim, entry.purpose.c_str(), nullptr,
-                  width - 2 * pad, &clip);
-    if (ImGui::IsItemHovered())
-        ImGui::SetTooltip("%s", (entry.mistake.empty() ? entry.purpose : entry.mistake).c_str());
+    const float pad = font * 0.5f, small = font * 0.85f, text_width = width - 2 * pad;
+    list->AddText({low.x + pad, low.y + picture_height + pad * 0.6f}, IM_COL32(228, 231, 236, 255),
+                  fitted(entry.name, font, text_width, 1).c_str());
+    list->AddText(ImGui::GetFont(), small, {low.x + pad, low.y + picture_height + font * 1.45f}, kDim,
+                  fitted(entry.purpose, small, text_width, 2).c_str());
+    if (ImGui::IsItemHovered()) show_tip(entry);
     const bool chosen = pressed || (ImGui::IsItemFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)));
-    if (chosen && entry.is_look) frame.commands.push_back(NewFromLook{entry.name});
-    if (chosen && !entry.is_look) frame.commands.push_back(OpenScene{entry.file});
+    if (chosen && entry.part == GalleryPart::kLooks) frame.commands.push_back(NewFromLook{entry.name});
+    if (chosen && entry.part != GalleryPart::kLooks) frame.commands.push_back(OpenScene{entry.file});
+    ImGui::PopID();
     ImGui::PopID();
 }
 
-void show_cards(PanelFrame& frame, const Gallery& gallery, bool looks) {
+void show_cards(PanelFrame& frame, const Gallery& gallery, GalleryPart part, const char* heading) {
+    const auto is_here = [part](const GalleryEntry& entry) { return entry.part == part; };
+    if (std::none_of(gallery.entries.begin(), gallery.entries.end(), is_here)) return;
+    ImGui::Spacing();
+    ImGui::TextUnformatted(heading);
+    ImGui::Spacing();
     const float available = ImGui::GetContentRegionAvail().x, gap = ImGui::GetStyle().ItemSpacing.x * 1.5f;
     const int columns = std::max(1, static_cast<int>((available + gap) / (ImGui::GetFontSize() * 15.0f + gap)));
     const float width = (available - gap * static_cast<float>(columns - 1)) / static_cast<float>(columns);
     int column = 0;
     for (const GalleryEntry& entry : gallery.entries) {
-        if (entry.is_look != looks) continue;
+        if (!is_here(entry)) continue;
         if (column != 0) ImGui::SameLine(0, gap);
         show_card(frame, entry, width);
         column = (column + 1) % columns;
@@ -154,11 +222,9 @@ void show_cards(PanelFrame& frame, const Gallery& gallery, bool looks) {
 
 void show_recoveries(PanelFrame& frame, const Gallery& gallery) {
     for (const Recovery& recovery : gallery.recoveries) {
-        const std::string name =
-            recovery.original.empty() ? "a scene that was never saved" : recovery.original.string();
         ImGui::PushID(recovery.copy.c_str());
         ImGui::AlignTextToFramePadding();
-        ImGui::TextColored(ImColor(kWarning), "Unsaved work is left of %s", name.c_str());
+        ImGui::TextColored(ImColor(kWarning), "Unsaved work is left of %s", recovery.name.c_str());
         ImGui::SameLine();
         if (ImGui::Button("Take it up")) frame.commands.push_back(TakeRecovery{recovery});
         mark(frame.targets, "recovery.take");
@@ -169,56 +235,51 @@ void show_recoveries(PanelFrame& frame, const Gallery& gallery) {
     }
 }
 
-void heading(const char* text) {
-    ImGui::Spacing();
-    ImGui::TextUnformatted(text);
-    ImGui::Spacing();
-}
-
 }  // namespace
 
-Gallery make_gallery(const fs::path& scenes_folder, const fs::path& looks_folder) {
-    Gallery gallery;
-    const fs::path cache = cache_folder();
-    for (const fs::path& file : stage::look_files(looks_folder)) gallery.entries.push_back(entry_of(file, true, cache));
-    for (const fs::path& file : own_scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
-    for (const fs::path& file : scene_files(scenes_folder)) gallery.entries.push_back(entry_of(file, false, cache));
+void read_gallery(Gallery& gallery, const fs::path& scenes_folder, const fs::path& looks_folder) {
+    std::vector<GalleryEntry> old = std::exchange(gallery.entries, {});
+    const auto add = [&](GalleryPart part, const std::vector<fs::path>& files) {
+        for (const fs::path& file : files) gallery.entries.push_back(entry_of(file, part, old));
+    };
+    add(GalleryPart::kRecent, recent_files(state_folder()));
+    add(GalleryPart::kLooks, all_look_files(looks_folder));
+    add(GalleryPart::kScenes, own_scene_files(scenes_folder));
+    add(GalleryPart::kScenes, scene_files(scenes_folder));
     gallery.recoveries = find_recoveries(state_folder());
-    return gallery;
+    gallery.is_ordered = false;
 }
 
 void order_thumbnails(Gallery& gallery, Player& player) {
     if (std::exchange(gallery.is_ordered, true)) return;
     std::vector<ThumbnailOrder> orders;
-    for (size_t i = 0; i < gallery.entries.size(); ++i)
-        if (gallery.entries[i].texture.number() == 0)
-            order_thumbnail(gallery.entries[i], static_cast<int64_t>(i), orders);
+    for (GalleryEntry& entry : gallery.entries)
+        if (entry.texture.number() == 0) order_thumbnail(entry, orders);
     player.order_thumbnails(std::move(orders));
 }
 
 void take_thumbnails(Gallery& gallery, std::vector<Thumbnail> thumbnails) {
     for (Thumbnail& thumbnail : thumbnails) {
-        GalleryEntry& entry = gallery.entries[static_cast<size_t>(thumbnail.number)];
-        if (!thumbnail.picture) {
-            entry.mistake = thumbnail.picture.error().message;
-            continue;
+        for (GalleryEntry& entry : gallery.entries) {
+            if (entry.cached != thumbnail.name) continue;
+            const Result<Done> shown = thumbnail.picture ? stage::replace_texture(entry.texture, *thumbnail.picture)
+                                                         : Result<Done>(thumbnail.picture.error());
+            if (!shown) entry.mistake = shown.error().message;
         }
-        if (const auto shown = stage::replace_texture(entry.texture, *thumbnail.picture); !shown)
-            entry.mistake = shown.error().message;
+        if (!thumbnail.picture) continue;
         std::error_code ignored;
-        fs::create_directories(entry.cached.parent_path(), ignored);
+        fs::create_directories(fs::path(thumbnail.name).parent_path(), ignored);
         // A cache that cannot be written only costs time at the next start.
-        static_cast<void>(stage::write_png(entry.cached, *thumbnail.picture));
+        static_cast<void>(stage::write_png(thumbnail.name, *thumbnail.picture));
     }
 }
 
 void gallery_panel(PanelFrame& frame, const Gallery& gallery, const Area& area) {
     begin_panel("Gallery", area);
     show_recoveries(frame, gallery);
-    heading("Looks: a click makes a new scene of one");
-    show_cards(frame, gallery, true);
-    heading("Scenes");
-    show_cards(frame, gallery, false);
+    show_cards(frame, gallery, GalleryPart::kRecent, "Recent files");
+    show_cards(frame, gallery, GalleryPart::kLooks, "Looks: a click makes a new scene of one");
+    show_cards(frame, gallery, GalleryPart::kScenes, "Scenes");
     const bool is_drawn = std::all_of(gallery.entries.begin(), gallery.entries.end(), [](const GalleryEntry& entry) {
         return entry.texture.number() != 0 || !entry.mistake.empty();
     });

@@ -101,6 +101,7 @@ const Key kKeys[] = {
      [](PanelFrame& f) {
          if (f.studio.document) f.commands.push_back(ShowState{1 - f.studio.document->shown});
      }},
+    {SDL_SCANCODE_O, kControl, "Ctrl+O", "open a file", [](PanelFrame& f) { f.memory.shows_open = true; }, true},
     {SDL_SCANCODE_S, kControl, "Ctrl+S", "save", save, true},
     {SDL_SCANCODE_S, kControlShift, "Ctrl+Shift+S", "save under another name",
      [](PanelFrame& f) { f.memory.shows_save_as = f.studio.document.has_value(); }, true},

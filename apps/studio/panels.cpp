@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
+
 #include "theme.h"
 
 namespace tovu {
@@ -33,7 +35,14 @@ void begin_panel(const char* name, const Area& area, bool scrolls) {
 
 std::filesystem::path folder_for_files(const Document& document) {
     std::error_code ignored;
-    return access(document.folder.c_str(), W_OK) == 0 ? document.folder : std::filesystem::current_path(ignored);
+    const bool fits = !document.file.empty() && access(document.folder.c_str(), W_OK) == 0;
+    return fits ? document.folder : std::filesystem::current_path(ignored);
+}
+
+std::filesystem::path typed_path(const std::string& text, const std::filesystem::path& folder) {
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && text.starts_with("~/")) return home + text.substr(1);
+    return folder / text;
 }
 
 void bracket_change(PanelFrame& frame, const std::string& label) {

@@ -25,6 +25,16 @@ void mark(Targets& targets, const std::string& name);
 
 enum class Backdrop { kScene, kCheckerboard, kColour, kPicture };
 
+/// Of the window that opens files.
+struct OpenChoice {
+    std::filesystem::path folder;    // whose list is shown; empty before the first
+    std::vector<std::string> names;  // in it: folders, which end in a slash, then scenes and looks
+    std::string typed;               // a name of the list, or any path
+    std::string shown;               // the name that the list was scrolled to
+    std::string mistake;             // why the typed one was not opened
+    bool wants_focus = false;        // for the typed name
+};
+
 /// What panels keep between frames.
 struct PanelMemory {
     // Parameters.
@@ -48,10 +58,14 @@ struct PanelMemory {
     size_t key_panel = 0;        // that had the keyboard last
     // Windows over the others.
     bool shows_keys = false;
+    bool shows_open = false;
+    OpenChoice open;
     bool shows_save_as = false;
     bool saves_look = false;  // instead of the document
     std::string save_as;
-    std::string purpose;  // of the look
+    bool wants_save_name = false;            // focus it
+    std::filesystem::path asked_to_replace;  // the file that Enter was pressed for: the next one replaces it
+    std::string purpose;                     // of the look
     bool shows_export = false;
     bool exports_still = false;
     std::string export_file;
@@ -72,9 +86,12 @@ struct Area {
 /// Begins a panel that fills an area. End with ImGui::End().
 void begin_panel(const char* name, const Area& area, bool scrolls = true);
 
-/// The folder to propose for a new file: the document's, or the current one where that cannot be written to, as that of
-/// installed scenes.
+/// The folder to propose for a new file: that of the document's file, or the current one when it has none or cannot be
+/// written to.
 std::filesystem::path folder_for_files(const Document& document);
+
+/// The path that a text means: from `folder`, or from the user's home behind "~/".
+std::filesystem::path typed_path(const std::string& text, const std::filesystem::path& folder);
 
 /// After an item that changes one thing by dragging or typing: begins and ends its step of undo.
 void bracket_change(PanelFrame& frame, const std::string& label);
@@ -85,6 +102,7 @@ void transport_panel(PanelFrame& frame, const Area& area);
 void numbers_panel(PanelFrame& frame, const Area& area, const std::string& renderer);
 void surprises_panel(PanelFrame& frame, const Area& area);
 void keys_window(PanelFrame& frame);
+void open_window(PanelFrame& frame);
 void save_as_window(PanelFrame& frame);
 void export_window(PanelFrame& frame);
 

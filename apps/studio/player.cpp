@@ -271,8 +271,8 @@ bool work_on_thumbnail(PlayerThread& player) {
     const std::lock_guard lock(player.mutex);
     player.draws_thumbnail = false;
     if (!picture) return true;
-    player.reported.thumbnails.push_back({order.number, std::move(*picture)});
-    std::erase_if(player.thumbnails, [&](const ThumbnailOrder& other) { return other.number == order.number; });
+    player.reported.thumbnails.push_back({order.name, std::move(*picture)});
+    std::erase_if(player.thumbnails, [&](const ThumbnailOrder& other) { return other.name == order.name; });
     return true;
 }
 

@@ -29,12 +29,12 @@ struct PlayOrders {
 
 /// A small picture of a scene for a gallery.
 struct ThumbnailOrder {
-    int64_t number = 0;
+    std::string name;                                      // that its picture comes with
     std::shared_ptr<const stage::SceneDescription> scene;  // of the size to draw
     int64_t frame = 0;
 };
 struct Thumbnail {
-    int64_t number = 0;
+    std::string name;
     stage::Result<stage::Picture> picture;
 };
 

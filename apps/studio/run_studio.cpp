@@ -48,15 +48,6 @@ Commands opening_commands(const std::string& file) {
     return {OpenScene{file}};
 }
 
-// A crash may have left changes of the file that is opened.
-void tell_of_recoveries(Studio& studio) {
-    if (!studio.document || studio.document->file.empty()) return;
-    for (const Recovery& recovery : find_recoveries(state_folder())) {
-        if (recovery.original == studio.document->file)
-            studio.notice = {"unsaved work of this file is left: see the gallery (F1)", true};
-    }
-}
-
 void show_stage(PanelFrame& frame, Session& session, const Area& whole) {
     const float font = ImGui::GetFontSize();
     const float top = font * 2.6f, bottom = font * 6.0f;
@@ -86,14 +77,13 @@ void show_window(PanelFrame& frame, Session& session) {
         save_as_window(frame);
         export_window(frame);
     }
+    open_window(frame);
     keys_window(frame);
     take_keys(frame);
 }
 
 std::string title_of(const Studio& studio) {
-    if (!studio.document) return "TovuSmoke studio";
-    const auto name = studio.document->file.filename().string();
-    return (name.empty() ? "not saved yet" : name) + " - TovuSmoke studio";
+    return (studio.document ? document_title(*studio.document) + " - " : "") + "TovuSmoke studio";
 }
 
 bool is_moving(const Studio& studio) {
@@ -106,12 +96,25 @@ double patience_of(const Session& session) {
     return is_moving(session.studio) ? kFrameSeconds : kIdleFrameSeconds;
 }
 
-// An earlier place stays for the next start to offer.
 void begin_copies(Session& session) {
     if (Result<Autosave> place = begin_autosave(state_folder()))
         session.autosave = *place;
     else
         session.studio.notice = {"nothing is kept for a crash: " + place.error().message, true};
+}
+
+// The gallery offers it.
+void keep_left_document(Session& session) {
+    Studio& studio = session.studio;
+    const Result<Done> kept = autosave(session.autosave, *studio.left_document);
+    leave_autosave(session.autosave);
+    begin_copies(session);
+    const std::string name = scene_file(*studio.left_document).filename().string();
+    studio.left_document.reset();
+    if (!kept)
+        studio.notice = {kept.error().message, true};
+    else
+        studio.notice = {"the unsaved changes of " + name + " are kept: see the gallery (F1)", false};
 }
 
 bool show_frame(Session& session) {
@@ -130,6 +133,9 @@ bool show_frame(Session& session) {
     Commands commands;
     PanelFrame frame{studio, session.memory, commands, session.targets};
     session.targets.places.clear();
+    for (const std::string& file : session.window.take_dropped_files()) commands.push_back(OpenScene{file});
+    if (studio.page == Page::kGallery && std::exchange(studio.gallery_is_old, false))
+        read_gallery(session.gallery, studio.scenes_folder, studio.looks_folder);
     show_window(frame, session);
     const bool was_fullscreen = studio.fullscreen;
     carry_out(studio, commands);
@@ -138,7 +144,7 @@ bool show_frame(Session& session) {
     if (studio.page == Page::kGallery) order_thumbnails(session.gallery, session.player);
     if (studio.fullscreen != was_fullscreen) session.window.set_fullscreen(studio.fullscreen);
     session.window.set_title(title_of(studio));
-    if (std::exchange(studio.left_work, false)) begin_copies(session);
+    if (studio.left_document) keep_left_document(session);
     if (studio.document)
         if (const Result<Done> kept = autosave(session.autosave, *studio.document); !kept)
             studio.notice = {kept.error().message, true};
@@ -163,11 +169,10 @@ Result<Done> run_studio(const StudioOptions& options) {
     Session session(*window, player);
     session.studio.fullscreen = options.fullscreen;
     session.studio.scenes_folder = options.scenes_folder;
+    session.studio.looks_folder = options.looks_folder;
     session.studio.smoke_plugin = options.smoke_plugin;
-    session.gallery = make_gallery(options.scenes_folder, options.looks_folder);
     carry_out(session.studio, opening_commands(options.file));
     if (!options.file.empty() && !session.studio.document) return stage::Error{session.studio.notice.text};
-    tell_of_recoveries(session.studio);
     session.script = std::move(*script);
     session.targets.wanted = session.script.is_running;
     begin_copies(session);

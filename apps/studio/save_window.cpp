@@ -1,5 +1,8 @@
 // Saving under another name, as the document or as a look of one container.
+#include <utility>
+
 #include "panels.h"
+#include "stage/file_ending.h"
 #include "theme.h"
 
 namespace tovu {
@@ -46,21 +49,73 @@ void choose_kind(PanelFrame& frame) {
     ImGui::NewLine();
 }
 
-// A name without ending is a TOML file's; one without folder goes where the proposed file is.
-std::string chosen_file(const PanelFrame& frame) {
-    std::filesystem::path file = frame.memory.save_as;
-    if (!file.has_filename()) return file.string();
-    if (!file.has_extension()) file += ".toml";
-    return (std::filesystem::path(proposed_file(frame)).parent_path() / file).string();
+// What is typed, with the ending of a TOML file; one without folder goes where the proposed file is.
+std::filesystem::path chosen_file(const PanelFrame& frame) {
+    std::filesystem::path file =
+        typed_path(frame.memory.save_as, std::filesystem::path(proposed_file(frame)).parent_path());
+    if (file.has_filename() && stage::file_ending(file) != ".toml") file += ".toml";
+    return file;
 }
 
-void give_command(PanelFrame& frame, const std::string& file, bool overwrite) {
+// Why the file cannot be saved; empty when it can.
+std::string mistake_in(const std::filesystem::path& file, bool makes_folder) {
+    std::error_code ignored;
+    if (!file.has_filename() || std::filesystem::is_directory(file, ignored))
+        return file.string() + " is a folder: add a name";
+    if (!makes_folder && !std::filesystem::is_directory(file.parent_path(), ignored))
+        return "there is no folder " + file.parent_path().string();
+    return "";
+}
+
+void give_command(PanelFrame& frame, const std::filesystem::path& file, bool overwrite) {
     const PanelMemory& memory = frame.memory;
     if (memory.saves_look)
         frame.commands.push_back(SaveLook{
             {container_with_look(frame.studio), memory.purpose, file, overwrite ? Overwrite::kYes : Overwrite::kNo}});
     else
         frame.commands.push_back(SaveAs{file, overwrite});
+}
+
+// True when Enter was pressed in the file's name.
+bool show_fields(PanelFrame& frame) {
+    PanelMemory& memory = frame.memory;
+    choose_kind(frame);
+    ImGui::TextUnformatted("File");
+    ImGui::SetNextItemWidth(-1);
+    if (ImGui::IsWindowAppearing() || std::exchange(memory.wants_save_name, false)) ImGui::SetKeyboardFocusHere();
+    const bool entered = ImGui::InputText("##file", &memory.save_as, ImGuiInputTextFlags_EnterReturnsTrue);
+    mark(frame.targets, "save as.file");
+    if (!memory.saves_look) return entered;
+    ImGui::TextUnformatted("What it is for");
+    ImGui::SetNextItemWidth(-1);
+    ImGui::InputTextWithHint("##purpose", "one line, such as: Steam over a cup", &memory.purpose);
+    mark(frame.targets, "save as.purpose");
+    return entered;
+}
+
+void show_line(const std::string& text, ImU32 color) {
+    ImGui::PushStyleColor(ImGuiCol_Text, color);
+    ImGui::TextWrapped("%s", text.c_str());
+    ImGui::PopStyleColor();
+}
+
+// Saves when the button is pressed or Enter, which is asked for twice when the file exists. False while it was neither.
+bool save_to(PanelFrame& frame, const std::filesystem::path& file, bool entered) {
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(file, ignored);
+    const bool was_asked = exists && frame.memory.asked_to_replace == file;
+    if (was_asked)
+        show_line("This file exists: Enter replaces it.", kWarning);
+    else if (exists)
+        show_line("This file exists and will be replaced.", kWarning);
+    else
+        show_line(file.string(), kDim);
+    const bool pressed = ImGui::Button(exists ? "Replace" : "Save");
+    mark(frame.targets, "save as.save");
+    if (entered) frame.memory.asked_to_replace = file;
+    if (!pressed && !(entered && (was_asked || !exists))) return false;
+    give_command(frame, file, exists);
+    return true;
 }
 
 }  // namespace
@@ -70,32 +125,24 @@ void save_as_window(PanelFrame& frame) {
     if (memory.shows_save_as && !ImGui::IsPopupOpen(kTitle)) {
         memory.saves_look = false;
         memory.save_as = proposed_file(frame);
+        memory.asked_to_replace.clear();
         ImGui::OpenPopup(kTitle);
     }
     ImGui::SetNextWindowSize({ImGui::GetFontSize() * 32.0f, 0});
     if (!ImGui::BeginPopupModal(kTitle, nullptr, ImGuiWindowFlags_AlwaysAutoResize)) return;
-    choose_kind(frame);
-    ImGui::TextUnformatted("File");
-    ImGui::SetNextItemWidth(-1);
-    if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
-    const bool entered = ImGui::InputText("##file", &memory.save_as, ImGuiInputTextFlags_EnterReturnsTrue);
-    mark(frame.targets, "save as.file");
-    if (memory.saves_look) {
-        ImGui::TextUnformatted("What it is for");
-        ImGui::SetNextItemWidth(-1);
-        ImGui::InputTextWithHint("##purpose", "one line, such as: Steam over a cup", &memory.purpose);
-        mark(frame.targets, "save as.purpose");
+    const bool entered = show_fields(frame);
+    memory.wants_save_name = entered;
+    const std::filesystem::path file = chosen_file(frame);
+    const std::string mistake = mistake_in(file, memory.saves_look);
+    bool saved = false;
+    if (mistake.empty()) {
+        saved = save_to(frame, file, entered);
+        ImGui::SameLine();
+    } else {
+        show_line(mistake, kMistake);
     }
-    std::error_code ignored;
-    const std::string file = chosen_file(frame);
-    const bool exists = std::filesystem::exists(file, ignored);
-    if (exists) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
-    const bool save = ImGui::Button(exists ? "Replace" : "Save") || entered;
-    mark(frame.targets, "save as.save");
-    ImGui::SameLine();
     const bool cancel = ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape));
-    if (save) give_command(frame, file, exists);
-    if (save || cancel) {
+    if (saved || cancel) {
         memory.shows_save_as = false;
         ImGui::CloseCurrentPopup();
     }

@@ -83,6 +83,14 @@ SDL_Event key_event(uint32_t window, SDL_Scancode code, bool down, uint16_t modi
     return event;
 }
 
+SDL_Event drop_event(uint32_t window, const std::string& file) {
+    SDL_Event event{};
+    event.type = SDL_DROPFILE;
+    event.drop.windowID = window;
+    event.drop.file = SDL_strdup(file.c_str());
+    return event;
+}
+
 SDL_Event text_event(uint32_t window, const std::string& text) {
     SDL_Event event{};
     event.type = SDL_TEXTINPUT;
@@ -101,6 +109,17 @@ constexpr Modifier kModifiers[] = {{"Ctrl", SDL_SCANCODE_LCTRL, KMOD_LCTRL},
                                    {"Alt", SDL_SCANCODE_LALT, KMOD_LALT}};
 
 using Frames = std::deque<std::vector<SDL_Event>>;
+
+// An event has room for some letters, which must be whole.
+void add_text(uint32_t window, const std::string& text, Frames& frames) {
+    constexpr size_t kRoom = SDL_TEXTINPUTEVENT_TEXT_SIZE - 1;
+    for (size_t at = 0, end = 0; at < text.size(); at = end) {
+        end = std::min(at + kRoom, text.size());
+        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
+        frames.push_back({text_event(window, text.substr(at, end - at))});
+    }
+    frames.push_back({});
+}
 
 // Holds the modifiers that `names` contains ("Ctrl+Shift+", any case) around what `inside` adds.
 template <class Inside>
@@ -299,7 +318,9 @@ Result<bool> carry_out_line(Script& script, const Script::Line& line, const Scri
     } else if (words[0] == "wait" && words.at(1) == "frames") {
         script.frames_to_wait = std::stoi(words.at(2));
     } else if (words[0] == "type") {
-        script.events.push_back({text_event(window, line.rest)});
+        add_text(window, line.rest, script.events);
+    } else if (words[0] == "drop") {
+        script.events.push_back({drop_event(window, line.rest)});
         script.events.push_back({});
     } else if (words[0] == "key" && words.size() == 2) {
         done = press_key(script, line, window);

@@ -26,6 +26,7 @@ namespace tovu {
 ///   drag TARGET DX DY [shift|alt]   pixels, in ten steps
 ///   wheel TARGET STEPS
 ///   type TEXT               to the end of the line
+///   drop FILE               on the window
 ///   key NAME                SDL's name with Ctrl+, Shift+, Alt+ before it: Ctrl+Shift+Z
 ///   screenshot FILE         PNG or, by its ending, JPEG
 ///   places FILE             a line for each target: its name, left, top, right, bottom

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "document/recent_files.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -20,12 +21,14 @@ void note(Studio& studio, const Result<Done>& done) {
     if (!done) studio.notice = {done.error().message, true};
 }
 
-void open(Studio& studio, Result<Document> opened) {
+// False, with a notice, when it cannot be opened: then the present document stays.
+bool open(Studio& studio, Result<Document> opened) {
     if (!opened) {
         studio.notice = {opened.error().message, true};
-        return;
+        return false;
     }
-    studio.left_work = studio.document && has_work(*studio.document);
+    if (studio.document) end_change(*studio.document);
+    if (studio.document && has_work(*studio.document)) studio.left_document = std::move(studio.document);
     studio.document = std::move(*opened);
     studio.read_revision = studio.document->revision - 1;
     studio.scene = nullptr;
@@ -43,6 +46,28 @@ void open(Studio& studio, Result<Document> opened) {
     studio.orders.seek_frame = 0;
     follow_document(studio);
     if (studio.scene) studio.orders.range = {0, scene_frames(studio) - 1};
+    return true;
+}
+
+// For the gallery, which only lacks the file when the list cannot be written.
+void remember(const std::filesystem::path& file) {
+    std::error_code ignored;
+    static_cast<void>(remember_file(state_folder(), std::filesystem::absolute(file, ignored).lexically_normal()));
+}
+
+// What one should know about a file that was opened.
+Notice notice_of_opened(const Document& document) {
+    if (document.file.empty()) return {"comes with the program: Save makes a copy", false};
+    for (const Recovery& recovery : find_recoveries(state_folder()))
+        if (recovery.original == document.file)
+            return {"unsaved work of this file is left: see the gallery (F1)", true};
+    return {};
+}
+
+void open_file(Studio& studio, const std::filesystem::path& file) {
+    if (!open(studio, open_document(file))) return;
+    remember(file);
+    studio.notice = notice_of_opened(*studio.document);
 }
 
 void set_keys(Document& document, const SetKeys& command, Studio& studio) {
@@ -53,22 +78,26 @@ void set_keys(Document& document, const SetKeys& command, Studio& studio) {
 }
 
 void save(Studio& studio, const Result<Done>& saved) {
-    if (saved)
-        studio.notice = {"saved " + studio.document->file.string(), false};
-    else
+    if (!saved) {
         studio.notice = {saved.error().message, true};
+        return;
+    }
+    remember(studio.document->file);
+    studio.notice = {"saved " + studio.document->file.string(), false};
 }
 
 void save_look_of(Studio& studio, const LookToSave& look) {
     const ContainerFacts* container = selected_container(studio);
     if (container == nullptr) return;
     const Result<std::vector<std::string>> saved = save_look(*studio.document, look, container->noted->plugin);
-    if (!saved)
-        studio.notice = {saved.error().message, true};
-    else
-        studio.notice = {fmt::format("saved the look {}{}{}", look.file.string(), saved->empty() ? "" : "; ",
-                                     fmt::join(*saved, "; ")),
-                         !saved->empty()};
+    if (!saved) {
+        studio.notice = {with_scene_named(*studio.document, saved.error().message), true};
+        return;
+    }
+    remember(look.file);
+    studio.notice = {
+        fmt::format("saved the look {}{}{}", look.file.string(), saved->empty() ? "" : "; ", fmt::join(*saved, "; ")),
+        !saved->empty()};
 }
 
 void start_export(Studio& studio, const StartExport& command) {
@@ -91,7 +120,7 @@ struct General {
     Studio& studio;
 
     bool operator()(const OpenScene& command) const {
-        open(studio, open_document(command.file));
+        open_file(studio, command.file);
         return true;
     }
     bool operator()(const NewFromLook& command) const {
@@ -99,15 +128,16 @@ struct General {
         return true;
     }
     bool operator()(const TakeRecovery& command) const {
-        open(studio, recover(command.recovery));
-        if (studio.page == Page::kStage) discard_recovery(command.recovery);
+        if (open(studio, recover(command.recovery))) discard_recovery(command.recovery);
         return true;
     }
     bool operator()(const DiscardRecovery& command) const {
         discard_recovery(command.recovery);
+        studio.gallery_is_old = true;
         return true;
     }
     bool operator()(const ShowGallery&) const {
+        studio.gallery_is_old = studio.page != Page::kGallery;
         studio.page = Page::kGallery;
         studio.orders.playing = false;
         return true;
@@ -207,7 +237,7 @@ void follow_document(Studio& studio) {
     studio.read_revision = studio.document->revision;
     Result<stage::SceneDescription> scene =
         stage::read_scene(scene_text(*studio.document), scene_file(*studio.document));
-    studio.scene_error = scene ? "" : scene.error().message;
+    studio.scene_error = scene ? "" : with_scene_named(*studio.document, scene.error().message);
     if (!scene) return;
     const bool whole = !studio.scene || studio.orders.range.last == scene_frames(studio) - 1;
     studio.scene = std::make_shared<const stage::SceneDescription>(std::move(*scene));
@@ -221,6 +251,7 @@ void follow_player(Studio& studio, PlayReport report) {
     while (studio.numbers.size() > kKeptNumbers) studio.numbers.pop_front();
     report.numbers.clear();
     studio.report = std::move(report);
+    if (studio.document) studio.report.error = with_scene_named(*studio.document, std::move(studio.report.error));
     if (studio.report.at_end) studio.orders.playing = false;
     if (studio.shown_countdown > 0 && --studio.shown_countdown == 0) studio.shown_parameter.clear();
 }
@@ -228,11 +259,18 @@ void follow_player(Studio& studio, PlayReport report) {
 void follow_export(Studio& studio) {
     if (!studio.export_run || studio.export_state->ended) return;
     studio.export_state = studio.export_run->follow();
+    if (studio.document)
+        studio.export_state->error = with_scene_named(*studio.document, std::move(studio.export_state->error));
     if (!studio.export_state->ended) return;
     if (studio.export_state->error.empty())
         studio.notice = {"exported " + studio.export_file.string(), false};
     else
         studio.notice = {"export: " + studio.export_state->error, studio.export_state->error != "cancelled"};
+}
+
+std::string document_title(const Document& document) {
+    if (document.file.empty()) return document.name + " (not saved yet)";
+    return document.file.filename().string() + (has_unsaved_changes(document) ? " •" : "");
 }
 
 bool has_work(const Document& document) {

@@ -41,9 +41,11 @@ struct Studio {
     std::filesystem::path export_file;        // of it
     std::string smoke_plugin;                 // library that replaces the smoke; empty: none
     std::filesystem::path scenes_folder;      // that the gallery lists
+    std::filesystem::path looks_folder;       // likewise
     double studio_ms = 0;                     // the panels, commands and the document in the last frame
     double window_ms = 0;                     // the renderer's share of it: uploading the picture, drawing the window
-    bool left_work = false;                   // another document replaced one with unsaved edits
+    std::optional<Document> left_document;    // that another one replaced; its unsaved edits are to be kept
+    bool gallery_is_old = true;               // to be read again when it is shown
     bool fullscreen = false;
     float text_size = 1.0f;  // factor
     bool quit = false;
@@ -67,6 +69,9 @@ int64_t scene_frames(const Studio& studio);
 
 /// The facts of the selected container, or of the first that carries a plug-in; null when there is none.
 const ContainerFacts* selected_container(const Studio& studio);
+
+/// The name of the document for people, with its state.
+std::string document_title(const Document& document);
 
 /// The line of a message "file:line:column: text" without its place.
 std::string without_place(const std::string& line);

@@ -19,11 +19,6 @@ bool button(PanelFrame& frame, const char* label, const std::string& tip, bool e
     return pressed;
 }
 
-std::string document_name(const Document& document) {
-    const std::string name = document.file.empty() ? "not saved yet" : document.file.filename().string();
-    return has_unsaved_changes(document) && !document.file.empty() ? name + " •" : name;
-}
-
 void state_buttons(PanelFrame& frame, const Document& document) {
     for (const size_t state : {size_t{0}, size_t{1}}) {
         const char* name = state == 0 ? "A" : "B";
@@ -53,7 +48,7 @@ void document_buttons(PanelFrame& frame, const Document& document) {
     const bool exports = frame.studio.export_state && !frame.studio.export_state->ended;
     if (button(frame, exports ? "Exporting …" : "Export", "a still or a video (Ctrl+E)", true, exports))
         frame.memory.shows_export = true;
-    ImGui::TextUnformatted(document_name(document).c_str());
+    ImGui::TextUnformatted(document_title(document).c_str());
     ImGui::SameLine();
 }
 
@@ -64,6 +59,7 @@ void top_bar(PanelFrame& frame, const Area& area) {
     const Studio& studio = frame.studio;
     if (button(frame, "Gallery", "all looks and scenes (F1)", true, studio.page == Page::kGallery))
         frame.commands.push_back(ShowGallery{});
+    if (button(frame, "Open", "a scene or a look from a file (Ctrl+O)")) frame.memory.shows_open = true;
     if (studio.page == Page::kStage && studio.document) document_buttons(frame, *studio.document);
     const float keys_width = ImGui::CalcTextSize("Keys").x + 2 * ImGui::GetStyle().FramePadding.x;
     const float keys_left = area.width - keys_width - ImGui::GetStyle().WindowPadding.x;

@@ -34,6 +34,7 @@ struct WindowHandles {
     ImVec2 mouse{-FLT_MAX, -FLT_MAX};
     std::array<bool, 3> mouse_down{};
     std::array<bool, 3> mouse_pressed{};  // since the last frame
+    std::vector<std::string> dropped;     // files
     bool keep = false;
     stage::Picture kept;
 
@@ -118,6 +119,11 @@ void follow_modifiers(const SDL_Event& event) {
     io.KeyAlt = (event.key.keysym.mod & KMOD_ALT) != 0;
 }
 
+void take_dropped(WindowHandles& handles, const SDL_DropEvent& drop) {
+    handles.dropped.emplace_back(drop.file);
+    SDL_free(drop.file);
+}
+
 bool take_events(WindowHandles& handles, double seconds) {
     SDL_Event event;
     bool waits = seconds > 0;
@@ -128,6 +134,7 @@ bool take_events(WindowHandles& handles, double seconds) {
         ImGui_ImplSDL2_ProcessEvent(&event);
         follow_mouse(handles, event);
         follow_modifiers(event);
+        if (event.type == SDL_DROPFILE) take_dropped(handles, event.drop);
         open = open && event.type != SDL_QUIT;
         // ImGui sees one press or release a frame. What a held key repeats is no press.
         const bool is_press = event.type == SDL_KEYDOWN && event.key.repeat == 0;
@@ -208,6 +215,10 @@ void Window::keep_next_frame() {
 
 const stage::Picture& Window::kept_frame() const {
     return handles_->kept;
+}
+
+std::vector<std::string> Window::take_dropped_files() {
+    return std::exchange(handles_->dropped, {});
 }
 
 void Window::set_fullscreen(bool fullscreen) {

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "stage/assets/picture.h"
 #include "stage/opengl/context.h"
@@ -38,6 +40,9 @@ class Window {
     void keep_next_frame();
     /// The frame that was drawn after the last keep_next_frame.
     const stage::Picture& kept_frame() const;
+
+    /// The files that were dropped on the window since the last call.
+    std::vector<std::string> take_dropped_files();
 
     void set_fullscreen(bool fullscreen);
     void set_size(int width, int height);
