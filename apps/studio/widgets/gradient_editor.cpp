@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "points.h"
+#include "tip.h"
 
 namespace widgets {
 
@@ -124,7 +125,7 @@ bool color_field(GradientStop& stop, float width) {
     const ImVec4 color(stop.color[0], stop.color[1], stop.color[2], 1.0f);
     if (ImGui::ColorButton("colour", color, ImGuiColorEditFlags_NoTooltip, {width, ImGui::GetFrameHeight()}))
         ImGui::OpenPopup("picker");
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("Pick a colour");
+    tip("Pick a colour");
     if (!ImGui::BeginPopup("picker")) return false;
     const bool changed = ImGui::ColorPicker3("##picker", stop.color.data(), ImGuiColorEditFlags_Float);
     ImGui::EndPopup();

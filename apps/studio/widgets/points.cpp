@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tip.h"
+
 namespace widgets {
 
 namespace {
@@ -119,10 +121,10 @@ PointAction point_buttons(int count, bool can_remove) {
     if (ImGui::ArrowButton("next", ImGuiDir_Right)) store("chosen", chosen + 1);
     ImGui::SameLine(0, gap);
     if (ImGui::Button("+", {side, side})) action = {PointEvent::kAdd, chosen, {}};
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("Add a point (double click)");
+    tip("Add a point (double click)");
     ImGui::SameLine(0, gap);
     if (ImGui::Button("-", {side, side}) && can_remove) action = {PointEvent::kRemove, chosen, {}};
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("Remove the point (right click, Delete)");
+    tip("Remove the point (right click, Delete)");
     return action;
 }
 
