@@ -59,13 +59,19 @@ Error sdl_error(const char* what) {
     return Error{fmt::format("{}: {}", what, SDL_GetError())};
 }
 
-// Pixels of a line of text that is legible from a metre: of the screen's resolution where the system tells a high one,
-// else of the window's height.
+// Pixels of a line of text that is legible from a metre: by the scale of the screen where the system tells it, else by
+// the window's height. In a window too small for all panels the type is smaller.
 float suitable_text_pixels(SDL_Window* window) {
-    int width = 0, height = 0;
-    SDL_GL_GetDrawableSize(window, &width, &height);
-    const float by_height = height >= 1800 ? 2.0f : height >= 1300 ? 1.5f : height >= 1000 ? 1.15f : 1.0f;
-    return 16.0f * by_height;
+    int width = 0, height = 0, drawn_height = 0;
+    SDL_GetWindowSize(window, &width, &height);
+    SDL_GL_GetDrawableSize(window, nullptr, &drawn_height);
+    const float scale = static_cast<float>(drawn_height) / static_cast<float>(std::max(height, 1));
+    const float by_height = drawn_height >= 1800   ? 2.0f
+                            : drawn_height >= 1300 ? 1.5f
+                            : drawn_height >= 1000 ? 1.15f
+                                                   : 1.0f;
+    const float room = std::min(static_cast<float>(width) / 960.0f, static_cast<float>(height) / 540.0f);
+    return 16.0f * std::max(scale, by_height) * std::clamp(room, 0.75f, 1.0f);
 }
 
 std::optional<size_t> button_index(uint8_t button) {
