@@ -1,4 +1,6 @@
 // Export of a still or a video, beside which one can go on working.
+#include <fmt/format.h>
+
 #include "panels.h"
 #include "theme.h"
 
@@ -16,13 +18,13 @@ std::string proposed_file(const PanelFrame& frame) {
 void choose_kind(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     for (const bool is_still : {false, true}) {
-        if (ImGui::RadioButton(is_still ? "The picture shown now" : "All as a video",
+        if (ImGui::RadioButton(is_still ? "Still of the picture on screen" : "Video of the whole scene",
                                memory.exports_still == is_still)) {
             memory.exports_still = is_still;
             memory.export_file = proposed_file(frame);
         }
         mark(frame.targets, is_still ? "export.still" : "export.video");
-        ImGui::SameLine();
+        ImGui::SameLine(0, ImGui::GetFontSize());
     }
     ImGui::NewLine();
 }
@@ -37,10 +39,12 @@ void start(PanelFrame& frame) {
 void show_order(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     choose_kind(frame);
+    ImGui::TextUnformatted("File");
     ImGui::SetNextItemWidth(-1);
+    if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
     const bool entered = ImGui::InputText("##file", &memory.export_file, ImGuiInputTextFlags_EnterReturnsTrue);
     mark(frame.targets, "export.file");
-    ImGui::TextDisabled("%s", memory.exports_still ? ".png or .exr, both keep the alpha"
+    ImGui::TextDisabled("%s", memory.exports_still ? ".png and .exr keep the alpha"
                                                    : ".mov, .webm, .webp and .gif keep the alpha, .mp4 does not");
     std::error_code ignored;
     const bool exists = std::filesystem::exists(memory.export_file, ignored);
@@ -48,7 +52,7 @@ void show_order(PanelFrame& frame) {
                               frame.studio.export_state->error.empty() &&
                               frame.studio.export_file == memory.export_file;
     if (exists && !is_just_made) ImGui::TextColored(ImColor(kWarning), "This file exists and will be replaced.");
-    const bool pressed = ImGui::Button(exists ? "Replace" : "Export");
+    const bool pressed = main_button(exists ? "Replace" : "Export");
     mark(frame.targets, "export.start");
     if (pressed || entered) start(frame);
 }
@@ -57,9 +61,9 @@ void show_progress(PanelFrame& frame, const ExportState& state) {
     ImGui::TextWrapped("%s", frame.studio.export_file.string().c_str());
     const int total = std::max(state.frames_total, 1);
     const std::string text = state.frames_total == 0
-                                 ? "preparing"
-                                 : std::to_string(state.frames_done) + " of " + std::to_string(state.frames_total) +
-                                       ", " + std::to_string(static_cast<int>(state.seconds_left)) + " s left";
+                                 ? "Preparing"
+                                 : fmt::format("{} of {} pictures, {:.0f} s left", state.frames_done,
+                                               state.frames_total, state.seconds_left);
     ImGui::ProgressBar(static_cast<float>(state.frames_done) / static_cast<float>(total), {-1, 0}, text.c_str());
     if (ImGui::Button("Cancel")) frame.commands.push_back(CancelExport{});
     mark(frame.targets, "export.cancel");
@@ -83,7 +87,7 @@ void export_window(PanelFrame& frame) {
             show_order(frame);
         if (state && state->ended)
             ImGui::TextColored(ImColor(state->error.empty() ? kAccent : kMistake), "%s",
-                               state->error.empty() ? "exported" : state->error.c_str());
+                               state->error.empty() ? "Exported" : state->error.c_str());
         if (ImGui::IsWindowFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape)))
             memory.shows_export = false;
     }

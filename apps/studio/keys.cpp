@@ -1,5 +1,6 @@
 // The keyboard: one table for what keys do and for the window that lists them.
 #include <SDL.h>
+#include <imgui_internal.h>
 
 #include "panels.h"
 
@@ -47,11 +48,18 @@ void set_loop_end(PanelFrame& frame) {
 }
 
 void focus_next_panel(PanelFrame& frame) {
-    constexpr const char* kPanels[] = {"Parameters", "Transport", "Top", "Picture", "Surprises", "Numbers"};
+    constexpr const char* kPanels[] = {"Gallery", "Parameters", "Transport", "Top",
+                                       "Picture", "Warnings",   "Numbers",   "Export"};
     PanelMemory& memory = frame.memory;
-    memory.key_panel = memory.keys_navigate ? (memory.key_panel + 1) % IM_ARRAYSIZE(kPanels) : 0;
+    const auto is_shown = [](const char* name) {
+        const ImGuiWindow* window = ImGui::FindWindowByName(name);
+        return window != nullptr && window->WasActive;
+    };
+    size_t next = memory.keys_navigate ? memory.key_panel + 1 : 0;
+    while (!is_shown(kPanels[next % IM_ARRAYSIZE(kPanels)]) && next < 2 * IM_ARRAYSIZE(kPanels)) ++next;
+    memory.key_panel = next % IM_ARRAYSIZE(kPanels);
     memory.keys_navigate = true;
-    ImGui::SetWindowFocus(frame.studio.page == Page::kGallery ? "Gallery" : kPanels[memory.key_panel]);
+    ImGui::SetWindowFocus(kPanels[memory.key_panel]);
 }
 
 void leave(PanelFrame& frame) {
@@ -64,58 +72,59 @@ void leave(PanelFrame& frame) {
 }
 
 const Key kKeys[] = {
-    {SDL_SCANCODE_SPACE, kNone, "Space", "play or pause",
+    {SDL_SCANCODE_SPACE, kNone, "Space", "Play or pause",
      [](PanelFrame& f) { f.commands.push_back(SetPlaying{!f.studio.orders.playing}); }},
-    {SDL_SCANCODE_RIGHT, kNone, "Right", "one frame on", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) + 1}); },
+    {SDL_SCANCODE_RIGHT, kNone, "Right", "One frame on", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) + 1}); },
      false, true},
-    {SDL_SCANCODE_LEFT, kNone, "Left", "one frame back", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) - 1}); },
+    {SDL_SCANCODE_LEFT, kNone, "Left", "One frame back", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) - 1}); },
      false, true},
-    {SDL_SCANCODE_HOME, kNone, "Home", "to the start", [](PanelFrame& f) { f.commands.push_back(Seek{0}); }},
-    {SDL_SCANCODE_END, kNone, "End", "to the end",
+    {SDL_SCANCODE_HOME, kNone, "Home", "To the start", [](PanelFrame& f) { f.commands.push_back(Seek{0}); }},
+    {SDL_SCANCODE_END, kNone, "End", "To the end",
      [](PanelFrame& f) { f.commands.push_back(Seek{scene_frames(f.studio) - 1}); }},
-    {SDL_SCANCODE_L, kNone, "L", "loop on or off",
+    {SDL_SCANCODE_L, kNone, "L", "Loop on or off",
      [](PanelFrame& f) {
          f.commands.push_back(SetLoop{!f.studio.orders.loop, f.studio.orders.range});
      }},
-    {SDL_SCANCODE_I, kNone, "I", "the loop begins here", set_loop_start},
-    {SDL_SCANCODE_O, kNone, "O", "the loop ends here", set_loop_end},
-    {SDL_SCANCODE_S, kNone, "S", "safe areas", [](PanelFrame& f) { f.memory.safe_areas = !f.memory.safe_areas; }},
-    {SDL_SCANCODE_F, kNone, "F", "force display", [](PanelFrame& f) { toggle_view(f, &ViewOrders::forces); }},
-    {SDL_SCANCODE_B, kNone, "B", "bounding boxes", [](PanelFrame& f) { toggle_view(f, &ViewOrders::boxes); }},
-    {SDL_SCANCODE_A, kNone, "A", "on air", [](PanelFrame& f) { toggle_view(f, &ViewOrders::on_air); }},
-    {SDL_SCANCODE_C, kNone, "C", "the scene's camera",
+    {SDL_SCANCODE_I, kNone, "I", "The loop begins here", set_loop_start},
+    {SDL_SCANCODE_O, kNone, "O", "The loop ends here", set_loop_end},
+    {SDL_SCANCODE_S, kNone, "S", "Safe areas", [](PanelFrame& f) { f.memory.safe_areas = !f.memory.safe_areas; }},
+    {SDL_SCANCODE_F, kNone, "F", "Forces", [](PanelFrame& f) { toggle_view(f, &ViewOrders::forces); }},
+    {SDL_SCANCODE_B, kNone, "B", "Bounds", [](PanelFrame& f) { toggle_view(f, &ViewOrders::boxes); }},
+    {SDL_SCANCODE_A, kNone, "A", "On air", [](PanelFrame& f) { toggle_view(f, &ViewOrders::on_air); }},
+    {SDL_SCANCODE_N, kNone, "N", "Numbers and warnings",
+     [](PanelFrame& f) { f.memory.shows_numbers = !shows_numbers(f.memory, ImGui::GetIO().DisplaySize.x); }},
+    {SDL_SCANCODE_C, kNone, "C", "The scene's camera",
      [](PanelFrame& f) {
          ViewOrders view = f.studio.orders.view;
          view.camera.reset();
          f.commands.push_back(SetView{view});
      }},
-    {SDL_SCANCODE_F6, kNone, "F6", "next panel: arrows, Tab, Space and Enter work in it; Esc ends that",
-     focus_next_panel, true},
-    {SDL_SCANCODE_F, kControl, "Ctrl+F", "search for a parameter; Enter edits the first, Tab the next",
-     [](PanelFrame& f) { f.memory.wants_search = true; }, true},
-    {SDL_SCANCODE_Z, kControl, "Ctrl+Z", "undo", [](PanelFrame& f) { f.commands.push_back(Undo{}); }, false, true},
-    {SDL_SCANCODE_Y, kControl, "Ctrl+Y", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false, true},
-    {SDL_SCANCODE_Z, kControlShift, "Ctrl+Shift+Z", "redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false,
+    {SDL_SCANCODE_F6, kNone, "F6", "To the next panel; Esc leaves it", focus_next_panel, true},
+    {SDL_SCANCODE_F, kControl, "Ctrl+F", "Search for a parameter", [](PanelFrame& f) { f.memory.wants_search = true; },
      true},
-    {SDL_SCANCODE_F2, kNone, "F2", "the other state, A or B",
+    {SDL_SCANCODE_Z, kControl, "Ctrl+Z", "Undo", [](PanelFrame& f) { f.commands.push_back(Undo{}); }, false, true},
+    {SDL_SCANCODE_Y, kControl, "Ctrl+Y", "Redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false, true},
+    {SDL_SCANCODE_Z, kControlShift, "Ctrl+Shift+Z", "Redo", [](PanelFrame& f) { f.commands.push_back(Redo{}); }, false,
+     true},
+    {SDL_SCANCODE_F2, kNone, "F2", "The other state, A or B",
      [](PanelFrame& f) {
          if (f.studio.document) f.commands.push_back(ShowState{1 - f.studio.document->shown});
      }},
-    {SDL_SCANCODE_O, kControl, "Ctrl+O", "open a file", [](PanelFrame& f) { f.memory.shows_open = true; }, true},
-    {SDL_SCANCODE_S, kControl, "Ctrl+S", "save", save, true},
-    {SDL_SCANCODE_S, kControlShift, "Ctrl+Shift+S", "save under another name",
+    {SDL_SCANCODE_O, kControl, "Ctrl+O", "Open", [](PanelFrame& f) { f.memory.shows_open = true; }, true},
+    {SDL_SCANCODE_S, kControl, "Ctrl+S", "Save", save, true},
+    {SDL_SCANCODE_S, kControlShift, "Ctrl+Shift+S", "Save as",
      [](PanelFrame& f) { f.memory.shows_save_as = f.studio.document.has_value(); }, true},
-    {SDL_SCANCODE_E, kControl, "Ctrl+E", "export a still or a video",
+    {SDL_SCANCODE_E, kControl, "Ctrl+E", "Export",
      [](PanelFrame& f) { f.memory.shows_export = f.studio.document.has_value(); }, true},
-    {SDL_SCANCODE_F1, kNone, "F1", "gallery", [](PanelFrame& f) { f.commands.push_back(ShowGallery{}); }, true},
-    {SDL_SCANCODE_F11, kNone, "F11", "the picture alone, in full screen",
+    {SDL_SCANCODE_F1, kNone, "F1", "Gallery", [](PanelFrame& f) { f.commands.push_back(ShowGallery{}); }, true},
+    {SDL_SCANCODE_F11, kNone, "F11", "The picture alone, in full screen",
      [](PanelFrame& f) { f.commands.push_back(SetFullscreen{!f.studio.fullscreen}); }, true},
-    {SDL_SCANCODE_ESCAPE, kNone, "Esc", "stop running to a frame; leave a panel or full screen", leave, true},
-    {SDL_SCANCODE_EQUALS, kControl, "Ctrl+=", "larger type",
+    {SDL_SCANCODE_ESCAPE, kNone, "Esc", "Stop, close or leave", leave, true},
+    {SDL_SCANCODE_EQUALS, kControl, "Ctrl+=", "Larger type",
      [](PanelFrame& f) { f.commands.push_back(SetTextSize{f.studio.text_size * 1.1f}); }, true},
-    {SDL_SCANCODE_MINUS, kControl, "Ctrl+-", "smaller type",
+    {SDL_SCANCODE_MINUS, kControl, "Ctrl+-", "Smaller type",
      [](PanelFrame& f) { f.commands.push_back(SetTextSize{f.studio.text_size / 1.1f}); }, true},
-    {SDL_SCANCODE_Q, kControl, "Ctrl+Q", "end the studio", [](PanelFrame& f) { f.commands.push_back(Quit{}); }, true},
+    {SDL_SCANCODE_Q, kControl, "Ctrl+Q", "End the studio", [](PanelFrame& f) { f.commands.push_back(Quit{}); }, true},
 };
 
 Modifier modifier_now() {
@@ -124,7 +133,34 @@ Modifier modifier_now() {
     return io.KeyShift ? kControlShift : kControl;
 }
 
+// Two columns, each read downwards.
+void list_keys() {
+    constexpr size_t kRows = (IM_ARRAYSIZE(kKeys) + 1) / 2;
+    if (!ImGui::BeginTable("keys", 4, ImGuiTableFlags_SizingFixedFit)) return;
+    for (size_t i = 0; i < 2 * kRows; ++i) {
+        const size_t place = i / 2 + i % 2 * kRows;
+        const bool is_key = place < IM_ARRAYSIZE(kKeys);
+        ImGui::TableNextColumn();
+        ImGui::TextDisabled("%s", is_key ? kKeys[place].name : "");
+        ImGui::TableNextColumn();
+        ImGui::TextUnformatted(is_key ? kKeys[place].what : "");
+    }
+    ImGui::EndTable();
+}
+
+// A line of what the mouse does.
+void describe(const char* where, const char* what) {
+    ImGui::TextDisabled("%s", where);
+    ImGui::SameLine(ImGui::GetFontSize() * 6.0f);
+    ImGui::TextUnformatted(what);
+}
+
 }  // namespace
+
+bool keys_navigate(const Studio& studio, const PanelMemory& memory) {
+    const bool in_popup = ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopupId | ImGuiPopupFlags_AnyPopupLevel);
+    return memory.keys_navigate || in_popup || studio.page == Page::kGallery;
+}
 
 void take_keys(PanelFrame& frame) {
     const ImGuiIO& io = ImGui::GetIO();
@@ -132,7 +168,7 @@ void take_keys(PanelFrame& frame) {
     if (in_popup) return;
     if (ImGui::IsMouseClicked(ImGuiMouseButton_Left)) frame.memory.keys_navigate = false;
     const Modifier modifier = modifier_now();
-    const bool taken = io.WantTextInput || (frame.memory.keys_navigate && modifier == kNone);
+    const bool taken = io.WantTextInput || (modifier == kNone && keys_navigate(frame.studio, frame.memory));
     for (const Key& key : kKeys) {
         if (key.modifier != modifier || (taken && !key.while_typing)) continue;
         if (ImGui::IsKeyPressed(key.code, key.repeats)) key.act(frame);
@@ -142,22 +178,17 @@ void take_keys(PanelFrame& frame) {
 void keys_window(PanelFrame& frame) {
     if (frame.memory.shows_keys && !ImGui::IsPopupOpen("Keys##window")) ImGui::OpenPopup("Keys##window");
     if (!ImGui::BeginPopupModal("Keys##window", &frame.memory.shows_keys, ImGuiWindowFlags_AlwaysAutoResize)) return;
-    if (ImGui::BeginTable("keys", 2, ImGuiTableFlags_SizingFixedFit)) {
-        for (const Key& key : kKeys) {
-            ImGui::TableNextColumn();
-            ImGui::TextUnformatted(key.name);
-            ImGui::TableNextColumn();
-            ImGui::TextUnformatted(key.what);
-        }
-        ImGui::EndTable();
-    }
+    list_keys();
     ImGui::Separator();
-    ImGui::TextUnformatted("Numbers: drag to change, Alt is fine, Shift is coarse, Ctrl+click to type.");
-    ImGui::TextUnformatted("Picture: drag to turn, Shift+drag or the middle button to move, wheel to approach.");
+    describe("Panels", "In a panel that F6 chose, arrows, Tab, Space and Enter work");
+    describe("Values", "Drag to change, with Alt finely, with Shift in large steps");
+    describe("Picture", "Drag to turn, with Shift to move, wheel to come closer");
+    ImGui::Spacing();
     if (ImGui::Button("Close") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) {
         frame.memory.shows_keys = false;
         ImGui::CloseCurrentPopup();
     }
+    ImGui::SetItemDefaultFocus();
     mark(frame.targets, "keys.close");
     ImGui::EndPopup();
 }

@@ -1,13 +1,15 @@
-// What the smoke costs and how many particles live; what would surprise.
+// How many particles live, and the time that a frame takes.
 #include <fmt/format.h>
 #include <imgui.h>
 #include <imgui_internal.h>
 
 #include <algorithm>
-#include <sstream>
+#include <string>
+#include <vector>
 
 #include "panels.h"
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -26,14 +28,23 @@ void show_particles(const ParticleCounts& counts) {
     const ImVec2 start = ImGui::GetCursorScreenPos();
     const ImVec2 size{ImGui::GetContentRegionAvail().x, ImGui::GetTextLineHeight() * 1.25f};
     ImGui::ProgressBar(share, size, "");
-    const float inset = ImGui::GetStyle().FramePadding.x;
-    ImGui::RenderTextClipped({start.x + inset, start.y}, {start.x + size.x - inset, start.y + size.y}, text.c_str(),
-                             nullptr, nullptr, {0, 0.5f});
-    if (ImGui::IsItemHovered())
-        ImGui::SetTooltip("%s: %d alive, %.0f births a second", counts.container.c_str(), counts.alive,
-                          counts.births_per_second);
+    widgets::tip(fmt::format("{}: {} particles live, {:.0f} are born a second", counts.container, counts.alive,
+                             counts.births_per_second));
+    const float inset = ImGui::GetStyle().FramePadding.x, right = start.x + size.x - inset;
+    const float top = start.y + (size.y - ImGui::GetFontSize()) / 2;
+    ImGui::RenderTextEllipsis(ImGui::GetWindowDrawList(), {start.x + inset, top}, {right, start.y + size.y}, right,
+                              right, text.c_str(), nullptr, nullptr);
     if (counts.lost_per_second >= 0.5)
         ImGui::TextColored(ImColor(kWarning), "%.0f births a second are lost", counts.lost_per_second);
+}
+
+// Of the graph: room for 19 of 20 pictures, so that one slow picture does not flatten the others.
+double graph_top_ms(const std::deque<FrameNumbers>& numbers, double budget_ms) {
+    std::vector<double> sums;
+    for (const FrameNumbers& n : numbers) sums.push_back(n.step_ms + n.plugin_draw_ms + n.picture_ms);
+    const auto place = sums.begin() + static_cast<std::ptrdiff_t>((sums.size() - 1) * 19 / 20);
+    std::nth_element(sums.begin(), place, sums.end());
+    return std::max(1.5 * budget_ms, 1.1 * *place);
 }
 
 // A column for each picture: step, the plug-ins' drawing, everything else until the picture is in memory.
@@ -43,8 +54,7 @@ void draw_graph(const Studio& studio, double budget_ms) {
     ImGui::Dummy(size);
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddRectFilled(start, {start.x + size.x, start.y + size.y}, kWell, 4.0f);
-    double most = 1.5 * budget_ms;
-    for (const FrameNumbers& n : studio.numbers) most = std::max(most, n.step_ms + n.plugin_draw_ms + n.picture_ms);
+    const double most = graph_top_ms(studio.numbers, budget_ms);
     const float column = size.x / static_cast<float>(kKeptNumbers);
     float x = start.x + size.x - column * static_cast<float>(studio.numbers.size());
     for (const FrameNumbers& n : studio.numbers) {
@@ -54,27 +64,32 @@ void draw_graph(const Studio& studio, double budget_ms) {
             const float bottom = start.y + size.y * static_cast<float>(1.0 - below / most);
             below += ms;
             const float top = start.y + size.y * static_cast<float>(1.0 - below / most);
-            list->AddRectFilled({x, top}, {x + std::max(1.0f, column), bottom}, color);
+            list->AddRectFilled({x, std::max(top, start.y)}, {x + std::max(1.0f, column), std::max(bottom, start.y)},
+                                color);
         }
         x += column;
     }
     const float y = start.y + size.y * static_cast<float>(1.0 - budget_ms / most);
-    list->AddLine({start.x, y}, {start.x + size.x, y}, kWarning);
-    list->AddText({start.x + 4, start.y + 2}, kDim, fmt::format("budget {:.0f} ms", budget_ms).c_str());
+    list->AddLine({start.x, y}, {start.x + size.x, y}, kDim);
+    const std::string budget = fmt::format("Budget {:.0f} ms", budget_ms);
+    list->AddText({start.x + 4, y - ImGui::GetFontSize() * 1.1f}, kDim, budget.c_str());
 }
 
-void number(const char* name, double ms, ImU32 color = 0) {
-    if (color != 0) {
-        const ImVec2 at = ImGui::GetCursorScreenPos();
-        const float size = ImGui::GetFontSize();
-        ImGui::GetWindowDrawList()->AddRectFilled({at.x, at.y + size * 0.25f},
-                                                  {at.x + size * 0.5f, at.y + size * 0.75f}, color, 2.0f);
-    }
-    ImGui::SetCursorPosX(ImGui::GetCursorPosX() + ImGui::GetFontSize() * 0.8f);
-    ImGui::TextUnformatted(name);
+// A line with a time. color: of the square before it, 0: none. what: the tip.
+void number(const std::string& name, double ms, const std::string& what, ImU32 color = 0) {
+    const ImVec2 start = ImGui::GetCursorScreenPos();
+    const float size = ImGui::GetFontSize(), width = ImGui::GetContentRegionAvail().x;
     const std::string text = fmt::format("{:.2f} ms", ms);
-    ImGui::SameLine(ImGui::GetContentRegionMax().x - ImGui::CalcTextSize(text.c_str()).x);
-    ImGui::TextUnformatted(text.c_str());
+    const float right = start.x + width - ImGui::CalcTextSize(text.c_str()).x;
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    list->AddRectFilled({start.x, start.y + size * 0.25f}, {start.x + size * 0.5f, start.y + size * 0.75f}, color,
+                        2.0f);
+    ImGui::Dummy({width, size});
+    widgets::tip(what);
+    list->PushClipRect(start, {right, start.y + size * 1.5f}, true);
+    list->AddText({start.x + size * 0.8f, start.y}, kDim, name.c_str());
+    list->PopClipRect();
+    list->AddText({right, start.y}, ImGui::GetColorU32(ImGuiCol_Text), text.c_str());
 }
 
 // Of the pictures of the graph.
@@ -91,20 +106,18 @@ FrameNumbers mean_numbers(const std::deque<FrameNumbers>& all) {
     return mean;
 }
 
-// The container that a message names in quotes, and the first word that is one of its parameters.
-std::optional<ShowParameter> target_of(const Studio& studio, const std::string& message) {
-    if (!studio.report.facts) return {};
-    for (const ContainerFacts& container : studio.report.facts->containers) {
-        if (!container.noted || message.find("'" + container.name + "'") == std::string::npos) continue;
-        std::istringstream words(message);
-        for (std::string word; words >> word;) {
-            std::erase_if(word, [](char c) { return c != '_' && std::isalnum(static_cast<unsigned char>(c)) == 0; });
-            if (stage::find_parameter(container.noted->plugin, word) != nullptr)
-                return ShowParameter{container.name, word};
-        }
-        return ShowParameter{container.name, ""};
-    }
-    return {};
+void show_times(const Studio& studio) {
+    const FrameNumbers mean = mean_numbers(studio.numbers);
+    number("Simulation", mean.step_ms, "Moving the particles of all plug-ins", kStepColor);
+    number("Plug-in drawing", mean.plugin_draw_ms,
+           "The plug-ins' part of drawing, with the time that OpenGL lets them wait. A renderer in software draws in "
+           "this time; a graphics card draws beside it.",
+           kDrawColor);
+    for (const SectionTime& section : mean.sections)
+        number("   " + section.name, section.ms, "A part that the plug-in measures, under the plug-in's own name");
+    number("OpenGL", mean.picture_ms, "The rest of drawing, until the picture is in memory", kPictureColor);
+    number("Studio", studio.studio_ms + mean.other_ms, "The panels of this window");
+    number("Window", studio.window_ms, "OpenGL for this window");
 }
 
 }  // namespace
@@ -116,48 +129,20 @@ void numbers_panel(PanelFrame& frame, const Area& area, const std::string& rende
         ImGui::End();
         return;
     }
+    ImGui::TextDisabled("Live particles");
     if (studio.report.drawn)
         for (const ParticleCounts& counts : studio.report.drawn->particles) show_particles(counts);
-    ImGui::Separator();
+    ImGui::Spacing();
+    ImGui::TextDisabled("Time of a frame");
     const double budget_ms = 1000.0 / studio.scene->frame_rate;
     draw_graph(studio, budget_ms);
     mark(frame.targets, "numbers");
+    show_times(studio);
     const FrameNumbers mean = mean_numbers(studio.numbers);
-    number("step", mean.step_ms, kStepColor);
-    number("plug-ins draw", mean.plugin_draw_ms, kDrawColor);
-    for (const SectionTime& section : mean.sections) number(("   " + section.name).c_str(), section.ms);
-    number("renderer", mean.picture_ms, kPictureColor);
-    number("studio", studio.studio_ms + mean.other_ms);
-    number("window", studio.window_ms);
     const double smoke_ms = mean.step_ms + mean.plugin_draw_ms;
-    ImGui::PushTextWrapPos();
-    if (smoke_ms > budget_ms) ImGui::TextColored(ImColor(kWarning), "over budget by %.1f ms", smoke_ms - budget_ms);
-    ImGui::TextDisabled("%s", renderer.c_str());
-    ImGui::PopTextWrapPos();
-    ImGui::End();
-}
-
-void surprises_panel(PanelFrame& frame, const Area& area) {
-    begin_panel("Surprises", area);
-    ImGui::TextDisabled("Surprises");
-    mark(frame.targets, "surprises");
-    const auto& facts = frame.studio.report.facts;
-    if (!facts || facts->surprises.empty()) ImGui::TextWrapped("None: nothing here does less than it seems.");
-    int index = 0;
-    for (const std::string& line : facts ? facts->surprises : std::vector<std::string>()) {
-        ImGui::PushID(index);
-        const std::string text = without_place(line);
-        const float width = ImGui::GetContentRegionAvail().x;
-        const ImVec2 size = ImGui::CalcTextSize(text.c_str(), nullptr, false, width);
-        const ImVec2 start = ImGui::GetCursorScreenPos();
-        if (ImGui::Selectable("##line", false, 0, {width, size.y}))
-            if (const auto target = target_of(frame.studio, text)) frame.commands.push_back(*target);
-        mark(frame.targets, fmt::format("surprise.{}", index++));
-        ImGui::GetWindowDrawList()->AddText(ImGui::GetFont(), ImGui::GetFontSize(), start, kWarning, text.c_str(),
-                                            nullptr, width);
-        ImGui::Spacing();
-        ImGui::PopID();
-    }
+    if (smoke_ms > budget_ms) ImGui::TextColored(ImColor(kWarning), "%.1f ms over the budget", smoke_ms - budget_ms);
+    fitted_text(renderer, ImGui::GetContentRegionAvail().x, kDim);
+    widgets::tip("OpenGL is drawn by " + renderer);
     ImGui::End();
 }
 

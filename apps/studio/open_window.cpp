@@ -125,7 +125,7 @@ void open_window(PanelFrame& frame) {
         ImGui::PopStyleColor();
         mark(frame.targets, "open.mistake");
     }
-    const bool pressed = ImGui::Button("Open");
+    const bool pressed = main_button("Open");
     mark(frame.targets, "open.open");
     ImGui::SameLine();
     if (ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) memory.shows_open = false;

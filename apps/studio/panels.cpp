@@ -1,10 +1,12 @@
 #include "panels.h"
 
+#include <imgui_internal.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -14,14 +16,47 @@ void mark(Targets& targets, const std::string& name) {
     targets.places[name] = {low.x, low.y, high.x, high.y};
 }
 
-bool tool_button(PanelFrame& frame, const char* label, const char* tip, bool is_on) {
-    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
-    const bool pressed = ImGui::Button(label);
-    if (is_on) ImGui::PopStyleColor();
+float button_width(const char* label) {
+    return ImGui::CalcTextSize(label, nullptr, true).x + 2 * ImGui::GetStyle().FramePadding.x;
+}
+
+bool tool_button(PanelFrame& frame, const char* label, const std::string& tip, const ToolButton& button) {
+    const float width = button.width > 0 ? button.width : button_width(label);
+    const bool is_first = ImGui::GetCursorPosX() <= ImGui::GetStyle().WindowPadding.x;
+    if (!is_first && width > ImGui::GetContentRegionAvail().x) ImGui::NewLine();
+    ImGui::BeginDisabled(!button.enabled);
+    if (button.is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
+    const bool pressed = ImGui::Button(label, {width, 0});
+    if (button.is_on) ImGui::PopStyleColor();
+    ImGui::EndDisabled();
     mark(frame.targets, label);
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", tip);
+    widgets::tip(tip);
     ImGui::SameLine();
     return pressed;
+}
+
+bool main_button(const char* label) {
+    ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
+    const bool pressed = ImGui::Button(label);
+    ImGui::PopStyleColor();
+    return pressed;
+}
+
+void tool_gap() {
+    ImGui::SameLine(0, ImGui::GetFontSize() * 1.25f);
+}
+
+void fitted_text(const std::string& text, float width, ImU32 color) {
+    ImGui::AlignTextToFramePadding();
+    const ImVec2 start{ImGui::GetCursorScreenPos().x,
+                       ImGui::GetCursorScreenPos().y + ImGui::GetCurrentWindow()->DC.CurrLineTextBaseOffset};
+    const ImVec2 size = ImGui::CalcTextSize(text.c_str());
+    const float right = start.x + std::max(width, 0.0f);
+    ImGui::Dummy({std::min(size.x, std::max(width, 0.0f)), ImGui::GetFrameHeight()});
+    ImGui::PushStyleColor(ImGuiCol_Text, color);
+    ImGui::RenderTextEllipsis(ImGui::GetWindowDrawList(), start, {right, start.y + size.y}, right, right, text.c_str(),
+                              nullptr, &size);
+    ImGui::PopStyleColor();
 }
 
 void begin_panel(const char* name, const Area& area, bool scrolls) {
@@ -30,7 +65,14 @@ void begin_panel(const char* name, const Area& area, bool scrolls) {
     ImGuiWindowFlags flags = ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoMove |
                              ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoBringToFrontOnFocus;
     if (!scrolls) flags |= ImGuiWindowFlags_NoScrollbar | ImGuiWindowFlags_NoScrollWithMouse;
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowBorderSize, 0);
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0);
     ImGui::Begin(name, nullptr, flags);
+    ImGui::PopStyleVar(2);
+}
+
+bool shows_numbers(const PanelMemory& memory, float width) {
+    return memory.shows_numbers.value_or(width >= 95.0f * ImGui::GetFontSize());
 }
 
 std::filesystem::path folder_for_files(const Document& document) {

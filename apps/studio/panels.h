@@ -54,8 +54,9 @@ struct PanelMemory {
     float zoom = 1;             // of the picture on screen
     std::string backdrop_file;  // of the backdrop kPicture
     // Keyboard.
-    bool keys_navigate = false;  // arrows and Space work in the panels, not on the timeline
-    size_t key_panel = 0;        // that had the keyboard last
+    std::optional<bool> shows_numbers;  // the column of numbers and warnings; none: where there is room
+    bool keys_navigate = false;         // F6 chose a panel
+    size_t key_panel = 0;               // that had the keyboard last
     // Windows over the others.
     bool shows_keys = false;
     bool shows_open = false;
@@ -100,16 +101,40 @@ void top_bar(PanelFrame& frame, const Area& area);
 void parameter_panel(PanelFrame& frame, const Area& area);
 void transport_panel(PanelFrame& frame, const Area& area);
 void numbers_panel(PanelFrame& frame, const Area& area, const std::string& renderer);
-void surprises_panel(PanelFrame& frame, const Area& area);
+void warnings_panel(PanelFrame& frame, const Area& area);
 void keys_window(PanelFrame& frame);
 void open_window(PanelFrame& frame);
 void save_as_window(PanelFrame& frame);
 void export_window(PanelFrame& frame);
 
+/// Whether the column of numbers and warnings is shown in a window of a width in pixels.
+bool shows_numbers(const PanelMemory& memory, float width);
+
+/// Whether arrows, Tab, Space and Enter work in ImGui's windows: in a panel that F6 chose, the gallery and popups.
+bool keys_navigate(const Studio& studio, const PanelMemory& memory);
+
 /// Commands of the keys that were pressed in this frame.
 void take_keys(PanelFrame& frame);
 
-/// A button in a row of them, in the accent's colour while `is_on`. True when it is pressed.
-bool tool_button(PanelFrame& frame, const char* label, const char* tip, bool is_on = false);
+struct ToolButton {
+    bool is_on = false;  // in the accent's colour
+    bool enabled = true;
+    float width = 0;  // pixels; 0: the label's
+};
+
+/// A button in a row of them; one that does not fit begins another row. tip: what it does. True when it is pressed.
+bool tool_button(PanelFrame& frame, const char* label, const std::string& tip, const ToolButton& button = {});
+
+/// The button that does what a window is for.
+bool main_button(const char* label);
+
+/// A wider gap before the next button of a row.
+void tool_gap();
+
+/// The width of a button with this label, pixels.
+float button_width(const char* label);
+
+/// Text on one line of a width in pixels; "…" replaces what does not fit.
+void fitted_text(const std::string& text, float width, ImU32 color);
 
 }  // namespace tovu

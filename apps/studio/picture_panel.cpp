@@ -8,6 +8,7 @@
 #include "orbit.h"
 #include "stage/assets/picture_file.h"
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -134,7 +135,7 @@ void choose_backdrop(PanelFrame& frame) {
     if (ImGui::Combo("##behind", &chosen, kNames, IM_ARRAYSIZE(kNames)))
         memory.backdrop = static_cast<Backdrop>(chosen);
     mark(frame.targets, "behind");
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("what is behind a scene with a transparent background");
+    widgets::tip("What is shown behind the transparent background");
     ImGui::SameLine();
     if (memory.backdrop == Backdrop::kColour) {
         ImGui::ColorEdit3("##behind colour", memory.backdrop_color.data(), ImGuiColorEditFlags_NoInputs);
@@ -147,30 +148,47 @@ void choose_backdrop(PanelFrame& frame) {
     }
 }
 
+// While the warnings are hidden, the button that shows them counts them.
+void numbers_button(PanelFrame& frame) {
+    const float width = ImGui::GetIO().DisplaySize.x;
+    const bool shown = shows_numbers(frame.memory, width);
+    const auto& facts = frame.studio.report.facts;
+    const size_t warnings = facts && !shown ? facts->warnings.size() : 0;
+    std::string label = "Numbers";
+    if (warnings > 0) label = fmt::format("{} warning{}", warnings, warnings == 1 ? "" : "s");
+    if (warnings > 0) ImGui::PushStyleColor(ImGuiCol_Text, kWarning);
+    const char* what = "Shows the live particles, the time of a frame and the warnings (N)";
+    if (tool_button(frame, (label + "###Numbers").c_str(), what, {.is_on = shown})) frame.memory.shows_numbers = !shown;
+    if (warnings > 0) ImGui::PopStyleColor();
+    mark(frame.targets, "Numbers");
+}
+
 void picture_tools(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     ViewOrders view = frame.studio.orders.view;
-    if (tool_button(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", memory.safe_areas))
+    if (tool_button(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", {.is_on = memory.safe_areas}))
         memory.safe_areas = !memory.safe_areas;
-    if (tool_button(frame, "Forces", "plug-ins draw what moves the particles (F)", view.forces)) {
+    if (tool_button(frame, "Forces", "Shows what moves the particles (F)", {.is_on = view.forces})) {
         view.forces = !view.forces;
         frame.commands.push_back(SetView{view});
     }
-    if (tool_button(frame, "Bounds", "the boxes that plug-ins report (B)", view.boxes)) {
+    if (tool_button(frame, "Bounds", "Shows the box around all particles of a container (B)", {.is_on = view.boxes})) {
         view.boxes = !view.boxes;
         frame.commands.push_back(SetView{view});
     }
-    if (tool_button(frame, "On air", "plug-ins are told that the picture goes out live: no aids (A)", view.on_air)) {
+    if (tool_button(frame, "On air", "Shows the picture as it goes out live: without forces (A)",
+                    {.is_on = view.on_air})) {
         view.on_air = !view.on_air;
         frame.commands.push_back(SetView{view});
     }
     if (frame.studio.scene && !frame.studio.scene->background) choose_backdrop(frame);
+    numbers_button(frame);
     if (!view.camera) return ImGui::NewLine();
-    if (tool_button(frame, "Scene camera", "back to the camera of the scene (C)", false)) {
+    if (tool_button(frame, "Scene camera", "Goes back to the camera of the scene (C)")) {
         view.camera.reset();
         frame.commands.push_back(SetView{view});
     }
-    if (tool_button(frame, "Keep this view", "the scene's camera becomes this one", false)) {
+    if (tool_button(frame, "Keep this view", "Makes this the camera of the scene")) {
         frame.commands.push_back(
             camera_keys(*frame.studio.orders.view.camera, frame.studio.scene->camera, memory.pivot_distance));
         view.camera.reset();
@@ -179,17 +197,30 @@ void picture_tools(PanelFrame& frame) {
     ImGui::NewLine();
 }
 
+// The mistakes of the scene, a line for each, without the name of the document's own file.
+std::string mistakes_of(const Studio& studio) {
+    std::string lines = !studio.scene_error.empty() ? studio.scene_error : studio.report.error;
+    const std::string file = studio.document ? scene_file(*studio.document).string() + ":" : "";
+    for (size_t at = lines.find(file); !file.empty() && at != std::string::npos; at = lines.find(file, at))
+        lines.replace(at, file.size(), "Line ");
+    return lines;
+}
+
 void show_mistakes(const Studio& studio, ImDrawList* list, const Area& area) {
-    const std::string& error = !studio.scene_error.empty() ? studio.scene_error : studio.report.error;
-    if (error.empty()) return;
-    const std::string text = "The scene cannot be played as it is written:\n" + error;
-    const float pad = ImGui::GetFontSize() * 0.6f;
-    const float width = area.width - 4 * pad;
-    const ImVec2 size = ImGui::CalcTextSize(text.c_str(), nullptr, false, width);
+    const std::string lines = mistakes_of(studio);
+    if (lines.empty()) return;
+    const bool is_edited = studio.document && !undo_label(*studio.document).empty();
+    const std::string title = is_edited
+                                  ? "The scene cannot be played like this. Undo takes the last change back."
+                                  : "The scene cannot be played. Correct its file in a text editor and open it again.";
+    const float pad = ImGui::GetFontSize() * 0.75f, width = area.width - 2 * pad, font = ImGui::GetFontSize();
+    const float title_height = ImGui::CalcTextSize(title.c_str(), nullptr, false, width).y + pad / 2;
+    const float height = title_height + ImGui::CalcTextSize(lines.c_str(), nullptr, false, width).y;
     const ImVec2 low{area.x + pad, area.y + pad};
-    list->AddRectFilled(low, {low.x + size.x + 2 * pad, low.y + size.y + 2 * pad}, IM_COL32(60, 22, 22, 235), 4.0f);
-    list->AddText(ImGui::GetFont(), ImGui::GetFontSize(), {low.x + pad, low.y + pad}, kMistake, text.c_str(), nullptr,
-                  width);
+    list->AddRectFilled({area.x, area.y}, {area.x + area.width, low.y + height + pad}, IM_COL32(52, 26, 26, 240), 4.0f);
+    list->AddText(ImGui::GetFont(), font, low, kMistake, title.c_str(), nullptr, width);
+    list->AddText(ImGui::GetFont(), font, {low.x, low.y + title_height}, ImGui::GetColorU32(ImGuiCol_Text),
+                  lines.c_str(), nullptr, width);
 }
 
 }  // namespace

@@ -46,9 +46,9 @@ SceneFacts facts_of(const stage::BuiltScene& built) {
         }
         facts.containers.push_back(std::move(container));
     }
-    facts.surprises = built.warnings;
+    facts.warnings = built.warnings;
     const std::vector<std::string> lines = stage::lint_scene(built);
-    facts.surprises.insert(facts.surprises.end(), lines.begin(), lines.end());
+    facts.warnings.insert(facts.warnings.end(), lines.begin(), lines.end());
     return facts;
 }
 

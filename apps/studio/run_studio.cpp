@@ -51,13 +51,17 @@ Commands opening_commands(const std::string& file) {
 void show_stage(PanelFrame& frame, Session& session, const Area& whole) {
     const float font = ImGui::GetFontSize();
     const float top = font * 2.6f, bottom = font * 6.0f;
-    const float left = std::min(font * 25.0f, whole.width * 0.36f), right = std::min(font * 16.0f, whole.width * 0.22f);
+    const bool has_numbers = shows_numbers(frame.memory, whole.width);
+    const float left = std::min(font * 25.0f, whole.width * 0.44f);
+    const float right = has_numbers ? std::min(font * 16.0f, whole.width * 0.26f) : 0.0f;
     const float middle = whole.height - top - bottom;
     top_bar(frame, {0, 0, whole.width, top});
     parameter_panel(frame, {0, top, left, middle});
     picture_panel(frame, session.pictures, {left, top, whole.width - left - right, middle}, false);
-    numbers_panel(frame, {whole.width - right, top, right, middle * 0.62f}, session.renderer);
-    surprises_panel(frame, {whole.width - right, top + middle * 0.62f, right, middle * 0.38f});
+    if (has_numbers) {
+        numbers_panel(frame, {whole.width - right, top, right, middle * 0.62f}, session.renderer);
+        warnings_panel(frame, {whole.width - right, top + middle * 0.62f, right, middle * 0.38f});
+    }
     transport_panel(frame, {0, top + middle, whole.width, bottom});
 }
 
@@ -119,7 +123,8 @@ void keep_left_document(Session& session) {
 
 bool show_frame(Session& session) {
     Studio& studio = session.studio;
-    const bool open = session.window.begin_frame(patience_of(session), studio.text_size, session.memory.keys_navigate);
+    const bool open =
+        session.window.begin_frame(patience_of(session), studio.text_size, keys_navigate(studio, session.memory));
     if (session.script.frame_seconds > 0) session.player.advance(scene_seconds(session.script));
     PlayReport report = session.player.report();
     take_thumbnails(session.gallery, std::move(report.thumbnails));

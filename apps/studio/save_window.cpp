@@ -44,7 +44,7 @@ void choose_kind(PanelFrame& frame) {
             memory.save_as = proposed_file(frame);
         }
         mark(frame.targets, is_look ? "save as.look" : "save as.scene");
-        ImGui::SameLine();
+        ImGui::SameLine(0, ImGui::GetFontSize());
     }
     ImGui::NewLine();
 }
@@ -110,7 +110,7 @@ bool save_to(PanelFrame& frame, const std::filesystem::path& file, bool entered)
         show_line("This file exists and will be replaced.", kWarning);
     else
         show_line(file.string(), kDim);
-    const bool pressed = ImGui::Button(exists ? "Replace" : "Save");
+    const bool pressed = main_button(exists ? "Replace" : "Save");
     mark(frame.targets, "save as.save");
     if (entered) frame.memory.asked_to_replace = file;
     if (!pressed && !(entered && (was_asked || !exists))) return false;

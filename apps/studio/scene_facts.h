@@ -25,7 +25,7 @@ struct ContainerFacts {
 struct SceneFacts {
     int64_t scene_number = 0;  // as ordered
     std::vector<ContainerFacts> containers;
-    std::vector<std::string> surprises;  // warnings and lint's lines, "file:line:column: …"
+    std::vector<std::string> warnings;  // the reader's and lint's, "file:line:column: …"
     double build_ms = 0;
 };
 

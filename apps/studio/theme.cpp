@@ -25,11 +25,12 @@ void set_colors(ImGuiStyle& style) {
     colors[ImGuiCol_TextDisabled] = rgb(0x8a93a1);
     colors[ImGuiCol_WindowBg] = rgb(0x1b1e24);
     colors[ImGuiCol_ChildBg] = rgb(0x1b1e24);
-    colors[ImGuiCol_PopupBg] = rgb(0x252a32);
-    colors[ImGuiCol_Border] = rgb(0x343b46);
-    colors[ImGuiCol_FrameBg] = rgb(0x2a2f38);
-    colors[ImGuiCol_FrameBgHovered] = rgb(0x353c48);
-    colors[ImGuiCol_FrameBgActive] = rgb(0x3d4756);
+    colors[ImGuiCol_PopupBg] = rgb(0x1f232a);
+    colors[ImGuiCol_TitleBg] = colors[ImGuiCol_TitleBgActive] = rgb(0x2b313b);
+    colors[ImGuiCol_Border] = rgb(0x434c5a);
+    colors[ImGuiCol_FrameBg] = rgb(0x2e343f);
+    colors[ImGuiCol_FrameBgHovered] = rgb(0x39414e);
+    colors[ImGuiCol_FrameBgActive] = rgb(0x404a5a);
     colors[ImGuiCol_Button] = rgb(0x323945);
     colors[ImGuiCol_ButtonHovered] = rgb(0x414b5b);
     colors[ImGuiCol_ButtonActive] = rgb(0x3f78b5);
@@ -46,7 +47,7 @@ void set_colors(ImGuiStyle& style) {
     colors[ImGuiCol_TabActive] = rgb(0x35608c);
     colors[ImGuiCol_TabUnfocused] = rgb(0x252a32);
     colors[ImGuiCol_TabUnfocusedActive] = rgb(0x35608c);
-    colors[ImGuiCol_NavHighlight] = rgb(0xf2b84b);
+    colors[ImGuiCol_NavHighlight] = rgb(0x8cc6ff);
     colors[ImGuiCol_TextSelectedBg] = rgb(0x3f78b5, 0.6f);
     colors[ImGuiCol_ModalWindowDimBg] = rgb(0x000000, 0.55f);
 }
@@ -69,9 +70,9 @@ stage::Result<stage::Done> apply_theme(float text_pixels) {
     style.ItemInnerSpacing = {6, 5};
     style.ScrollbarSize = 12;
     style.GrabMinSize = 10;
-    style.WindowRounding = 0;
-    style.ChildRounding = style.FrameRounding = style.PopupRounding = style.GrabRounding = style.TabRounding = 4;
-    style.WindowBorderSize = 0;
+    style.WindowRounding = style.ChildRounding = style.FrameRounding = style.PopupRounding = style.GrabRounding =
+        style.TabRounding = 4;
+    style.WindowTitleAlign = {0.5f, 0.5f};
     style.ScaleAllSizes(unit);
     style.WindowMinSize = {1, 1};  // pixels; ImGui takes no less
     ImGui::GetStyle() = style;

@@ -1,55 +1,58 @@
 // The line at the top: file, undo, the two states, saving, exporting.
+#include <fmt/format.h>
+
 #include "panels.h"
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
 namespace {
 
-// A button that says what it does when pointed at. Returns whether it was pressed.
-bool button(PanelFrame& frame, const char* label, const std::string& tip, bool enabled = true, bool is_on = false) {
-    ImGui::BeginDisabled(!enabled);
-    if (is_on) ImGui::PushStyleColor(ImGuiCol_Button, kAccentSoft);
-    const bool pressed = ImGui::Button(label);
-    if (is_on) ImGui::PopStyleColor();
-    ImGui::EndDisabled();
-    mark(frame.targets, label);
-    if (ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled)) ImGui::SetTooltip("%s", tip.c_str());
-    ImGui::SameLine();
-    return pressed;
-}
-
-void state_buttons(PanelFrame& frame, const Document& document) {
-    for (const size_t state : {size_t{0}, size_t{1}}) {
-        const char* name = state == 0 ? "A" : "B";
-        if (button(frame, name, std::string("shows state ") + name + " (F2 changes between A and B)", true,
-                   document.shown == state))
-            frame.commands.push_back(ShowState{state});
-    }
-    const bool is_a = document.shown == 0;
-    if (button(frame, is_a ? "A → B" : "B → A", "copies the shown state to the other one"))
-        frame.commands.push_back(CopyToOtherState{});
-}
-
-void document_buttons(PanelFrame& frame, const Document& document) {
-    const std::string undo = undo_label(document), redo = redo_label(document);
-    if (button(frame, "Undo", undo.empty() ? "nothing to undo" : "undo: " + undo + " (Ctrl+Z)", !undo.empty()))
-        frame.commands.push_back(Undo{});
-    if (button(frame, "Redo", redo.empty() ? "nothing to redo" : "redo: " + redo + " (Ctrl+Y)", !redo.empty()))
-        frame.commands.push_back(Redo{});
-    state_buttons(frame, document);
-    if (button(frame, "Save", "into its file (Ctrl+S)")) {
+void file_buttons(PanelFrame& frame, const Document& document) {
+    if (tool_button(frame, "Save", "Saves into the file (Ctrl+S)")) {
         if (document.file.empty())
             frame.memory.shows_save_as = true;
         else
             frame.commands.push_back(Save{});
     }
-    if (button(frame, "Save as", "under another name, or as a look (Ctrl+Shift+S)")) frame.memory.shows_save_as = true;
+    if (tool_button(frame, "Save as", "Saves under another name, or as a look (Ctrl+Shift+S)"))
+        frame.memory.shows_save_as = true;
     const bool exports = frame.studio.export_state && !frame.studio.export_state->ended;
-    if (button(frame, exports ? "Exporting …" : "Export", "a still or a video (Ctrl+E)", true, exports))
+    if (tool_button(frame, "Export", "Makes a video or a still (Ctrl+E)", {.is_on = exports}))
         frame.memory.shows_export = true;
-    ImGui::TextUnformatted(document_title(document).c_str());
-    ImGui::SameLine();
+}
+
+void undo_buttons(PanelFrame& frame, const Document& document) {
+    const std::string undo = undo_label(document), redo = redo_label(document);
+    tool_gap();
+    if (tool_button(frame, "Undo", undo.empty() ? "Nothing to undo" : "Undo: " + undo + " (Ctrl+Z)",
+                    {.enabled = !undo.empty()}))
+        frame.commands.push_back(Undo{});
+    if (tool_button(frame, "Redo", redo.empty() ? "Nothing to redo" : "Redo: " + redo + " (Ctrl+Y)",
+                    {.enabled = !redo.empty()}))
+        frame.commands.push_back(Redo{});
+}
+
+void state_buttons(PanelFrame& frame, const Document& document) {
+    tool_gap();
+    for (const size_t state : {size_t{0}, size_t{1}}) {
+        const char* name = state == 0 ? "A" : "B";
+        if (tool_button(frame, name, std::string("Shows state ") + name + " (F2 changes between A and B)",
+                        {.is_on = document.shown == state}))
+            frame.commands.push_back(ShowState{state});
+    }
+    const bool is_a = document.shown == 0;
+    if (tool_button(frame, is_a ? "A → B" : "B → A", "Copies the shown state to the other one"))
+        frame.commands.push_back(CopyToOtherState{});
+}
+
+// What the studio has to say: the export that runs, else the last message.
+Notice current_notice(const Studio& studio) {
+    const std::optional<ExportState>& state = studio.export_state;
+    if (!state || state->ended) return studio.notice;
+    if (state->frames_total == 0) return {"Export begins", false};
+    return {fmt::format("Exporting: {} of {} pictures", state->frames_done, state->frames_total), false};
 }
 
 }  // namespace
@@ -57,25 +60,30 @@ void document_buttons(PanelFrame& frame, const Document& document) {
 void top_bar(PanelFrame& frame, const Area& area) {
     begin_panel("Top", area, false);
     const Studio& studio = frame.studio;
-    if (button(frame, "Gallery", "all looks and scenes (F1)", true, studio.page == Page::kGallery))
+    const bool is_gallery = studio.page == Page::kGallery;
+    const Document* document = !is_gallery && studio.document ? &*studio.document : nullptr;
+    if (tool_button(frame, "Gallery", "All looks and scenes (F1)", {.is_on = is_gallery}))
         frame.commands.push_back(ShowGallery{});
-    if (button(frame, "Open", "a scene or a look from a file (Ctrl+O)")) frame.memory.shows_open = true;
-    if (studio.page == Page::kStage && studio.document) document_buttons(frame, *studio.document);
-    const float keys_width = ImGui::CalcTextSize("Keys").x + 2 * ImGui::GetStyle().FramePadding.x;
-    const float keys_left = area.width - keys_width - ImGui::GetStyle().WindowPadding.x;
-    const Notice& notice = studio.notice;
-    if (!notice.text.empty()) {
-        const ImVec2 start = ImGui::GetCursorScreenPos();
-        ImGui::PushClipRect(start, {area.x + keys_left - ImGui::GetStyle().ItemSpacing.x, area.y + area.height}, true);
-        ImGui::PushStyleColor(ImGuiCol_Text, notice.is_error ? kMistake : kAccent);
-        ImGui::TextUnformatted(notice.text.c_str());
-        ImGui::PopStyleColor();
-        ImGui::PopClipRect();
-        if (ImGui::IsItemHovered()) ImGui::SetTooltip("%s", notice.text.c_str());
-        ImGui::SameLine();
+    if (tool_button(frame, "Open", "Opens a file (Ctrl+O)")) frame.memory.shows_open = true;
+    if (document != nullptr) {
+        file_buttons(frame, *document);
+        undo_buttons(frame, *document);
+        state_buttons(frame, *document);
+        tool_gap();
     }
+    const float keys_left = area.width - button_width("Keys") - ImGui::GetStyle().WindowPadding.x;
+    const auto room = [&] { return keys_left - ImGui::GetCursorPosX() - ImGui::GetStyle().ItemSpacing.x; };
+    const Notice notice = current_notice(studio);
+    if (document != nullptr) {
+        fitted_text(document_title(*document), notice.text.empty() ? room() : room() / 2,
+                    ImGui::GetColorU32(ImGuiCol_Text));
+        widgets::tip(document->file.empty() ? "Not saved yet" : document->file.string());
+        tool_gap();
+    }
+    fitted_text(notice.text, room(), notice.is_error ? kMistake : kAccent);
+    if (!notice.text.empty()) widgets::tip(notice.text);
     ImGui::SameLine(keys_left);
-    if (button(frame, "Keys", "what the keys and the mouse do")) frame.memory.shows_keys = true;
+    if (tool_button(frame, "Keys", "What the keys and the mouse do")) frame.memory.shows_keys = true;
     ImGui::End();
 }
 

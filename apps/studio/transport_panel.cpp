@@ -6,6 +6,7 @@
 
 #include "panels.h"
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -29,8 +30,8 @@ struct Scale {
 
 // A round number of seconds between two marks, with room for their texts.
 double mark_step(double seconds, float width) {
-    const double least = seconds * static_cast<double>(ImGui::GetFontSize() * 3.0f / std::max(width, 1.0f));
-    for (const double step : {0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 30.0, 60.0, 300.0, 600.0})
+    const double least = seconds * static_cast<double>(ImGui::GetFontSize() * 5.0f / std::max(width, 1.0f));
+    for (const double step : {0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 30.0, 60.0, 120.0, 300.0, 600.0})
         if (step >= least) return step;
     return 3600.0;
 }
@@ -92,7 +93,7 @@ void speed_choice(PanelFrame& frame) {
         ImGui::EndCombo();
     }
     mark(frame.targets, "speed");
-    if (ImGui::IsItemHovered()) ImGui::SetTooltip("speed of the clock; the smoke's time step stays");
+    widgets::tip("Speed of playing; the smoke itself stays the same");
     ImGui::SameLine();
 }
 
@@ -100,35 +101,68 @@ void range_buttons(PanelFrame& frame) {
     const PlayOrders& orders = frame.studio.orders;
     const int64_t now = frame.studio.report.frame;
     const int64_t last = scene_frames(frame.studio) - 1;
-    if (tool_button(frame, "Loop", "plays the range again and again (L)", orders.loop))
+    tool_gap();
+    if (tool_button(frame, "Loop", "Plays the range again and again (L)", {.is_on = orders.loop}))
         frame.commands.push_back(SetLoop{!orders.loop, orders.range});
-    if (tool_button(frame, "[", "the range begins here (I)"))
+    if (tool_button(frame, "In", "The range begins here (I)"))
         frame.commands.push_back(SetLoop{true, {now, std::max(now, orders.range.last)}});
-    if (tool_button(frame, "]", "the range ends here (O)"))
+    if (tool_button(frame, "Out", "The range ends here (O)"))
         frame.commands.push_back(SetLoop{true, {std::min(orders.range.first, now), now}});
     if ((orders.range.first != 0 || orders.range.last != last) &&
-        tool_button(frame, "All", "the range is the whole scene"))
+        tool_button(frame, "All", "The range is the whole scene"))
         frame.commands.push_back(SetLoop{orders.loop, {0, last}});
 }
 
-// What keeps the picture from being live.
+void play_buttons(PanelFrame& frame, int64_t now) {
+    const bool playing = frame.studio.orders.playing;
+    const float width = std::max(button_width("Play"), button_width("Pause"));
+    if (tool_button(frame, playing ? "Pause" : "Play", "Plays or pauses (Space)", {.width = width}))
+        frame.commands.push_back(SetPlaying{!playing});
+    if (tool_button(frame, "|<", "To the start (Home)")) frame.commands.push_back(Seek{0});
+    if (tool_button(frame, "<", "One frame back (Left)")) frame.commands.push_back(Seek{now - 1});
+    if (tool_button(frame, ">", "One frame on (Right)")) frame.commands.push_back(Seek{now + 1});
+    if (tool_button(frame, ">|", "To the end (End)")) frame.commands.push_back(Seek{scene_frames(frame.studio) - 1});
+}
+
+std::string time_text(const Studio& studio, int64_t frame) {
+    return fmt::format("{:.2f} s   frame {} of {}", static_cast<double>(frame) / studio.scene->frame_rate, frame,
+                       scene_frames(studio));
+}
+
+// As wide as that of the last frame, so that nothing moves while it counts.
+void show_time(const Studio& studio, int64_t now) {
+    const float left = ImGui::GetCursorPosX();
+    ImGui::AlignTextToFramePadding();
+    ImGui::TextUnformatted(time_text(studio, now).c_str());
+    const float width = ImGui::CalcTextSize(time_text(studio, scene_frames(studio)).c_str()).x;
+    ImGui::SameLine(left + width + ImGui::GetFontSize() * 1.25f);
+}
+
+// Says what keeps the picture from being live.
+void show_lateness(const Studio& studio) {
+    const PlayReport& report = studio.report;
+    const double rate = studio.scene->frame_rate * studio.orders.speed;
+    const auto show_low = [&](double per_second, const char* what, const char* reason) {
+        if (!studio.orders.playing || per_second <= 0 || per_second >= 0.9 * rate) return false;
+        const std::string text = fmt::format("Late: {} {:.0f} of {:.0f} frames a second", what, per_second, rate);
+        fitted_text(text, ImGui::GetContentRegionAvail().x, kWarning);
+        widgets::tip(fmt::format("{}. {}", text, reason));
+        return true;
+    };
+    if (!show_low(report.run_per_second, "plays", "The simulation is slower than live.") &&
+        !show_low(report.shown_per_second, "shows", "Drawing is slower than live. Every frame is simulated."))
+        ImGui::NewLine();
+}
+
 void play_state(PanelFrame& frame) {
     const PlayReport& report = frame.studio.report;
-    const double rate = frame.studio.scene->frame_rate * frame.studio.orders.speed;
-    if (report.seeking && report.seek_seconds > 0.25) {
-        ImGui::ProgressBar(report.seek_share, {ImGui::GetFontSize() * 10.0f, 0}, "running …");
-        ImGui::SameLine();
-        if (ImGui::Button("Stop here")) frame.commands.push_back(CancelSeek{});
-        mark(frame.targets, "Stop here");
-    } else if (frame.studio.orders.playing && report.run_per_second > 0 && report.run_per_second < 0.9 * rate) {
-        ImGui::TextColored(ImColor(kWarning), "slower than live: %.0f of %.0f frames a second", report.run_per_second,
-                           rate);
-    } else if (frame.studio.orders.playing && report.shown_per_second > 0 && report.shown_per_second < 0.9 * rate) {
-        ImGui::TextColored(ImColor(kWarning), "drawing is late: %.0f of %.0f frames a second are shown, all are run",
-                           report.shown_per_second, rate);
-    } else {
-        ImGui::TextDisabled("last rerun %.0f ms", report.last_seek_ms);
-    }
+    if (!report.seeking || report.seek_seconds <= 0.25) return show_lateness(frame.studio);
+    const std::string text = fmt::format("Simulating {:.0f} %", report.seek_share * 100.0f);
+    ImGui::ProgressBar(report.seek_share, {ImGui::GetFontSize() * 9.0f, 0}, text.c_str());
+    ImGui::SameLine();
+    if (tool_button(frame, "Stop here", "Shows the frame that was reached (Esc)"))
+        frame.commands.push_back(CancelSeek{});
+    ImGui::NewLine();
 }
 
 }  // namespace
@@ -136,24 +170,17 @@ void play_state(PanelFrame& frame) {
 void transport_panel(PanelFrame& frame, const Area& area) {
     begin_panel("Transport", area, false);
     const Studio& studio = frame.studio;
-    if (!studio.scene) {
-        ImGui::End();
-        return;
+    if (studio.scene) {
+        const int64_t now = std::max<int64_t>(studio.report.frame, 0);
+        play_buttons(frame, now);
+        range_buttons(frame);
+        tool_gap();
+        speed_choice(frame);
+        tool_gap();
+        show_time(studio, now);
+        play_state(frame);
+        timeline(frame);
     }
-    const int64_t now = std::max<int64_t>(studio.report.frame, 0);
-    if (tool_button(frame, studio.orders.playing ? "Pause" : "Play", "play or pause (Space)", studio.orders.playing))
-        frame.commands.push_back(SetPlaying{!studio.orders.playing});
-    if (tool_button(frame, "|<", "to the start (Home)")) frame.commands.push_back(Seek{0});
-    if (tool_button(frame, "<", "one frame back (Left)")) frame.commands.push_back(Seek{now - 1});
-    if (tool_button(frame, ">", "one frame on (Right)")) frame.commands.push_back(Seek{now + 1});
-    range_buttons(frame);
-    speed_choice(frame);
-    ImGui::AlignTextToFramePadding();
-    ImGui::Text("%.2f s   frame %lld of %lld", static_cast<double>(now) / studio.scene->frame_rate,
-                static_cast<long long>(now), static_cast<long long>(scene_frames(studio)));
-    ImGui::SameLine(0, ImGui::GetFontSize() * 1.5f);
-    play_state(frame);
-    timeline(frame);
     ImGui::End();
 }
 

@@ -23,7 +23,7 @@ PICTURES = {
         'wait frames 5\nclick timeline@0.5,0.5\nclick Pause\nclick Bounds\nclick "Safe areas"\nwait picture\n'
         "drag parameter.birth_rate 200 0\nwait picture\n",
         ["container", "search", "parameter.birth_rate", "reset.birth_rate", "group.Colour and fade", "help", "A", "Save",
-         "Safe areas", "picture", "numbers", "surprises", "Loop", "timeline"],
+         "Safe areas", "picture", "numbers", "warnings", "Loop", "timeline"],
     ),
     "curves": (
         "steam",
