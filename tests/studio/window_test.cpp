@@ -44,8 +44,9 @@ class StudioWindow : public testing::Test {
     std::string command(const std::string& arguments, const std::string& script) const {
         write_bytes(folder_ / "script.txt", "size 900 600\n" + script);
         const std::string path = folder_.path().string();
-        return "cd " + path + " && SDL_VIDEODRIVER=offscreen XDG_CACHE_HOME=" + path + " XDG_STATE_HOME=" + path +
-               " exec " TOVU_STUDIO " --scenes . --looks none " + arguments + " --script script.txt 2>&1";
+        return "cd " + path + " && SDL_VIDEODRIVER=offscreen TMPDIR=" + path + " XDG_CACHE_HOME=" + path +
+               " XDG_STATE_HOME=" + path + " exec " TOVU_STUDIO " --scenes . --looks none " + arguments +
+               " --script script.txt 2>&1";
     }
 
     // What it printed. It must end with status 0.
@@ -56,6 +57,20 @@ class StudioWindow : public testing::Test {
         while (std::fgets(buffer.data(), buffer.size(), pipe) != nullptr) output += buffer.data();
         EXPECT_EQ(pclose(pipe), 0) << output;
         return output;
+    }
+
+    // The name of the picture.
+    std::string render(const std::string& scene, int frame) const {
+        const std::string command = "cd " + folder_.path().string() + " && " TOVU_COMMAND " render " + scene +
+                                    " --progress none -o " + scene + ".png --frames " + std::to_string(frame) + " 2>&1";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return scene + ".png";
+    }
+
+    std::vector<uint8_t> pixels(const std::string& name) const {
+        const auto picture = stage::read_picture(folder_ / name);
+        EXPECT_TRUE(picture) << name;
+        return picture ? picture->bytes : std::vector<uint8_t>{};
     }
 
     std::string saved(const std::string& name = "scene.toml") const { return file_bytes(folder_ / name); }
@@ -110,23 +125,43 @@ TEST_F(StudioWindow, CurvePointsAndColourStopsFollowTheMouse) {
     EXPECT_THAT(saved(), testing::ContainsRegex("color = \"0 1 1 1 0.[0-9]+ 1 1 1 1 1 1 1\"\n$"));
 }
 
-// A look in a new scene: a frame that was reached by playing, seeking and a step, and the saved scene rendered.
-TEST_F(StudioWindow, RenderDrawsThePictureThatItShowed) {
+// A look in a new scene: a frame that was reached by playing, seeking and a step, exported, and the saved scene
+// rendered.
+TEST_F(StudioWindow, ExportAndRenderDrawThePictureThatItShowed) {
     const std::string output =
         run("steam",
             "wait picture\nwait frames 20\nkey Space\nclick timeline@0.35,0.5\nwait picture\nkey Right\nwait picture\n"
             "picture shown.png\nreport\nkey Ctrl+S\nwait \"save as.file\"\nwait frames 3\nkey Ctrl+A\n"
-            "type mine.toml\nkey Return\nwait frames 3\n");
+            "type mine.toml\nkey Return\nwait frames 3\nkey Ctrl+E\nclick export.still\nclick export.start\n"
+            "wait export\n");
     int frame = 0;
     ASSERT_EQ(std::sscanf(output.c_str(), "frame %d,", &frame), 1) << output;
-    const std::string render = "cd " + folder_.path().string() +
-                               " && " TOVU_COMMAND " render mine.toml -o rendered.png --frames " +
-                               std::to_string(frame) + " 2>&1";
-    ASSERT_EQ(std::system(render.c_str()), 0);
-    const auto shown = stage::read_picture(folder_ / "shown.png");
-    const auto rendered = stage::read_picture(folder_ / "rendered.png");
-    ASSERT_TRUE(shown && rendered);
-    EXPECT_EQ(shown->bytes, rendered->bytes) << "frame " << frame;
+    const auto shown = pixels("shown.png");
+    EXPECT_EQ(shown, pixels(render("mine.toml", frame))) << "frame " << frame;
+    EXPECT_EQ(shown, pixels("mine.png")) << "frame " << frame;
+}
+
+TEST_F(StudioWindow, AContainerIsSavedAsALookThatScenesTake) {
+    run("scene.toml",
+        "wait picture\nclick parameter.birth_rate ctrl\nkey Ctrl+A\ntype 90\nkey Return\nkey Ctrl+Shift+S\n"
+        "click \"save as.look\"\nclick \"save as.purpose\"\ntype For tests\nclick \"save as.save\"\nwait frames 3\n");
+    EXPECT_EQ(saved(), kScene);
+    EXPECT_THAT(saved("looks/smoke.toml"), testing::AllOf(HasSubstr("\"For tests\""), HasSubstr("birth_rate = 90\n")));
+    write_bytes(folder_ / "taken.toml", "[[container]]\nlook = \"smoke\"\nname = \"taken\"\n");
+    render("taken.toml", 1);
+}
+
+TEST_F(StudioWindow, LongWorkIsStopped) {
+    write_bytes(folder_ / "scene.toml", replaced("length = 2", "length = 600"));
+    const std::string output = run("scene.toml",
+                                   "wait picture\nkey Space\nclick timeline@0.95,0.5\nclick \"Stop here\"\n"
+                                   "wait picture\nreport\nkey Ctrl+E\nclick export.start\n"
+                                   "click export.cancel\nwait export\n");
+    int frame = 0;
+    ASSERT_EQ(std::sscanf(output.c_str(), "frame %d,", &frame), 1) << output;
+    EXPECT_THAT(frame, testing::AllOf(testing::Gt(100), testing::Lt(5000)));
+    for (const auto& file : std::filesystem::directory_iterator(folder_.path()))
+        EXPECT_THAT(file.path().filename().string(), Not(testing::AnyOf(HasSubstr("mp4"), HasSubstr("tovu-export"))));
 }
 
 TEST_F(StudioWindow, ParametersOfAnyPluginAreEdited) {
@@ -178,9 +213,8 @@ TEST_F(StudioWindow, ASceneWithMistakesOpensAndSaysWhere) {
 TEST_F(StudioWindow, AnySizeIsShown) {
     run("scene.toml",
         "wait picture\nsize 40 30\nwait frames 5\nsize 1 1\nwait frames 5\nsize 3000 200\nwait frames 5\n"
-        "size 900 600\nwait frames 5\nclick parameter.birth_rate ctrl\nkey Ctrl+A\ntype 31\nkey Return\n"
-        "wait picture\nkey Ctrl+S\nwait frames 3\n");
-    EXPECT_EQ(saved(), replaced("birth_rate = 30 ", "birth_rate = 31 "));
+        "size 900 600\nwait frames 5\ndrag parameter.birth_rate 90 0\nwait picture\nkey Ctrl+S\nwait frames 3\n");
+    EXPECT_THAT(saved(), testing::ContainsRegex("\nbirth_rate = [4-9][0-9.]+ "));
 }
 
 TEST_F(StudioWindow, EndsInPeaceAfterRandomEvents) {
