@@ -1,5 +1,6 @@
 #include "theme.h"
 
+#include <cmath>
 #include <filesystem>
 #include <string>
 
@@ -8,6 +9,7 @@ namespace tovu {
 namespace {
 
 constexpr const char* kFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+constexpr const char* kHeadingFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf";
 
 // Letters, and the few signs that labels use.
 constexpr ImWchar kGlyphs[] = {0x20,   0x17f,  0x2010, 0x2026, 0x2190, 0x21ff, 0x2200,
@@ -57,10 +59,12 @@ void set_colors(ImGuiStyle& style) {
 stage::Result<stage::Done> apply_theme(float text_pixels) {
     ImGuiIO& io = ImGui::GetIO();
     std::error_code ignored;
-    if (!std::filesystem::exists(kFontFile, ignored))
-        return stage::Error{std::string(kFontFile) + ": no such font file; the package fonts-dejavu-core has it"};
+    for (const char* file : {kFontFile, kHeadingFontFile})
+        if (!std::filesystem::exists(file, ignored))
+            return stage::Error{std::string(file) + ": no such font file; the package fonts-dejavu-core has it"};
     io.Fonts->Clear();
     io.Fonts->AddFontFromFileTTF(kFontFile, text_pixels, nullptr, kGlyphs);
+    io.Fonts->AddFontFromFileTTF(kHeadingFontFile, std::floor(text_pixels * 1.2f));
     const float unit = text_pixels / 16.0f;
     ImGuiStyle style;
     set_colors(style);
@@ -77,6 +81,10 @@ stage::Result<stage::Done> apply_theme(float text_pixels) {
     style.WindowMinSize = {1, 1};  // pixels; ImGui takes no less
     ImGui::GetStyle() = style;
     return stage::Done{};
+}
+
+ImFont* heading_font() {
+    return ImGui::GetIO().Fonts->Fonts.back();
 }
 
 }  // namespace tovu

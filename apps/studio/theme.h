@@ -17,8 +17,11 @@ inline constexpr ImU32 kWell = IM_COL32(18, 20, 25, 255);  // behind pictures an
 inline constexpr ImU32 kLine = IM_COL32(52, 59, 70, 255);
 inline constexpr ImU32 kGuide = IM_COL32(255, 255, 255, 110);  // over the picture
 
-/// Sets ImGui's style for text of a size in pixels and loads the type in it; the font texture must be made anew.
-/// Error: the font file is missing.
+/// Sets ImGui's style for text of a size in pixels and loads its types; the font texture must be made anew.
+/// Error: a font file is missing.
 stage::Result<stage::Done> apply_theme(float text_pixels);
+
+/// The larger, bold type of headings, once apply_theme has loaded it; else the type of all text.
+ImFont* heading_font();
 
 }  // namespace tovu
