@@ -107,7 +107,7 @@ pixels() { ffmpeg -v error -i "$1" -f md5 -; }
 write_places
 start_studio
 click gallery look.steam
-wait_until "the scene of the look" has_title "not saved yet"
+wait_until "the scene of the look" has_title "steam"
 sleep 2 # its first picture
 set_value "birth rate" 60
 set_value "life time" 9
