@@ -14,7 +14,7 @@ const Names kLoadable = {"file.exports", "file.imports"};
 const Names kLoaded = {"load.init"};
 const Names kRegistered = {"load.init", "register.order", "register.once", "register.values", "register.size"};
 const Names kAlive = {"life.cycle"};
-// What is wrong in a right scene would be told once more for a wrong one.
+// A plug-in that fails one of these checks with a correct host would fail for the same reason with a wrong host.
 const Names kKeepsToItsMemory = {"life.cycle",  "block.bounds", "text.bounds", "text.moves",
                                  "image.moves", "heap.bounds",  "thread.host"};
 const Names kKeepsToFiniteNumbers = {"life.cycle",  "life.garbage", "block.bounds", "text.bounds", "text.moves",

@@ -1,4 +1,4 @@
-// The checks: what each is called, what it needs, and the function that runs it.
+// The list of checks: name, dependencies and function of each.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@
 
 namespace tovu::validate {
 
-/// What is checked.
+/// The plug-in under test.
 struct Subject {
-    std::string name;  // of the file, as it was given
-    std::string path;  // absolute: a plug-in may change the current folder
-    ElfFile file;      // empty where the file is no library
+    std::string name;  // the file name as given
+    std::string path;  // absolute, since a plug-in may change the current folder
+    ElfFile file;      // empty if the file is not a library
     uint32_t seed = 1;
 };
 
@@ -24,19 +24,19 @@ const char* to_string(Group group);
 struct Check {
     const char* name;
     const char* does;                // one line for --list
-    std::vector<const char*> after;  // checks that must hold first
+    std::vector<const char*> after;  // checks that must pass first
     void (*run)(const Subject& subject);
     Group group;
-    bool ends_by_exit = false;  // its process ends as a host does, with exit()
+    bool ends_by_exit = false;  // the process of the check ends with exit(), as a host does
 };
 
-/// All, in the order in which they run.
+/// All checks, in the order in which they run.
 std::span<const Check> all_checks();
 
-/// For a check that finds while it runs that it does not apply: why not.
+/// Called by a running check that does not apply to the plug-in. reason: why not.
 void skip(const std::string& reason);
 
-// By group, a file each.
+// Each group has its own source file.
 void check_file_format(const Subject& subject);
 void check_file_exports(const Subject& subject);
 void check_file_imports(const Subject& subject);
@@ -59,7 +59,7 @@ void check_heap_leaks(const Subject& subject);
 void check_heap_steady(const Subject& subject);
 void check_thread_host(const Subject& subject);
 void check_process_state(const Subject& subject);
-void check_by_tour(const Subject& subject);  // what the watch finds while all parameters are tried
+void check_by_tour(const Subject& subject);  // reports findings of the watch while all parameters are tried
 void check_dispatch_quiet(const Subject& subject);
 void check_consumer_lists(const Subject& subject);
 void check_consumer_manners(const Subject& subject);

@@ -28,7 +28,7 @@ namespace {
 constexpr int kEndedEarly = 99;
 constexpr int kTimeoutSignal = SIGUSR2;
 
-SharedOutcome* the_outcome = nullptr;  // a signal handler has no argument that could carry it
+SharedOutcome* the_outcome = nullptr;  // global, since a signal handler cannot receive it as an argument
 alignas(16) char the_handler_stack[1 << 18];
 
 /// "SEGV". Async-signal-safe.
@@ -66,7 +66,7 @@ bool is_write(const ucontext_t& context) {
 #if defined(__x86_64__) || defined(__i386__)
     return (context.uc_mcontext.gregs[REG_ERR] & 2) != 0;
 #else
-    return context.uc_mcontext.fault_address == 0;  // not told
+    return context.uc_mcontext.fault_address == 0;  // unknown here; reported as a read
 #endif
 }
 
@@ -117,7 +117,7 @@ void handle_signals() {
     stack.ss_size = sizeof the_handler_stack;
     sigaltstack(&stack, nullptr);
     void* warm_up[1];
-    backtrace(warm_up, 1);  // loads what it needs while the heap is sound
+    backtrace(warm_up, 1);  // the first call loads a library, which needs an intact heap
     for (const int number : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP}) {
         struct sigaction action {};
         action.sa_sigaction = on_fault;
@@ -134,7 +134,7 @@ void handle_signals() {
     at_quick_exit(on_exit_called);
 }
 
-// Work that throws has met an exception that left an entry point.
+// An exception here left an entry point of the plug-in.
 void run_work(const std::function<void()>& work) {
     try {
         work();
@@ -171,7 +171,7 @@ std::string last_line_of(int file) {
     return std::string(begin == std::string_view::npos ? lines : lines.substr(begin + 1));
 }
 
-/// Waits for the process; false when it has made no progress for so long, or none to its end in thirty times that.
+/// Waits for the process. False if it makes no progress for `seconds`, or does not end within 30 times that.
 bool wait_for(pid_t child, double seconds, const SharedOutcome& outcome, int& status) {
     using Clock = std::chrono::steady_clock;
     const auto allowed = std::chrono::duration<double>(seconds);
@@ -215,14 +215,14 @@ ChildEnd run_in_child(SharedOutcome& outcome, double seconds, const std::functio
     int status = 0;
     if (!wait_for(child, seconds, outcome, status)) {
         end.took_too_long = true;
-        kill(-child, kTimeoutSignal);  // to all: it may wait for a process of its own
+        kill(-child, kTimeoutSignal);  // to the group, since the process may wait for a child of its own
         int ignored = 0;
         if (!wait_for(child, 1.0, outcome, status)) {
             kill(child, SIGKILL);
             waitpid(child, &ignored, 0);
         }
     }
-    kill(-child, SIGKILL);  // processes that it left behind
+    kill(-child, SIGKILL);  // processes that the child left running
     end.is_done =
         !end.took_too_long && outcome.ending == Ending::kDone && WIFEXITED(status) && WEXITSTATUS(status) == 0;
     if (!end.is_done) end.words = end_words(outcome, status);

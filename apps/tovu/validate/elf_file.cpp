@@ -41,7 +41,7 @@ Bytes read_bytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// `count` items at an offset of the file. Throws std::runtime_error where the file ends before.
+/// `count` items at an offset of the file. Throws std::runtime_error if the file is too short.
 template <class Item>
 std::vector<Item> items_at(std::span<const char> bytes, uint64_t offset, uint64_t count) {
     if (offset > bytes.size() || count > (bytes.size() - offset) / sizeof(Item))
@@ -67,7 +67,7 @@ ElfSymbol symbol_of(const Symbol& symbol, const std::vector<char>& texts) {
             ELF64_ST_BIND(symbol.st_info) == STB_WEAK};
 }
 
-/// Symbols that older linkers export of every library, and names of versions.
+/// True for symbols that older linkers add to every library, and for names of versions.
 bool is_linkers_own(const Symbol& symbol, const std::string& name) {
     static constexpr const char* kNames[] = {"_init",       "_fini",   "_edata",    "_end",
                                              "__bss_start", "__end__", "_bss_end__"};

@@ -1,4 +1,4 @@
-// Requests: those of strangers, of smokes and of consumers.
+// Checks of group exchange: unknown requests, and the requests between smokes, consumers and spawn sources.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,11 +18,11 @@ namespace {
 
 constexpr unsigned char kUntouched = 0x5A;
 
-/// A reply slot with room behind it, all of it untouched at first.
+/// A reply slot followed by spare bytes, all filled with a pattern.
 struct Reply {
     alignas(8) std::array<unsigned char, 64> bytes;
     Reply() { bytes.fill(kUntouched); }
-    /// How many bytes from the start on were written, as far as that shows.
+    /// Number of bytes up to the last one that differs from the pattern.
     size_t written() const {
         size_t count = bytes.size();
         while (count > 0 && bytes[count - 1] == kUntouched) --count;
@@ -72,7 +72,7 @@ bool read_safely(const void* address, Value& value) {
     return true;
 }
 
-/// What is wrong with the list behind a head's address, or empty.
+/// The fault of the list at the address of a head; empty if it is intact.
 std::string wrong_list(Particle* const* head_address) {
     Particle* particle = nullptr;
     if (!head_address || !read_safely(head_address, particle)) return "gives an address of a head that cannot be read";
@@ -88,7 +88,7 @@ std::string wrong_list(Particle* const* head_address) {
     return "";
 }
 
-/// Attaches as a consumer does. True: the plug-in is a smoke.
+/// Attaches to the plug-in as a consumer does. True if the plug-in is a smoke.
 bool attach_to_subject(Rig& rig) {
     ParticleAttachRequest request{1000, 100, 0};
     Reply reply;
@@ -120,8 +120,8 @@ void detach_from_subject(Rig& rig) {
     if (address) fail("dispatch.quiet", "'RAD2' left something else than null in the reply slot", "store null");
 }
 
-/// Instances that name each other, and themselves, wherever they can name a container.
-void tie_instances(Rig& rig) {
+/// Sets each container parameter to the instance's own container, then to that of a second instance, and back.
+void try_circular_names(Rig& rig) {
     const size_t count = std::max<size_t>(container_parameters(rig).size(), 1);
     for (size_t position = 0; position < count; ++position)
         for (const bool itself : {true, false}) {
@@ -143,11 +143,9 @@ void tie_instances(Rig& rig) {
     watch().during.clear();
 }
 
-// ---- Consumers ----
-
 constexpr int kFramesUntilAttached = 120;
 
-/// Ways to name the smoke to a plug-in, one at a time: through a parameter that takes a container, or else a text.
+/// Parameter values that name the smoke: one set for each container parameter or, without one, for each text.
 std::vector<stage::ParameterValues> ways_to_name_the_smoke(const Rig& rig) {
     std::vector<stage::ParameterValues> ways;
     for (size_t i = 0; i < container_parameters(rig).size(); ++i)
@@ -160,14 +158,14 @@ std::vector<stage::ParameterValues> ways_to_name_the_smoke(const Rig& rig) {
     return ways;
 }
 
-/// Runs the plug-in until it has attached to the model smoke; false when it never does.
+/// Runs the plug-in until it attaches to the model smoke. False if it does not.
 bool run_until_attached(Rig& rig, const stage::ParameterValues& values) {
     add_instance(rig, rig.carrier, values);
     for (int frame = 0; frame < kFramesUntilAttached && !rig.smoke.attached; ++frame) run_frame(rig);
     return rig.smoke.attached;
 }
 
-/// A scene in which the plug-in has attached, or null.
+/// A scene in which the plug-in has attached to the model smoke.
 struct Attached {
     std::unique_ptr<Rig> rig;
     stage::ParameterValues values;
@@ -193,7 +191,7 @@ void run_frames(Rig& rig, int frames) {
     }
 }
 
-/// Values to try, with the smoke's name where it was.
+/// Tries other values, then restores the parameter that names the smoke.
 void try_values_of_consumer(Attached& attached, int setting) {
     Rig& rig = *attached.rig;
     set_values(rig, rig.carrier, values_to_try(rig, setting), setting % 2 == 0);
@@ -206,8 +204,6 @@ void expect_detached(const Rig& rig, const char* when) {
     fail("consumer.manners", fmt::format("stays attached {}", when),
          "send 'RAD2': the smoke waits for the consumer until then");
 }
-
-// ---- Spawn points ----
 
 bool ask(Rig& rig, int32_t request, float* point, const char* name) {
     Reply reply;
@@ -222,14 +218,14 @@ bool ask(Rig& rig, int32_t request, float* point, const char* name) {
     return answer != 0;
 }
 
-/// Points of one setting. Returns how many of those given are inside, and how many were given.
-struct Given {
+/// Counts of spawn points for one set of parameter values.
+struct SpawnCounts {
     int points = 0;
     int inside = 0;
 };
 
-Given ask_for_points(Rig& rig) {
-    Given given;
+SpawnCounts ask_for_points(Rig& rig) {
+    SpawnCounts given;
     constexpr int kPoints = 60;
     const auto unset = std::nanf("");
     for (int i = 0; i < kPoints; ++i) {
@@ -270,8 +266,8 @@ void check_dispatch_quiet(const Subject& subject) {
         run_frame(*rig);
     }
     stage::remove_geometry(*rig->stage, rig->carrier);
-    // Wrong answers would come back to the plug-in itself.
-    if (watch().outcome->finding_count == 0) tie_instances(*rig);
+    // Not after a wrong answer, since the plug-in would receive its own wrong answers.
+    if (watch().outcome->finding_count == 0) try_circular_names(*rig);
 }
 
 void check_consumer_lists(const Subject& subject) {
@@ -340,8 +336,8 @@ void check_spawn_answers(const Subject& subject) {
             run_frame(*rig);
             if (!ask(*rig, TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, nullptr, "'SPWN'")) continue;
             supplies = true;
-            const Given given = ask_for_points(*rig);
-            // Values that were tried may leave a shape without an area; the defaults do not.
+            const SpawnCounts given = ask_for_points(*rig);
+            // Only with the defaults, since tried values can leave a shape without an area.
             if (setting == 0 && given.points >= 10 && given.inside * 10 < given.points * 8)
                 fail("spawn.answers",
                      fmt::format("{} of {} points that 'NEWP' gave are outside for 'ISIN'", given.points - given.inside,

@@ -1,4 +1,4 @@
-// The file, read without running it.
+// Checks of group file, which read the library without running it.
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -28,7 +28,7 @@ bool starts_with_any(const std::string& name, std::initializer_list<const char*>
     return std::any_of(starts.begin(), starts.end(), [&](const char* start) { return name.rfind(start, 0) == 0; });
 }
 
-/// The file of the library that provides this function in this process.
+/// The file of the library that contains this function.
 std::string own_library_file() {
     Dl_info info{};
     dladdr(reinterpret_cast<const void*>(&_api__object_valid), &info);
@@ -48,7 +48,7 @@ std::string folder_of(const std::string& path) {
     return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
-/// Loads a library that the plug-in needs, as the plug-in would; null when it is not found.
+/// Loads a library that the plug-in needs, from the same places as the plug-in; null if it is not found.
 void* open_needed(const Subject& subject, const std::string& name) {
     for (std::string folders : subject.file.library_folders) {
         const std::string mark = "$ORIGIN";
@@ -72,7 +72,7 @@ void add_exports(void* library, std::set<std::string>& names) {
         for (const ElfSymbol& symbol : file->exports) names.insert(symbol.name);
 }
 
-/// What the needed libraries export themselves; and whether any of the libraries below them has a symbol.
+/// The exports of the needed libraries, and handles to look up symbols of the libraries that they need in turn.
 struct Provided {
     std::set<std::string> names;
     std::vector<void*> libraries;

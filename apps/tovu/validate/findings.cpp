@@ -14,7 +14,7 @@ bool is_number_part(char character) {
     return std::isdigit(static_cast<unsigned char>(character)) || character == '.' || character == '-';
 }
 
-/// Equal but for their numbers.
+/// True if the texts differ only in their numbers.
 bool are_alike(std::string_view a, std::string_view b) {
     const auto skip = [](std::string_view& text) {
         while (!text.empty() && is_number_part(text.front())) text.remove_prefix(1);

@@ -1,5 +1,4 @@
-// What a check finds, kept in memory that the checking process shares with the one that started it: a crash loses
-// nothing of it.
+// The findings of a check, in memory that the checking process shares with its parent, so that they survive a crash.
 #pragma once
 
 #include <cstdint>
@@ -10,16 +9,16 @@ namespace tovu::validate {
 
 enum class Weight : uint8_t { kNote, kWarning, kFailure };
 
-/// One finding. Texts are NUL-terminated and cut off where they do not fit.
+/// One finding. Texts are NUL-terminated and truncated if they are too long.
 struct Finding {
     Weight weight;
-    int64_t times;      // findings that differ only in numbers are kept once
-    char where[160];    // "PLUGIN_NEW_GEOM, frame 3"; empty where no call is meant
-    char message[600];  // what was seen
-    char right[300];    // what would be right
+    int64_t times;      // occurrences; findings that differ only in numbers are stored once
+    char where[160];    // "PLUGIN_NEW_GEOM, frame 3"; empty outside of calls
+    char message[600];  // the fault
+    char right[300];    // the correct behaviour
 };
 
-/// How a process that ran a check ended, as far as it could tell itself.
+/// How the process of a check ended, as recorded by that process.
 enum class Ending : uint8_t { kNone, kDone, kCrash, kTimeout, kExit };
 
 struct SharedOutcome {
@@ -31,24 +30,24 @@ struct SharedOutcome {
     Finding findings[kMostFindings];
     char skip_reason[200];  // empty: the check applies
 
-    char running[160];  // the plug-in code that runs, as in Finding::where; empty outside of it
-    uint64_t progress;  // goes up with every call of an entry point that begins or ends
+    char running[160];  // the running plug-in code, as in Finding::where; empty outside of it
+    uint64_t progress;  // incremented when a call of an entry point begins or ends
     Ending ending;
     char ending_words[400];  // "SIGSEGV at address 0x0"
-    int frame_count;         // of the stack, innermost first
+    int frame_count;         // number of `frames`: return addresses of the stack, innermost first
     uintptr_t frames[kMostFrames];
-    uintptr_t library_start;  // where the plug-in's library lies in that process
+    uintptr_t library_start;  // address range of the plug-in's library in that process
     uintptr_t library_end;
 };
 
-/// Memory that processes made from this one share. Zeroed; never freed.
+/// Zeroed memory that is shared with forked processes. Never freed.
 SharedOutcome* make_shared_outcome();
 
-/// Adds a finding, or counts it again.
+/// Adds a finding, or counts another occurrence of it.
 void add_finding(SharedOutcome& outcome, Weight weight, std::string_view where, std::string_view message,
                  std::string_view right);
 
-/// Copies as much of `text` as fits, with a NUL. Async-signal-safe.
+/// Copies `text`, truncated to fit, with a NUL. Async-signal-safe.
 void copy_text(char* target, size_t bytes, std::string_view text);
 
 }  // namespace tovu::validate

@@ -51,8 +51,8 @@ const char* vertex_at(const ClientArray& array, int index) {
     return static_cast<const char*>(array.pointer) + static_cast<size_t>(index) * step_of(array);
 }
 
-/// Why the array cannot be read, or empty.
-std::string dangling_words(const ClientArray& array, uintptr_t start, size_t bytes) {
+/// Why the bytes of the array must not be read; empty if they may.
+std::string read_problem(const ClientArray& array, uintptr_t start, size_t bytes) {
     const auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
     constexpr uintptr_t kStackReach = 8u << 20;
     if (start < here && here - start < kStackReach) return "lies on the stack of a function that has returned";
@@ -101,7 +101,7 @@ bool check_array(const ClientArray& array, int first, int count) {
     if (count <= 0) return true;
     const auto start = reinterpret_cast<uintptr_t>(vertex_at(array, first));
     const size_t bytes = static_cast<size_t>(count - 1) * step_of(array) + bytes_per_vertex(array);
-    const std::string words = dangling_words(array, start, bytes);
+    const std::string words = read_problem(array, start, bytes);
     if (words.empty()) return true;
     fail("gl.arrays", fmt::format("{} for {} vertices {}", name, count, words),
          "an array that lives until glDrawArrays returns and is long enough");

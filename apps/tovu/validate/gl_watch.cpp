@@ -20,9 +20,9 @@ namespace {
 struct MatrixStack {
     const char* name;
     unsigned int mode;
-    int limit;  // the smallest depth that OpenGL promises
+    int limit;  // the depth that every OpenGL supports
     int depth = 1;
-    bool changed = false;  // below any push of the pass
+    bool changed = false;  // changed at depth 1
 };
 
 constexpr int kNoPrimitive = -1;
@@ -32,22 +32,22 @@ using Arrays = std::array<ClientArray, 6>;
 struct State {
     bool is_reduced = false;
     int primitive = kNoPrimitive;  // of the open glBegin
-    int vertices = 0;              // since
+    int vertices = 0;              // since glBegin
     Arrays arrays = {{{"GL_VERTEX_ARRAY", GL_VERTEX_ARRAY},
                       {"GL_COLOR_ARRAY", GL_COLOR_ARRAY},
                       {"GL_TEXTURE_COORD_ARRAY", GL_TEXTURE_COORD_ARRAY},
                       {"GL_NORMAL_ARRAY", GL_NORMAL_ARRAY},
                       {"GL_INDEX_ARRAY", GL_INDEX_ARRAY},
                       {"GL_EDGE_FLAG_ARRAY", GL_EDGE_FLAG_ARRAY}}};
-    Arrays arrays_before;  // of the pass
+    Arrays arrays_before;  // before the pass
     std::array<MatrixStack, 3> stacks = {
         {{"GL_MODELVIEW", GL_MODELVIEW, 32}, {"GL_PROJECTION", GL_PROJECTION, 2}, {"GL_TEXTURE", GL_TEXTURE, 2}}};
-    size_t stack = 0;            // the current one
-    std::set<std::string> left;  // state that differs from the host's
+    size_t stack = 0;               // index of the current stack
+    std::set<std::string> changed;  // names of state that differs from the host's
 };
 
 State& state() {
-    static State the_state;  // the calls have no argument that could carry it
+    static State the_state;  // global, since OpenGL functions cannot receive it as an argument
     return the_state;
 }
 
@@ -79,7 +79,7 @@ constexpr Name kHints[] = {
 constexpr Name kHintModes[] = {NAME(GL_FASTEST), NAME(GL_NICEST), NAME(GL_DONT_CARE)};
 // clang-format on
 
-/// What a pass begins with, of what a plug-in can switch.
+/// Capabilities that are on at the start of a pass.
 constexpr unsigned int kOnAtFirst[] = {GL_BLEND,  GL_ALPHA_TEST, GL_DEPTH_TEST,
                                        GL_DITHER, GL_TEXTURE_2D, GL_MULTISAMPLE};
 
@@ -99,11 +99,11 @@ bool is_running(std::string_view entry_point) {
 }
 
 enum class Place {
-    kPass,     // outside of glBegin and glEnd
-    kAnywhere  // in a pass
+    kPass,     // in a pass, outside of glBegin and glEnd
+    kAnywhere  // anywhere in a pass
 };
 
-/// Checks where the call is made. False: it is refused.
+/// Checks the thread and the entry point of the call. False if the call must be ignored.
 bool admit(const char* call, Place place) {
     if (!on_host_thread()) {
         fail("thread.host", fmt::format("{} was called from another thread", call),
@@ -124,11 +124,11 @@ bool admit(const char* call, Place place) {
     return true;
 }
 
-void note_left(bool differs, const std::string& what) {
+void note_changed(bool differs, const std::string& what) {
     if (differs)
-        state().left.insert(what);
+        state().changed.insert(what);
     else
-        state().left.erase(what);
+        state().changed.erase(what);
 }
 
 void begin(unsigned int mode) {
@@ -220,7 +220,7 @@ void set_client_state(const char* call, unsigned int code, bool enabled) {
     for (ClientArray& array : state().arrays) {
         if (array.code != code) continue;
         array.enabled = enabled;
-        return note_left(enabled, fmt::format("{} on", array.name));
+        return note_changed(enabled, fmt::format("{} on", array.name));
     }
     fault(fmt::format("{}({:#x}) names no array", call, code),
           "GL_VERTEX_ARRAY, GL_COLOR_ARRAY or GL_TEXTURE_COORD_ARRAY");
@@ -243,7 +243,7 @@ void set_capability(const char* call, unsigned int code, bool enabled) {
         fault(fmt::format("{}({}) was called in a reduced pass", call, name),
               "leave it to the host where bit 0 of the flags is set");
     const bool before = std::find(std::begin(kOnAtFirst), std::end(kOnAtFirst), code) != std::end(kOnAtFirst);
-    note_left(enabled != before, fmt::format("{} {}", name, before ? "off" : "on"));
+    note_changed(enabled != before, fmt::format("{} {}", name, before ? "off" : "on"));
 }
 
 void enable(unsigned int capability) {
@@ -255,7 +255,7 @@ void disable(unsigned int capability) {
 }
 
 void depth_mask(unsigned char flag) {
-    note_left(flag == 0, "the depth mask off");
+    note_changed(flag == 0, "the depth mask off");
 }
 
 void hint(unsigned int target, unsigned int mode) {
@@ -263,12 +263,12 @@ void hint(unsigned int target, unsigned int mode) {
         fault(fmt::format("glHint was given the target {:#x}", target), "a hint of OpenGL 1.1");
     if (!name_in(kHintModes, mode))
         fault(fmt::format("glHint was given the mode {:#x}", mode), "GL_FASTEST, GL_NICEST or GL_DONT_CARE");
-    note_left(mode != GL_DONT_CARE, "a hint");
+    note_changed(mode != GL_DONT_CARE, "a hint");
 }
 
 void set_size(const char* call, float size) {
     if (!(size > 0)) fault(fmt::format("{}({})", call, size), "above 0");
-    note_left(size != 1, fmt::format("{} {}", call, size));
+    note_changed(size != 1, fmt::format("{} {}", call, size));
 }
 
 void line_width(float width) {
@@ -287,7 +287,7 @@ void matrix_mode(unsigned int mode) {
         return fault(fmt::format("glMatrixMode({:#x}) names no matrix", mode),
                      "GL_MODELVIEW, GL_PROJECTION or GL_TEXTURE");
     s.stack = static_cast<size_t>(found - s.stacks.begin());
-    note_left(s.stack != 0, "the matrix mode");
+    note_changed(s.stack != 0, "the matrix mode");
 }
 
 MatrixStack& current_stack() {
@@ -336,7 +336,7 @@ void begin_pass() {
         stack.changed = false;
     }
     s.stack = 0;
-    s.left.clear();
+    s.changed.clear();
 }
 
 void end_pass() {
@@ -346,10 +346,10 @@ void end_pass() {
         if (stack.depth != 1)
             fault(fmt::format("{} glPushMatrix on {} without glPopMatrix", stack.depth - 1, stack.name),
                   "as many of both");
-        if (stack.changed) s.left.insert(fmt::format("the matrix {}", stack.name));
+        if (stack.changed) s.changed.insert(fmt::format("the matrix {}", stack.name));
     }
     std::string list;
-    for (const std::string& what : s.left) list += (list.empty() ? "" : ", ") + what;
+    for (const std::string& what : s.changed) list += (list.empty() ? "" : ", ") + what;
     if (!list.empty()) found("gl.state", Weight::kNote, "a pass leaves changed: " + list, "");
     s.primitive = kNoPrimitive;
     s.arrays = s.arrays_before;
@@ -367,7 +367,7 @@ struct CallName {
     }
 };
 
-/// An OpenGL function as the plug-in calls it: admitted, recorded and checked, in the host's code meanwhile.
+/// The OpenGL function that the plug-in calls: records and checks the call. It runs as code of the host.
 template <CallName name, auto check, Place place = Place::kPass, class... Arguments>
 void watched(Arguments... arguments) {
     const bool is_hosts = on_host_thread();

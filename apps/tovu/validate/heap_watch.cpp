@@ -23,19 +23,19 @@ namespace {
 
 constexpr size_t kGuardBytes = 16;
 constexpr unsigned char kGuardPattern = 0xA7;
-constexpr uint32_t kFreedPattern = 0x7FFDDEAD;  // not a number as a float, no address
-constexpr uint32_t kMostBlocks = 1u << 20;      // noted at a time; those beyond are not
+constexpr uint32_t kFreedPattern = 0x7FFDDEAD;  // NaN as a float, not a valid address
+constexpr uint32_t kMostBlocks = 1u << 20;      // size of the table; at 3/4 no more blocks are recorded
 constexpr size_t kMostFreedBytes = size_t{64} << 20;
 
-// Noted blocks, by address: open addressing with linear probing. Entries of freed blocks stay in place.
+// Recorded blocks in a hash table by address: open addressing with linear probing. Entries of freed blocks stay.
 struct Heap {
     std::atomic_flag busy = ATOMIC_FLAG_INIT;
     HeapBlock* table = nullptr;
-    uint32_t* places = nullptr;  // of the entries in use, in the order of their first use
+    uint32_t* places = nullptr;  // indices of the used entries, in the order of their first use
     uint32_t used = 0;
     bool keep_freed = false;
     bool note_callers = false;
-    int fill = -1;  // the byte that new blocks hold, where it is not negative
+    int fill = -1;  // byte that new blocks are filled with; negative: none
     size_t freed_bytes = 0;
     uint32_t generation = 0;
     HeapTotals totals;
@@ -46,7 +46,7 @@ struct Heap {
 
 Heap the_heap;
 std::atomic<bool> the_heap_is_watched = false;
-thread_local bool the_heap_is_in_use = false;  // its own work allocates nothing that counts
+thread_local bool the_heap_is_in_use = false;  // allocations of the watch itself are not recorded
 
 template <class Item>
 Item* map_table() {
@@ -56,19 +56,20 @@ Item* map_table() {
     return static_cast<Item*>(pages);
 }
 
-class Turn {
+/// Locks the_heap.
+class HeapLock {
   public:
-    Turn() {
+    HeapLock() {
         the_heap_is_in_use = true;
         while (the_heap.busy.test_and_set(std::memory_order_acquire)) {
         }
     }
-    ~Turn() {
+    ~HeapLock() {
         the_heap.busy.clear(std::memory_order_release);
         the_heap_is_in_use = false;
     }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
+    HeapLock(const HeapLock&) = delete;
+    HeapLock& operator=(const HeapLock&) = delete;
 };
 
 uint32_t hash_of(uintptr_t address) {
@@ -115,10 +116,10 @@ bool freed_is_intact(const HeapBlock& block) {
     return the_heap_is_watched.load(std::memory_order_relaxed) && !the_heap_is_in_use && in_plugin_code();
 }
 
-/// Notes a block that has kGuardBytes behind its `bytes`.
+/// Records a block, which has kGuardBytes more than `bytes`.
 [[maybe_unused, gnu::noinline]] void note_block(void* memory, size_t bytes) {
     if (!memory) return;
-    const Turn turn;
+    const HeapLock lock;
     std::memset(static_cast<char*>(memory) + bytes, kGuardPattern, kGuardBytes);
     HeapBlock block{};
     block.address = reinterpret_cast<uintptr_t>(memory);
@@ -141,9 +142,9 @@ bool freed_is_intact(const HeapBlock& block) {
     note_block(memory, bytes);
 }
 
-/// Notes that a block is freed. False: the C library is to keep it.
+/// Records that a block is freed. False if the memory must not be returned to the C library.
 [[maybe_unused]] bool note_free(void* memory) {
-    const Turn turn;
+    const HeapLock lock;
     HeapBlock* block = entry_of(reinterpret_cast<uintptr_t>(memory));
     if (block->address == 0) return true;
     if (!block->is_live) {
@@ -162,7 +163,7 @@ bool freed_is_intact(const HeapBlock& block) {
 }
 
 [[maybe_unused]] const HeapBlock* noted_live(void* memory) {
-    const Turn turn;
+    const HeapLock lock;
     const HeapBlock* block = entry_of(reinterpret_cast<uintptr_t>(memory));
     return block->address != 0 && block->is_live ? block : nullptr;
 }

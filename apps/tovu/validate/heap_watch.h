@@ -1,5 +1,5 @@
-// The heap as the plug-in uses it. The program's own malloc and free stand in front of the C library's: while no check
-// watches, each call costs one comparison more.
+// Watches the heap blocks of the plug-in. The program replaces malloc and free of the C library; while no check
+// watches, a call costs one more comparison.
 #pragma once
 
 #include <cstddef>
@@ -13,51 +13,50 @@ struct HeapBlock {
     static constexpr int kMostCallers = 10;
     uintptr_t address;
     size_t bytes;
-    bool is_live;         // or it was freed
-    uint32_t generation;  // as set when it was allocated
+    bool is_live;         // false: freed
+    uint32_t generation;  // at the time of the allocation
     uint32_t caller_count;
-    uintptr_t callers[kMostCallers];  // return addresses, innermost first, those of the watch before the rest
+    uintptr_t callers[kMostCallers];  // return addresses, innermost first; the first ones are in the watch
 };
 
-/// False where sanitizers bring a heap of their own: nothing is watched then.
+/// False in builds with sanitizers, which replace the heap themselves. Nothing is watched then.
 bool heap_can_be_watched();
 
 struct HeapOptions {
-    bool keep_freed =
-        true;  // freed blocks are filled with a pattern and not used again, so that a use of theirs is seen
+    bool keep_freed = true;  // fill freed blocks with a pattern and do not reuse them, so that later writes are found
     bool note_callers = false;
 };
-/// From now on notes what the plug-in's code allocates.
+/// Records the allocations of the plug-in's code from now on.
 void watch_heap(const HeapOptions& options);
 
-/// New blocks of the plug-in's code hold this byte from now on, but those that are to hold zeros.
+/// Fills new blocks of the plug-in's code with this byte from now on, except blocks of calloc.
 void fill_new_blocks(uint8_t byte);
 
-/// Marks the blocks allocated from now on.
+/// Sets the generation of the blocks that are allocated from now on.
 void set_heap_generation(uint32_t generation);
 
 struct HeapTotals {
     int64_t live_blocks = 0;
     int64_t live_bytes = 0;
-    int64_t allocations = 0;  // ever
+    int64_t allocations = 0;  // since the start
 };
 HeapTotals heap_totals();
 
-/// Blocks that are live and of this generation.
+/// The live blocks of this generation.
 std::vector<HeapBlock> live_blocks(uint32_t generation);
 
-/// The most recent allocation, for naming its place.
+/// The most recent allocation.
 HeapBlock last_allocation();
 
-/// The block that holds this address, or null. Freed ones are found with keep_freed only.
+/// The block that contains this address, or null. Freed blocks are found only with keep_freed.
 const HeapBlock* find_block(uintptr_t address);
 
-/// What was done wrong with blocks since the last call.
 enum class HeapFault : uint8_t { kWroteBehind, kWroteFreed, kFreedTwice };
 struct HeapFinding {
     HeapFault fault;
     HeapBlock block;
 };
+/// Removes and returns the findings since the last call.
 std::vector<HeapFinding> take_heap_findings();
 
 }  // namespace tovu::validate

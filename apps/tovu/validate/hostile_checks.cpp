@@ -1,4 +1,4 @@
-// A host that is wrong, and slots that hold anything.
+// Checks of group hostile: wrong answers of the host, and arbitrary bits in slots.
 #include <fmt/format.h>
 #include <sys/resource.h>
 
@@ -31,7 +31,7 @@ void leave_alone(Arguments...) {}
 struct Lie {
     const char* words;
     void (*arrange)(Overrides& overrides);
-    const char* service = nullptr;  // that it is about; null where it is more than one
+    const char* service = nullptr;  // with the wrong answer; null if there are several
 };
 
 #define UNCHANGED(service, field)                                                          \
@@ -40,7 +40,7 @@ struct Lie {
             [](Overrides& o) { o.field = [](auto... a) { leave_alone(a...); }; }, #service \
     }
 
-/// A host that does not know an object leaves the out values as they were.
+/// Services that leave their out values unchanged, as for an unknown object.
 const Lie kUnchanged[] = {
     UNCHANGED(_api__container_get_absolute_position, container_get_absolute_position),
     UNCHANGED(_api__container_get_absolute_rotation, container_get_absolute_rotation),
@@ -190,8 +190,9 @@ const Lie kWrong[] = {
      [](Overrides& o) { o.geom_dispatcher = [](int32_t, int32_t, void*, void*) { return 1; }; }},
 };
 
-/// A life with the lie in force from `frame` 0, before the instance is made, or 2 on; the last frames are right again.
-void live_with(Rig& rig, const Lie& lie, int first_frame, bool with_smoke) {
+/// Runs an instance from its creation to its removal. first_frame: the lie starts before the creation (0) or in
+/// frame 2. The last frame has correct answers.
+void run_with_lie(Rig& rig, const Lie& lie, int first_frame, bool with_smoke) {
     const Overrides right = rig.stage->overrides;
     const auto values = with_smoke ? values_with_container(rig, 0, "smoke") : values_to_try(rig, 0);
     const auto lie_now = [&] {
@@ -215,15 +216,15 @@ void live_with(Rig& rig, const Lie& lie, int first_frame, bool with_smoke) {
     stage::remove_geometry(*rig.stage, rig.carrier);
 }
 
-/// Switches and choices decide what is asked of the host.
+/// Values of switches and choices, which decide which services the plug-in calls.
 std::vector<stage::ParameterValues> choices_to_try(const Rig& rig) {
     std::vector<stage::ParameterValues> all = limits_to_try(rig, 40, false);
     all.emplace_back();  // the defaults
     return all;
 }
 
-/// A life for each choice, with one lie in each frame.
-void live_with_choices(Rig& rig, const std::vector<Lie>& lies) {
+/// Runs an instance for each choice, with another lie in each frame.
+void run_choices_with_lies(Rig& rig, const std::vector<Lie>& lies) {
     const Overrides right = rig.stage->overrides;
     for (const stage::ParameterValues& choice : choices_to_try(rig)) {
         add_instance(rig, rig.carrier, values_to_try(rig, 0));
@@ -244,8 +245,8 @@ void live_with_choices(Rig& rig, const std::vector<Lie>& lies) {
 }
 
 struct Unset {
-    uint32_t stack;  // what unset locals hold
-    uint8_t memory;  // and new blocks of the instance and of the heap
+    uint32_t stack;  // content of unset locals
+    uint8_t memory;  // content of new instance blocks and heap blocks
 };
 
 std::vector<TraceLine> trace_of_lies(const Subject& subject, const std::vector<Lie>& lies, const Unset& unset) {
@@ -258,24 +259,26 @@ std::vector<TraceLine> trace_of_lies(const Subject& subject, const std::vector<L
         poison_stack(unset.stack);
         for (const Lie& lie : lies) {
             rig->random.seed(subject.seed);
-            live_with(*rig, lie, 0, false);
+            run_with_lie(*rig, lie, 0, false);
         }
-        live_with_choices(*rig, lies);
+        run_choices_with_lies(*rig, lies);
         rig.reset();
     };
     return trace_of(scenario, [&] { return rig ? rig->carrier : -1; });
 }
 
-void tell_unset(const Subject& subject) {
+/// Finds out values that the plug-in reads without setting them: the run must not depend on the content of memory.
+void check_unset_out_values(const Subject& subject) {
     constexpr const char* kRight = "set every out value before the call";
     std::vector<Lie> lies;
     for (const Lie& lie : kUnchanged)
         if (imports(subject.file, lie.service)) lies.push_back(lie);
-    // A plausible float and double, an enormous integer, a byte that is not 0.
+    // A plausible float and double, a very large integer, and a byte that is not 0.
     Unset other{0x40014001, 0x01};
-    const auto rightly = [&subject] { return trace_of_lies(subject, {}, {0, 0}); };
-    // State that is unset without any lie is not told here.
-    if (!expect_equal("life.garbage", rightly(), trace_of_lies(subject, {}, {0, other.memory}), rightly, "", kRight))
+    const auto without_lies = [&subject] { return trace_of_lies(subject, {}, {0, 0}); };
+    // Without lies, a dependence on the content of new memory is a finding of life.garbage and is not compared here.
+    if (!expect_equal("life.garbage", without_lies(), trace_of_lies(subject, {}, {0, other.memory}), without_lies, "",
+                      kRight))
         other.memory = 0;
     const auto with_zeros = [&] { return trace_of_lies(subject, lies, {0, 0}); };
     expect_equal("host.lies", with_zeros(), trace_of_lies(subject, lies, other), with_zeros,
@@ -284,12 +287,13 @@ void tell_unset(const Subject& subject) {
 
 const std::vector<std::string> kDamage = {"block.bounds", "text.bounds", "heap.bounds"};
 
-constexpr uint32_t kTelling[] = {0,           1,           2,           3,           0xFFFFFFFFu, 0x80000000u,
-                                 0x7FFFFFFFu, 0x7F800000u, 0xFF800000u, 0x7FC00000u, 0x7F7FFFFFu, 0xFF7FFFFFu,
-                                 0x00000001u, 0x80000001u, 0x3F800000u, 0x42C80000u, 0x4F000000u};
+constexpr uint32_t kEdgePatterns[] = {0,           1,           2,           3,           0xFFFFFFFFu, 0x80000000u,
+                                      0x7FFFFFFFu, 0x7F800000u, 0xFF800000u, 0x7FC00000u, 0x7F7FFFFFu, 0xFF7FFFFFu,
+                                      0x00000001u, 0x80000001u, 0x3F800000u, 0x42C80000u, 0x4F000000u};
 
-/// Floats that are not finite, one at a time: what is drawn stays finite. Finite ones may overflow.
-void try_no_numbers(Rig& rig) {
+/// Sets one float at a time to a value that is not finite. Drawn values must stay finite. Finite inputs may overflow
+/// and are not tried here.
+void try_non_finite(Rig& rig) {
     for (const stage::ParameterInfo& parameter : plugin_of(rig).parameters) {
         if (parameter.kind != stage::ParameterKind::kFloat) continue;
         for (const float number : {kNan, kInfinite, -kInfinite}) {
@@ -307,7 +311,7 @@ void put_any_bits(Rig& rig) {
     for (const stage::ParameterInfo& parameter : plugin_of(rig).parameters) {
         if (parameter.kind >= stage::ParameterKind::kString || rig.random() % 3 == 0) continue;
         auto bits = static_cast<uint32_t>(rig.random());
-        if (rig.random() % 2) bits = kTelling[rig.random() % std::size(kTelling)];
+        if (rig.random() % 2) bits = kEdgePatterns[rig.random() % std::size(kEdgePatterns)];
         stage::set_slot_bits(*rig.stage, rig.carrier, parameter.index, bits);
         if (rig.random() % 4 == 0) stage::notify_changed(*rig.stage, rig.carrier, parameter.index);
     }
@@ -316,7 +320,8 @@ void put_any_bits(Rig& rig) {
 }  // namespace
 
 void check_host_lies(const Subject& subject) {
-    // A plug-in that believes in a count gets no memory, instead of all that the machine has. Sanitizers map more.
+    // A plug-in that allocates for a wrong count must not use up the memory of the machine. Sanitizers need more than
+    // this limit.
     constexpr rlimit kMostMemory{rlim_t{3} << 30, rlim_t{3} << 30};
     if (heap_can_be_watched()) setrlimit(RLIMIT_AS, &kMostMemory);
     watch().stands_for = kDamage;
@@ -324,12 +329,12 @@ void check_host_lies(const Subject& subject) {
     {
         const auto rig = make_rig(subject);
         for (const Lie& lie : kWrong) {
-            for (const int first_frame : {0, 2}) live_with(*rig, lie, first_frame, false);
-            live_with(*rig, lie, 2, true);
+            for (const int first_frame : {0, 2}) run_with_lie(*rig, lie, first_frame, false);
+            run_with_lie(*rig, lie, 2, true);
         }
-        live_with_choices(*rig, {std::begin(kWrong), std::end(kWrong)});
+        run_choices_with_lies(*rig, {std::begin(kWrong), std::end(kWrong)});
     }
-    tell_unset(subject);
+    check_unset_out_values(subject);
 }
 
 void check_fuzz_slots(const Subject& subject) {
@@ -340,7 +345,7 @@ void check_fuzz_slots(const Subject& subject) {
     if (!has_numbers) return skip("it has no parameters with numbers");
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));
     watch().stands_for = {"block.bounds", "text.bounds", "heap.bounds", "gl.values", "box.finite"};
-    try_no_numbers(*rig);
+    try_non_finite(*rig);
     watch().stands_for = kDamage;
     for (int frame = 0; frame < 200; ++frame) {
         if (frame % 2 == 0) put_any_bits(*rig);

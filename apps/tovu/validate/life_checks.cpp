@@ -1,4 +1,4 @@
-// Instances: their life, alone and beside another one.
+// Checks of group live: the life of an instance, alone and with a second one.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -121,12 +121,12 @@ void exercise_first(Rig& rig) {
     }
 }
 
-/// The calls of an instance, with a second one beside it or without. second_is_first: the second one is older, and
-/// simulated before it in each frame.
+/// The calls of an instance, with or without a second instance in the scene. second_is_first: the second instance is
+/// older and is simulated first in each frame.
 std::vector<TraceLine> trace_beside(const Subject& subject, bool is_second_there, bool second_is_first) {
     std::unique_ptr<Rig> rig;
     const auto add_second = [&] {
-        // Without a second one there is a geometry in its place, so that handles are the same.
+        // Without a second instance a mesh geometry takes its handle, so that later handles are equal.
         if (!is_second_there) return (void)stage::set_mesh_geometry(*rig->stage, rig->other_carrier, {});
         const std::mt19937 before = rig->random;
         add_instance(*rig, rig->other_carrier);
@@ -136,11 +136,11 @@ std::vector<TraceLine> trace_beside(const Subject& subject, bool is_second_there
     const auto scenario = [&] {
         rig = make_rig(subject);
         rig->keeps_to_itself = true;
-        fill_new_blocks(0);  // what is not set is life.garbage's to tell
+        fill_new_blocks(0);  // unset fields are findings of life.garbage
         if (second_is_first) {
             std::swap(rig->carrier, rig->other_carrier);
             add_second();
-            for (int i = 0; i < 2; ++i) run_frame(*rig);  // alone at first
+            for (int i = 0; i < 2; ++i) run_frame(*rig);  // the older instance alone
         }
         add_instance(*rig, rig->carrier);
         if (!second_is_first) add_second();
@@ -153,7 +153,7 @@ std::vector<TraceLine> trace_beside(const Subject& subject, bool is_second_there
     return trace_of(scenario, [&] { return rig ? rig->carrier : -1; });
 }
 
-/// The second one lives on when the first one is cleaned up.
+/// Runs the second instance after the first one was cleaned up.
 void clean_up_first(const Subject& subject) {
     const auto rig = make_rig(subject);
     for (const int32_t container : {rig->carrier, rig->other_carrier})

@@ -1,4 +1,4 @@
-// Loading, and what is registered.
+// Checks of groups load and register.
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -28,7 +28,7 @@ constexpr int64_t kMostBytes = int64_t{64} << 20;
 constexpr size_t kMostChoices = 1000;
 constexpr const char* kOrder = "pelRegisterPlugin first, then pelRegisterPluginType, then the rest";
 
-/// Loads the library and lets it register. Empty after a finding.
+/// Loads the library and calls its PLUGIN_INIT. Empty after a finding.
 std::optional<Registration> register_subject(const Subject& subject) {
     static const stage::StagePtr host = stage::make_stage();
     stage::make_current(host.get());
@@ -59,7 +59,7 @@ int64_t count_of(const Registration& registration, const std::string& name) {
     return std::count_if(calls.begin(), calls.end(), [&](const Call& call) { return call.name == name; });
 }
 
-/// `name` is the first call but for those of `before`.
+/// Expects `name` to be the first call, apart from calls of `before`.
 void expect_first(const Registration& registration, const char* name, const char* what, const std::string& before) {
     const auto& calls = registration.plugin.registration_calls;
     const auto is_other = [&](const Call& call) { return call.name != before; };
@@ -89,7 +89,7 @@ void check_names(const Registration& registration, bool events) {
 bool is_readable_text(const std::string& text) {
     const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t'; };
     try {
-        (void)nlohmann::json(text).dump();  // refuses everything else
+        (void)nlohmann::json(text).dump();  // throws for malformed UTF-8
     } catch (const nlohmann::json::exception&) {
         return false;
     }
@@ -235,7 +235,7 @@ void check_register_order(const Subject& subject) {
     expect_first(*registered, "pelRegisterPluginType", "the type", "pelRegisterPlugin");
     if (!registered->problems.empty() || registered->init_returned != 0) return;
     if (registered->plugin.total_size > kMostBytes) return;
-    // A life, for what is registered too late. What else is wrong with it is life.cycle's to tell.
+    // Runs an instance, since it may register too late. Its other faults are findings of life.cycle.
     SharedOutcome& outcome = *watch().outcome;
     const bool lived = run_in_grandchild([&] {
         alarm(1);

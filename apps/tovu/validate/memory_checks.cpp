@@ -1,4 +1,4 @@
-// Block, slots, texts, pixels and heap.
+// Checks of group memory: block, slots, texts, pixels and heap.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -35,7 +35,7 @@ std::string longest_text(const ParameterInfo& parameter) {
     return std::string(static_cast<size_t>(parameter.max_length), 'x');
 }
 
-/// Every text in turn: as long as it may be, empty, and with characters of several bytes.
+/// Tries each text of the longest length, empty, and with multi-byte characters.
 void try_texts(Rig& rig, bool with_longest) {
     int frame = 0;
     for (const ParameterInfo& parameter : plugin_of(rig).parameters) {
@@ -56,7 +56,7 @@ void try_texts(Rig& rig, bool with_longest) {
 
 using Texts = std::vector<std::string>;
 
-/// The texts before a call, for telling what it wrote.
+/// Copies the texts before a call, to find out what the call changes.
 Texts texts_of(const Instance& instance) {
     Texts texts;
     for (const ParameterInfo& parameter : stage::plugin(instance.plugin).parameters) {
@@ -94,17 +94,17 @@ void watch_texts(std::deque<Texts>& before) {
     });
 }
 
-/// A copy of an image's pixels, for one call.
+/// A copy of an image's pixels for one call.
 struct LentPixels {
     stage::FencedMemory memory;
-    std::vector<uint8_t> pixels;  // as they were
+    std::vector<uint8_t> pixels;  // original content
     std::string image;
 };
 
-/// Hands out copies of pixels that cannot be read any more once the call has returned or sent a request.
+/// Gives the plug-in copies of pixels that become unreadable when the call returns or sends a request.
 struct MovingPixels {
     std::deque<LentPixels> lent;
-    size_t first_open = 0;  // of `lent`
+    size_t first_open = 0;  // index of the first readable copy in `lent`
     stage::FenceSide side = stage::FenceSide::kBehind;
     int64_t asked = 0;
 };
@@ -162,7 +162,7 @@ void tour_with_moving_pixels(const Subject& subject, stage::FenceSide side, int6
                 set_values(*rig, rig->carrier, {{parameter.name, setting % 3 == 2 ? "mask" : "picture"}},
                            setting % 2 == 0);
         for (int frame = 0; frame < 4; ++frame) {
-            // The same image with other pixels, sizes and formats.
+            // Changes pixels, size and format of the same image.
             const int32_t picture = stage::find_image_by_name(*rig->stage, "picture");
             const int32_t wide = 3 + (setting * 4 + frame) % 5;
             if (frame == 2)
@@ -176,7 +176,7 @@ void tour_with_moving_pixels(const Subject& subject, stage::FenceSide side, int6
     asked += moving.asked;
 }
 
-/// "step +0x1c" for the innermost of the callers that is the plug-in's own.
+/// A text such as ", allocated in step" for the innermost caller in the plug-in; empty if there is none.
 std::string allocated_by(const Subject& subject, const HeapBlock& block) {
     const SharedOutcome& outcome = *watch().outcome;
     for (uint32_t i = 0; i < block.caller_count; ++i) {
@@ -202,7 +202,7 @@ void report_heap(const Subject& subject) {
     }
 }
 
-bool heap_is_out_of_reach() {
+bool skip_without_heap_watch() {
     if (heap_can_be_watched()) return false;
     skip("this build of the host has a heap of its own");
     return true;
@@ -221,7 +221,7 @@ void check_block_bounds(const Subject& subject) {
         tour(*rig);
     };
     run(wide_memory());
-    // Reads show only where the memory around the block cannot be read.
+    // Two tours, since a fence that detects reads can lie on one side of the block only.
     for (const stage::FenceSide side : {stage::FenceSide::kBehind, stage::FenceSide::kBefore}) {
         stage::MemoryOptions memory;
         memory.fenced = true;
@@ -286,7 +286,7 @@ void check_image_moves(const Subject& subject) {
 }
 
 void check_heap_bounds(const Subject& subject) {
-    if (heap_is_out_of_reach()) return;
+    if (skip_without_heap_watch()) return;
     watch_heap({true, true});
     const auto rig = make_rig(subject);
     watch().on_return.push_back([&](const RunningCall&) { report_heap(subject); });
@@ -294,7 +294,7 @@ void check_heap_bounds(const Subject& subject) {
 }
 
 void check_heap_leaks(const Subject& subject) {
-    if (heap_is_out_of_reach()) return;
+    if (skip_without_heap_watch()) return;
     const auto rig = make_rig(subject);
     watch_heap({true, true});
     HeapTotals after[4];
@@ -315,7 +315,7 @@ void check_heap_leaks(const Subject& subject) {
 }
 
 void check_heap_steady(const Subject& subject) {
-    if (heap_is_out_of_reach()) return;
+    if (skip_without_heap_watch()) return;
     const auto rig = make_rig(subject);
     watch_heap({true, true});
     add_instance(*rig, rig->carrier, values_to_try(*rig, 0));

@@ -14,9 +14,9 @@ namespace {
 
 constexpr int kRecords = 48;
 constexpr int kLiveAtFirst = 24;
-constexpr int kLongestHold = 12;  // frames that a record may stay held after it left the pool
+constexpr int kLongestHold = 12;  // frames that a record may stay claimed on the deleted list
 
-/// What the smoke hands out and links. A copy shows what a consumer changed.
+/// The memory that consumers can access. Compared with a copy to find out what they changed.
 struct Records {
     Particle* active;
     Particle* inactive;
@@ -27,10 +27,10 @@ struct Records {
 
 struct Shadow {
     Records copy;
-    int frames_deleted[kRecords];  // how long a record has been on the deleted list
+    int frames_deleted[kRecords];  // number of frames that a record has been on the deleted list
 };
 
-Shadow the_shadow;  // of the one smoke that a check has
+Shadow the_shadow;  // a check has one model smoke
 
 Records& records_of(ModelSmoke& smoke) {
     return *reinterpret_cast<Records*>(smoke.memory.data());
@@ -49,7 +49,7 @@ void unlink(Particle*& head, Particle& particle) {
     if (head == &particle) head = particle.next;
 }
 
-void bear(ModelSmoke& smoke) {
+void add_particle(ModelSmoke& smoke) {
     Records& records = records_of(smoke);
     Particle* newborn = records.inactive;
     if (!newborn) return;
@@ -96,7 +96,7 @@ void shrink_pool(Records& records) {
     the_shadow.frames_deleted[index_of(records, leaving)] = 0;
 }
 
-// The real one frees them; here they come back, so that it never runs dry.
+// Returns records to the inactive list. A real smoke frees them; the model must not run out of records.
 void free_deleted(Records& records) {
     for (Particle *p = records.deleted, *next = nullptr; p; p = next) {
         next = p->next;
@@ -148,7 +148,7 @@ bool is_same(const ParticleExchangeBlock& a, const ParticleExchangeBlock& b) {
            a.particle_count == b.particle_count && a.reserved == b.reserved;
 }
 
-bool is_possible(const Particle& p) {
+bool has_finite_fields(const Particle& p) {
     for (const float number : {p.position.x, p.position.y, p.position.z, p.velocity.x, p.velocity.y, p.velocity.z,
                                p.alpha, p.size_x, p.size_y, p.size_step_x, p.size_step_y, p.rotation, p.age, p.life})
         if (!std::isfinite(number)) return false;
@@ -165,7 +165,7 @@ void make_model_smoke(ModelSmoke& smoke, int32_t container_handle) {
     smoke.attached = false;
     Records& records = *new (smoke.memory.data()) Records{};
     for (Particle& particle : records.particles) push(records.inactive, particle);
-    for (int i = 0; i < kLiveAtFirst; ++i) bear(smoke);
+    for (int i = 0; i < kLiveAtFirst; ++i) add_particle(smoke);
     remember(records);
     watch().regions.push_back(
         {&smoke.memory, "consumer.lists", "the records of the smoke", "", "they are the smoke's: follow `next` only"});
@@ -177,7 +177,7 @@ void step_model_smoke(ModelSmoke& smoke) {
     for (Particle& particle : records.particles) ++the_shadow.frames_deleted[index_of(records, &particle)];
     free_deleted(records);
     move_all(records);
-    for (int i = 0; i < 2; ++i) bear(smoke);
+    for (int i = 0; i < 2; ++i) add_particle(smoke);
     if (smoke.attached && watch().stage->clock.frame % 4 == 3) shrink_pool(records);
     remember(records);
 }
@@ -217,13 +217,13 @@ void check_records(ModelSmoke& smoke) {
         if (!is_listed[i] && std::memcmp(&p, &before.particles[i], offsetof(Particle, next)) != 0)
             fail("consumer.lists", "wrote into a particle that is neither live nor on the deleted list",
                  "keep no pointers to particles from one call to the next");
-        if (!is_possible(p))
+        if (!has_finite_fields(p))
             fail("consumer.lists", "wrote a number that is not finite into a particle", "finite numbers");
         if (p.age < 0 || p.age > p.life + 0.021f)
             fail("consumer.lists", fmt::format("left a particle with age {} and life {}", p.age, p.life),
                  "keep 0 <= age <= life");
     }
-    // What was seen is repaired, so that the consumer goes on.
+    // Repairs the reported changes, so that the check can continue.
     records.active = before.active;
     records.inactive = before.inactive;
     records.deleted = before.deleted;
@@ -231,7 +231,7 @@ void check_records(ModelSmoke& smoke) {
         Particle& p = records.particles[i];
         p.next = before.particles[i].next;
         p.prev = before.particles[i].prev;
-        if (is_possible(p) && p.age >= 0 && p.age <= p.life) continue;
+        if (has_finite_fields(p) && p.age >= 0 && p.age <= p.life) continue;
         const auto claimed = p.claimed;
         const auto released = p.released;
         p = before.particles[i];

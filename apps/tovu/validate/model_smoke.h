@@ -1,5 +1,5 @@
-// A small stand-in for a smoke that consumers attach to. Its records lie in memory of its own, and it looks at them
-// after each of the consumer's calls.
+// A small model of a smoke that consumers attach to. Its records lie in fenced memory and are checked after each call
+// of the consumer.
 #pragma once
 
 #include <cstdint>
@@ -16,27 +16,29 @@ struct ModelSmoke {
     int32_t geometry_handle = -1;
     stage::FencedMemory memory;  // the heads, the exchange block and the records
     bool attached = false;
-    bool answers = true;          // false: it takes requests and ignores them, as other plug-ins do
+    bool answers = true;  // false: accepts requests without answering them, as other plug-ins do
     int64_t births = 0;
 };
 
-/// Makes the smoke in this container of the watched Stage: its geometry, its records, its answers. `smoke` must stay
-/// where it is.
+/// Creates the smoke's geometry and records in this container of the watched Stage. `smoke` must not be moved
+/// afterwards.
 void make_model_smoke(ModelSmoke& smoke, int32_t container_handle);
 
-/// What a smoke does in its frame: particles age, move, die and are born; at odd frames records leave the pool.
+/// Simulates a frame: particles age, move, die and are born. While a consumer is attached, the pool shrinks every
+/// fourth frame.
 void step_model_smoke(ModelSmoke& smoke);
 
-/// Removes its geometry; its memory cannot be read any more.
+/// Removes the geometry and makes the records unreadable.
 void remove_model_smoke(ModelSmoke& smoke);
 
 /// Answers a request sent to its geometry.
 void answer_request(ModelSmoke& smoke, int32_t request, void* data, void* reply);
 
-/// Whether heads, links and exchange block are as the smoke left them, and what the consumer wrote is possible.
+/// Checks that heads, links and exchange block are unchanged, and that the values written by the consumer are valid.
 void check_records(ModelSmoke& smoke);
 
-/// Whether every live particle is claimed or released, and no record that left the pool is held for long.
+/// Checks that every live particle is claimed or released, and that no record on the deleted list stays claimed for
+/// long.
 void check_claims(ModelSmoke& smoke);
 
 }  // namespace tovu::validate

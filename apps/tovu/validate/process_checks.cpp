@@ -1,4 +1,4 @@
-// The thread that calls the host, and the state of the process.
+// Checks of group memory: the thread that calls the host, and the state of the process.
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -103,7 +103,7 @@ void compare(const ProcessState& before, const ProcessState& now) {
     if (now.on_no_memory != before.on_no_memory) report("changed the handler of operator new");
 }
 
-/// What the plug-in's code changes becomes findings, once each.
+/// Reports each change of the process state by the plug-in's code once.
 class StateWatch {
   public:
     StateWatch() : state_(process_state()) {}

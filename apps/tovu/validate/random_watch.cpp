@@ -1,4 +1,4 @@
-// The program's own srand stands in front of the one that plug-ins would reach otherwise.
+// Replaces srand for plug-ins and reports calls of it.
 #include <dlfcn.h>
 
 #include "watch.h"

@@ -1,4 +1,4 @@
-// What came of the checks, and how it is told.
+// Results of the checks, as text and as JSON.
 #pragma once
 
 #include <optional>
@@ -17,19 +17,19 @@ const char* to_string(State state);
 struct Result {
     const Check* check = nullptr;
     State state = State::kOk;
-    std::string reason;              // of a skip
-    bool after_failure = false;      // of a skip: another check does not hold; otherwise this one does not apply
+    std::string reason;              // why the check was skipped
+    bool after_failure = false;      // skipped because another check failed; false: skipped because it does not apply
     std::vector<Finding> findings;   // worst first
-    int64_t dropped = 0;             // findings that were not kept
+    int64_t dropped = 0;             // number of findings that were not kept
     std::vector<std::string> stack;  // of a crash, a timeout or an exit: the plug-in's own functions, innermost first
     double seconds = 0;
 };
 
-/// What a check that ran in a process left.
+/// The result of a check that ran in its own process.
 Result result_of(const Subject& subject, const Check& check, const SharedOutcome& outcome, const ChildEnd& end,
                  double seconds);
 
-/// Ok, warned, or not applicable.
+/// True for ok, for a warning, and for a check that does not apply.
 bool holds(const Result& result);
 
 struct Verdict {
@@ -37,13 +37,13 @@ struct Verdict {
     int failed = 0;
     int warned = 0;
     int skipped = 0;
-    int status = 0;  // of the program: 0 all hold, 1 not, 2 all were skipped
+    int status = 0;  // exit status: 0 all pass, 1 a check fails, 2 all were skipped
     std::string line;
 };
 /// strict: a warning counts as a failure.
 Verdict verdict_on(const Subject& subject, const std::vector<Result>& results, bool strict);
 
-/// The lines to print for a check; empty for one that holds without a word. all: every finding instead of the first.
+/// The lines to print for a check; empty for a pass without findings. all: every finding instead of the first.
 std::string text_of(const Subject& subject, const Result& result, bool all);
 
 /// The whole report as JSON, with a newline at its end.

@@ -48,7 +48,7 @@ int32_t dispatch_in(Rig& rig, int32_t geometry, int32_t request, void* data, voi
         return 0;
     }
     ++rig.request_depth;
-    // The override is out of force meanwhile; a nested request is to pass here as well.
+    // The Stage disables an override while it runs. Set again, so that nested requests come here too.
     stage::Overrides& overrides = watch().stage->overrides;
     overrides.geom_dispatcher = [&rig](auto... arguments) { return dispatch_in(rig, arguments...); };
     const stage::Geometry* found = stage::find_geometry(*watch().stage, geometry);
@@ -72,7 +72,7 @@ void check_box(const float (&low)[3], const float (&high)[3]) {
         is_right = is_right && std::isfinite(low[i]) && std::isfinite(high[i]) && low[i] <= high[i];
     }
     if (is_right) return;
-    // Only a smoke sends it, while a consumer is attached to it.
+    // Correct for a smoke to which a consumer is attached.
     if (is_empty && watch().during == "while a consumer is attached") return;
     fail("box.finite",
          fmt::format("sent the bounding box ({}, {}, {}) to ({}, {}, {})", low[0], low[1], low[2], high[0], high[1],
@@ -143,7 +143,7 @@ ParameterValue try_value(Rig& rig, const ParameterInfo& parameter) {
     }
 }
 
-/// A container that is moved, turned and scaled; an image that other pixels are given to.
+/// Changes the placement of the carrier, the camera and the clock.
 void change_scene(Rig& rig, int number) {
     stage::Container& carrier = *stage::find_container(*rig.stage, rig.carrier);
     const auto step = static_cast<float>(number);
@@ -155,8 +155,8 @@ void change_scene(Rig& rig, int number) {
     rig.stage->clock.post_recording = number % 3 == 2;
 }
 
-/// What parameters may name is gone for a while, and back under another handle.
-void let_vanish(Rig& rig, int number) {
+/// Removes the container and the image that parameters name, and later adds them with other handles.
+void remove_or_restore_named(Rig& rig, int number) {
     stage::Stage& stage = *rig.stage;
     if (number == 3) {
         stage::remove_container(stage, rig.outline_container);
@@ -207,7 +207,7 @@ std::unique_ptr<Rig> make_rig(const Subject& subject, const stage::MemoryOptions
     rig->stage->overrides.geom_dispatcher = [raw = rig.get()](auto... arguments) {
         return dispatch_in(*raw, arguments...);
     };
-    // A plug-in's geometry has no meshes.
+    // The geometry of the model smoke has no mesh access, as that of a plug-in.
     rig->stage->overrides.get_geom_geomod = [raw = rig.get()](int32_t geometry, int32_t kind, int32_t detail,
                                                               int32_t* mesh_access) {
         if (geometry != raw->smoke.geometry_handle) _api__get_geom_geomod(geometry, kind, detail, mesh_access);
@@ -328,7 +328,7 @@ void send_requests(Rig& rig) {
     }
 }
 
-/// Each parameter in turn at the ends of its range, all others at their defaults.
+/// Sets one parameter at a time to the ends of its range, all others to their defaults.
 void try_limits(Rig& rig) {
     set_values(rig, rig.carrier, values_to_try(rig, 0), true);
     for (const ParameterValues& values : limits_to_try(rig, 200)) {
@@ -345,7 +345,7 @@ void tour(Rig& rig, const TourOptions& options) {
     for (int setting = 0; setting < options.settings; ++setting) {
         if (setting > 0) set_values(rig, rig.carrier, values_to_try(rig, setting - 1), setting % 2 == 1);
         change_scene(rig, setting);
-        if (options.vanishing) let_vanish(rig, setting);
+        if (options.vanishing) remove_or_restore_named(rig, setting);
         for (int frame = 0; frame < options.frames; ++frame) {
             run_frame(rig, frame == 2 ? 5 : 1);
             if (frame == 1) stage::new_frame(*rig.stage);  // no time has passed

@@ -1,4 +1,4 @@
-// The scene that checks put a plug-in into, and what they do with it there.
+// The scene in which checks run a plug-in, and common ways to run it.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ struct Rig {
     ModelSmoke smoke;                // in the container "smoke"
     std::mt19937 random;             // seeded by the subject's seed
     int request_depth = 0;
-    bool keeps_to_itself = false;  // values_to_try names no container that carries a plug-in
+    bool keeps_to_itself = false;  // values_to_try names no container with a plug-in
 
     Rig() = default;
     ~Rig();  // cleans up its instances
@@ -33,16 +33,15 @@ struct Rig {
     Rig& operator=(const Rig&) = delete;
 };
 
-/// Memory for checks that look for other things: wide margins around blocks and texts, so that a write beyond them
-/// does no harm.
+/// Wide margins around blocks and texts, for checks that do not test bounds: a write out of bounds does no harm.
 stage::MemoryOptions wide_memory();
 
-/// A scene with the plug-in loaded and no instance of it. Throws std::runtime_error where it does not load.
+/// A scene with the plug-in loaded, without an instance. Throws std::runtime_error if the plug-in does not load.
 std::unique_ptr<Rig> make_rig(const Subject& subject, const stage::MemoryOptions& memory = wide_memory());
 
 const stage::Plugin& plugin_of(const Rig& rig);
 
-/// Gives a container an instance, with the defaults but for `values`.
+/// Gives a container an instance with `values` and defaults for all other parameters.
 void add_instance(Rig& rig, int32_t container, const stage::ParameterValues& values = {});
 
 /// Simulates the next frame of all instances, the model smoke first.
@@ -50,21 +49,22 @@ void run_frame(Rig& rig, int32_t retraces = 1);
 /// One pass of the container's instance.
 void draw(Rig& rig, int32_t container, bool is_reduced = false, float opacity = 1);
 
-/// Values to try. 0: the defaults, with the scene's container and image in place of empty names; from 1 on: values
-/// inside their ranges, drawn from the rig's random numbers.
+/// Values to try. number 0: the defaults, with the names of the scene's container and image; from 1 on: random values
+/// inside their ranges.
 stage::ParameterValues values_to_try(Rig& rig, int number);
 
-/// As 0 of values_to_try, with the name of one container in place of the parameter's number `position` among those that
-/// name containers.
+/// Names of the scene's image and container, with `name` for the container parameter at index `position` of
+/// container_parameters.
 stage::ParameterValues values_with_container(const Rig& rig, size_t position, const std::string& name);
 
 /// The parameters that take the names of containers.
 std::vector<const stage::ParameterInfo*> container_parameters(const Rig& rig);
 
-/// One parameter each: both ends of a range, the other value of a switch, every choice; evenly left out beyond `most`.
+/// Sets of one value each: both ends of a range, the other value of a switch, every choice. At most `most` of them,
+/// evenly chosen.
 std::vector<stage::ParameterValues> limits_to_try(const Rig& rig, size_t most, bool with_numbers = true);
 
-/// What a smoke asks of a spawn source, and a request of a stranger. The answers go into the call log.
+/// Sends the requests that a smoke sends to a spawn source, and an unknown one. Adds the answers to the call log.
 void send_requests(Rig& rig);
 
 void set_values(Rig& rig, int32_t container, const stage::ParameterValues& values, bool notify);
@@ -77,8 +77,8 @@ struct TourOptions {
     bool limits = true;                // each parameter at the ends of its range
     std::function<void()> each_frame;  // called after each frame; may be empty
 };
-/// The life of an instance, from PLUGIN_INIT_FUNCTION to PLUGIN_CLEANUP_FUNCTION, with many values, passes of both
-/// kinds, requests, buttons, a recording, dropped frames, a frame run twice.
+/// Runs an instance from PLUGIN_INIT_FUNCTION to PLUGIN_CLEANUP_FUNCTION with many values, normal and reduced passes,
+/// requests, buttons, a recording, dropped frames and a frame that runs twice.
 void tour(Rig& rig, const TourOptions& options = {});
 
 }  // namespace tovu::validate

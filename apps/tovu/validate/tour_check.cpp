@@ -1,4 +1,4 @@
-// For the checks whose findings the watch makes while the plug-in goes through its parameters.
+// Checks whose findings come from the watch while the plug-in runs with many values.
 #include <tovu/exchange.h>
 #include "checks.h"
 #include "heap_watch.h"

@@ -16,17 +16,17 @@
 namespace tovu::validate {
 namespace {
 
-constexpr size_t kMostLines = 3000;  // of one call of an entry point; the rest counts as one line
+constexpr size_t kMostLines = 3000;  // per call of an entry point; further calls are hashed into one line
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// Hands over what has been recorded since the last call.
+/// Writes the calls that were recorded since the last time.
 void write_calls(std::FILE* file, const std::string& where) {
     const std::vector<stage::Call>& calls = stage::recorded_calls();
-    size_t hash = 14695981039346656037u;  // FNV-1a of what is not written
+    size_t hash = 14695981039346656037u;  // FNV-1a of the calls that are not written
     for (size_t i = 0; i < calls.size(); ++i) {
         const std::string text = stage::to_string(calls[i]);
         if (i < kMostLines) {
@@ -37,14 +37,13 @@ void write_calls(std::FILE* file, const std::string& where) {
     }
     if (calls.size() > kMostLines)
         std::fprintf(file, "%s\tone of %zu further calls (%zx)\n", where.c_str(), calls.size() - kMostLines, hash);
-    stage::start_recording_calls();  // forgets them
+    stage::start_recording_calls();  // clears the recording
 }
 
 void record_into(int descriptor, const std::function<void()>& scenario, const std::function<int32_t()>& container) {
     const File file(fdopen(dup(descriptor), "w"));
     if (!file) throw std::runtime_error("no file for a trace");
     std::string where;
-    // A request to another instance ends the stretch of calls of the one that sent it.
     const auto hand_over = [&] {
         const auto& running = watch().stage->running;
         const bool is_wanted = !running.empty() && running.back().container_handle == container();
@@ -55,11 +54,12 @@ void record_into(int descriptor, const std::function<void()>& scenario, const st
             stage::start_recording_calls();
     };
     watch().on_entry.push_back([&](const stage::RunningCall&) {
-        // The call is the running one already: what was recorded before belongs to the one outside of it, or is an
-        // answer that send_requests got.
+        // The new call is already the last of `running`. Calls recorded before it belong to the call around it or, if
+        // there is none, are answers that send_requests recorded.
         const auto& running = watch().stage->running;
         if (running.size() == 1)
-            write_calls(file.get(), "PLUGIN_DISPATCHER_CALLBACK");  // the frame of this call may be a later one
+            write_calls(file.get(),
+                        "PLUGIN_DISPATCHER_CALLBACK");  // without a frame, which may be the next one already
         else if (running[running.size() - 2].instance->container_handle == container())
             write_calls(file.get(), fmt::format("{}, frame {}", running[running.size() - 2].entry_point,
                                                 watch().stage->clock.frame));
@@ -88,7 +88,7 @@ std::vector<TraceLine> read_lines(int descriptor) {
     return lines;
 }
 
-/// Where two runs differ first, as a sentence; empty where they do not.
+/// The first difference of two runs; empty if they are equal.
 struct Difference {
     std::string where;
     std::string message;

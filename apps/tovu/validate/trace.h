@@ -1,4 +1,4 @@
-// What a plug-in tells the host, call by call, for comparing runs.
+// Traces of the calls of a plug-in, and their comparison.
 #pragma once
 
 #include <cstdint>
@@ -16,13 +16,13 @@ struct TraceLine {
     std::string call;   // "glVertex3f(1, 2, 3)"
 };
 
-/// Runs `scenario` in a process of its own and returns what was called inside entry points of the instance that
-/// `container` carries, services and OpenGL alike. The process ends with this one where the plug-in ends it.
+/// Runs `scenario` in a child process and returns the calls of services and OpenGL that the instance in `container`
+/// makes. If the plug-in ends the child process, this process ends too.
 std::vector<TraceLine> trace_of(const std::function<void()>& scenario, const std::function<int32_t()>& container);
 
-/// Whether the runs `one` and `other` agree. Where they do not, a finding of `check` tells the first difference. Where
-/// another run of `one` differs from it as well, a note says that runs are not compared.
-/// when: what was done to the other one.
+/// True if the runs `one` and `other` are equal. Otherwise reports the first difference as a finding of `check`; if a
+/// repetition of `one` differs too, reports a note instead, since the runs cannot be compared.
+/// when: how `other` differs from `one`.
 bool expect_equal(const char* check, const std::vector<TraceLine>& one, const std::vector<TraceLine>& other,
                   const std::function<std::vector<TraceLine>()>& one_again, const std::string& when,
                   const std::string& right);

@@ -30,8 +30,8 @@ void set_running(std::string_view words) {
     copy_text(watch().outcome->running, sizeof watch().outcome->running, words);
 }
 
-// Fills the stack that the next calls will use. A frame of its own, and callers with small ones: what lies above is not
-// filled.
+// Fills the stack memory that the next calls will use. Not inlined, so that the array lies below the frame of the
+// caller.
 [[gnu::noinline]] void fill_stack(uint32_t value) {
     volatile uint32_t words[4096];
     for (volatile uint32_t& word : words) word = value;
@@ -67,7 +67,7 @@ void entry_ends(const stage::RunningCall& call) {
 bool service_begins(stage::ServiceCall& call) {
     const char* service = call.name;
     if (!on_host_thread()) {
-        // Findings are kept by one thread; the others wait for each other.
+        // Findings are not thread-safe: other threads wait for each other here.
         static std::atomic_flag busy;
         while (busy.test_and_set()) {
         }
@@ -105,7 +105,7 @@ void note_complaint(const stage::Complaint& complaint) {
                    : fail("block.bounds", complaint.message, "stay below pelRegisterTotalSize");
     }
     if (starts_with(complaint.call, "PLUGIN_")) return fail("life.cycle", complaint.message, "return 1");
-    if (watch().host_is_wrong) return;  // its own answers lead there
+    if (watch().host_is_wrong) return;  // caused by a wrong answer of the host
     fail("life.cycle", fmt::format("{}: {}", complaint.call, complaint.message),
          "set out values before the call, and test a handle with _api__object_valid where it is used");
 }

@@ -1,4 +1,4 @@
-// What a check sees of the plug-in: every call across the boundary, and every access to memory that is fenced off.
+// Watches the plug-in: every call between it and the host, and every access to fenced memory.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ namespace tovu::validate {
 
 struct ElfFile;
 
-/// Fenced memory outside of instances that the plug-in is lent. An access beyond it, or to it once it is forbidden, is
-/// a finding of `check`, as is freeing it.
+/// Fenced memory of the host that the plug-in may use for a time. An access outside its bounds or after that time, and
+/// freeing it, are findings of `check`.
 struct FencedRegion {
     const stage::FencedMemory* memory;
     const char* check;
@@ -25,22 +25,23 @@ struct FencedRegion {
     std::string right;
 };
 
-/// One for each process that runs a check.
+/// The state of the watch. One for each process that runs a check.
 struct Watch {
-    std::string check;                    // findings under other names are dropped
-    std::vector<std::string> stands_for;  // but for these, which are then findings of `check`
+    std::string check;                    // findings of other checks are dropped
+    std::vector<std::string> stands_for;  // except findings of these, which are reported under `check`
     SharedOutcome* outcome = nullptr;
-    const ElfFile* library = nullptr;  // the plug-in's
-    stage::Stage* stage = nullptr;     // whose calls are watched
+    const ElfFile* library = nullptr;  // of the plug-in
+    stage::Stage* stage = nullptr;     // the watched Stage
     std::vector<FencedRegion> regions;
-    bool host_is_wrong = false;  // on purpose: what is asked about its wrong answers is no fault
-    std::string during;          // what the host does meanwhile: "while the host has no images"; part of each finding
+    bool host_is_wrong =
+        false;           // the host gives wrong answers on purpose, so calls with wrong arguments are no findings
+    std::string during;  // what the host does, added to each finding: "while the host has no images"
 
     // Called at the start and the end of every entry point, nested ones too.
     std::vector<std::function<void(const stage::RunningCall&)>> on_entry;
     std::vector<std::function<void(const stage::RunningCall&)>> on_return;
-    std::vector<int> host_depths = {
-        1};  // for each entry point that runs, how many services of it do; the host itself first
+    // Number of nested services that run, for each running entry point. The first element stands for the host's code.
+    std::vector<int> host_depths = {1};
 };
 
 Watch& watch();
@@ -51,15 +52,16 @@ void begin_watch(const std::string& check, SharedOutcome& outcome, const ElfFile
 /// Watches this Stage: its complaints become findings.
 void watch_stage(stage::Stage& stage);
 
-/// A finding of `check`; dropped while another one runs. Where it was seen is the plug-in code that runs.
+/// Adds a finding of `check`, or drops it if another check runs. The place of the finding is the running plug-in code.
 void found(std::string_view check, Weight weight, const std::string& message, const std::string& right);
 void fail(std::string_view check, const std::string& message, const std::string& right);
 
-/// From now on unset locals of the plug-in hold `word`. By default that is not a number as a float and as a double, and
-/// far too large as an integer.
+/// Fills the unset locals of the plug-in with `word` from now on. The default is NaN as a float and as a double, and a
+/// very large integer.
 void poison_stack(uint32_t word = 0x7FFD7FFD);
 
-/// Names plug-in code that is no entry point of an instance, while it lives: "PLUGIN_INIT", "the loading".
+/// Names the running plug-in code while the object exists, for code outside of the entry points of an instance:
+/// "PLUGIN_INIT", "the loading".
 class RunningCode {
   public:
     explicit RunningCode(std::string_view words);
@@ -71,20 +73,20 @@ class RunningCode {
     std::string before_;
 };
 
-/// The address lies in fenced memory: notes what the plug-in did, and lets it go on. For the handler of SIGSEGV.
+/// For the handler of SIGSEGV. If the address lies in fenced memory, reports the access, allows it and returns true.
 bool pass_fence(uintptr_t address, bool is_write);
 
-/// The plug-in frees memory that it was lent: notes it. The memory stays.
+/// True if the plug-in frees memory of a FencedRegion, which is reported. The memory must not be freed then.
 bool frees_lent_memory(const void* memory);
 
-/// How many bytes from this address on can be read, up to `bytes`.
+/// Number of readable bytes from this address on, at most `bytes`.
 size_t readable_bytes(const void* address, size_t bytes);
 
-/// On the thread that runs the Stage.
+/// True on the thread that runs the Stage.
 bool on_host_thread();
 
-/// The plug-in's own code runs on this thread: inside an entry point, not inside a service. Any other thread is the
-/// plug-in's.
+/// True if this thread runs code of the plug-in: inside an entry point and not inside a service, or on any thread other
+/// than the host's.
 bool in_plugin_code();
 
 }  // namespace tovu::validate
