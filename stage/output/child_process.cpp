@@ -33,7 +33,7 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, Ch
         posix_spawn_file_actions_adddup2(&actions, messages, STDOUT_FILENO);
     else
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    // Blocked, so that no signal ends this process after the command has started and before it is recorded.
+    // Signals are blocked, so that none ends this process between the start of the command and its registration.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -53,8 +53,8 @@ int spawn(const std::vector<std::string>& arguments, int input, int messages, Ch
 }  // namespace
 
 Result<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments, Output output) {
-    // Sockets instead of a pipe: with MSG_NOSIGNAL a write to a command that has ended raises no SIGPIPE. Closed on
-    // exec, so that no other child holds this end open.
+    // Sockets instead of a pipe, since MSG_NOSIGNAL prevents SIGPIPE when the command has ended. SOCK_CLOEXEC, so that
+    // no other child process keeps this end open.
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         return Error{fmt::format("{} cannot be started: {}", arguments[0], std::strerror(errno))};
@@ -85,7 +85,7 @@ Result<Done> ChildProcess::wait() {
     siginfo_t child;
     while (waitid(P_PID, static_cast<id_t>(pid_), &child, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }
-    forget_unfinished_command(pid_);  // first: after waitpid another process may get the same id
+    forget_unfinished_command(pid_);  // before waitpid, which makes the id free for another process
     int status = 0;
     const pid_t ended = waitpid(pid_, &status, 0);
     pid_ = -1;

@@ -12,8 +12,8 @@
 
 namespace stage {
 
-/// A started command. Its standard error is kept, its standard output discarded or kept with it. The destructor kills a
-/// command that still runs and waits for it; a fault or a signal that ends this process does the same
+/// A running command. Keeps its standard error; its standard output is kept too or discarded. The destructor kills a
+/// running command and waits for it, and so does a fault or a signal that ends this process
 /// (stage/output/unfinished.h). Move only.
 class ChildProcess {
   public:
@@ -26,19 +26,19 @@ class ChildProcess {
     ChildProcess& operator=(ChildProcess&& other) noexcept;
     ~ChildProcess();
 
-    /// Writes to the command's standard input. False when the command has stopped reading.
+    /// Writes to the command's standard input. False if the command no longer reads.
     bool feed(std::span<const unsigned char> bytes);
     /// Closes the command's input and waits for its end. Error: an exit status other than 0; the message is a verb
     /// phrase such as "failed with exit status 1".
     Result<Done> wait();
-    /// The last lines that were kept, at most `count`, without the final newline. Call after wait().
+    /// The last kept lines, at most `count`, without the final newline. Call after wait().
     std::string last_lines(size_t count) const;
 
   private:
     ChildProcess() = default;
     pid_t pid_ = -1;
     int input_ = -1;     // this process's end of the socket pair
-    int messages_ = -1;  // what is kept, a file in memory
+    int messages_ = -1;  // file in memory with the kept output
 };
 
 }  // namespace stage

@@ -6,9 +6,9 @@ namespace stage {
 namespace {
 
 constexpr uint8_t kReach = 16;        // steps
-constexpr uint8_t kFar = kReach + 1;  // and more
+constexpr uint8_t kFar = kReach + 1;  // any larger distance
 
-/// A pixel on its way through a pass.
+/// A pixel and its distance to the nearest pixel with alpha that was found so far.
 template <class Channel>
 struct Pixel {
     uint8_t* distance;

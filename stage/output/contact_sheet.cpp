@@ -6,10 +6,10 @@
 namespace stage {
 namespace {
 
-/// Pixels of a picture along one side that a pixel of its cell covers: first, and one behind the last.
+/// The range of picture pixels along one axis that a pixel of the cell covers.
 struct Span {
     int32_t begin;
-    int32_t end;
+    int32_t end;  // one past the last
 };
 
 Span covered(int32_t pixel, int32_t cell_side, int32_t picture_side) {
@@ -50,7 +50,7 @@ void place_in_sheet(DeepPicture& sheet, int32_t columns, int32_t rows, int32_t c
     const int32_t width = sheet.width / columns;
     const int32_t height = sheet.height / rows;
     const int32_t left = cell % columns * width;
-    const int32_t bottom = (rows - 1 - cell / columns) * height;  // the bottom row of pixels is the first
+    const int32_t bottom = (rows - 1 - cell / columns) * height;  // row 0 of the pixels is at the bottom
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x) {
             const auto pixel = mean(picture, covered(x, width, picture.width), covered(y, height, picture.height));

@@ -1,4 +1,4 @@
-// Small pictures of a row side by side in one picture.
+// Contact sheets: small pictures in a grid.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace stage {
 
-/// An empty sheet for pictures of `picture_width` × `picture_height` pixels: as wide as one of them, divided into
-/// `columns` cells of the pictures' proportions. Cells have at least one pixel.
+/// An empty sheet for pictures of `picture_width` × `picture_height` pixels. It is about as wide as one picture; its
+/// `columns` × `rows` cells have the proportions of the pictures and at least one pixel.
 STAGE_EXPORT DeepPicture make_sheet(int32_t columns, int32_t rows, int32_t picture_width, int32_t picture_height);
 
 /// Draws `picture` into a cell, counted from 0 in reading order. Each pixel is the mean of the picture's pixels that it

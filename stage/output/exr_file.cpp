@@ -36,7 +36,7 @@ std::vector<Imf::Rgba> top_row_first(const DrawnPicture& picture) {
     return pixels;
 }
 
-/// In memory: a writer to a file ignores what fails when it is closed. Throws what OpenEXR throws.
+/// Encodes into memory, since OpenEXR's file writer ignores errors on closing. Throws OpenEXR's exceptions.
 std::string encode(const DrawnPicture& picture, const PictureTexts& texts) {
     Imf::Header header(picture.width, picture.height);
     header.compression() = Imf::ZIP_COMPRESSION;

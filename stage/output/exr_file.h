@@ -17,7 +17,7 @@ namespace stage {
 STAGE_EXPORT Result<Done> write_exr(const std::filesystem::path& path, const DrawnPicture& picture,
                                     const PictureTexts& texts = {});
 
-/// True for an OpenEXR file that can be read from the first to the last pixel.
+/// True for an OpenEXR file whose pixels can all be read.
 bool is_whole_exr(const std::filesystem::path& path);
 
 }  // namespace stage

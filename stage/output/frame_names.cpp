@@ -15,7 +15,7 @@ struct NumberField {
     bool zeros = false;
 };
 
-/// text starts with %. Length 0 when that begins no number field.
+/// Reads the field at the start of `text`, which starts with %. Length 0 if it is not a number field.
 NumberField parse_field(std::string_view text) {
     NumberField field;
     size_t at = 1;

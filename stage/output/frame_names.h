@@ -1,4 +1,4 @@
-// Names of numbered frames.
+// File names of numbered frames.
 #pragma once
 
 #include <filesystem>
@@ -11,18 +11,18 @@
 
 namespace stage {
 
-/// True for a name that contains a %, which is the pattern of numbered files.
+/// True if the name contains a % and therefore is a pattern of numbered files.
 STAGE_EXPORT bool is_frame_pattern(const std::string& name);
 
 /// "frames/%04d.png" and 7 give "frames/0007.png". The pattern must contain exactly one %d, %Nd or %0Nd (N 1…9); %%
 /// stands for a percent sign. Errors: any other pattern; a number below 0.
 STAGE_EXPORT Result<std::filesystem::path> frame_name(const std::string& pattern, int number);
 
-/// The number that the pattern has in this name, without folders; -1 if the name is not one of the pattern's.
+/// The frame number in `file_name`, a name without folders; -1 if it does not match the pattern.
 STAGE_EXPORT int frame_number(const std::string& pattern, const std::string& file_name);
 
-/// "frames/row.png" for "frames/%04d.png" and "row". Errors: a pattern that frame_name rejects; the number is in the
-/// folder's name.
+/// Replaces the number by a word: "frames/row.png" for "frames/%04d.png" and "row". Errors: a pattern that frame_name
+/// rejects; the number is in the folder's name.
 STAGE_EXPORT Result<std::filesystem::path> name_with_word(const std::string& pattern, const std::string& word);
 
 /// Files by the number in their name.

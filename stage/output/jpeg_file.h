@@ -9,8 +9,8 @@
 
 namespace stage {
 
-/// Writes the colours of an RGB or RGBA picture; alpha does not count. quality: 1 to 100. The file gets its name only
-/// when it is complete. The folder must exist.
+/// Writes an RGB or RGBA picture without its alpha. quality: 1 to 100. The file gets its name only when it is complete.
+/// The folder must exist.
 STAGE_EXPORT Result<Done> write_jpeg(const std::filesystem::path& path, const Picture& picture, int quality);
 
 }  // namespace stage

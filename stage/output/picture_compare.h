@@ -9,7 +9,7 @@
 
 namespace stage {
 
-/// Pixels are compared over mid grey, so that the colour of transparent pixels does not count.
+/// Pixels are compared over mid grey, so that the colour of transparent pixels has no effect.
 struct PictureDifference {
     double mean = 0.0;         // mean absolute difference per channel (alpha included), in 1/255
     double largest = 0.0;      // largest difference of one channel, in 1/255

@@ -54,7 +54,7 @@ int png_color_type(PictureFormat format) {
     return PNG_COLOR_TYPE_RGB_ALPHA;
 }
 
-/// A picture as libpng takes it.
+/// A picture in the form that libpng needs.
 struct Pixels {
     int32_t width;
     int32_t height;
@@ -72,7 +72,7 @@ std::vector<png_bytep> row_pointers(const Pixels& pixels) {
     return rows;
 }
 
-/// Plain texts cannot hold UTF-8 and international ones are read by few programs, so those are for what needs them.
+/// Few programs read international text chunks, so that they are used only for texts outside of ASCII.
 std::vector<png_text> png_texts(const PictureTexts& texts) {
     std::vector<png_text> result;
     for (const auto& [keyword, text] : texts) {
@@ -91,12 +91,12 @@ std::vector<png_text> png_texts(const PictureTexts& texts) {
 constexpr int kTransforms =
     std::endian::native == std::endian::little ? PNG_TRANSFORM_SWAP_ENDIAN : PNG_TRANSFORM_IDENTITY;
 
-/// False when libpng failed. No local may have a destructor: longjmp skips it.
+/// False if libpng fails. No local variable may have a destructor, since longjmp skips it.
 bool write_with_jumps(PngWriter& writer, std::FILE* file, const Pixels& pixels, std::vector<png_bytep>& rows,
                       const std::vector<png_text>& texts) {
     if (setjmp(png_jmpbuf(writer.png))) return false;
     png_init_io(writer.png, file);
-    // Fast settings: slower ones hardly make pictures of smoke smaller.
+    // Fast compression: slower settings hardly reduce the size of smoke pictures.
     png_set_compression_level(writer.png, 3);
     png_set_filter(writer.png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(pixels.width),

@@ -12,7 +12,7 @@
 
 namespace stage {
 
-/// What a picture file says of itself: keywords of at most 79 letters and digits, with a text in UTF-8 each.
+/// Metadata of a picture file: keywords of at most 79 letters and digits, each with a text in UTF-8.
 using PictureTexts = std::vector<std::pair<std::string, std::string>>;
 
 /// Writes a picture with straight alpha. The same picture gives the same bytes. The file gets its name only when it is
@@ -20,7 +20,7 @@ using PictureTexts = std::vector<std::pair<std::string, std::string>>;
 STAGE_EXPORT Result<Done> write_png(const std::filesystem::path& path, const Picture& picture,
                                     const PictureTexts& texts = {});
 
-/// The same with 16 bits per channel.
+/// Writes a picture with 16 bits per channel; otherwise as above.
 STAGE_EXPORT Result<Done> write_png(const std::filesystem::path& path, const DeepPicture& picture,
                                     const PictureTexts& texts = {});
 

@@ -10,7 +10,7 @@
 
 namespace stage {
 
-/// "frame 30/100, 12.5 frames/s, 5.6 s left"; rate and time are left out while no frame is done or no time has passed.
+/// "frame 30/100, 12.5 frames/s, 5.6 s left". Rate and time are left out before the first frame is done.
 STAGE_EXPORT std::string progress_text(int frames_done, int frames_total, double elapsed_seconds);
 
 enum class ProgressStyle {
@@ -20,13 +20,14 @@ enum class ProgressStyle {
     kNone,
 };
 
-/// "line", "plain", "json" or "none"; empty: line on a terminal, plain elsewhere. Error: any other text.
+/// The style of the name "line", "plain", "json" or "none". Empty: kLine if `stream` is a terminal, else kPlain. Error:
+/// any other name.
 STAGE_EXPORT Result<ProgressStyle> progress_style(const std::string& name, std::FILE* stream);
 
 /// Prints progress. The last frame is always printed.
 class STAGE_EXPORT Progress {
   public:
-    /// stream: is not closed here.
+    /// stream: not closed by the object.
     Progress(int frames_total, ProgressStyle style, std::FILE* stream);
     /// Ends the rewritten line with a newline.
     ~Progress();

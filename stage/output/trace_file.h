@@ -14,11 +14,11 @@ namespace stage {
 struct TraceSection {
     std::string name;
     std::string container;
-    double start_seconds = 0.0;  // since a moment common to all sections
+    double start_seconds = 0.0;  // since a time that all sections share
     double duration_seconds = 0.0;
 };
 
-/// A span with texts of its own.
+/// Copies the texts of a span.
 STAGE_EXPORT TraceSection trace_section(const TraceSpan& span);
 
 /// Writes the JSON trace event format: each section as a complete event ("ph":"X"), times in microseconds.

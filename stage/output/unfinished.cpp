@@ -33,7 +33,7 @@ void on_stop(int) {
     while (true) pause();
 }
 
-// A writer in the middle of a slow disk access stops late: it is not waited for longer than a second.
+// A writer that waits for a slow disk stops late, so the waiting time is limited to a second.
 void stop_writer() {
     if (!the_writer_runs || pthread_equal(the_writer, pthread_self())) return;
     if (pthread_kill(the_writer, stop_signal()) != 0) return;
@@ -90,8 +90,8 @@ void forget_writer_thread() noexcept {
 }
 
 void discard_unfinished() noexcept {
-    stop_writer();                                            // first: it may still create a file
-    for (const std::atomic<pid_t>& command : the_commands) {  // before the files: a command may still create one
+    stop_writer();                                            // first, since it could create files
+    for (const std::atomic<pid_t>& command : the_commands) {  // before the files, since a command could create them
         if (command == 0) continue;
         kill(command, SIGKILL);
         waitpid(command, nullptr, 0);

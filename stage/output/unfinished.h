@@ -11,8 +11,8 @@ namespace stage {
 /// At most this many files and this many commands are recorded at a time; further ones are ignored.
 constexpr int kMaxUnfinished = 64;
 
-/// Call `note` before the file is created and `forget` after it is renamed or removed. A name of PATH_MAX bytes or more
-/// is ignored, since no file can have it.
+/// Call `note` before the file is created and `forget` after it is renamed or removed. Names of PATH_MAX bytes or more
+/// are ignored, since no file can have such a name.
 void note_unfinished_file(const char* file) noexcept;
 void forget_unfinished_file(const char* file) noexcept;
 
@@ -20,8 +20,8 @@ void forget_unfinished_file(const char* file) noexcept;
 void note_unfinished_command(pid_t pid) noexcept;
 void forget_unfinished_command(pid_t pid) noexcept;
 
-/// A thread other than the one that ends the process, which creates and renames files. Call both on that thread, at its
-/// start and at its end. One thread at a time.
+/// Registers a thread that creates and renames files, so that discard_unfinished can stop it. Call `note` at the start
+/// of the thread and `forget` at its end, both on that thread. At most one thread at a time.
 void note_writer_thread() noexcept;
 void forget_writer_thread() noexcept;
 

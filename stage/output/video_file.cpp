@@ -12,7 +12,7 @@
 
 namespace stage {
 
-static_assert(std::endian::native == std::endian::little, "frames are sent as they are in memory");
+static_assert(std::endian::native == std::endian::little, "frames are sent to ffmpeg in memory order");
 
 constexpr size_t kQuotedLines = 5;
 
@@ -21,13 +21,13 @@ struct VideoFile::Encoder {
     VideoSettings settings;
     const VideoFormat* format;
     ChildProcess ffmpeg;
-    std::vector<uint16_t> frame = {};  // as sent: top row first, RGBA or RGB; a field has every other row
-    int64_t frame_count = 0;           // sent
+    std::vector<uint16_t> frame = {};  // as sent: top row first, RGBA or RGB; only every other row for a field
+    int64_t frame_count = 0;           // number of sent frames or fields
     bool finished = false;
 
     ~Encoder() {
         if (finished) return;
-        { const ChildProcess ended = std::move(ffmpeg); }  // first: it may still create the file
+        { const ChildProcess ended = std::move(ffmpeg); }  // ends ffmpeg first, since it could create the file again
         discard_partial(path);
     }
 
@@ -69,7 +69,7 @@ Result<Done> check_settings(const std::filesystem::path& path, const VideoFormat
         return wrong("interlaced videos must be .mov files, or .mp4 files with the codec h264");
     if (settings.width < 1 || settings.height < 1)
         return wrong(fmt::format("{} x {} pixels: both must be at least 1", settings.width, settings.height));
-    const int32_t halved = format->pixels.starts_with("yuv420") ? 2 : 1;  // chroma
+    const int32_t halved = format->pixels.starts_with("yuv420") ? 2 : 1;  // chroma is subsampled
     const int32_t height_step = interlaced ? halved * 2 : halved;
     if (settings.width % halved != 0 || settings.height % height_step != 0)
         return wrong(fmt::format("{} x {} pixels: in {}{} files the width must be a multiple of {}, the height of {}",
@@ -89,9 +89,9 @@ uint16_t multiply(uint32_t color, uint32_t alpha) {
     return static_cast<uint16_t>((color * alpha + kMost / 2) / kMost);
 }
 
-/// A row as it is sent: three or four numbers a pixel.
-void send_row(const uint16_t* rgba, int32_t width, const VideoFormat& format, const VideoSettings& settings,
-              uint16_t* out) {
+/// Converts a row of pixels to the form that is sent: three or four channels per pixel.
+void convert_row(const uint16_t* rgba, int32_t width, const VideoFormat& format, const VideoSettings& settings,
+                 uint16_t* out) {
     const bool alpha = sends_alpha(format, settings);
     if (alpha && !settings.premultiplied) {
         std::copy_n(rgba, static_cast<size_t>(width) * 4, out);
@@ -157,14 +157,14 @@ Result<Done> VideoFile::add_frame(const DeepPicture& frame) {
     const size_t first = rows < height && is_lower_field(settings, encoder.frame_count) ? 1 : 0;
     encoder.frame.resize(row_out * rows);
     for (size_t row = 0; row < rows; ++row)
-        send_row(&frame.channels[(height - 1 - first - row * (height / rows)) * row_in], frame.width, *encoder.format,
-                 settings, &encoder.frame[row * row_out]);
+        convert_row(&frame.channels[(height - 1 - first - row * (height / rows)) * row_in], frame.width,
+                    *encoder.format, settings, &encoder.frame[row * row_out]);
     if (encoder.finished) return Error{encoder.path.string() + ": the video is already finished"};
     ++encoder.frame_count;
     const auto* const bytes = reinterpret_cast<const unsigned char*>(encoder.frame.data());
     if (encoder.ffmpeg.feed({bytes, encoder.frame.size() * sizeof(uint16_t)})) return Done{};
     encoder.finished = true;
-    return encoder.failure(encoder.ffmpeg.wait());  // ffmpeg ended early; its exit status tells why
+    return encoder.failure(encoder.ffmpeg.wait());  // ffmpeg ended early; its exit status says why
 }
 
 Result<Done> VideoFile::finish() {

@@ -22,7 +22,7 @@ std::vector<VideoFormat> make_formats() {
                        .key_and_fill = true,
                        .field_flags = "+ildct+ilme",
                        .encoder = {"libx264", "-preset", "fast", "-crf", "16", "-movflags", "+faststart"}});
-    // Its threads and texts are set in its own way. Apple's players know only the tag hvc1.
+    // x265 has its own options for threads and metadata. Apple's players accept only the tag hvc1.
     formats.push_back(
         {.ending = ".mp4",
          .codec = "h265",
@@ -39,7 +39,7 @@ std::vector<VideoFormat> make_formats() {
                        .key_and_fill = true,
                        .field_flags = "+ildct",
                        .encoder = {"prores_ks", "-profile:v", "4444", "-alpha_bits", "16"}});
-    // This encoder cannot combine alternate reference frames with alpha.
+    // libvpx cannot combine alternate reference frames with alpha.
     formats.push_back({.ending = ".webm",
                        .codec = "vp9",
                        .muxer = "webm",
@@ -53,7 +53,7 @@ std::vector<VideoFormat> make_formats() {
                        .pixels = "bgra",
                        .pixels_with_alpha = "bgra",
                        .encoder = {"libwebp_anim", "-quality", "85", "-loop", "0"}});
-    // Players show a frame for 1/50 s at least.
+    // Players show a frame for at least 1/50 s.
     formats.push_back({.ending = ".gif",
                        .codec = "gif",
                        .muxer = "gif",
@@ -83,7 +83,7 @@ bool is_top_first(const VideoSettings& settings) {
     return settings.fields == VideoFields::kTopFirst;
 }
 
-/// Frames come as their fields, so that chroma is halved within a field. Adds what makes interlaced frames of them.
+/// The filter that weaves two fields into a frame. Chroma is subsampled before, within each field.
 std::string weaving(const VideoSettings& settings) {
     if (settings.fields == VideoFields::kNone) return "";
     return is_top_first(settings) ? ",weave=first_field=top" : ",weave=first_field=bottom";
@@ -152,8 +152,7 @@ std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const Video
     for (const char* argument : {"-threads", "1", "-map_metadata", "-1", "-fflags", "+bitexact", "-f"})
         arguments.emplace_back(argument);
     arguments.push_back(format.muxer);
-    arguments.push_back("file:" +
-                        output.string());  // the prefix keeps a colon in the name from being read as a protocol
+    arguments.push_back("file:" + output.string());  // with the prefix, a colon in the name does not start a protocol
     return arguments;
 }
 

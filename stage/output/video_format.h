@@ -11,29 +11,29 @@ namespace stage {
 
 struct VideoFormat {
     std::string ending;                      // ".mp4"
-    std::string codec;                       // as the settings name it
+    std::string codec;                       // as in VideoSettings
     std::string muxer;                       // ffmpeg's name of the file format
     std::string pixels;                      // ffmpeg's name of the pixel format
     std::string pixels_with_alpha = {};      // empty: no alpha
-    bool key_and_fill = false;               // can be a fill or a key and, if it has alpha, premultiplied
-    std::string field_flags = {};            // of the encoder for interlaced video; empty: it has none
-    double most_frames_per_second = 1000.0;  // that players show
-    std::vector<std::string> encoder;        // its name and arguments
+    bool key_and_fill = false;               // supports fill, key and, if it has alpha, premultiplied alpha
+    std::string field_flags = {};            // encoder flags for interlaced video; empty: not supported
+    double most_frames_per_second = 1000.0;  // limit of common players
+    std::vector<std::string> encoder;        // name and arguments of the encoder
 };
 
 const std::vector<VideoFormat>& video_formats();
 
-/// The format for the ending of a name, in upper or lower case, and a codec, empty for the first; null if there is
-/// none.
+/// The format for the ending of `path`, in upper or lower case, and a codec. Empty codec: the first format of the
+/// ending. Null if there is none.
 const VideoFormat* find_video_format(const std::filesystem::path& path, const std::string& codec = {});
 
-/// Whether frames are sent with alpha.
+/// True if frames are sent to ffmpeg with alpha.
 bool sends_alpha(const VideoFormat& format, const VideoSettings& settings);
 
-/// Rows of a picture that are sent: all, or those of its field.
+/// The number of rows that are sent per picture: all, or those of its field.
 int32_t sent_height(const VideoSettings& settings);
 
-/// The whole command line: raw frames with 16 bits per channel on standard input, top row first, into `output`.
+/// The command line that encodes raw frames from standard input, 16 bits per channel and top row first, to `output`.
 std::vector<std::string> ffmpeg_arguments(const VideoFormat& format, const VideoSettings& settings,
                                           const std::filesystem::path& output);
 

@@ -66,7 +66,7 @@ std::filesystem::path begin_partial(const std::filesystem::path& target) {
     std::filesystem::path partial = partial_name(target);
     note_unfinished_file(partial.c_str());
     const int file = create_locked(partial);
-    if (file < 0) return partial;  // whoever writes to it meets the same error
+    if (file < 0) return partial;  // the caller gets the same error when it writes to the file
     const std::lock_guard guard(the_locks_mutex);
     the_locks[partial] = file;
     return partial;

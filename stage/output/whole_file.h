@@ -1,4 +1,4 @@
-// Files in one piece; output files get their name only when they are complete.
+// Reads and writes whole files. Output files get their name only when they are complete.
 #pragma once
 
 #include <filesystem>
@@ -19,21 +19,21 @@ STAGE_EXPORT std::filesystem::path partial_name(const std::filesystem::path& tar
 /// other processes that it is in use. Write to this file; do not replace it.
 STAGE_EXPORT std::filesystem::path begin_partial(const std::filesystem::path& target);
 
-/// Removes the partial files in a folder that killed processes left, of the targets whose names (without the folder)
-/// `is_wanted` accepts. Returns false if processes that run, this one included, still write to such a file.
+/// Removes the partial files that killed processes left in a folder, for the targets whose names (without the folder)
+/// `is_wanted` accepts. False if a running process, this one included, still writes to such a file.
 STAGE_EXPORT bool remove_abandoned(const std::filesystem::path& folder,
                                    const std::function<bool(const std::string& name)>& is_wanted);
 
 /// Renames partial_name(target) to target and replaces an older file.
 STAGE_EXPORT Result<Done> publish_partial(const std::filesystem::path& target);
 
-/// Removes partial_name(target) if it is there.
+/// Removes partial_name(target) if it exists.
 STAGE_EXPORT void discard_partial(const std::filesystem::path& target) noexcept;
 
-/// Writes a file that is in memory.
+/// Writes `bytes` as a file, through a partial file.
 STAGE_EXPORT Result<Done> write_whole_file(const std::filesystem::path& target, std::string_view bytes);
 
-/// The file's bytes; empty when it cannot be read.
+/// The file's bytes; empty if it cannot be read.
 STAGE_EXPORT std::string read_whole_file(const std::filesystem::path& file);
 
 }  // namespace stage

@@ -74,7 +74,7 @@ void WriterThread::work() {
         lock.unlock();
         const auto start = std::chrono::steady_clock::now();
         const Result<Done> done = run_task(task);
-        task = {};  // its picture is freed outside the lock
+        task = {};  // frees its picture outside the lock
         const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         lock.lock();
         running_ = false;

@@ -1,4 +1,4 @@
-// A thread that writes finished pictures, so that the next ones are drawn meanwhile.
+// A thread that writes pictures while the next ones are drawn.
 #pragma once
 
 #include <condition_variable>
@@ -13,25 +13,25 @@
 
 namespace stage {
 
-/// Runs tasks one after the other, in the order in which they were added, on a thread of its own. One at a time in a
-/// process: a fault or a signal that ends the process stops it first (stage/output/unfinished.h). No signal that other
-/// code handles arrives on its thread.
+/// Runs tasks on its own thread, one after the other, in the order of add(). A process may have only one at a time,
+/// since a fault or a signal that ends the process stops it first (stage/output/unfinished.h). Signals that other code
+/// handles are blocked on its thread.
 class STAGE_EXPORT WriterThread {
   public:
     using Task = std::function<Result<Done>()>;
 
-    /// most_waiting: tasks that wait at most, 1 or more.
+    /// most_waiting: the largest number of waiting tasks, at least 1.
     explicit WriterThread(size_t most_waiting);
-    /// Drops the tasks that wait, and waits for the one that runs.
+    /// Drops the waiting tasks and waits for the running one.
     ~WriterThread();
     WriterThread(const WriterThread&) = delete;
     WriterThread& operator=(const WriterThread&) = delete;
 
-    /// Waits while as many tasks wait as may. Error: that of the first task that failed; the ones behind it do not run.
+    /// Blocks while the queue is full. Error: the error of the first task that failed; later tasks do not run.
     Result<Done> add(Task task);
     /// Waits until every task has run. Error as for add.
     Result<Done> finish();
-    /// The time that tasks took.
+    /// The total duration of the tasks.
     double busy_seconds() const;
 
   private:
