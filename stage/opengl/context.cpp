@@ -12,7 +12,7 @@ namespace stage {
 struct OpenGlContext::Handles {
     EGLDisplay display = EGL_NO_DISPLAY;
     EGLContext context = EGL_NO_CONTEXT;
-    EGLSurface surface = EGL_NO_SURFACE;  // stays so where contexts need no surface
+    EGLSurface surface = EGL_NO_SURFACE;  // unchanged if contexts need no surface
     OpenGlDescription description;
 
     Handles() = default;
@@ -70,7 +70,8 @@ std::string egl_failure(const char* call) {
     return fmt::format("{} failed with EGL error {:#06x}", call, eglGetError());
 }
 
-/// Makes a context and, where needed, a surface, and makes them current. After an error some may be made already.
+/// Makes a context and, if needed, a surface, and makes them current. After an error the caller destroys those that
+/// exist.
 Result<Done> open_on(EGLDisplay display, EGLContext& context, EGLSurface& surface) {
     if (display == EGL_NO_DISPLAY) return Error{"there is no such display"};
     if (!eglInitialize(display, nullptr, nullptr)) return Error{egl_failure("eglInitialize")};
@@ -80,7 +81,7 @@ Result<Done> open_on(EGLDisplay display, EGLContext& context, EGLSurface& surfac
     const EGLConfig config = choose_config(display, needs_surface ? EGL_PBUFFER_BIT : EGL_DONT_CARE);
     if (config == nullptr) return Error{"it has no configuration for OpenGL"};
 
-    // No attributes: the default is the highest version with the compatibility profile, where the driver has one.
+    // No attributes: the default is the highest version with the compatibility profile, if the driver has it.
     const EGLint attributes[] = {EGL_NONE};
     context = eglCreateContext(display, config, EGL_NO_CONTEXT, attributes);
     if (context == EGL_NO_CONTEXT) return Error{egl_failure("eglCreateContext")};
@@ -111,6 +112,10 @@ std::string opengl_text(GLenum name) {
 
 }  // namespace
 
+OpenGlDescription current_opengl_description() {
+    return {opengl_text(GL_VENDOR), opengl_text(GL_RENDERER), opengl_text(GL_VERSION)};
+}
+
 Result<OpenGlContext> OpenGlContext::create() {
     std::string message = "no OpenGL with a compatibility profile (Debian package libgl1-mesa-dri has one):";
     for (const Platform& platform : platforms()) {
@@ -119,7 +124,7 @@ Result<OpenGlContext> OpenGlContext::create() {
         Result<Done> opened = open_on(platform.display, handles->context, handles->surface);
         if (opened) opened = check_version();
         if (opened) {
-            handles->description = {opengl_text(GL_VENDOR), opengl_text(GL_RENDERER), opengl_text(GL_VERSION)};
+            handles->description = current_opengl_description();
             return OpenGlContext(std::move(handles));
         }
         message += fmt::format("\n  {}: {}", platform.name, opened.error().message);

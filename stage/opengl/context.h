@@ -9,16 +9,19 @@
 
 namespace stage {
 
-/// Texts that OpenGL gives about itself.
+/// Texts in which OpenGL describes itself.
 struct OpenGlDescription {
     std::string vendor;
     std::string renderer;  // "llvmpipe (LLVM 15.0.6, 256 bits)"
     std::string version;   // "4.5 (Compatibility Profile) Mesa 22.3.6"
 };
 
-/// An OpenGL context with the compatibility profile, made through EGL: on the surface-less platform where there is one,
-/// else on the first device that offers OpenGL, else on the default display. Becomes current in the thread that makes
-/// it. The destructor destroys the context. Move only.
+/// The description of the current context.
+STAGE_EXPORT OpenGlDescription current_opengl_description();
+
+/// An OpenGL context with the compatibility profile, made through EGL: on the surface-less platform if there is one,
+/// else on the first device with OpenGL, else on the default display. Becomes current in the thread that creates it.
+/// The destructor destroys the context. Move only.
 class STAGE_EXPORT OpenGlContext {
   public:
     /// The error lists every display that was tried, and why it failed.

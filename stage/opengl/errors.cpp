@@ -27,7 +27,7 @@ std::string error_words(GLenum error) {
     }
 }
 
-/// A lost context reports errors without end.
+/// Limits the loop, since a lost context reports errors without end.
 constexpr int kMaxFlags = 16;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// OpenGL's error flags as words. Inside the library only.
+// OpenGL's error flags as texts. Internal to the library.
 #pragma once
 
 #include <string>

@@ -17,7 +17,7 @@ struct Framebuffer::Objects {
     GLuint framebuffer = 0;
     GLuint color = 0;  // texture, of one sample per pixel
     GLuint depth_stencil = 0;
-    GLuint color_samples = 0;  // with several samples: what is drawn into; else 0
+    GLuint color_samples = 0;  // with several samples: the renderbuffer to draw into; else 0
     GLuint resolved = 0;       // with several samples: the framebuffer of `color`; else 0
 
     Objects() = default;

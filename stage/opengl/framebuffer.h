@@ -1,4 +1,4 @@
-// The frame that is drawn into.
+// The framebuffer that frames are drawn into.
 #pragma once
 
 #include <cstdint>
@@ -27,15 +27,15 @@ struct FrameColor {
     float alpha = 0.0f;
 };
 
-/// Colour with alpha, depth and stencil of one size, off screen. Belongs to the context that was current when it was
-/// made and must be destroyed while that one is current. Move only.
+/// An off-screen framebuffer with colour, alpha, depth and stencil. Belongs to the context that is current at its
+/// creation and must be destroyed while that context is current. Move only.
 ///
 /// Colour is blended by SRC_ALPHA, ONE_MINUS_SRC_ALPHA (or SRC_ALPHA, ONE) and alpha by ONE, ONE_MINUS_SRC_ALPHA. So
 /// the frame holds colour × coverage in red, green and blue, and the coverage in alpha; read() divides.
 class STAGE_EXPORT Framebuffer {
   public:
     /// width, height: 1 to the renderer's limit (at least 4096), in pixels. samples: per pixel, which antialias the
-    /// edges of shapes; 1 for none, more than the renderer has count as what it has.
+    /// edges of shapes; 1 for none; limited to the number that the renderer supports.
     static Result<Framebuffer> create(int32_t width, int32_t height, FrameDepth depth = FrameDepth::kFloat16,
                                       int32_t samples = 1);
 
@@ -51,9 +51,9 @@ class STAGE_EXPORT Framebuffer {
     /// Fills it with one colour, the farthest depth and a stencil of 0, and leaves it bound.
     void clear(const FrameColor& color) const;
 
-    /// The pixels as they are.
+    /// Reads the pixels without conversion.
     DrawnPicture read_drawn() const;
-    /// straight_bytes of them (straight_picture.h).
+    /// Reads the pixels and converts them with straight_bytes (straight_picture.h).
     Picture read(std::optional<float> shoulder = {}) const;
 
   private:

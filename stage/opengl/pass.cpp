@@ -29,7 +29,7 @@ constexpr StackKind kStacks[kStackCount] = {
     {GL_TEXTURE, GL_TEXTURE_STACK_DEPTH, GL_TEXTURE_MATRIX, "GL_TEXTURE"},
 };
 
-/// What glPushAttrib and glPushClientAttrib do not save.
+/// State that glPushAttrib and glPushClientAttrib do not save.
 struct SavedState {
     GLint depths[kStackCount];
     Matrix matrices[kStackCount];
@@ -72,7 +72,7 @@ void set_matrices(const PassSettings& settings) {
     glLoadMatrixf(settings.world.data());
 }
 
-// Of the active unit; 0 turns texturing off.
+// Binds a texture to the active unit; 0 turns texturing off.
 void bind_texture(unsigned int texture) {
     for (const unsigned int target : Constants{GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP})
         glDisable(target);
@@ -86,7 +86,7 @@ void set_texture(unsigned int texture) {
     if (texture != 0) glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
 }
 
-// One coordinate of a light's texture from one of the world: (coordinate - position) / size + 1/2.
+// Generates a texture coordinate of the light from a world coordinate: (coordinate - position) / size + 1/2.
 void generate_coordinate(GLenum coordinate, GLenum enable, size_t axis, const PassLight& light) {
     GLfloat plane[4] = {0, 0, 0, 0.5f - light.position[axis] / light.size[axis]};
     plane[axis] = 1.0f / light.size[axis];
@@ -95,8 +95,8 @@ void generate_coordinate(GLenum coordinate, GLenum enable, size_t axis, const Pa
     glEnable(enable);
 }
 
-// Changes GL_MODELVIEW. Eye coordinates are those of the world, since GL_MODELVIEW has no camera in it; a plug-in that
-// loads the identity and draws in world coordinates gets the same light.
+// Changes GL_MODELVIEW. Eye coordinates are world coordinates, since GL_MODELVIEW does not contain the camera.
+// Therefore a plug-in that loads the identity and draws in world coordinates gets the same light.
 void set_light(const PassLight& light) {
     if (light.texture == 0) return;
     glActiveTexture(GL_TEXTURE1);
@@ -113,7 +113,7 @@ void set_light(const PassLight& light) {
     glMatrixMode(GL_TEXTURE);
     glLoadIdentity();
     glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();  // planes are taken through the modelview matrix of the moment
+    glLoadIdentity();  // OpenGL transforms planes by the current modelview matrix
     generate_coordinate(GL_S, GL_TEXTURE_GEN_S, 0, light);
     generate_coordinate(GL_T, GL_TEXTURE_GEN_T, 1, light);
     glActiveTexture(GL_TEXTURE0);
@@ -162,7 +162,7 @@ bool is_inside_begin() {
 void end_open_begin(std::vector<std::string>& complaints) {
     if (!is_inside_begin()) return;
     glEnd();
-    take_opengl_errors();  // of is_inside_begin
+    take_opengl_errors();  // discards the errors that is_inside_begin caused
     complaints.emplace_back("a glBegin was left without its glEnd");
 }
 
@@ -203,7 +203,7 @@ std::vector<std::string> draw_pass(const PassSettings& settings, const std::func
     std::vector<std::string> complaints;
     const SavedState saved = save_state(settings);
     set_state(settings);
-    take_opengl_errors();  // errors from before this pass
+    take_opengl_errors();  // discards errors from before this pass
     take_opengl_complaints();
 
     use_opengl(settings.check_every_call ? checking_opengl() : real_opengl());

@@ -13,7 +13,7 @@
 namespace stage {
 namespace {
 
-// The random numbers that a driver draws are not the calling instance's.
+// A driver may call rand, which must not consume random numbers of the calling instance.
 constinit const OpenGlDispatch kRealOpenGl = {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
     .name = [] parameters {                                    \
@@ -23,7 +23,7 @@ constinit const OpenGlDispatch kRealOpenGl = {
 #include "stage/opengl_table/opengl_functions.def"
 };
 
-constexpr size_t kMaxComplaints = 100;  // a fault for each particle would fill the memory
+constexpr size_t kMaxComplaints = 100;  // limits the memory when each particle causes a fault
 
 struct Checker {
     bool between_begin_and_end = false;
@@ -32,7 +32,7 @@ struct Checker {
 };
 
 Checker& checker() {
-    static Checker the_checker;  // the calls have no argument that could carry it
+    static Checker the_checker;  // global, since OpenGL functions cannot receive it as an argument
     return the_checker;
 }
 
@@ -43,10 +43,10 @@ std::string call_text(const char* name, Arguments... arguments) {
     return to_string(call);
 }
 
-/// text: called only after an error, returns the call as text.
+/// Checks for errors after a call. text: returns the call as text; called only after an error.
 template <class Text>
 void check_call(const Text& text) {
-    // Between glBegin and glEnd glGetError is an error itself; errors made there are reported after glEnd.
+    // Between glBegin and glEnd glGetError itself is an error. Errors of that time are reported after glEnd.
     if (checker().between_begin_and_end) return;
     for (const std::string& error : take_opengl_errors())
         if (checker().complaints.size() < kMaxComplaints)

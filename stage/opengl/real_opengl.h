@@ -10,7 +10,7 @@ namespace stage {
 
 STAGE_EXPORT const OpenGlDispatch& real_opengl();
 
-/// Calls the real OpenGL and asks for an error after each call outside glBegin/glEnd; slow.
+/// Calls the real OpenGL and checks for an error after each call outside glBegin/glEnd; slow.
 STAGE_EXPORT const OpenGlDispatch& checking_opengl();
 
 /// One line for each faulty call that checking_opengl() found ("glEnable(1234): invalid enumerant"), at most 100.

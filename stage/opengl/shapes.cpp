@@ -28,7 +28,7 @@ void send_fans(std::span<const float> points, std::span<const int32_t> outline_s
 void draw_filled_outlines(const PassSettings& settings, std::span<const float> points,
                           std::span<const int32_t> outline_sizes) {
     draw_pass(settings, [&] {
-        // First the stencil alone: each triangle flips the stencil bit of its pixels, whatever their depth.
+        // Step 1 writes only the stencil: each triangle flips the stencil bit of its pixels, regardless of depth.
         glEnable(GL_STENCIL_TEST);
         glStencilMask(1);
         glStencilFunc(GL_ALWAYS, 0, 1);
@@ -39,8 +39,8 @@ void draw_filled_outlines(const PassSettings& settings, std::span<const float> p
         send_fans(points, outline_sizes);
         glPopAttrib();
 
-        // Then the colour where the bit is set. The first triangle on a pixel clears the bit: no pixel is blended
-        // twice.
+        // Step 2 draws the colour where the bit is set. The first triangle on a pixel clears the bit, so that no pixel
+        // is blended twice.
         glStencilFunc(GL_EQUAL, 1, 1);
         glStencilOp(GL_KEEP, GL_ZERO, GL_ZERO);
         send_fans(points, outline_sizes);
@@ -48,8 +48,8 @@ void draw_filled_outlines(const PassSettings& settings, std::span<const float> p
 }
 
 void draw_plate(const PassSettings& settings, std::span<const float> corners) {
-    constexpr short kWhole = 32767;  // the pass's texture matrix scales it to 1
-    constexpr short kTexcoords[4][2] = {{0, 0}, {kWhole, 0}, {kWhole, kWhole}, {0, kWhole}};
+    constexpr short kOne = 32767;  // scaled to 1 by the texture matrix of the pass
+    constexpr short kTexcoords[4][2] = {{0, 0}, {kOne, 0}, {kOne, kOne}, {0, kOne}};
     if (corners.size() != 4 * kFloatsPerPoint) return;
     draw_pass(settings, [&] {
         glDepthMask(GL_FALSE);

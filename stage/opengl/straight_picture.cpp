@@ -14,7 +14,7 @@ namespace {
 /// Added before the truncation, it rounds to nearest without a library call per channel.
 constexpr float kHalfStep = 0.5f;
 
-/// 0 to the greatest of the type, nearest; what is not a number is 0.
+/// Scales 0…1 to the range of the type, clamped and rounded to nearest. NaN becomes 0.
 template <class Channel>
 Channel to_channel(float value) {
     if (!(value > 0.0f)) return 0;

@@ -1,4 +1,4 @@
-// Drawn frames with straight alpha.
+// Converts drawn frames to straight alpha.
 #pragma once
 
 #include <optional>
@@ -8,12 +8,12 @@
 
 namespace stage {
 
-/// RGBA with 8 bits per channel, rounded to nearest; where alpha becomes 0 all four are 0. Where light was added until
-/// colour × coverage is greater than the coverage, the colour is clamped to white or, with a shoulder, compressed from
-/// there on (soft_shoulder.h).
+/// RGBA with 8 bits per channel, rounded to nearest. All channels are 0 where alpha becomes 0. Additive blending can
+/// make colour × coverage greater than the coverage; such colours are clamped to 1 or, with a shoulder, compressed
+/// above it (soft_shoulder.h).
 STAGE_EXPORT Picture straight_bytes(const DrawnPicture& drawn, std::optional<float> shoulder = {});
 
-/// The same with 16 bits per channel.
+/// As straight_bytes, with 16 bits per channel.
 STAGE_EXPORT DeepPicture straight_deep(const DrawnPicture& drawn, std::optional<float> shoulder = {});
 
 }  // namespace stage

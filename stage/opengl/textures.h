@@ -30,10 +30,10 @@ class STAGE_EXPORT Texture {
 
 /// Uploads a picture with its mipmaps. Its first row is at texture coordinate t = 0; coordinates beyond 0…1 are clamped
 /// to the edge. Leaves the texture binding unchanged. An error when the picture is empty, has too few bytes, or is
-/// larger than the renderer takes.
+/// larger than the limit of the renderer.
 STAGE_EXPORT Result<Texture> make_texture(const Picture& picture);
 
-/// Shows another picture in a texture, without mipmaps; makes the texture when it is empty. Errors as for make_texture.
+/// Replaces the picture of a texture, without mipmaps. Creates the texture if it is empty. Errors as for make_texture.
 STAGE_EXPORT Result<Done> replace_texture(Texture& texture, const Picture& picture);
 
 }  // namespace stage

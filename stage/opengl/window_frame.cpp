@@ -4,19 +4,6 @@
 
 namespace stage {
 
-namespace {
-
-std::string opengl_text(GLenum name) {
-    const auto* text = reinterpret_cast<const char*>(glGetString(name));
-    return text != nullptr ? text : "";
-}
-
-}  // namespace
-
-OpenGlDescription current_opengl_description() {
-    return {opengl_text(GL_VENDOR), opengl_text(GL_RENDERER), opengl_text(GL_VERSION)};
-}
-
 void clear_window(int32_t width, int32_t height, const std::array<float, 3>& color) {
     glViewport(0, 0, width, height);
     glDisable(GL_SCISSOR_TEST);

@@ -12,11 +12,11 @@ struct OpenGlDispatch {
 #include "opengl_functions.def"
 };
 
-/// Does nothing: for frames that are not drawn, and for benchmarks of a plug-in's own cost.
+/// A table whose functions do nothing, for frames that are not drawn and for benchmarks of a plug-in alone.
 STAGE_EXPORT const OpenGlDispatch& silent_opengl();
 
-/// Sends the calls of all plug-ins to `dispatch` from now on; process-wide, as the exported functions are. Until the
-/// first call of this: silent_opengl().
+/// Sends the OpenGL calls of all plug-ins in the process to `dispatch` from now on. The initial table is
+/// silent_opengl().
 STAGE_EXPORT void use_opengl(const OpenGlDispatch& dispatch);
 STAGE_EXPORT const OpenGlDispatch& current_opengl();
 

@@ -26,7 +26,7 @@ struct Recorder {
 };
 
 Recorder& recorder() {
-    static Recorder the_recorder;  // the calls have no argument that could carry it
+    static Recorder the_recorder;  // global, since OpenGL functions cannot receive it as an argument
     return the_recorder;
 }
 
@@ -103,7 +103,7 @@ constexpr OpenGlDispatch kPlainRecording = {
 #include "opengl_functions.def"
 };
 
-/// Six calls do more than record: they set up the client arrays, and read them.
+/// The six functions of client arrays also store the arrays or read them.
 constexpr OpenGlDispatch recording_with_arrays() {
     OpenGlDispatch dispatch = kPlainRecording;
     dispatch.VertexPointer = [](int size, unsigned int type, int stride, const void* pointer) {

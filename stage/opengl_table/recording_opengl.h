@@ -16,11 +16,11 @@ STAGE_EXPORT const OpenGlDispatch& recording_opengl();
 struct RecordedArray {
     int size = 0;               // components per vertex; 0: the array was not enabled
     unsigned int type = 0;      // GL_FLOAT, GL_SHORT or GL_UNSIGNED_BYTE; other types leave `values` empty
-    std::vector<float> values;  // size × count numbers as they are in memory (a byte as 0…255)
+    std::vector<float> values;  // size × count numbers, not normalised (a byte as 0…255)
 };
 
 struct RecordedDraw {
-    size_t call_index = 0;  // of this glDrawArrays in recorded_calls()
+    size_t call_index = 0;  // index of the glDrawArrays in recorded_calls()
     unsigned int mode = 0;
     int first = 0;
     int count = 0;
@@ -29,10 +29,10 @@ struct RecordedDraw {
     RecordedArray texcoords;
 };
 
-/// What a glDrawArrays reads of the arrays that were set through this table.
+/// Reads the arrays that were set through this table, as glDrawArrays does.
 RecordedDraw read_client_arrays(unsigned int mode, int first, int count);
 
-/// Every glDrawArrays since the last forget_recorded_draws(), as far as call recording was on.
+/// Every glDrawArrays since the last forget_recorded_draws() that was made while call recording was on.
 STAGE_EXPORT const std::vector<RecordedDraw>& recorded_draws();
 STAGE_EXPORT void forget_recorded_draws();
 
