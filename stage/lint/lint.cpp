@@ -9,7 +9,7 @@ namespace stage {
 
 namespace {
 
-// Whether a container with another plug-in names this one.
+// True if a parameter of another plug-in names this container.
 bool is_attached(const BuiltScene& built, size_t container) {
     const std::string& name = built.description.containers[container].name;
     for (size_t other = 0; other < built.plugins.size(); ++other) {
@@ -25,7 +25,7 @@ bool is_attached(const BuiltScene& built, size_t container) {
     return false;
 }
 
-// The values over time; of a container that is shared out over several, those of all of them together.
+// The values over time. Births of a container that is split into variants are summed over its variants.
 std::vector<ParameterMoment> whole_moments(const BuiltScene& built, size_t container, const Plugin& owner,
                                            const PluginNotes& notes) {
     const auto first = static_cast<int32_t>(container);
@@ -55,7 +55,7 @@ std::vector<std::string> lint_scene(const BuiltScene& built) {
     for (const LintedInstance& linted : instances)
         for (const auto rule : {lint_births, lint_images, lint_outlines, lint_values, lint_bits}) rule(linted, lines);
     lint_pixels(instances, lines);
-    return without_repeats(std::move(lines));  // a rule finds a surprise again at each later moment
+    return without_repeats(std::move(lines));  // a rule reports a surprise for each moment at which it holds
 }
 
 }  // namespace stage

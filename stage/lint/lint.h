@@ -1,4 +1,4 @@
-// Explains what would surprise the author of a scene.
+// Explains settings of a scene that have a surprising result.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace stage {
 
-/// A line for each surprise, with its numbers and how to avoid it: "file:line:column: …". For a scene that has not run
-/// a frame. Reads the pictures of masks. built.warnings are not among the lines.
+/// A line "file:line:column: …" for each surprise, with its numbers and the way to avoid it. Does not repeat
+/// built.warnings. Call before the first frame runs. Reads the pictures of masks.
 STAGE_EXPORT std::vector<std::string> lint_scene(const BuiltScene& built);
 
 }  // namespace stage

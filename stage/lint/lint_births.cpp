@@ -1,4 +1,4 @@
-// Births: a pool that is too small, and births that a pause saves up.
+// Rules about births: a pool that is too small, and births that a pause saves up.
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -12,30 +12,30 @@ namespace stage {
 
 namespace {
 
-constexpr double kMinBurst = 20.0;       // births at once that count as a surprise
-constexpr double kBurstFrames = 10.0;    // if so many frames after them together have fewer
-constexpr double kPoolTolerance = 1.02;  // lives that are drawn at random average out only roughly
+constexpr double kMinBurst = 20.0;       // smallest number of births in one frame that is a surprise,
+constexpr double kBurstFrames = 10.0;    // if this number of later frames has fewer births together
+constexpr double kPoolTolerance = 1.02;  // random lives differ from their mean
 constexpr int kSamplesPerSpan = 16;
 constexpr size_t kManySpans = 100;
 
-// A time without a change of the parameters about births.
+// A period in which the parameters of births do not change.
 struct Span {
     const ParameterMoment* moment;
-    double start;  // seconds, without those in which the smoke was frozen
+    double start;  // seconds, frozen time excluded
     double end;
     double rate;  // births per second
     double life_low;
     double life_high;
     double pool;
-    double frozen;         // seconds before
-    bool uses_up = false;  // a burst that the scene asks for is in its first frame
+    double frozen;         // seconds of frozen time before the span
+    bool uses_up = false;  // its first frame has a burst of the timeline, which uses up the saved time
     double at_once = 0.0;  // births in its first frame
-    double burst = 0.0;    // those of them that come out of saved time
-    double paused = 0.0;   // seconds that were saved before its first frame
+    double burst = 0.0;    // part of at_once that comes from saved time
+    double paused = 0.0;   // seconds saved before its first frame
 };
 
-// Particles alive at the age `age` or younger, from births at a rate of 1 per second: the integral of the share of
-// lives that are longer.
+// The number of live particles that are not older than `age`, at a birth rate of 1 per second: the integral of
+// share_older from 0 to `age`.
 double alive_by_age(const Span& span, double age) {
     if (age <= span.life_low) return std::max(age, 0.0);
     const double width = span.life_high - span.life_low;
@@ -43,14 +43,15 @@ double alive_by_age(const Span& span, double age) {
     return span.life_low + (width > 0.0 ? part - part * part / (2.0 * width) : 0.0);
 }
 
+// The share of particles that live longer than `age`.
 double share_older(const Span& span, double age) {
     if (age <= span.life_low) return 1.0;
     if (age >= span.life_high) return 0.0;
     return (span.life_high - age) / (span.life_high - span.life_low);
 }
 
-// A span begins at each burst that the scene asks for: it uses up the saved time.
-void cut_at_bursts(const LintedInstance& linted, std::vector<Span>& spans) {
+// Starts a new span at each burst of the timeline, since the burst uses up the saved time.
+void split_at_bursts(const LintedInstance& linted, std::vector<Span>& spans) {
     const SceneDescription& scene = linted.built.description;
     for (const TimelineEntry& entry : scene.timeline) {
         if (entry.burst == 0 || entry.container != static_cast<int32_t>(linted.container)) continue;
@@ -66,7 +67,7 @@ void cut_at_bursts(const LintedInstance& linted, std::vector<Span>& spans) {
     }
 }
 
-// Time that was not turned into births is kept: at a rate of 0 all of it.
+// The plug-in saves time that does not become births; at a rate of 0 that is all time.
 void find_bursts(std::vector<Span>& spans, double frame) {
     double saved = 0.0;
     for (Span& span : spans) {
@@ -110,7 +111,7 @@ std::vector<Span> spans_of(const LintedInstance& linted) {
                          number_of(value_of(linted, moment, linted.notes.births->rate)), life - spread, life + spread,
                          number_of(value_of(linted, moment, linted.notes.births->number)), frozen});
     }
-    cut_at_bursts(linted, spans);
+    split_at_bursts(linted, spans);
     find_bursts(spans, 1.0 / scene.frame_rate);
     return spans;
 }
@@ -132,7 +133,7 @@ struct Peak {
     double alive = 0.0;
 };
 
-// The time at which most particles would be alive, compared with `measure` of the span.
+// The time at which `measure`, called with the span and the number of live particles, is largest.
 template <class Measure>
 Peak find_peak(const std::vector<Span>& spans, const Measure& measure) {
     Peak peak;
@@ -150,7 +151,7 @@ Peak find_peak(const std::vector<Span>& spans, const Measure& measure) {
     return peak;
 }
 
-// Of the number of particles, or of the rate where only that is the scene's and not a look's.
+// The place where the number of particles is set, or the rate if the scene sets only the rate and a look the number.
 const Place& place_of_lost_births(const LintedInstance& linted, const ParameterMoment& moment) {
     const BirthNotes& births = *linted.notes.births;
     const auto is_of_look = [&](const std::string& name) {
@@ -165,7 +166,7 @@ bool knows_births(const LintedInstance& linted) {
     return linted.notes.births && with_role(linted, "life") != nullptr;
 }
 
-// Particles that may die early leave room in the pool.
+// True if particles may die early, so that the estimate of live particles is too high.
 bool die_early(const LintedInstance& linted) {
     const ParameterInfo* kept = with_role(linted, "life_kept");
     if (kept == nullptr) return false;
@@ -178,7 +179,7 @@ bool die_early(const LintedInstance& linted) {
 void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std::vector<std::string>& lines) {
     const Peak peak = find_peak(spans, [](const Span& span, double alive) { return alive - span.pool; });
     if (peak.span == nullptr || peak.alive <= peak.span->pool * kPoolTolerance) return;
-    // The span whose births these mostly are: at the peak the rate may be lower already.
+    // The span with the highest rate up to the peak. At the peak itself the rate may be lower already.
     const Span& span = *std::max_element(spans.begin(), spans.end(), [&](const Span& a, const Span& b) {
         return (a.start <= peak.time ? a.rate : 0.0) < (b.start <= peak.time ? b.rate : 0.0);
     });
@@ -196,7 +197,7 @@ void lint_pool(const LintedInstance& linted, const std::vector<Span>& spans, std
         (span.life_low + span.life_high) / 2.0, pool.name, held, fmt::join(ways, " or ")));
 }
 
-// Births that are due in the frames after the span's start.
+// Number of births in the first `seconds` after the start of the span `first`.
 double births_after(const std::vector<Span>& spans, const Span& first, double seconds) {
     double births = 0.0;
     for (const Span& span : spans) {
@@ -233,7 +234,7 @@ double most_alive(const LintedInstance& linted) {
     if (!knows_births(linted)) return 0.0;
     const std::vector<Span> spans = spans_of(linted);
     const Peak peak = find_peak(spans, [](const Span& span, double alive) { return std::min(alive, span.pool); });
-    double largest_burst = 0.0;  // that the scene asks for: in addition to the pool
+    double largest_burst = 0.0;  // bursts of the timeline can exceed the pool
     for (const TimelineEntry& entry : linted.built.description.timeline)
         if (entry.container == static_cast<int32_t>(linted.container))
             largest_burst = std::max(largest_burst, static_cast<double>(entry.burst));

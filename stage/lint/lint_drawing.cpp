@@ -1,4 +1,4 @@
-// What drawing costs, and what 8 bits lose.
+// Rules about drawing: the cost of quads, and faint layers in 8 bits.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -11,10 +11,10 @@ namespace stage {
 
 namespace {
 
-constexpr double kBudget = 100e6;      // pixels of quads in a frame
-constexpr double kFaintOpacity = 0.1;  // mean over life: below, layers lose visible steps in 8 bits
+constexpr double kBudget = 100e6;      // pixels of quads per frame
+constexpr double kFaintOpacity = 0.1;  // mean over life; fainter layers band visibly in 8 bits
 
-// The mean opacity over life, with straight lines between the points.
+// The mean opacity over life, by linear interpolation.
 double mean_opacity(const std::vector<double>& points) {
     double sum = 0.0;
     for (size_t i = 2; i + 1 < points.size(); i += 2)
@@ -22,7 +22,7 @@ double mean_opacity(const std::vector<double>& points) {
     return sum;
 }
 
-// The largest opacity that the container and its parents come to.
+// The largest product of the opacities of the container and its parents over time.
 double most_opacity(const LintedInstance& linted) {
     const SceneDescription& scene = linted.built.description;
     double opacity = 1.0;
@@ -39,7 +39,7 @@ double most_opacity(const LintedInstance& linted) {
     return opacity;
 }
 
-// Pixels for a unit at the container's distance from the camera.
+// Pixels per unit at the container's distance from the camera.
 double pixels_per_unit(const LintedInstance& linted) {
     constexpr double kHalfDegree = std::numbers::pi / 360.0;
     const Camera& camera = linted.built.stage->camera;
@@ -52,14 +52,14 @@ double pixels_per_unit(const LintedInstance& linted) {
     return linted.built.description.size[1] / (std::max(distance, kNearDistance) * height);
 }
 
-// Mean area of a quad over a life in which both half sizes change evenly.
+// Mean area of a quad over its life, in which both half sizes change linearly.
 double mean_area(const std::vector<double>& widths, const std::vector<double>& heights) {
     const double width_change = widths.back() - widths[0], height_change = heights.back() - heights[0];
     return 4.0 * (widths[0] * heights[0] + (widths[0] * height_change + heights[0] * width_change) / 2.0 +
                   width_change * height_change / 3.0);
 }
 
-// What the quads of an instance cover when they cover most.
+// The largest number of quads of an instance, and their pixels.
 struct Drawn {
     double pixels = 0.0;
     double quads = 0.0;

@@ -1,4 +1,4 @@
-// Images that plug-ins read: masks of births, and fields such as wind.
+// Rules about images that plug-ins read: masks for births, and fields such as wind.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -10,9 +10,9 @@ namespace stage {
 
 namespace {
 
-constexpr size_t kMaxFiles = 8;          // of a sequence that are read, evenly spaced
-constexpr double kNoExtent = 0.001;      // a width or height below counts as none
-constexpr double kMinMaskExtent = 0.01;  // below, nothing is born
+constexpr size_t kMaxFiles = 8;          // number of files of an image sequence that are read, evenly spaced
+constexpr double kNoExtent = 0.001;      // a smaller width or height counts as 0
+constexpr double kMinMaskExtent = 0.01;  // no births on smaller masks
 
 struct Extent {
     double width = 0.0;  // units
@@ -20,10 +20,10 @@ struct Extent {
     ParameterPair parameters;
 };
 
-// How much of an image plug-ins see as lit: its first channel.
+// Lit pixels of an image, which are those whose first channel is not 0.
 struct LitPixels {
     int64_t lit = 0;
-    int64_t last_column = 0;  // lit pixels in it
+    int64_t last_column = 0;  // lit pixels of the last column
     int64_t top_row = 0;
     int32_t width = 0;
     int32_t height = 0;
@@ -51,7 +51,7 @@ LitPixels lit_pixels(const uint8_t* bytes, int32_t width, int32_t height, int32_
     return lit;
 }
 
-// The image's pictures over time, at most kMaxFiles of a sequence: the most that is lit in each respect.
+// The largest counts of all pictures of the image over time; of a sequence at most kMaxFiles are read.
 LitPixels lit_pixels(const BuiltScene& built, const std::string& name) {
     std::vector<std::filesystem::path> files;
     if (const auto found = built.description.images.find(name); found != built.description.images.end()) {
@@ -118,7 +118,7 @@ void lint_field(const LintedInstance& linted, const ParameterMoment& moment, con
                                 notes.covers[0][0], notes.covers[0][1]));
 }
 
-// Whether a choice of a Radio needs the image: then particles are born from it.
+// True if a choice of a Radio parameter needs the image, which is then the place of births.
 bool is_mask(const LintedInstance& linted, const ParameterNotes& image) {
     return std::any_of(linted.notes.parameters.begin(), linted.notes.parameters.end(),
                        [&](const ParameterNotes& notes) {

@@ -1,4 +1,4 @@
-// Shapes that particles are born from.
+// Rules about shapes that particles are born in.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -9,14 +9,14 @@ namespace stage {
 
 namespace {
 
-constexpr float kMinExtent = 0.01f;  // below, nothing is born
+constexpr float kMinExtent = 0.01f;  // no births in smaller shapes
 
 struct PlanePoint {
     float across;
     float up;
 };
 
-// The plane that is asked for, such as "XZ", as positions in x, y, z.
+// The plane of a choice such as "XZ", as indices of its axes.
 struct Plane {
     std::string name;
     size_t across;
@@ -67,7 +67,7 @@ bool lies_in(const Outline& inner, const Outline& outer) {
 }
 
 void lint_nesting(const std::vector<Outline>& outlines, const std::string& start, std::vector<std::string>& lines) {
-    constexpr size_t kMostCompared = 200;  // outlines; the time goes with their square
+    constexpr size_t kMostCompared = 200;  // number of outlines; the time grows with its square
     const size_t count = std::min(outlines.size(), kMostCompared);
     for (size_t inner = 0; inner < count; ++inner) {
         for (size_t outer = 0; outer < count; ++outer) {
@@ -81,7 +81,7 @@ void lint_nesting(const std::vector<Outline>& outlines, const std::string& start
     }
 }
 
-// Rounding leaves tiny extents where there is none.
+// Replaces tiny extents, which come from rounding, by 0.
 float shown(float extent) {
     return extent < 1e-6f ? 0.0f : extent;
 }

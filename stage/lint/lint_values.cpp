@@ -1,4 +1,4 @@
-// Values that do not do what they seem to do.
+// Rules about values without the expected effect.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace stage {
 
 namespace {
 
-// A value that has an effect at no time, although it is not the default.
+// Reports a value that differs from the default and never has an effect.
 void lint_idle(const LintedInstance& linted, const ParameterNotes& notes, std::vector<std::string>& lines) {
     if (notes.acts_when.empty() && !notes.idle) return;
     const ParameterInfo& parameter = *find_parameter(linted.plugin, notes.name);
@@ -80,7 +80,8 @@ bool is_one(const Vector3& scale) {
            std::fabs(scale.z - 1.0f) < kTolerance;
 }
 
-// The container's scale in the world at the scene's start, or the first other one that a track of it or a parent gives.
+// The world scale of the container at the start of the scene. If that is 1: the first other scale from a track of the
+// container or a parent.
 Vector3 scale_of(const LintedInstance& linted) {
     const SceneDescription& scene = linted.built.description;
     const Vector3 scale =

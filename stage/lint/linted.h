@@ -1,5 +1,5 @@
-// What the rules of lint look at: an instance of a plug-in with its notes and its values over time.
-// Only for the rules of this folder.
+// The data that the rules of lint check: an instance of a plug-in with its notes and its values over time.
+// Internal to this folder.
 #pragma once
 
 #include <string>
@@ -27,21 +27,21 @@ const ParameterInfo* with_role(const LintedInstance& linted, const std::string& 
 /// The numbers of all parameters with a role, in the order of the notes.
 std::vector<double> numbers_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& role);
 
-/// The first of them, or `otherwise` where no parameter has the role.
+/// The first number of numbers_of, or `otherwise` if no parameter has the role.
 double number_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& role,
                  double otherwise);
 
 /// The value of a parameter that the plug-in has.
 const ParameterValue& value_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& name);
 
-/// What set the parameter last, or null for a default.
+/// The setting that gave the parameter its value, or null for a default.
 const ParameterSetting* setting_of(const LintedInstance& linted, const ParameterMoment& moment,
                                    const std::string& name);
 
-/// Where the parameter was set, or the container for a default.
+/// The place of that setting, or of the container for a default.
 const Place& place_of(const LintedInstance& linted, const ParameterMoment& moment, const std::string& name);
 
-/// Whether one of the conditions holds; true for none.
+/// True if one of the conditions holds, or if there are none.
 bool holds(const LintedInstance& linted, const ParameterMoment& moment, const Conditions& conditions);
 
 /// The rules. Each adds a line for each surprise.
@@ -52,8 +52,8 @@ void lint_values(const LintedInstance& linted, std::vector<std::string>& lines);
 void lint_bits(const LintedInstance& linted, std::vector<std::string>& lines);
 void lint_pixels(const std::vector<LintedInstance>& instances, std::vector<std::string>& lines);
 
-/// About the most particles that are alive at a time, at most the size of the pool and one burst: what is drawn. 0
-/// where the notes say nothing about births.
+/// An estimate of the largest number of live particles, at most the size of the pool plus one burst. 0 if the notes do
+/// not describe births.
 double most_alive(const LintedInstance& linted);
 
 }  // namespace stage

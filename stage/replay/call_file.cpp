@@ -16,21 +16,21 @@ namespace {
 constexpr std::string_view kFirstLine = "tovu-calls 1";
 constexpr size_t kMostDeep = 1000;
 
-/// The lines of a file as they are written.
+/// The lines of the file, before walks are inserted.
 using Lines = std::vector<CallLine>;
 
 struct Reader {
     CallFile file;
     Lines written;
     std::map<uint32_t, Lines> walks;
-    std::string error;  // of the first mistake
+    std::string error;  // message about the first mistake
 };
 
 void refuse(Reader& reader, int number, const std::string& message) {
     if (reader.error.empty()) reader.error = fmt::format("{}:{}: {}", reader.file.name, number, message);
 }
 
-/// Where the call at the front of `text` ends, behind its closing bracket; 0 when there is no call.
+/// The length of the call at the start of `text`, closing bracket included; 0 if there is no call.
 size_t end_of_call(std::string_view text) {
     const size_t open = text.find('(');
     if (open == std::string_view::npos || open == 0 || text.find_first_of(" \"") < open) return 0;
@@ -72,13 +72,13 @@ bool take_line(std::string_view text, CallLine& line) {
     return true;
 }
 
-/// All lines but the first, the seed, comments, rows of images (which are no calls) and the end.
+/// Reads all lines except the first, the seed, comments, and the last. Checks their form and indentation.
 void read_lines(Reader& reader, std::istream& stream) {
     std::string text;
     int number = 0;
     bool ended = false;
     bool has_seed = false;
-    size_t rows_depth = 0;  // of the rows of the image above; 0 outside of an image
+    size_t rows_depth = 0;  // depth of the rows of the current image; 0 outside of an image
     while (reader.error.empty() && std::getline(stream, text)) {
         ++number;
         if (number == 1 && text != kFirstLine)
@@ -116,7 +116,7 @@ size_t end_of_block(const Lines& lines, size_t first) {
     return end;
 }
 
-/// A row of runs: "00ff20*3 00ff21".
+/// Reads a row of an image, run-length encoded: "00ff20*3 00ff21".
 bool take_row(std::string_view row, size_t pixel_bytes, std::vector<uint8_t>& pixels) {
     while (!row.empty()) {
         const std::string_view run = row.substr(0, row.find(' '));
@@ -156,7 +156,7 @@ void take_image(Reader& reader, size_t first, size_t end) {
                                       2 * pixel_bytes));
 }
 
-/// A walk with lines of its own is new; one without stands for those of the same number.
+/// The lines of a walk. A walk without lines refers to an earlier walk of the same number.
 const Lines* take_walk(Reader& reader, size_t first, size_t end) {
     const CallLine& heading = reader.written[first];
     uint32_t number = 0;

@@ -1,4 +1,4 @@
-// Reads recorded calls: docs/replay.md describes the form.
+// Reads recorded calls. docs/replay.md describes the format.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +14,13 @@
 namespace stage {
 
 struct CallLine {
-    int number = 0;                     // in the file, from 1
-    size_t depth = 0;                   // 0 for the outermost
-    std::string text;                   // of a call; what a line says otherwise; empty for an answer alone
-    std::optional<std::string> answer;  // what the Stage answered
+    int number = 0;                     // line number in the file, from 1
+    size_t depth = 0;                   // nesting depth; 0 for the outermost
+    std::string text;                   // the call or other content; empty for a line with only an answer
+    std::optional<std::string> answer;  // the answer of the Stage
 };
 
-/// The lines in the order in which they happened: mesh walks are in place of their numbers, images are not among them.
+/// The lines in the order of the calls. Mesh walks are inserted where the file refers to them; images are stored apart.
 struct CallFile {
     std::string name;
     uint32_t seed = 0;
@@ -28,10 +28,10 @@ struct CallFile {
     std::map<uint32_t, std::vector<uint8_t>> images;  // pixels, by number
 };
 
-/// Error, "file:line: …": not a recording, an incomplete one, and what cannot be read.
+/// Errors, as "file:line: …": the file is not a recording, is incomplete or cannot be read.
 STAGE_EXPORT Result<CallFile> read_call_file(const std::filesystem::path& file);
 
-/// The names of the plug-ins that the calls were recorded with, in the order in which they are first needed.
+/// The names of the recorded plug-ins, in the order of their first use.
 STAGE_EXPORT std::vector<std::string> recorded_plugins(const CallFile& file);
 
 }  // namespace stage

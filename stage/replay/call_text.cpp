@@ -35,12 +35,12 @@ std::string point_text(const void* data) {
     return floats_text(data, 3);
 }
 
-/// What a request sends, and what comes back, as text.
+/// The texts of the data and the reply of a known request.
 struct RequestRow {
     int32_t code;
-    std::string (*sent)(const void* data);      // null: nothing
-    std::string (*returned)(const void* data);  // null: nothing in the data
-    bool replies_address;                       // the reply is an address, else an int32_t
+    std::string (*sent)(const void* data);      // text of the data before the request; null: no text
+    std::string (*returned)(const void* data);  // text of the data after the request; null: no text
+    bool replies_address;                       // true: the reply is an address, false: an int32_t
 };
 constexpr RequestRow kRequests[] = {
     {TOVU_REQUEST_ATTACH, attach_text, nullptr, true},
@@ -56,7 +56,7 @@ const RequestRow* known_request(int32_t code) {
     return nullptr;
 }
 
-/// "'RAD1'", or a number where the code is no printable characters.
+/// A text such as "'RAD1'", or a number if the code contains characters that are not printable.
 std::string code_text(int32_t code) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(static_cast<uint32_t>(code) >> shift & 0xFF);
@@ -117,7 +117,7 @@ std::string arguments_text(std::string_view name, std::span<const CallValue> arg
     return text;
 }
 
-/// Numbers of registration calls are kept as double: those that are whole or came as float are written as such.
+/// Registration calls store numbers as double. Whole numbers and floats are written in their short form.
 std::string registered_text(const CallArgument& argument) {
     const auto* number = std::get_if<double>(&argument);
     if (!number) return quoted(std::get<std::string>(argument));
@@ -128,7 +128,7 @@ std::string registered_text(const CallArgument& argument) {
     return value_text(*number);
 }
 
-/// Its result, or the reply to a request; empty for nothing.
+/// The result of an entry point, or its reply to a request; empty if there is none.
 std::string entry_answer(const RunningCall& call) {
     if (call.has_result) return value_text(call.result);
     if (std::string_view(call.entry_point) != "PLUGIN_DISPATCHER_CALLBACK") return "";

@@ -1,4 +1,4 @@
-// Calls across the boundary as text, the same for the recorder, which writes it, and for the replay, which compares it.
+// The text of calls between plug-ins and the Stage. The recorder writes it and the replay compares it.
 #pragma once
 
 #include <span>
@@ -13,30 +13,28 @@
 
 namespace stage {
 
-/// "name(1, 2.5, "text")". Addresses are left out, but for the cursors that a service advances; events have their
-/// names. A request to another plug-in has its code and what the shared headers say that it sends.
+/// A text such as "name(1, 2.5, "text")". Addresses are left out, except cursors that a service advances. Events are
+/// written with their names, requests to other plug-ins with their code and the data that the shared headers define.
 std::string call_text(const char* name, std::span<const CallValue> arguments);
 
 /// The text of a call of an entry point: "PLUGIN_NEW_GEOM("container", 0)".
 std::string entry_text(const Stage& stage, const RunningCall& call);
 
-/// The texts with which a call of an entry point ends: "state DIGEST" after a PLUGIN_NEW_GEOM of a plug-in with a field
+/// The texts of the end of an entry point call: "state DIGEST" after a PLUGIN_NEW_GEOM of a plug-in with a field
 /// table (state_digest), then "-> " and its result, or its reply to a request.
 std::vector<std::string> end_texts(const RunningCall& call, const FieldTable& table);
 
-/// Whether the instance was running already when this call, the innermost, began.
+/// True if an outer running call belongs to the same instance. call: the innermost running call.
 bool is_reentry(const Stage& stage, const RunningCall& call);
 
 /// Calls `use` with the address of every answer that a service gives, in order: its result, then its out values (16 of
-/// a matrix). Skips out values without an address, and those of requests, which the other plug-in gives.
+/// a matrix). Skips out values without an address, and those of requests, which are set by the other plug-in.
 template <class Use>
 void for_each_answer(ServiceCall& call, const Use& use);
 
-/// The registration calls of a plug-in, one text each. The size of its block is left out: it depends on the size of an
-/// address.
+/// The registration calls of a plug-in, one text each. The size of its block is left out, since it depends on the size
+/// of an address.
 std::vector<std::string> registration_texts(const Plugin& plugin);
-
-// Implementation.
 
 bool answers_with_matrix(const char* service);
 

@@ -20,7 +20,7 @@ bool is_zero(const std::byte* address, size_t bytes) {
     return bytes == 1 ? value_at<uint8_t>(address) == 0 : value_at<uint32_t>(address) == 0;
 }
 
-/// A field that does not count for some reason counts nowhere in the digest.
+/// True if the conditions of the field hold in this block.
 bool counts(const Field& field, const std::byte* block) {
     if (field.never) return false;
     for (const FieldCondition& condition : field.conditions)

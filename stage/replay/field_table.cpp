@@ -41,8 +41,8 @@ constexpr TypeRow kTypes[] = {
 struct Reader {
     const Plugin& plugin;
     FieldTable table;
-    std::vector<Field>* part = nullptr;  // of the table; null before the first heading
-    size_t end = 0;                      // of the part's last field
+    std::vector<Field>* part = nullptr;  // current part of the table; null before the first heading
+    size_t end = 0;                      // offset of the end of its last field
 };
 
 using Words = std::vector<std::string>;
@@ -57,7 +57,7 @@ std::string begin_part(Reader& reader, const std::string& heading) {
     return reader.part->empty() ? "" : fmt::format("'{}' stands here a second time", heading);
 }
 
-/// "TYPE" or "TYPE[COUNT]"; returns what is wrong with it.
+/// Reads "TYPE" or "TYPE[COUNT]". Returns an error message, or empty.
 std::string take_type(const std::string& word, const TypeRow*& type, size_t& count) {
     const size_t bracket = std::min(word.find('['), word.size());
     const std::string name = word.substr(0, bracket);
@@ -90,7 +90,7 @@ std::string take_reference(const Reader& reader, const std::string& name, bool i
     return fmt::format("'{}' is neither a parameter nor an earlier int32 or uint8 of the block", name);
 }
 
-/// words: TYPE NAME CONDITION …; returns what is wrong with them.
+/// Reads the words TYPE NAME CONDITION …. Returns an error message, or empty.
 std::string take_field(Reader& reader, const Words& words) {
     const TypeRow* type = nullptr;
     Field field{};

@@ -1,4 +1,4 @@
-// Where a plug-in keeps the state of an instance, from a file beside its library: for digests.
+// The layout of the state of an instance, for digests. Read from a file beside the library of the plug-in.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace stage {
 
 enum class FieldType { kUint8, kInt32, kFloat32, kFloat64, kText, kList, kLink, kPointer };
 
-/// A uint8 or int32 of the block, or a parameter's slot, that must be 0, or must not.
+/// A condition on a uint8 or int32 of the block, or on a parameter's slot: it must be 0, or must not be 0.
 struct FieldCondition {
     size_t offset;  // bytes from the start of the block
     size_t bytes;   // 1 or 4
@@ -24,22 +24,22 @@ struct FieldCondition {
 struct Field {
     std::string name;
     FieldType type;
-    size_t count;   // of values; of a text its bytes
+    size_t count;   // number of values; bytes of a text
     size_t offset;  // bytes from the start of the block or record, in this process
-    bool never;     // scratch memory
-    bool live;      // counts only in records of the first list
+    bool never;     // scratch memory, not in the digest
+    bool live;      // in the digest only for records of the first list
     std::vector<FieldCondition> conditions;
 };
 
-/// Fields in the order of their places.
+/// Fields in ascending order of offsets.
 struct FieldTable {
     std::vector<Field> block;  // after the parameter slots
     std::vector<Field> record;
 };
 
-/// Reads NAME.fields in the folder of the plug-in's library, NAME being the registered name; TovuSmoke.fields explains
-/// the format. No file: an empty table. Error, "file:line: …": unknown words, fields beyond the block, lists without a
-/// record that has a link.
+/// Reads NAME.fields in the folder of the plug-in's library, where NAME is the registered name. TovuSmoke.fields
+/// explains the format. An empty table if there is no file. Errors, as "file:line: …": unknown words, fields beyond the
+/// block, lists without a link in the record.
 STAGE_EXPORT Result<FieldTable> read_field_table(const Plugin& plugin);
 
 }  // namespace stage

@@ -1,4 +1,4 @@
-// A digest of bytes.
+// The FNV-1a digest.
 #pragma once
 
 #include <bit>
@@ -9,8 +9,8 @@
 
 namespace stage {
 
-/// FNV-1a with 64 bits (Fowler, Noll, Vo). Numbers count as their little-endian bytes, so that a digest is the same on
-/// every machine. All NaNs count as one, since processors differ in their bits.
+/// FNV-1a with 64 bits (Fowler, Noll, Vo). Numbers are added as little-endian bytes, so that a digest is the same on
+/// every machine. All NaNs are added as the same bits, since processors differ in them.
 struct Fnv1a {
     uint64_t value = 14695981039346656037u;
 
@@ -22,7 +22,7 @@ struct Fnv1a {
     }
     void add(float number) { add(number == number ? std::bit_cast<uint32_t>(number) : 0x7FC00000u); }
     void add(double number) { add(number == number ? std::bit_cast<uint64_t>(number) : 0x7FF8000000000000u); }
-    /// The characters and a NUL behind them.
+    /// Adds the characters and a NUL.
     void add(std::string_view text) {
         for (const char character : text) add_byte(static_cast<unsigned char>(character));
         add_byte(0);

@@ -17,30 +17,30 @@
 namespace stage {
 namespace {
 
-using Revision = std::pair<int32_t, int64_t>;  // of an image: its handle and how often it changed
+using Revision = std::pair<int32_t, int64_t>;  // handle of an image and number of its changes
 
 struct Recorder {
     std::ostream& out;
-    size_t depth = 0;                        // of the next line
-    int64_t frame = INT64_MIN;               // of the last line that names one
-    std::string open_call{};                 // a call of a service that was not answered yet, not written yet
-    std::vector<std::string> walk{};         // the calls of the mesh walk that is under way
-    std::map<std::string, size_t> walks{};   // numbers of the walks that were written
-    std::map<Revision, size_t> revisions{};  // numbers of the images by what was seen of them
-    std::map<std::string, size_t> images{};  // numbers of the images that were written
-    std::set<PluginId> plugins{};            // that were written
+    size_t depth = 0;                        // nesting depth of the next line
+    int64_t frame = INT64_MIN;               // last written frame number
+    std::string open_call{};                 // service call that is not answered and not written yet
+    std::vector<std::string> walk{};         // calls of the current mesh walk
+    std::map<std::string, size_t> walks{};   // numbers of the written walks, by text
+    std::map<Revision, size_t> revisions{};  // numbers of the written images, by revision
+    std::map<std::string, size_t> images{};  // numbers of the written images, by text
+    std::set<PluginId> plugins{};            // written plug-ins
     std::map<const Instance*, SeenSlots> slots{};
     FieldTables tables{};
     std::optional<Error> error{};
 };
 
-std::unique_ptr<Recorder> recorder;  // the functions of the watch have no argument that could carry it
+std::unique_ptr<Recorder> recorder;  // global, since the functions of the call watch cannot receive it as an argument
 
 void write_line(size_t depth, std::string_view text) {
     recorder->out << std::string(depth, ' ') << text << '\n';
 }
 
-/// Writes the walk, or its number when there was the same before.
+/// Writes the walk, or only its number if an equal walk was written before.
 void end_walk() {
     if (recorder->walk.empty()) return;
     const auto [known, is_new] =
@@ -64,7 +64,7 @@ void put_open_call() {
     if (!recorder->open_call.empty()) put(std::exchange(recorder->open_call, ""));
 }
 
-/// Rows of runs: the bytes of a pixel in hexadecimal, and how often it follows itself.
+/// The rows of an image, run-length encoded: the bytes of a pixel in hexadecimal and the number of its repetitions.
 std::string image_rows(const Image& image, const uint8_t* pixels) {
     const auto bytes = static_cast<size_t>(bytes_per_pixel(image.format));
     std::string rows;
@@ -91,7 +91,7 @@ std::string image_rows(const Image& image, const uint8_t* pixels) {
     return rows;
 }
 
-/// "image 1", after the image itself where it is new.
+/// The text "image 1". Writes the image before, if it is new.
 std::string image_text(int32_t handle, const uint8_t* pixels) {
     const Image* image = find_image(*current_stage(), handle);
     if (!image || !pixels) return "null";
@@ -133,7 +133,7 @@ void service_ends(ServiceCall& call) {
     if (running_registration()) return;
     const std::string answer = answer_text(call);
     const std::string call_itself = std::exchange(recorder->open_call, "");
-    if (call_itself.empty()) {  // it was written before the calls that it led to
+    if (call_itself.empty()) {  // already written, before the calls that it caused
         ++recorder->depth;
         put("= " + answer);
         --recorder->depth;

@@ -1,4 +1,4 @@
-// Records every call between plug-ins and the Stage as text: docs/replay.md describes the form.
+// Records every call between plug-ins and the Stage as text. docs/replay.md describes the format.
 #pragma once
 
 #include <ostream>
@@ -9,13 +9,13 @@
 
 namespace stage {
 
-/// Records into `out` from now on, in the whole process: services with their answers, entry points, OpenGL calls. Takes
-/// the place of the call watch and of the OpenGL functions. Begin before the first instance is made. seed: the Stage's;
-/// its instances must have random numbers of their own. title: one line for readers.
+/// Records into `out` from now on, in the whole process: services with their answers, entry points, OpenGL calls.
+/// Replaces the call watch and the OpenGL functions. Call it before the first instance is made. seed: of the Stage,
+/// whose instances must have separate random streams. title: one line for readers.
 STAGE_EXPORT void begin_recording(std::ostream& out, uint32_t seed, const std::string& title);
 
-/// Ends the recording and writes its last line: after all instances are removed, or to give the recording up after an
-/// error. Error: the field table of a plug-in was wrong. Whether `out` took everything is for its owner to see.
+/// Ends the recording and writes its last line. Call it after all instances are removed, or after an error. Error: a
+/// mistake in the field table of a plug-in. The caller checks `out` for write errors.
 STAGE_EXPORT Result<Done> end_recording();
 
 }  // namespace stage

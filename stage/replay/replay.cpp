@@ -20,11 +20,11 @@ struct Player {
     const CallFile& file;
     const PluginFinder& find;
     StagePtr stage;
-    size_t next = 0;                              // line
-    size_t depth = 0;                             // of the lines that belong to the call that is running
-    std::string where{};                          // the entry point that is running
+    size_t next = 0;                              // index of the next line
+    size_t depth = 0;                             // depth of the lines that belong to the running call
+    std::string where{};                          // the running entry point
     std::map<std::string, PluginId> plugins{};    // by recorded name
-    std::map<std::string, PluginId> instances{};  // by container, from when they are announced
+    std::map<std::string, PluginId> instances{};  // by container; set by the line "instance"
     std::map<const Instance*, SeenSlots> slots{};
     std::map<PluginId, FieldTable> tables{};
     std::vector<ServiceCall*> requests{};  // to other plug-ins, outermost first
@@ -32,13 +32,13 @@ struct Player {
     std::optional<Error> error{};
 };
 
-Player* player = nullptr;  // the functions of the watch have no argument that could carry it
+Player* player = nullptr;  // global, since the functions of the call watch cannot receive it as an argument
 
 bool has_stopped() {
     return player->error || player->report.difference;
 }
 
-/// The next line where it belongs to the call that is running, else null.
+/// The next line, or null if it does not belong to the running call.
 const CallLine* line_here() {
     if (player->next == player->file.lines.size()) return nullptr;
     const CallLine& line = player->file.lines[player->next];
@@ -58,7 +58,7 @@ void differ(const std::string& now) {
                                  line ? line->text : "nothing more in this call", now};
 }
 
-/// Whether the next line says this; a difference otherwise.
+/// Compares the next line with `now`. False, and a difference, if they differ.
 bool expect(const std::string& now) {
     if (has_stopped()) return false;
     const CallLine* line = line_here();
@@ -87,7 +87,7 @@ bool read_answer(std::string_view text, uint8_t** pixels) {
     if (!text.starts_with("image ") || !read_value_text(text.substr(6), number)) return false;
     const auto found = player->file.images.find(number);
     if (found == player->file.images.end()) return false;
-    *pixels = const_cast<uint8_t*>(found->second.data());  // services give plug-ins addresses that are not const
+    *pixels = const_cast<uint8_t*>(found->second.data());  // the service passes a pointer to non-const
     return true;
 }
 
@@ -104,7 +104,7 @@ void give_answers(ServiceCall& call, const CallLine& line) {
         refuse(line, fmt::format("'{}' is no answer of {}", line.answer.value_or(""), call.name));
 }
 
-/// The calls that a request leads to, and then its answer.
+/// Plays the calls that a request causes, then gives its answer.
 void play_request(ServiceCall& call) {
     player->requests.push_back(&call);
     ++player->depth;
@@ -167,12 +167,12 @@ int32_t container_of(const std::string& name) {
     return find_container_by_name(*player->stage, name);
 }
 
-/// The arguments of an entry point as they are recorded, behind the container's name.
+/// The recorded arguments of an entry point, after the container's name.
 struct EntryArguments {
     std::string name;
     std::string container;
-    int32_t whole = 0;  // the first, where it is a number
-    float opacity = 0;  // of PLUGIN_RENDER_OPENGL
+    int32_t whole = 0;  // the first one, if it is an integer
+    float opacity = 0;  // for PLUGIN_RENDER_OPENGL
 };
 
 std::optional<EntryArguments> read_entry(std::string_view text) {
@@ -192,7 +192,7 @@ std::optional<EntryArguments> read_entry(std::string_view text) {
     return entry;
 }
 
-/// Calls the entry point; false when it cannot be called now.
+/// Calls the entry point. False if it cannot be called now.
 bool call_entry(const EntryArguments& entry) {
     Stage& stage = *player->stage;
     const int32_t container = container_of(entry.container);
@@ -243,7 +243,7 @@ void play_plugin(const CallLine& line, const std::string& name) {
     --player->depth;
 }
 
-/// A line of the outermost depth that is no call of an entry point; false when it is neither.
+/// Plays a line of depth 0 that is not a call of an entry point. False for any other line.
 bool play_note(const CallLine& line) {
     std::string_view rest = line.text;
     const auto take = [&rest](std::string_view word) {
@@ -293,7 +293,8 @@ Result<ReplayReport> replay_calls(const CallFile& file, const PluginFinder& find
     watch_calls(&kPlayerWatch);
     use_opengl(watched_opengl());
     play();
-    // The instances that are left after a difference are cleaned up unwatched: the Stage knows none of their objects.
+    // After a difference, remaining instances are cleaned up without the watch, since the Stage has none of their
+    // objects.
     watch_calls(nullptr);
     use_opengl(silent_opengl());
     playing.stage.reset();

@@ -1,4 +1,4 @@
-// Plays recorded calls to plug-ins, without the scene that they are from.
+// Plays recorded calls to plug-ins, without the recorded scene.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +10,17 @@
 
 namespace stage {
 
-/// Where a plug-in first does something else than when it was recorded.
+/// The first difference between a plug-in and the recording.
 struct Difference {
-    int line = 0;          // of the file
+    int line = 0;          // line number in the file
     std::string where;     // "frame 3, PLUGIN_NEW_GEOM("steam", 0)"
-    std::string recorded;  // the call, or what else the plug-in did
+    std::string recorded;  // the recorded call or other action of the plug-in
     std::string now;
 };
 
 struct ReplayReport {
-    int64_t calls = 0;   // of services and OpenGL functions that agree
-    int64_t frames = 0;  // that were begun
+    int64_t calls = 0;   // equal calls of services and OpenGL functions
+    int64_t frames = 0;  // started frames
     std::optional<Difference> difference;
 };
 
@@ -28,9 +28,9 @@ struct ReplayReport {
 using PluginFinder = std::function<Result<std::string>(const std::string& name)>;
 
 /// Calls the entry points as recorded, with the recorded parameters and random seed, answers each service with the
-/// recorded answer, and compares what the plug-ins call, write into their slots and return, and their state where it
-/// was recorded and the plug-in has a field table. Ends at the first difference. Takes the place of the call watch and
-/// of the OpenGL functions meanwhile. Error: a plug-in that does not load, or "file:line: …" for what cannot be played.
+/// recorded answer, and compares calls, changes of slots and results of the plug-ins, and their state if it was
+/// recorded and the plug-in has a field table. Ends at the first difference. Replaces the call watch and the OpenGL
+/// functions during the replay. Errors: a plug-in does not load; a line cannot be played ("file:line: …").
 STAGE_EXPORT Result<ReplayReport> replay_calls(const CallFile& file, const PluginFinder& find);
 
 }  // namespace stage

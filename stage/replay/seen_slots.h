@@ -1,4 +1,4 @@
-// Which parameter slots of an instance changed since they were last looked at.
+// Finds the parameter slots of an instance that changed since the last call.
 #pragma once
 
 #include <cstdint>
@@ -9,17 +9,17 @@
 
 namespace stage {
 
-/// Slots and texts by index; empty before the first look.
+/// The last seen slots and texts, by index; empty before the first call.
 struct SeenSlots {
     std::vector<uint32_t> bits;
     std::vector<std::string> texts;
 };
 
-/// The slots that changed, as "NAME VALUE" in the order of their indices; at the first look all of them. VALUE is a
-/// number, a quoted text, or "elsewhere" where the slot of a text does not lead to the host's buffer.
+/// The changed slots as "NAME VALUE", in the order of their indices; all slots at the first call. VALUE is a number, a
+/// quoted text, or "elsewhere" if the slot of a text does not point to the host's buffer.
 std::vector<std::string> take_changed_slots(SeenSlots& seen, const Instance& instance);
 
-/// Sets the slot that such a text names, without notifying the plug-in. False when it is none of the plug-in's.
+/// Sets a slot from a text "NAME VALUE", without notifying the plug-in. False if the plug-in has no such slot or value.
 bool set_slot(Instance& instance, std::string_view name_and_value);
 
 }  // namespace stage

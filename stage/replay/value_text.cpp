@@ -17,7 +17,7 @@ std::string number_text(Number value) {
     return fmt::format("{}", value);
 }
 
-/// how: the base of a whole number, or nothing.
+/// how: the base of an integer, or nothing.
 template <class Number, class... How>
 bool read_digits(std::string_view text, Number& value, How... how) {
     Number number{};

@@ -1,4 +1,4 @@
-// Values as the text of recorded calls. What is written reads back as the same bits.
+// Values as text in recorded calls. Reading a written text gives the same bits.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace stage {
 
-/// The shortest digits that read back as the same number; "nan:" and the bits in hexadecimal for what is no number.
+/// The shortest text that reads back as the same number. "nan:" and the bits in hexadecimal for a NaN.
 STAGE_EXPORT std::string value_text(float value);
 STAGE_EXPORT std::string value_text(double value);
 template <class Integer>
@@ -17,10 +17,10 @@ std::string value_text(Integer value) {
     return std::to_string(value);
 }
 
-/// In double quotes, with a backslash before quotes and backslashes, and \x and two digits for control characters.
+/// The text in double quotes. Quotes and backslashes get a backslash; control characters become \x and two digits.
 std::string quoted(std::string_view text);
 
-/// False when `text` is no such value; `value` is then unchanged.
+/// Reads a value. False, with `value` unchanged, if `text` is not such a value.
 STAGE_EXPORT bool read_value_text(std::string_view text, float& value);
 STAGE_EXPORT bool read_value_text(std::string_view text, double& value);
 bool read_value_text(std::string_view text, int32_t& value);
@@ -28,7 +28,7 @@ bool read_value_text(std::string_view text, int64_t& value);
 bool read_value_text(std::string_view text, uint32_t& value);
 bool read_value_text(std::string_view text, uint8_t& value);
 
-/// Takes a quoted text from the front of `rest`; false, with `rest` unchanged, when there is none.
+/// Removes a quoted text from the start of `rest`. False, with `rest` unchanged, if there is none.
 bool take_quoted(std::string_view& rest, std::string& text);
 
 }  // namespace stage

@@ -43,7 +43,7 @@ void tell_of_arrays(unsigned int mode, int first, int count) {
     tell("glDrawArrays", mode, first, count, texts.c_str());
 }
 
-/// Each call first goes to the recording table, which keeps the client arrays.
+/// Each call first goes to the recording table, which stores the client arrays.
 constexpr OpenGlDispatch watched_table() {
     OpenGlDispatch table = {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) \

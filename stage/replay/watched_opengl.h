@@ -1,4 +1,4 @@
-// The OpenGL functions that tell the call watch of every call. Needs no OpenGL.
+// OpenGL functions that report every call to the call watch. Needs no OpenGL.
 #pragma once
 
 #include "stage/opengl_table/dispatch.h"
@@ -7,8 +7,8 @@
 namespace stage {
 
 /// Calls opengl_called of the call watch with the OpenGL name and the arguments: numbers as int32_t or float, the
-/// values of vectors and matrices, no addresses. A glDrawArrays has a text of each enabled array more: its kind and the
-/// digest of the values that are drawn.
+/// values of vectors and matrices, no addresses. A glDrawArrays also has a text for each enabled array: its kind and
+/// the digest of the drawn values.
 STAGE_EXPORT const OpenGlDispatch& watched_opengl();
 
 }  // namespace stage

@@ -1,5 +1,5 @@
-// Access to the meshes of a geometry, vertex by vertex. A mesh cursor is the mesh's index + 1, so that a cursor of 0
-// that was never set is reported. Vertex cursors: see scene/geometry.cpp.
+// Access to the meshes of a geometry, vertex by vertex. A mesh cursor is the mesh's index + 1, so that an unset cursor
+// of 0 is reported. Vertex cursors: see scene/geometry.cpp.
 #include <fmt/format.h>
 #include <tovu/host_services.h>
 
@@ -110,7 +110,7 @@ void goto_vertex(const Service& service, int32_t access, int32_t mesh_cursor, in
     if (!geometry) return;
     const int32_t mesh = mesh_under(service, *geometry, mesh_cursor);
     if (mesh < 0) return;
-    // Index 0 is right for a mesh without vertices too: a walk over it begins there and ends at once.
+    // Index 0 is valid for a mesh without vertices too: a loop over its vertices starts there and ends at once.
     if (index < 0 || index >= std::max(vertex_count(*geometry, mesh), 1))
         return service.complain(fmt::format("there is no vertex {} among {}", index, vertex_count(*geometry, mesh)));
     service.put(cursor, first_cursor(*geometry, mesh) + index);

@@ -4,8 +4,8 @@
 
 #include "stage/opengl_table/dispatch.h"
 
-// The shared header declares the same functions: where a prototype differs from opengl_functions.def, this file does
-// not compile.
+// The shared header declares the same functions, so that this file does not compile if a prototype differs from
+// opengl_functions.def.
 extern "C" {
 #define OPENGL_FUNCTION(name, parameters, arguments, recorded) \
     STAGE_EXPORT void ormixGL_gl##name parameters {            \

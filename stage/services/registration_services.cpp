@@ -1,4 +1,4 @@
-// What plug-ins call inside PLUGIN_INIT.
+// Services that plug-ins call inside PLUGIN_INIT.
 #include <fmt/format.h>
 #include <tovu/host_services.h>
 
@@ -7,7 +7,7 @@
 namespace stage {
 namespace {
 
-/// Notes which texts of the call made last came as null pointers.
+/// Records which texts of the last call are null pointers.
 template <class... Arguments>
 void note_null_texts(Registration& registration, Arguments... arguments) {
     size_t position = 0;
@@ -20,7 +20,7 @@ void note_null_texts(Registration& registration, Arguments... arguments) {
     (note(arguments), ...);
 }
 
-/// Records the call and lets `add` work on the running registration. Outside of PLUGIN_INIT it is a complaint.
+/// Records the call and calls `add` with the running registration. Complains outside of PLUGIN_INIT.
 template <class Add, class... Arguments>
 void register_with(const char* name, Add add, Arguments... arguments) {
     const auto answer = [&] {

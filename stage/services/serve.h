@@ -1,4 +1,4 @@
-// What all services share: the call log, the current Stage, overrides, complaints.
+// Common code of all services: the call log, the current Stage, overrides, complaints.
 #pragma once
 
 #include <functional>
@@ -18,7 +18,7 @@ struct Service {
 
     void complain(std::string message) const { stage::complain(stage, name, std::move(message)); }
 
-    /// Complains about a handle that is not that of a live object of the wanted kind. A handle of -1 (none) is not
+    /// Complains about a handle that does not belong to a live object of the wanted kind. A handle of -1 (none) is not
     /// reported.
     void complain_about(int32_t handle, ObjectKind wanted) const;
 
@@ -48,8 +48,8 @@ inline const char* text_of(const char* text) {
     return text ? text : "";
 }
 
-/// Calls the override where one is set, `own` otherwise. Answers `fallback` when there is no current Stage, and inside
-/// PLUGIN_INIT, where there is no scene.
+/// Calls the override if one is set, else `own`. Returns `fallback` without a current Stage, and inside PLUGIN_INIT,
+/// where there is no scene.
 template <int32_t fallback, class Signature, class Own, class... Arguments>
 auto answer_service(const char* name, std::function<Signature> Overrides::*override_field, Own own,
                     Arguments... arguments) {
@@ -71,7 +71,7 @@ auto answer_service(const char* name, std::function<Signature> Overrides::*overr
     return static_cast<Answer>(replaced(arguments...));
 }
 
-/// A service about the scene: watched, recorded and answered.
+/// Runs a service of the scene: tells the call watch, records the call and answers it.
 template <int32_t fallback = 0, class Signature, class Own, class... Arguments>
 auto serve(const char* name, std::function<Signature> Overrides::*override_field, Own own, Arguments... arguments) {
     return watched(

@@ -1,4 +1,4 @@
-// A service as the call watch and the call log see it.
+// Reports service calls to the call watch and to the call log.
 #pragma once
 
 #include <array>
@@ -9,8 +9,8 @@
 
 namespace stage {
 
-/// Records the call and calls `answer` for it, unless the call watch answers in its place. fallback: the result where
-/// neither does.
+/// Records the call and calls `answer`, unless the call watch answers the call itself. fallback: the initial result,
+/// for a watch that answers without one.
 template <class Answer, class... Arguments>
 auto watched(const char* name, int32_t fallback, const Answer& answer, Arguments... arguments) {
     using Value = decltype(answer());
