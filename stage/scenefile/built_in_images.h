@@ -1,4 +1,4 @@
-// The images that come along: sprites, flipbooks and wind maps.
+// The built-in images: sprites, flipbooks and wind maps.
 #pragma once
 
 #include <set>
@@ -10,15 +10,15 @@
 
 namespace stage {
 
-/// As looks/images.toml describes them; `looks` is beside the folder of the Stage's library. Read once. None if there
-/// is no such file. Error: a line for each mistake in it.
+/// The images of looks/images.toml in shipped_files_folder(). Read once. Empty if the file does not exist. Error: a
+/// line for each mistake in the file.
 STAGE_EXPORT const Result<ImageDescriptions>& built_in_images();
 
-/// Every text that may name an image: textures, light maps, plates and text values of parameters, those of the timeline
-/// too.
+/// Every text that may name an image: textures, light maps, plates and text values of parameters, also those of the
+/// timeline.
 std::set<std::string> possible_image_names(const SceneDescription& scene);
 
-/// The scene with the built-in images that it names among its images; it keeps its own of the same name. Error: as
+/// Adds the built-in images that the scene names to its images. Images of the scene take precedence. Errors as for
 /// built_in_images.
 Result<SceneDescription> with_built_in_images(SceneDescription scene);
 

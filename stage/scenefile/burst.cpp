@@ -38,7 +38,7 @@ Result<BurstTarget> make_burst_target(Stage& stage, int32_t container_handle, co
     const ParameterInfo& number = *find_parameter(owner, births.number);
     BurstTarget target{container_handle, find_parameter(owner, births.rate)->index, number.index,
                        static_cast<int32_t>(number.maximum)};
-    // Attaching may write into slots, and a detach returns all particles to the pool: there are none yet.
+    // Saves the slots, which attaching may change. The detach returns all particles to the pool, which is still full.
     const std::vector<std::byte> slots(instance.block, instance.block + owner.parameters.size() * sizeof(uint32_t));
     ParticleAttachRequest request{0, 100.0f, 0};
     ParticleExchangeBlock* reply = nullptr;
@@ -64,7 +64,7 @@ Result<Done> begin_burst_frame(Stage& stage, BurstTarget& target) {
         return Error{fmt::format("{}: a burst of {} on top of {} living particles would be more than {}", target.place,
                                  target.due, alive, target.most)};
     set_number(stage, target, alive + target.due);
-    // Twice as high as the frame's time needs, against rounding; at high frame rates above the registered range.
+    // Twice the necessary rate, because of rounding. At high frame rates it exceeds the registered range.
     const auto rate = static_cast<float>(2.0 * target.due / stage.options.frame_period_seconds);
     set_slot_bits(stage, target.container_handle, target.rate_index, std::bit_cast<uint32_t>(rate));
     target.due = 0;

@@ -15,10 +15,10 @@ namespace stage {
 
 namespace {
 
-// A container as written: its parent may be named and stand later in the file.
+// A container before its parent is resolved, since the parent may follow later in the file.
 struct WrittenContainer {
     ContainerDescription container;
-    int32_t nested_in = -1;  // index of the written container around it
+    int32_t nested_in = -1;  // index of the enclosing container in the list of written containers
     std::string parent_name;
     Place parent_place;
     const toml::node* children = nullptr;
@@ -52,7 +52,7 @@ void read_light(KeyReader& reader, const KeyedNode& entry, WrittenContainer& wri
     written.container.light = light;
 }
 
-// One name, or an array of them.
+// Reads a name or an array of names.
 void read_textures(KeyReader& reader, const KeyedNode& entry, ContainerDescription& container) {
     container.more_textures.clear();
     const toml::array* array = entry.node.as_array();
@@ -124,10 +124,10 @@ const KeyRow<WrittenContainer> kContainerKeys[] = {
     {"container", [](KeyReader&, const KeyedNode& e, WrittenContainer& w) { w.children = &e.node; }},
 };
 
-// The keys that are about a container's place in the tree: a layer of a look has none of them.
+// Keys about a container's place in the tree. Layers of a look do not have them.
 constexpr std::array<std::string_view, 4> kTreeKeys = {"parent", "look", "layers", "container"};
 
-// With a look, these hold for each of its layers. The other keys reach layers by way of the tree.
+// Keys of a container with a look that apply to each of its layers. Layers inherit the other keys as children.
 constexpr std::array<std::string_view, 5> kLayerWideKeys = {"parameters", "texture", "depth_test", "blend", "light"};
 
 bool is_among(std::span<const std::string_view> keys, std::string_view key) {
@@ -142,7 +142,7 @@ std::vector<KeyRow<WrittenContainer>> keys_that(Predicate predicate) {
     return rows;
 }
 
-// A container with a look carries no plug-in: its layers do, and its parameters are theirs.
+// A container with a look has no plug-in of its own. Its layers have, and its parameters apply to them.
 void check_look(KeyReader& reader, WrittenContainer& written) {
     if (written.container.look.empty()) {
         if (written.layers != nullptr)

@@ -1,4 +1,4 @@
-// The text of a curve: numbers between spaces.
+// The text of a curve: numbers separated by spaces.
 #pragma once
 
 #include <optional>
@@ -7,13 +7,13 @@
 
 namespace stage {
 
-/// The parts between single or several spaces.
+/// Splits the text at one or more spaces.
 std::vector<std::string_view> words_of(std::string_view text);
 
-/// The whole word as a finite decimal number, with an optional sign; false for anything else.
+/// Reads the whole word as a finite decimal number with an optional sign. False for any other word.
 bool parse_number(std::string_view word, double& number);
 
-/// All numbers of a curve; none when a word is no number.
+/// All numbers of a curve; empty optional if a word is not a number.
 std::optional<std::vector<double>> curve_numbers(std::string_view text);
 
 }  // namespace stage

@@ -3,15 +3,14 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
-
 #include "stage/file_ending.h"
+#include "stage/names.h"
 
 namespace stage {
 
 namespace {
 
-// By position: the names of GeometryKind. `needed` must be given, `possible` may be.
+// The keys of a GeometryKind, in the order of its values: required ones and optional ones.
 struct KindRow {
     const char* name;
     std::vector<std::string> needed;
@@ -47,7 +46,7 @@ void read_points(KeyReader& reader, const KeyedNode& entry, GeometryDescription&
     }
 }
 
-// A font file, or the name of an installed family, which is looked up when the scene is built.
+// Reads a font file or the name of an installed family. Families are looked up when the scene is built.
 void read_font(KeyReader& reader, const KeyedNode& entry, GeometryDescription& out) {
     if (!read_text(reader, entry, out.font)) return;
     const std::string extension = file_ending(out.font);
@@ -93,10 +92,6 @@ const KeyRow<GeometryDescription> kGeometryKeys[] = {
          if (read_color(r, e, color)) g.fill = color;
      }},
 };
-
-bool contains(const std::vector<std::string>& names, std::string_view name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 void check_keys_of_kind(KeyReader& reader, const toml::table& table, const KindRow& kind) {
     for (const std::string& key : kind.needed) {

@@ -1,11 +1,11 @@
-// The table of a shape that smoke can be born from: a container's geometry, from the start or through the timeline.
+// Reads the table of a shape: a container's geometry, at the start or in the timeline.
 #pragma once
 
 #include "key_reader.h"
 
 namespace stage {
 
-/// Stores the shape, or reports a kind that is not known, keys that its kind does not have and keys that it lacks.
+/// Stores the shape. Reports an unknown kind, keys that the kind does not have, and missing keys.
 void read_geometry(KeyReader& reader, const KeyedNode& entry, std::optional<GeometryDescription>& out);
 
 /// "container.geometry.kind", …

@@ -9,7 +9,8 @@ namespace stage {
 
 namespace {
 
-// The pictures that a pattern stands for. Only the file's name may hold the number: the folder is taken as it stands.
+// Finds the pictures of a pattern. Only the file's name may contain the number; % in a folder's name is a plain
+// character.
 void read_sequence(KeyReader& reader, const KeyedNode& entry, const std::string& written, ImageDescription& image) {
     const std::filesystem::path pattern = written;
     if (is_frame_pattern(pattern.parent_path().string())) {

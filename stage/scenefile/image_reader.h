@@ -5,11 +5,11 @@
 
 namespace stage {
 
-/// Stores the images by name: a file or a built-in image, or a table of one and how its pictures follow each other.
-/// Finds the files of sequences. frame_rate: of sequences that state none.
+/// Stores the images by name. An image is a file, a built-in image, or a table of one of these and its timing. Finds
+/// the files of sequences. frame_rate: for sequences that do not state one.
 void read_images(KeyReader& reader, const KeyedNode& entry, double frame_rate, ImageDescriptions& images);
 
-/// The name of one of the images in `entry`, or an empty text after reporting that there is none.
+/// The name of an image of the scene. Reports an unknown name and returns an empty text.
 std::string read_image_name(KeyReader& reader, const KeyedNode& entry, const SceneDescription& scene);
 
 /// "images.NAME.file", …

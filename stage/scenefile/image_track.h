@@ -1,4 +1,4 @@
-// The images of a scene over time: sequences, and pictures that the timeline exchanges.
+// The images of a scene over time: sequences, and pictures that the timeline replaces.
 #pragma once
 
 #include <optional>
@@ -11,22 +11,22 @@
 
 namespace stage {
 
-/// One image over time. Only the current picture is in memory; each is decoded when it becomes current, those of a loop
-/// again in every round.
+/// One image over time. Only the current picture is in memory. Each picture is decoded when it becomes current, also
+/// repeatedly in a loop.
 struct ImageTrack {
     std::string name;
     ImageDescription description;
     std::vector<TimelineEntry> switches;  // timeline entries of this image, by time
-    int32_t handle = kNoObject;           // once it has been shown
+    int32_t handle = kNoObject;           // valid after the first show_image
     int64_t shown = 0;                    // current picture: index into the files, then into the switches
 };
 
-/// The scene's images. Reads the sizes of all files and adds a line to `errors`, "file:line:column: …", for each that
-/// is no picture, and for pictures of one sequence that differ in size.
+/// The scene's images. Reads the sizes of all files. Adds a line "file:line:column: …" to `errors` for each file that
+/// is not a picture, and for sequences whose pictures differ in size.
 std::vector<ImageTrack> make_image_tracks(const SceneDescription& scene, std::vector<std::string>& errors);
 
-/// Sets the image's picture for a time; first adds the image to the Stage if needed. When size or format change, every
-/// instance with a parameter that names the image is notified that this parameter changed, since plug-ins may have
+/// Sets the image's picture for a time. Adds the image to the Stage at the first call. If size or format changes,
+/// notifies every instance with a parameter that names the image of a change of this parameter, since plug-ins may have
 /// stored the size. The error names the place in the scene file.
 Result<Done> show_image(Stage& stage, ImageTrack& track, double seconds);
 

@@ -1,4 +1,4 @@
-// The files that a scene is made of.
+// The files that a scene reads.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,7 @@
 
 namespace stage {
 
-/// The scene file and every file that it names: pictures, meshes and font files, those of the timeline too.
+/// The scene file and every file that it names: pictures, meshes and font files, also those of the timeline.
 STAGE_EXPORT std::vector<std::filesystem::path> input_files(const SceneDescription& scene);
 
 }  // namespace stage

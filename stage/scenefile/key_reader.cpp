@@ -25,7 +25,7 @@ bool is_number_within(const toml::node& node, double minimum, double maximum, do
     return true;
 }
 
-// names: of the numbers, such as "x, y, z".
+// names: the names of the numbers, such as "x, y, z".
 template <size_t count>
 bool read_numbers(KeyReader& reader, const KeyedNode& entry, const char* names, double minimum, double maximum,
                   std::array<float, count>& out) {

@@ -39,7 +39,7 @@ void read_layers(KeyReader& reader, const KeyedNode& entry, LookDescription& loo
     if (look.layers.empty()) report(reader, entry.node.source(), "a look needs at least one [[layer]]");
 }
 
-// The rate stands before the images and layers, which have it.
+// The rate is first, since images and layers use it.
 const KeyRow<LookDescription> kLookKeys[] = {
     {"purpose", read_purpose},
     {"rate", [](KeyReader& r, const KeyedNode& e, LookDescription& l) { read_frame_rate(r, e, l.rate); }},

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "container_reader.h"
 #include "look_file.h"
 #include "stage/names.h"
@@ -18,18 +16,14 @@ std::vector<std::string> layer_names(const LookDescription& look) {
     return names;
 }
 
-bool contains(const std::vector<std::string>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-// The scene's name for what `name` is in the look: one of its layers, one of its images, or the same name.
+// The scene's name of an object of the look. Names that are neither an image nor a layer of the look stay unchanged.
 std::string name_in_scene(const std::string& name, const LookDescription& look, const ContainerDescription& container) {
     if (look.images.contains(name)) return container.look + "." + name;
     if (contains(layer_names(look), name)) return container.name + "." + name;
     return name;
 }
 
-// A text value of a parameter may name an image or a layer of the look.
+// Replaces names of images and layers of the look by their names in the scene, also in text values of parameters.
 void rename_objects(ContainerDescription& layer, const LookDescription& look, const ContainerDescription& container) {
     const auto rename_image = [&](std::string& image) {
         if (look.images.contains(image)) image = container.look + "." + image;
@@ -43,11 +37,11 @@ void rename_objects(ContainerDescription& layer, const LookDescription& look, co
     }
 }
 
-// The container's own keys for all layers, then those for this one.
+// Applies the container's keys for all layers, then its keys for this layer.
 void override_layer(KeyReader& reader, const LookUse& use, ContainerDescription& layer, const std::string& name) {
     const toml::table* overrides = use.overrides == nullptr ? nullptr : use.overrides->as_table();
     const toml::node* own = overrides == nullptr ? nullptr : overrides->get(name);
-    KeyReader reported = reader;  // the container's own mistakes have been reported
+    KeyReader reported = reader;  // a copy, since mistakes of the container were already reported
     if (layer.has_plugin) read_layer_wide_keys(reported, use.table, layer);
     const toml::table* keys = own == nullptr ? nullptr : read_table(reader, {name.c_str(), *own});
     if (keys == nullptr) return;
@@ -69,7 +63,7 @@ void check_overrides(KeyReader& reader, const LookUse& use, const LookDescriptio
     }
 }
 
-// Those with a plug-in, of the look of the container; by index.
+// Indices of the layers with a plug-in of the container's look.
 std::vector<int32_t> layers_with_plugins(const SceneDescription& scene, int32_t container) {
     std::vector<int32_t> layers;
     for (size_t i = 0; i < scene.containers.size(); ++i) {
@@ -79,39 +73,31 @@ std::vector<int32_t> layers_with_plugins(const SceneDescription& scene, int32_t 
     return layers;
 }
 
-void hand_entries(SceneDescription& scene) {
-    std::vector<TimelineEntry> entries;
-    for (TimelineEntry& entry : scene.timeline) {
-        const bool is_for_layers = entry.container >= 0 &&
-                                   !scene.containers[static_cast<size_t>(entry.container)].look.empty() &&
-                                   (!entry.parameters.empty() || !entry.press.empty() || entry.burst > 0);
-        if (!is_for_layers) {
-            entries.push_back(std::move(entry));
-            continue;
-        }
-        for (const int32_t layer : layers_with_plugins(scene, entry.container)) {
-            entries.push_back(entry);
-            entries.back().container = layer;
-        }
-    }
-    scene.timeline = std::move(entries);
+bool is_for_plugin(const TimelineEntry& entry) {
+    return !entry.parameters.empty() || !entry.press.empty() || entry.burst > 0;
 }
 
-void hand_tracks(SceneDescription& scene) {
-    std::vector<Track> tracks;
-    for (Track& track : scene.tracks) {
-        const bool is_for_layers = track.property == TrackProperty::kParameter && track.container >= 0 &&
-                                   !scene.containers[static_cast<size_t>(track.container)].look.empty();
-        if (!is_for_layers) {
-            tracks.push_back(std::move(track));
+bool is_for_plugin(const Track& track) {
+    return track.property == TrackProperty::kParameter;
+}
+
+// Change: TimelineEntry or Track.
+template <class Change>
+void copy_to_layers(const SceneDescription& scene, std::vector<Change>& changes) {
+    std::vector<Change> all;
+    for (Change& change : changes) {
+        const bool has_look =
+            change.container >= 0 && !scene.containers[static_cast<size_t>(change.container)].look.empty();
+        if (!has_look || !is_for_plugin(change)) {
+            all.push_back(std::move(change));
             continue;
         }
-        for (const int32_t layer : layers_with_plugins(scene, track.container)) {
-            tracks.push_back(track);
-            tracks.back().container = layer;
+        for (const int32_t layer : layers_with_plugins(scene, change.container)) {
+            all.push_back(change);
+            all.back().container = layer;
         }
     }
-    scene.tracks = std::move(tracks);
+    changes = std::move(all);
 }
 
 }  // namespace
@@ -140,9 +126,9 @@ void add_look_layers(KeyReader& reader, const LookUse& use, SceneDescription& sc
     }
 }
 
-void hand_changes_to_layers(SceneDescription& scene) {
-    hand_entries(scene);
-    hand_tracks(scene);
+void copy_changes_to_layers(SceneDescription& scene) {
+    copy_to_layers(scene, scene.timeline);
+    copy_to_layers(scene, scene.tracks);
 }
 
 }  // namespace stage

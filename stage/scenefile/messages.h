@@ -1,4 +1,4 @@
-// What is said about a scene or a look, a line each: "file:line:column: …".
+// Messages about a scene or a look, a line "file:line:column: …" each.
 #pragma once
 
 #include <string>
@@ -10,10 +10,10 @@ namespace stage {
 
 struct Messages {
     std::vector<std::string> errors;
-    std::vector<std::string> warnings;  // of what can be rendered, but hardly as intended
+    std::vector<std::string> warnings;  // about values that can be rendered but are probably mistakes
 };
 
-/// The first of equal lines, in their order: a value is looked at once for each layer and time that it holds for.
+/// Removes repeated lines. A value is checked for each layer and time that it applies to, which repeats its messages.
 std::vector<std::string> without_repeats(std::vector<std::string> lines);
 
 /// All lines in one error, without repeats.

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "built_in_images.h"
 #include "stage/names.h"
 #include "stage/plugins/parameter_values.h"
@@ -12,11 +10,7 @@ namespace stage {
 
 namespace {
 
-bool contains(const std::vector<std::string>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-// Error: the parameter names a container or image that is not in the scene.
+// Checks that the container or image that the parameter names is in the scene.
 Result<Done> check_object(const SceneDescription& scene, const ParameterInfo& parameter, const std::string& name) {
     if (name.empty()) return Done{};
     std::vector<std::string> known;

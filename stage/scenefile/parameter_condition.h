@@ -1,4 +1,4 @@
-// When a parameter's value has an effect, as the plug-in's notes say it.
+// Conditions under which a parameter has an effect, from the notes of a plug-in.
 #pragma once
 
 #include <map>
@@ -10,20 +10,20 @@
 
 namespace stage {
 
-/// A condition on one parameter: it is `set`, or is one of `values`.
+/// A test of one parameter: it is set, or is one of `values`.
 struct ValueTest {
     std::string parameter;
-    bool set = false;                    // a number that is not 0, a text that is not empty
-    std::vector<ParameterValue> values;  // of a Radio texts
+    bool set = false;                    // test for a number other than 0 or a text that is not empty
+    std::vector<ParameterValue> values;  // choices of a Radio are texts
 };
 
-/// Holds while all tests do.
+/// Holds if all tests hold.
 struct Condition {
     std::vector<ValueTest> tests;
-    bool attached = false;  // another plug-in works on the instance
+    bool attached = false;  // also requires that another plug-in is attached to the instance
 };
 
-/// One of them must hold; none: always.
+/// At least one must hold. An empty list always holds.
 using Conditions = std::vector<Condition>;
 
 /// "spawn_type is Cube or Sphere; or use_wind_image is on and wind_force is not 0". Empty for no conditions.

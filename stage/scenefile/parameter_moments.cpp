@@ -9,21 +9,21 @@ namespace stage {
 
 namespace {
 
-constexpr double kMostSteps = 64.0;  // between two keys of a track
+constexpr double kMostSteps = 64.0;  // largest number of steps between two keys of a track
 
 // A parameter's new value from a time on.
 struct Change {
     double seconds;
     const ParameterSetting* setting;
     ParameterValue value;
-    bool made = true;  // false between the keys of a track
+    bool made = true;  // false for steps between the keys of a track
 };
 
 void add_settings(std::vector<Change>& changes, double seconds, const std::vector<ParameterSetting>& settings) {
     for (const ParameterSetting& setting : settings) changes.push_back({seconds, &setting, setting.value});
 }
 
-// The first key holds from the start; between keys numbers change in steps of a frame or more.
+// Adds the keys of a track and steps between them. The first key applies from the start; a step lasts a frame or more.
 void add_track(std::vector<Change>& changes, const Track& track, const SceneDescription& scene, const Plugin& plugin) {
     const ParameterInfo& parameter = *find_parameter(plugin, track.parameter);
     const bool is_number = parameter.kind == ParameterKind::kInt || parameter.kind == ParameterKind::kFloat;

@@ -9,10 +9,11 @@
 
 namespace stage {
 
-/// Appends "container.parameter=value" to the container's settings, where it overrides earlier ones; with a look, to
-/// those of its layers, whose own names are CONTAINER.LAYER. The value is read
-/// as in a scene file; what is no number, true, false or quoted text counts as plain text. Error: an assignment of
-/// another form, a container that does not exist or carries no plug-in, or a parameter that a track moves.
+/// Appends the assignment "container.parameter=value" to the settings of the container, where it overrides earlier
+/// ones. For a container with a look it is appended to the settings of its layers; a single layer is named
+/// CONTAINER.LAYER. The value is read as in a scene file. A value that is not a number, true, false or a quoted text is
+/// a plain text. Errors: another form of assignment, a container that does not exist or has no plug-in, a parameter
+/// with a track.
 STAGE_EXPORT Result<Done> override_parameter(SceneDescription& scene, const std::string& assignment);
 
 }  // namespace stage

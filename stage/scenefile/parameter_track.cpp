@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "curve_text.h"
+#include "parameter_moments.h"
 #include "timeline.h"
 
 namespace stage {
@@ -15,12 +16,7 @@ bool is_number(const ParameterInfo& parameter) {
     return parameter.kind == ParameterKind::kInt || parameter.kind == ParameterKind::kFloat;
 }
 
-double number_of(const ParameterValue& value) {
-    const auto* whole = std::get_if<int>(&value);
-    return whole != nullptr ? *whole : std::get<double>(value);
-}
-
-// Error: the one cannot be blended into the other.
+// Checks that one curve can be interpolated to the other.
 Result<Done> check_curves(const ParameterValue& from, const ParameterValue& to, const CurveFormat& format) {
     const std::optional<std::vector<double>> before = curve_numbers(std::get<std::string>(from));
     const std::optional<std::vector<double>> after = curve_numbers(std::get<std::string>(to));
@@ -33,12 +29,12 @@ Result<Done> check_curves(const ParameterValue& from, const ParameterValue& to, 
                     after->size() / size, before->size() / size)};
 }
 
-std::string blended_curve(const std::string& from, const std::string& to, double way) {
+std::string blended_curve(const std::string& from, const std::string& to, double fraction) {
     std::vector<double> numbers = *curve_numbers(from);
     const std::vector<double> targets = *curve_numbers(to);
     std::string text;
     for (size_t i = 0; i < numbers.size(); ++i)
-        text += fmt::format("{}{:.6g}", i == 0 ? "" : " ", numbers[i] + way * (targets[i] - numbers[i]));
+        text += fmt::format("{}{:.6g}", i == 0 ? "" : " ", numbers[i] + fraction * (targets[i] - numbers[i]));
     return text;
 }
 
@@ -65,10 +61,11 @@ void check_blends(const Track& track, const Plugin& plugin, const PluginNotes& n
 ParameterValue parameter_value(const Track& track, const ParameterInfo& parameter, double seconds) {
     const KeyMoment moment = key_moment(track.keys, seconds);
     const ParameterValue& from = track.keys[moment.key].setting.value;
-    if (moment.way == 0.0) return from;
+    if (moment.fraction == 0.0) return from;
     const ParameterValue& to = track.keys[moment.key + 1].setting.value;
-    if (!is_number(parameter)) return blended_curve(std::get<std::string>(from), std::get<std::string>(to), moment.way);
-    const double number = number_of(from) + moment.way * (number_of(to) - number_of(from));
+    if (!is_number(parameter))
+        return blended_curve(std::get<std::string>(from), std::get<std::string>(to), moment.fraction);
+    const double number = number_of(from) + moment.fraction * (number_of(to) - number_of(from));
     if (parameter.kind == ParameterKind::kInt) return static_cast<int>(std::lround(number));
     return number;
 }

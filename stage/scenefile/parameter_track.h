@@ -1,4 +1,4 @@
-// Tracks of parameters: values between keys.
+// Tracks of parameters: values interpolated between keys.
 #pragma once
 
 #include "plugin_notes.h"
@@ -8,14 +8,14 @@
 
 namespace stage {
 
-/// Adds a line to `errors` for each key of a track of a parameter that the key before cannot be blended into: only
-/// numbers can, and curves with as many points. A key with the ease step can have any value. All values must have
-/// passed check_settings.
+/// Adds a line to `errors` for each key of a parameter's track to which the key before cannot be interpolated. Only
+/// numbers and curves with equal numbers of points can be interpolated. A key with Ease::kStep can have any value. All
+/// values must have passed check_settings.
 void check_blends(const Track& track, const Plugin& plugin, const PluginNotes& notes, std::vector<std::string>& errors);
 
 /// The value of a track of `parameter` at a time: constant before the first key and after the last, eased in between.
-/// Numbers of an Int are rounded to nearest. A curve's positions and numbers are blended one by one, and written with
-/// six digits. The track must have passed check_blends.
+/// Values of an Int are rounded to nearest. Positions and numbers of a curve are interpolated one by one and written
+/// with six digits. The track must have passed check_blends.
 STAGE_EXPORT ParameterValue parameter_value(const Track& track, const ParameterInfo& parameter, double seconds);
 
 }  // namespace stage

@@ -19,7 +19,7 @@ void warn_of_curve(const ParameterInfo& parameter, const CurveFormat& curve, con
         curve.range[1], text_of(parameter.initial), points.error().message));
 }
 
-// What the author of the plug-in's parameters says about them, and the container's values at a time.
+// The container's values at a time, with the notes of the plug-in.
 struct NotedMoment {
     const Plugin& plugin;
     const PluginNotes& notes;

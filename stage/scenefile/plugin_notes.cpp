@@ -20,7 +20,7 @@ struct WrittenPlugin {
     PluginNotes notes{};
 };
 
-// The notes of one parameter as they are read.
+// The notes of one parameter, with the data that their readers need.
 struct WrittenNotes {
     const WrittenPlugin& of;
     const ParameterInfo& parameter;
@@ -29,7 +29,7 @@ struct WrittenNotes {
     CurveFormat curve{};
 };
 
-// Reads an array with `read_element`, which reports mistakes itself.
+// Reads an array with `read_element`, which reports mistakes in elements.
 template <class ReadElement>
 void read_array(KeyReader& reader, const KeyedNode& entry, const char* elements, const ReadElement& read_element) {
     const toml::array* array = entry.node.as_array();
@@ -47,7 +47,7 @@ void read_texts(KeyReader& reader, const KeyedNode& entry, std::vector<std::stri
     });
 }
 
-// The parameter of this name, or null after reporting that there is none.
+// The parameter of this name. Reports an unknown name and returns null.
 const ParameterInfo* named_parameter(KeyReader& reader, const toml::source_region& source, const std::string& name,
                                      const Plugin& plugin) {
     const ParameterInfo* parameter = find_parameter(plugin, name);

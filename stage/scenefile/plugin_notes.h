@@ -1,4 +1,4 @@
-// What a plug-in's author says about its parameters beyond their registration: a TOML file beside the library.
+// Notes on a plug-in: a TOML file beside the library that describes its parameters beyond their registration.
 #pragma once
 
 #include <array>
@@ -16,13 +16,13 @@
 
 namespace stage {
 
-/// How an outline is read from the container that a parameter names: the parameters for it.
+/// The parameters that control how an outline is read from the container that another parameter names.
 struct OutlineNotes {
     std::string plane;        // Radio: a choice names the two axes, such as "XZ"
-    std::string coordinates;  // Radio: the choice "World" places the outline as its container is
+    std::string coordinates;  // Radio: with the choice "World" the outline has the placement of its container
 };
 
-/// The curve as the plug-in made it: pressing a button writes its samples into a parameter, in the form of the curve.
+/// Access to the samples of a curve: pressing a button writes them into a parameter, in the format of the curve.
 struct SampleNotes {
     std::string press;  // the button
     std::string text;   // String
@@ -30,61 +30,61 @@ struct SampleNotes {
 
 using ParameterPair = std::array<std::string, 2>;
 
-/// One parameter in pictures that differ in its value alone.
+/// Pictures of a scene that differ only in the value of one parameter.
 struct PictureNotes {
     std::string scene;                   // its name, without folder and extension
     std::vector<ParameterValue> values;  // a picture for each
     std::vector<ParameterSetting> with;  // other parameters
 };
 
-/// Roles in the rules of lint: life in seconds and its spread in percent; the share of life that is left in percent;
-/// nothing is born while it is on; half sizes of a particle; a curve of opacity. "aid" is for the studio: draws an aid
-/// for the designer while it is on.
+/// Roles of parameters, used by lint: life in seconds and its spread in percent; the remaining share of life in
+/// percent; a switch that stops births; half sizes of a particle; a curve of opacity. "aid", used by the studio, is a
+/// switch that draws an aid for the designer.
 inline const std::vector<std::string> kRoles = {"life",       "life_spread", "life_kept", "frozen",
                                                 "half_width", "half_height", "opacity",   "aid"};
 
 struct ParameterNotes {
-    std::string name;                          // as registered
-    std::string group;                         // one of the plug-in's groups
-    std::string sentence;                      // what the parameter does
-    std::string more;                          // further sentences
-    std::string unit;                          // of the value
-    std::string per;                           // "second", "frame": the value acts anew in each; else empty
-    std::string conversion;                    // how the value changes with the frame rate; empty: it does not
-    bool at_birth = false;                     // a change reaches new particles only
-    std::vector<Condition> acts_when;          // the value has an effect while one of these holds; none: always
-    std::map<std::string, std::string> needs;  // by choice, or "true": the parameter that must not be empty then
+    std::string name;                  // as registered
+    std::string group;                 // one of the plug-in's groups
+    std::string sentence;              // what the parameter does
+    std::string more;                  // further sentences
+    std::string unit;                  // of the value
+    std::string per;                   // "second" or "frame": the period after which the value acts again; or empty
+    std::string conversion;            // kind of conversion to another frame rate; empty: none
+    bool at_birth = false;             // a change affects new particles only
+    std::vector<Condition> acts_when;  // the value has an effect if one of these holds; empty: always
+    std::map<std::string, std::string> needs;  // by choice or "true": another parameter, which must not be empty then
     std::optional<PictureNotes> picture;
-    std::string role;                     // what it is for the rules of lint, as kRoles lists them; else empty
-    bool idle = false;                    // nothing reads the value
-    std::vector<ParameterPair> binds;     // of a lock: what a panel keeps alike, and the plug-in does not
-    std::vector<std::string> scaled;      // of a Radio: choices that let the container's scale enter other values
-    Conditions doubles;                   // the value counts double while one of these holds; none: never
-    std::vector<ParameterPair> covers;    // of an Image: width and height in units; the first pair that is not 0 counts
-    std::optional<OutlineNotes> outline;  // of a Container
-    std::optional<CurveFormat> curve;     // of a String
-    std::optional<SampleNotes> sampled;   // of a curve
+    std::string role;                   // one of kRoles, or empty
+    bool idle = false;                  // the plug-in does not use the value
+    std::vector<ParameterPair> binds;   // for a lock: parameters that a user interface keeps equal, not the plug-in
+    std::vector<std::string> scaled;    // for a Radio: choices with which the container's scale affects other values
+    Conditions doubles;                 // the value has twice its effect if one of these holds; empty: never
+    std::vector<ParameterPair> covers;  // for an Image: width and height in units; the first pair other than 0 is used
+    std::optional<OutlineNotes> outline;  // for a Container
+    std::optional<CurveFormat> curve;     // for a String
+    std::optional<SampleNotes> sampled;   // for a curve
 };
 
-/// The parameters that births depend on. Time is saved up, and at 1 / rate seconds each it is spent on births; those
-/// that find no free record are lost.
+/// The parameters of births. The plug-in accumulates time and has a birth for each 1 / rate seconds. Births without a
+/// free record are lost.
 struct BirthNotes {
     std::string rate;    // a Float: births per second
-    std::string number;  // an Int: how many particles can be alive
+    std::string number;  // an Int: size of the pool
 };
 
 struct PluginNotes {
-    std::vector<std::string> groups;         // in the order to show them
-    std::vector<std::string> facts;          // about several parameters at once
+    std::vector<std::string> groups;         // in display order
+    std::vector<std::string> facts;          // sentences about several parameters
     std::vector<ParameterNotes> parameters;  // in the order of the file
-    std::optional<BirthNotes> births;        // of a plug-in that answers 'RAD1'
+    std::optional<BirthNotes> births;        // for a plug-in that answers 'RAD1'
 };
 
 /// Null for a parameter without notes.
 STAGE_EXPORT const ParameterNotes* find_notes(const PluginNotes& notes, const std::string& parameter);
 
-/// Reads NAME.toml in the folder of the plug-in's library, NAME being the registered name. No file: no notes.
-/// Error, a line for each mistake: "file:line:column: …" for what is not TOML, unknown keys, wrong values, and
+/// Reads NAME.toml in the folder of the plug-in's library, where NAME is the registered name. Empty notes if there is
+/// no file. Error: a line "file:line:column: …" for each mistake, such as invalid TOML, unknown keys, wrong values, and
 /// groups, parameters and choices that the plug-in does not have.
 STAGE_EXPORT Result<PluginNotes> read_plugin_notes(const Plugin& plugin);
 

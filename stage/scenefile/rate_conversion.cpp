@@ -13,7 +13,7 @@ void hold(RateValue& value) {
     value.value = std::clamp(value.value, value.minimum, value.maximum);
 }
 
-// The factor d that velocities keep per frame, at the old rate and at the new one.
+// The factor d by which velocities are multiplied per frame, at the old rate and at the new one.
 struct DragFactors {
     double before = 1.0;
     double after = 1.0;

@@ -32,7 +32,7 @@ struct Builder {
     SceneDescription scene;
     const std::string& smoke_plugin;
     BuiltScene built;
-    std::vector<PluginId> plugins;  // by container index; -1 where it carries none
+    std::vector<PluginId> plugins;  // by container index; -1 for a container without a plug-in
     std::map<PluginId, PluginNotes> notes;
     Messages messages;
 };
@@ -111,7 +111,7 @@ void add_containers(Builder& builder) {
     }
 }
 
-// Shapes come before instances, which may look for them as they are made.
+// Shapes are added before instances, which may access them in PLUGIN_INIT_FUNCTION.
 void add_shapes(Builder& builder) {
     builder.built.shapes = build_shape_tracks(builder.scene, builder.messages);
     for (ShapeTrack& shape : builder.built.shapes)
@@ -186,7 +186,7 @@ void read_notes(Builder& builder) {
     }
 }
 
-// All settings must be right.
+// All settings must have passed check_settings.
 void warn_of_parameters(Builder& builder) {
     for (size_t i = 0; i < builder.plugins.size(); ++i) {
         if (const PluginId id = builder.plugins[i]; id >= 0)
@@ -195,7 +195,7 @@ void warn_of_parameters(Builder& builder) {
     }
 }
 
-// All settings must be right.
+// All settings must have passed check_settings.
 void convert_rates(Builder& builder) {
     for (size_t i = 0; i < builder.plugins.size(); ++i) {
         if (const PluginId id = builder.plugins[i]; id >= 0)

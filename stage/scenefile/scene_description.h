@@ -21,13 +21,12 @@ using Triple = std::array<float, 3>;
 /// Where a value was written: "file:line:column", or the option that set it. Messages about the value start with it.
 using Place = std::string;
 
-/// Lines about a scene, "file:line:column: …" each.
-/// Its kind is checked against the plug-in when the scene is built.
+/// A value of a parameter. Its kind is checked against the plug-in when the scene is built.
 struct ParameterSetting {
     std::string name;      // as registered
-    ParameterValue value;  // as written; a whole number that int does not hold is a double
+    ParameterValue value;  // as written; a whole number outside the range of int is a double
     Place place;
-    double frame_rate = 0.0;  // that the value was made at, of a look's value; 0 is the scene's
+    double frame_rate = 0.0;  // rate that a value of a look is made for; 0: the scene's values_rate
 };
 
 struct CameraDescription {
@@ -41,7 +40,7 @@ struct CameraDescription {
 
 enum class GeometryKind { kRectangle, kEllipse, kPolygon, kMesh, kText, kPicture, kPlate };
 
-/// A shape that a container carries; smoke can be born from its outline. Only the fields of its kind count.
+/// The shape of a container; smoke can be born from its outline. Only the fields of its kind are used.
 struct GeometryDescription {
     GeometryKind kind = GeometryKind::kRectangle;
     float width = 100.0f;                      // rectangle, ellipse, picture, plate: container units
@@ -52,9 +51,9 @@ struct GeometryDescription {
     std::string text;                          // text
     Place text_place;
     std::string font;     // text: a font file or an installed family, empty for DejaVu Sans
-    float size = 100.0f;  // text: units per em, about the distance of two lines
+    float size = 100.0f;  // text: units per em, about the distance between two lines
     TextAlignment alignment = TextAlignment::kCentre;  // text
-    float threshold = 0.5f;  // picture: brightness × opacity from which a pixel is inside, 0…1
+    float threshold = 0.5f;  // picture: smallest brightness × opacity of a pixel inside the shape, 0…1
     std::string image;       // plate: name of an image; empty for other kinds
     Place image_place;
     std::optional<Triple>
@@ -76,22 +75,22 @@ struct ContainerDescription {
     Triple position = {0, 0, 0};  // parent's units
     Triple rotation = {0, 0, 0};  // degrees about X, Y, Z
     Triple scale = {1, 1, 1};     // factors
-    bool has_plugin = false;      // `plugin` or `parameters` was given
+    bool has_plugin = false;      // the keys `plugin` or `parameters` are given
     std::string plugin;           // "smoke", a library beside it or a file name; empty means the smoke
     Place plugin_place;
     std::vector<ParameterSetting> parameters;  // in the order written
     std::string texture = "puff";              // name of an image, "none" for no texture
     Place texture_place;
-    std::vector<std::string> more_textures;  // likewise; each makes a further container, see texture_variants.h
-    int32_t variants = 1;    // containers that this one was shared out over, with itself; 0 for those after the first
-    bool depth_test = true;  // false: drawn over everything drawn before, wherever it stands
+    std::vector<std::string> more_textures;  // likewise; each adds a container, see texture_variants.h
+    int32_t variants = 1;    // number of containers that this one was split into, itself included; 0 for the others
+    bool depth_test = true;  // false: drawn over everything drawn before, at any depth
     Blend blend = Blend::kAlpha;
     float opacity = 1.0f;  // 0…1
-    bool pulses = false;   // births are lost on purpose: lint does not report them
+    bool pulses = false;   // lost births are intended, so that lint does not report them
     std::optional<LightDescription> light;
     std::optional<GeometryDescription> geometry;
     std::string look;             // as written, empty for none; the look's layers are its children
-    int32_t look_container = -1;  // of a layer: index of the container with its look
+    int32_t look_container = -1;  // for a layer: index of the container with its look
     Place place;
 };
 
@@ -111,36 +110,36 @@ struct TimelineEntry {
     Place place;
 };
 
-enum class Ease { kLinear, kSmooth, kStep };  // step: the value before until the key's time
+enum class Ease { kLinear, kSmooth, kStep };  // kStep: the previous value until the time of the key
 enum class TrackProperty { kPosition, kRotation, kScale, kGeometry, kOpacity, kParameter };
 
 struct TrackKey {
-    double time = 0.0;                            // seconds, above the key before
-    Triple value = {0, 0, 0};                     // of position, rotation and scale; of opacity the first number, 0…1
-    std::optional<GeometryDescription> geometry;  // of the property geometry
-    Ease ease = Ease::kLinear;                    // of the change from the key before
-    ParameterSetting setting{};                   // of a parameter
+    double time = 0.0;                            // seconds, above the time of the previous key
+    Triple value = {0, 0, 0};                     // position, rotation or scale; for opacity the first number, 0…1
+    std::optional<GeometryDescription> geometry;  // for the property geometry
+    Ease ease = Ease::kLinear;                    // of the change from the previous key
+    ParameterSetting setting{};                   // for a parameter
 };
 
-/// What changes on one container between keyed values; constant before the first key and after the last.
+/// Keyed values of one property of a container; constant before the first key and after the last.
 struct Track {
     int32_t container = -1;  // index
     TrackProperty property = TrackProperty::kPosition;
     std::vector<TrackKey> keys;  // one or more
-    std::string parameter = {};  // of kParameter: its name
+    std::string parameter = {};  // for kParameter: its name
 };
 
 enum class Play {
-    kLoop,  // after the last picture the first one again; the first one before the start
-    kHold,  // the last picture stays; the first one before the start
+    kLoop,  // repeats; the first picture before the start
+    kHold,  // the last picture stays; the first picture before the start
     kOnce,  // black and transparent before the first picture and after the last
 };
 
-/// One picture, or a sequence of them.
+/// A picture or an image sequence.
 struct ImageDescription {
     std::vector<std::filesystem::path> files;  // one or more, in the order they are shown
     double frame_rate = 50.0;                  // sequence: pictures per second, above 0
-    double start = 0.0;                        // sequence: seconds from the scene's first picture to its own first
+    double start = 0.0;                        // sequence: scene time of its first picture, seconds
     Play play = Play::kLoop;                   // sequence
     Place place;
 };
@@ -152,18 +151,18 @@ struct SceneDescription {
     std::set<std::filesystem::path> looks;      // files of the looks that the scene uses
     std::array<int32_t, 2> size = {1280, 720};  // pixels, 1…16384 each
     double frame_rate = 50.0;                   // frames per second, 1…1000
-    double values_rate = 0.0;                   // that the scene's parameters were made at; 0: frame_rate
+    double values_rate = 0.0;                   // frame rate that the parameters are made for; 0: frame_rate
     double length = 5.0;                        // seconds
     double prewarm = 0.0;                       // seconds simulated before the first picture
     uint32_t seed = 1;
     std::optional<Triple> background;  // 0…1 each; none is transparent
-    int32_t bits = 16;                 // per channel of the frame that is drawn into: 8, or 16 (floating point)
-    std::optional<float> shoulder;     // brightness from which light is compressed, 0…0.99; none clips it at 1
-    int32_t samples = 4;               // per pixel, of scenes that show shapes; 1 has no antialiasing
+    int32_t bits = 16;                 // per channel of the framebuffer: 8, or 16 (floating point)
+    std::optional<float> shoulder;     // brightness above which light is compressed, 0…0.99; none: clipped at 1
+    int32_t samples = 4;               // per pixel, for scenes that show shapes; 1: no antialiasing
     CameraDescription camera;
     ImageDescriptions images;
     std::vector<ContainerDescription> containers;  // parents before their children
-    std::vector<TimelineEntry> timeline;           // by time, those of one time as written
+    std::vector<TimelineEntry> timeline;           // sorted by time; entries of the same time in the order of the file
     std::vector<Track> tracks;
 };
 

@@ -32,7 +32,7 @@ const ShapeTrack* shape_of(const BuiltScene& scene, int32_t container_handle) {
     return nullptr;
 }
 
-// Shapes are there for plug-ins to read; plates and the ones with a fill colour are seen as well.
+// Draws plates and shapes with a fill colour. Other shapes are only read by plug-ins.
 Result<Done> draw_shape(SceneCanvas& canvas, const BuiltScene& scene, PassSettings settings, const DrawItem& item) {
     const ShapeTrack* shape = shape_of(scene, item.container.handle);
     const Geometry* geometry = geometry_of(*scene.stage, item.container.handle);
@@ -89,7 +89,7 @@ bool is_filled(const std::optional<GeometryDescription>& geometry) {
     return geometry && geometry->fill && geometry->kind != GeometryKind::kPlate;
 }
 
-// Whether there is a shape whose edges need antialiasing, at some time.
+// True if the scene draws a shape at any time, whose edges need antialiasing.
 bool shows_shapes(const SceneDescription& scene) {
     for (const ContainerDescription& container : scene.containers)
         if (is_filled(container.geometry)) return true;

@@ -13,35 +13,36 @@
 
 namespace stage {
 
-/// A context of its own, the frame and the textures. Belongs to the thread that made it. Textures go before the frame,
-/// the frame before the context.
+/// An OpenGL context, its framebuffer and textures. Belongs to the thread that creates it. The members are destroyed in
+/// the order textures, framebuffer, context.
 struct SceneCanvas {
     OpenGlContext context;
     Framebuffer frame;
     struct CachedTexture {
-        int64_t revision = -1;  // of the image that was uploaded
+        int64_t revision = -1;  // revision of the uploaded image
         Texture texture;
     };
     std::map<int32_t, CachedTexture> textures;  // by image handle
     bool check_opengl = false;                  // name each faulty OpenGL call of plug-ins; slow
 };
 
-/// A frame of the scene's size and bits per channel. It has the scene's samples per pixel if a shape with a fill can be
-/// seen; for smoke alone they cost time and change nothing.
+/// Creates a canvas with the scene's size and bits per channel. Uses the scene's samples per pixel only if the scene
+/// draws shapes, since multisampling does not change smoke.
 STAGE_EXPORT Result<SceneCanvas> make_canvas(const SceneDescription& scene);
 
-/// Prepares a canvas for another built scene: a frame as make_canvas makes it, no textures, the same context.
+/// Prepares a canvas for another built scene: keeps the context, removes the textures, and creates the framebuffer as
+/// make_canvas does.
 STAGE_EXPORT Result<Done> reuse_canvas(SceneCanvas& canvas, const SceneDescription& scene);
 
-/// Draws the frame that was run last: the background, then every container that is shown, in tree order. Returns when
-/// the renderer has drawn it. A canvas serves one built scene: it keeps the textures of that scene's images.
-/// Fails when an image is no texture; what plug-ins do wrong with OpenGL goes to the Stage's complaints.
+/// Draws the current frame: the background, then every shown container in tree order. Returns when the renderer has
+/// finished. A canvas is for one built scene, since it stores the textures of that scene's images. Error: an image
+/// cannot become a texture. OpenGL faults of plug-ins become complaints of the Stage.
 STAGE_EXPORT Result<Done> draw_frame(SceneCanvas& canvas, BuiltScene& scene);
 
-/// The frame that was drawn last. The context must be current.
+/// The last drawn frame. The context must be current.
 STAGE_EXPORT DrawnPicture read_frame(const SceneCanvas& canvas);
 
-/// Both, as bytes with straight alpha and the scene's shoulder.
+/// draw_frame and read_frame. Returns bytes with straight alpha, with the scene's shoulder applied.
 STAGE_EXPORT Result<Picture> draw_scene(SceneCanvas& canvas, BuiltScene& scene);
 
 }  // namespace stage

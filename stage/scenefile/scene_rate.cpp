@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "parameter_moments.h"
 #include "rate_conversion.h"
 
 namespace stage {
@@ -14,22 +15,16 @@ namespace {
 
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
-// A parameter that converts: its value as written and as it was set last.
+// A converted parameter, with its written value and the value that was set last.
 struct Converting {
     const ParameterInfo& parameter;
     RateValue value;   // at the scene's values_rate, without limits
-    double set = 0.0;  // what the instance has
-    Place place;       // of the value
+    double set = 0.0;  // current value of the instance
+    Place place;       // where the value was written
     bool is_reported = false;
 };
 
 using State = std::vector<Converting>;
-
-double number_of(const ParameterValue& value) {
-    if (const auto* whole = std::get_if<int>(&value)) return *whole;
-    const auto* number = std::get_if<double>(&value);
-    return number != nullptr ? *number : 0.0;
-}
 
 double values_rate(const SceneDescription& scene) {
     return scene.values_rate > 0.0 ? scene.values_rate : scene.frame_rate;
@@ -46,7 +41,7 @@ State initial_state(const Plugin& plugin, const PluginNotes& notes, const Place&
     return state;
 }
 
-// True when one of the settings is of a value that converts.
+// Stores the value of a setting. False if its parameter is not converted.
 bool take_value(State& state, const ParameterSetting& setting) {
     for (Converting& one : state) {
         if (one.parameter.name != setting.name) continue;
@@ -78,7 +73,7 @@ void warn_of_held(const Converting& one, const RateValue& held, double wanted, d
                                    one.place, one.parameter.name, wanted, frame_rate, held.value, remains));
 }
 
-// Settings for the values that the instance must have now and does not have.
+// Converts the values and returns settings for those that differ from the current values of the instance.
 std::vector<ParameterSetting> converted(State& state, const SceneDescription& scene,
                                         std::vector<std::string>& warnings) {
     const double ratio = scene.frame_rate / values_rate(scene);
@@ -104,7 +99,7 @@ std::vector<ParameterSetting> converted(State& state, const SceneDescription& sc
     return settings;
 }
 
-// The value of a setting by this name replaces the one that is there.
+// Replaces the value of settings with this name, or appends the setting.
 void put(std::vector<ParameterSetting>& settings, const ParameterSetting& setting) {
     for (ParameterSetting& old : settings) {
         if (old.name == setting.name) old.value = setting.value;
@@ -113,7 +108,7 @@ void put(std::vector<ParameterSetting>& settings, const ParameterSetting& settin
     if (std::none_of(settings.begin(), settings.end(), is_there)) settings.push_back(setting);
 }
 
-// Each key of a tracked value, with the other values that the container starts with.
+// Converts each key of a track, together with the initial values of the other parameters.
 void convert_keys(Track& track, State state, const SceneDescription& scene, std::vector<std::string>& warnings) {
     for (TrackKey& key : track.keys) {
         if (!take_value(state, key.setting)) return;

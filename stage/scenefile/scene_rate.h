@@ -1,4 +1,4 @@
-// The values of a scene's smoke at the frame rate that it is rendered at.
+// Converts the parameters of a scene to the frame rate at which it is rendered.
 #pragma once
 
 #include "plugin_notes.h"
@@ -7,10 +7,10 @@
 
 namespace stage {
 
-/// Converts what the container's parameters, in its own settings, in the timeline and in tracks, were made at: values
-/// of a look at the look's rate, all others at `values_rate`, to `frame_rate`. Settings for the results are added
-/// behind the others. The notes say which parameters convert. Adds a line to `warnings` for each value that is held at
-/// the limit of its range, and for each that cannot be converted. All settings must have passed check_settings.
+/// Converts the container's parameters to the scene's `frame_rate`, in its settings, in the timeline and in tracks.
+/// Values of a look are made for the look's rate, all others for `values_rate`. Appends settings for the results. The
+/// notes say which parameters are converted. Adds a line to `warnings` for each result that is clamped to its range,
+/// and for each value that cannot be converted. All settings must have passed check_settings.
 STAGE_EXPORT void convert_container_rate(SceneDescription& scene, int32_t container, const Plugin& plugin,
                                          const PluginNotes& notes, std::vector<std::string>& warnings);
 

@@ -31,7 +31,7 @@ void read_size(KeyReader& reader, const KeyedNode& entry, SceneDescription& scen
         read_integer(reader, {i == 0 ? "width" : "height", *array->get(i)}, 1, kMaxPictureSide, scene.size[i]);
 }
 
-// "transparent", "#rrggbb" or three numbers.
+// Reads "transparent", "#rrggbb" or three numbers.
 void read_background(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene) {
     const auto* text = entry.node.as_string();
     if (text != nullptr && text->get() == "transparent") {
@@ -84,8 +84,7 @@ void read_camera(KeyReader& reader, const KeyedNode& entry, SceneDescription& sc
         report(reader, table->get("look_at")->source(), "look_at must be another point than the camera's position");
 }
 
-// The frame rate stands before the images, which have it unless they say otherwise; images and containers before the
-// timeline, which refers to them.
+// The order matters: images use the frame rate as their default, and the timeline refers to images and containers.
 const KeyRow<SceneDescription> kSceneKeys[] = {
     {"size", read_size},
     {"frame_rate", [](KeyReader& r, const KeyedNode& e, SceneDescription& s) { read_frame_rate(r, e, s.frame_rate); }},
@@ -133,7 +132,7 @@ Result<SceneDescription> read_scene(const std::string& text, const std::filesyst
     try {
         const toml::table table = toml::parse(text, file.string());
         read_keys(reader, table, "the scene", kSceneKeys, scene);
-        hand_changes_to_layers(scene);
+        copy_changes_to_layers(scene);
     } catch (const toml::parse_error& error) {
         report_parse_error(reader, error);
     }

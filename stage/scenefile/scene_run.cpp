@@ -12,7 +12,7 @@ namespace {
 
 Result<Done> apply_entry(SceneRun& run, const TimelineEntry& entry) {
     Stage& stage = *run.built.stage;
-    if (entry.container < 0) return Done{};  // about an image
+    if (entry.container < 0) return Done{};  // entries of images are applied by show_image
     const int32_t handle = run.built.container_handles[static_cast<size_t>(entry.container)];
     for (const ParameterSetting& setting : entry.parameters) {
         const Result<Done> set = set_parameter(stage, handle, setting.name, setting.value);
@@ -61,7 +61,7 @@ void move_container(Container& container, const Track& track, double seconds) {
     target = {value[0], value[1], value[2]};
 }
 
-// All tracks but those of shapes.
+// Applies all tracks except those of shapes.
 Result<Done> apply_tracks(SceneRun& run, double seconds) {
     Stage& stage = *run.built.stage;
     for (const Track& track : run.built.description.tracks) {

@@ -12,7 +12,7 @@ namespace stage {
 
 namespace {
 
-// Brightness × opacity of each pixel. Brightness by the weights of Rec. 601, in 1/256.
+// Brightness × opacity of each pixel. Brightness uses the weights of Rec. 601, in 1/256.
 Mask mask_of(const Picture& picture, float threshold) {
     Mask mask{picture.width, picture.height, {}, static_cast<uint8_t>(std::lround(threshold * 255.0f))};
     const auto step = static_cast<size_t>(bytes_per_pixel(picture.format));

@@ -1,4 +1,4 @@
-// The shapes of a scene's containers.
+// Builds the shapes of a scene's containers.
 #pragma once
 
 #include <vector>
@@ -9,8 +9,8 @@
 
 namespace stage {
 
-/// The meshes of a described shape, in container units. Adds a line to `warnings`, "file:line:column: …", for each
-/// character that the font lacks. The error does not name the place in the scene file.
+/// The meshes of a shape, in container units. Adds a line "file:line:column: …" to `warnings` for each character that
+/// is missing in the font. The error does not name the place in the scene file.
 Result<std::vector<Mesh>> build_shape(const GeometryDescription& geometry, std::vector<std::string>& warnings);
 
 }  // namespace stage

@@ -10,27 +10,27 @@ namespace stage {
 
 namespace {
 
-constexpr double kBefore = -1.0;  // seconds: before every time in a timeline
+constexpr double kBefore = -1.0;  // seconds; earlier than any time of a timeline
 
-float between(float from, float to, double way) {
-    return static_cast<float>(from + way * (static_cast<double>(to) - from));
+float between(float from, float to, double fraction) {
+    return static_cast<float>(from + fraction * (static_cast<double>(to) - from));
 }
 
-// Both have the same counts.
-std::vector<Mesh> between(const std::vector<Mesh>& from, const std::vector<Mesh>& to, double way) {
+// Interpolates between meshes with equal numbers of outlines and corners.
+std::vector<Mesh> between(const std::vector<Mesh>& from, const std::vector<Mesh>& to, double fraction) {
     std::vector<Mesh> meshes = from;
     for (size_t m = 0; m < meshes.size(); ++m) {
         for (size_t i = 0; i < meshes[m].vertices.size(); ++i) {
             Vector3& vertex = meshes[m].vertices[i];
             const Vector3& target = to[m].vertices[i];
-            vertex = {between(vertex.x, target.x, way), between(vertex.y, target.y, way),
-                      between(vertex.z, target.z, way)};
+            vertex = {between(vertex.x, target.x, fraction), between(vertex.y, target.y, fraction),
+                      between(vertex.z, target.z, fraction)};
         }
     }
     return meshes;
 }
 
-// Error: a number of outlines or corners differs, so that one shape cannot deform into the other.
+// Checks that the numbers of outlines and corners are equal, so that one shape can deform into the other.
 Result<Done> check_counts(const std::vector<Mesh>& from, const std::vector<Mesh>& to) {
     if (from.size() != to.size())
         return Error{
@@ -67,7 +67,7 @@ void add_key(ShapeTrack& track, double time, Ease ease, const GeometryDescriptio
     track.keys.push_back({time, ease, std::move(*meshes), geometry.fill, geometry.image});
 }
 
-// A container whose first shape comes from the timeline has no outlines before that time.
+// Adds the shapes of the timeline. A container without a shape at the start has no outlines before the first of them.
 void add_switches(ShapeTrack& track, const SceneDescription& scene, Messages& messages) {
     for (const TimelineEntry& entry : scene.timeline) {
         if (!entry.geometry || entry.container != track.container) continue;
@@ -100,15 +100,17 @@ void show_shape(Stage& stage, int32_t container_handle, ShapeTrack& track, doubl
     if (track.shown == moment) return;
     track.shown = moment;
     const std::vector<Mesh>& from = track.keys[moment.key].meshes;
-    set_mesh_geometry(stage, container_handle,
-                      moment.way == 0.0 ? from : between(from, track.keys[moment.key + 1].meshes, moment.way));
+    set_mesh_geometry(
+        stage, container_handle,
+        moment.fraction == 0.0 ? from : between(from, track.keys[moment.key + 1].meshes, moment.fraction));
 }
 
 std::optional<Triple> shown_fill(const ShapeTrack& track) {
     const KeyMoment moment = track.shown.value_or(KeyMoment{});
     std::optional<Triple> fill = track.keys[moment.key].fill;
-    if (moment.way == 0.0 || !fill || !track.keys[moment.key + 1].fill) return fill;
-    for (size_t i = 0; i < 3; ++i) (*fill)[i] = between((*fill)[i], (*track.keys[moment.key + 1].fill)[i], moment.way);
+    if (moment.fraction == 0.0 || !fill || !track.keys[moment.key + 1].fill) return fill;
+    for (size_t i = 0; i < 3; ++i)
+        (*fill)[i] = between((*fill)[i], (*track.keys[moment.key + 1].fill)[i], moment.fraction);
     return fill;
 }
 

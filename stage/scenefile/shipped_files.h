@@ -1,4 +1,4 @@
-// Where the files are that come along with the Stage.
+// The folder of the files that ship with the Stage.
 #pragma once
 
 #include <filesystem>
@@ -7,8 +7,8 @@
 
 namespace stage {
 
-/// The folder above that of the Stage's library, in the build tree and in an installed one. Its looks/ has looks and
-/// built-in images, scenes/ scene files, plugins/ plug-ins. Does not check that it exists.
+/// The parent of the folder with the Stage's library, in the build tree and in an installation. Contains looks/ (looks
+/// and built-in images), scenes/ and plugins/. Does not check that the folder exists.
 STAGE_EXPORT std::filesystem::path shipped_files_folder();
 
 }  // namespace stage

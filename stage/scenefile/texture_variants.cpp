@@ -8,7 +8,7 @@ namespace stage {
 
 namespace {
 
-/// The containers that one container becomes, from `index` on.
+/// Describes the split of the container `index` into `count` containers, which follow each other.
 struct Split {
     size_t index;
     int32_t count;
@@ -45,31 +45,31 @@ ContainerDescription variant_of(const ContainerDescription& original, const Spli
     return container;
 }
 
-void share_out(const Split& split, int32_t variant, TimelineEntry& entry) {
+void divide(const Split& split, int32_t variant, TimelineEntry& entry) {
     for (ParameterSetting& setting : entry.parameters) share_setting(split, variant, setting);
     entry.burst = share(split, variant, entry.burst);
 }
 
-void share_out(const Split& split, int32_t variant, Track& track) {
+void divide(const Split& split, int32_t variant, Track& track) {
     for (TrackKey& key : track.keys) share_setting(split, variant, key.setting);
 }
 
-void move_behind(const Split& split, int32_t& container) {
+void shift_index(const Split& split, int32_t& container) {
     if (container > static_cast<int32_t>(split.index)) container += split.count - 1;
 }
 
-/// Changes: timeline entries or tracks. Those of the container become one for each variant.
+/// Replaces each change of the container by one for each variant. Changes: a vector of timeline entries or tracks.
 template <class Changes>
 void split_changes(const Split& split, Changes& changes) {
     Changes all;
     for (auto& change : changes) {
         const bool is_for_it = change.container == static_cast<int32_t>(split.index);
-        move_behind(split, change.container);
+        shift_index(split, change.container);
         for (int32_t variant = 0; variant < (is_for_it ? split.count : 1); ++variant) {
             all.push_back(change);
             if (!is_for_it) continue;
             all.back().container += variant;
-            share_out(split, variant, all.back());
+            divide(split, variant, all.back());
         }
     }
     changes = std::move(all);
@@ -77,8 +77,8 @@ void split_changes(const Split& split, Changes& changes) {
 
 void split_container(SceneDescription& scene, std::vector<PluginId>& plugins, const Split& split) {
     for (ContainerDescription& container : scene.containers) {
-        move_behind(split, container.parent);
-        move_behind(split, container.look_container);
+        shift_index(split, container.parent);
+        shift_index(split, container.look_container);
     }
     const auto place = scene.containers.begin() + static_cast<std::ptrdiff_t>(split.index);
     std::vector<ContainerDescription> variants;

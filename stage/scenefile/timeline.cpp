@@ -7,7 +7,7 @@ namespace stage {
 
 namespace {
 
-constexpr double kFrameTolerance = 1e-6;  // of a frame: far above the rounding of time × rate, far below a frame
+constexpr double kFrameTolerance = 1e-6;  // in frames; much larger than the rounding error of time × rate
 
 }  // namespace
 
@@ -35,10 +35,10 @@ double eased(Ease ease, double part) {
 Triple track_value(const Track& track, double seconds) {
     const KeyMoment moment = key_moment(track.keys, seconds);
     Triple value = track.keys[moment.key].value;
-    if (moment.way == 0.0) return value;
+    if (moment.fraction == 0.0) return value;
     const Triple& to = track.keys[moment.key + 1].value;
     for (size_t i = 0; i < 3; ++i)
-        value[i] = static_cast<float>(value[i] + moment.way * (static_cast<double>(to[i]) - value[i]));
+        value[i] = static_cast<float>(value[i] + moment.fraction * (static_cast<double>(to[i]) - value[i]));
     return value;
 }
 

@@ -6,32 +6,31 @@
 
 namespace stage {
 
-/// Pictures of the scene: its length in frames, rounded to nearest, at least 1.
+/// The number of pictures of the scene: its length in frames, rounded to nearest, at least 1.
 STAGE_EXPORT int64_t frame_count(const SceneDescription& scene);
 
-/// Frames simulated before the first picture.
+/// The number of frames that are simulated before the first picture.
 STAGE_EXPORT int64_t prewarm_frames(const SceneDescription& scene);
 
-/// The frame on screen at `seconds`: the last one that starts no later. A millionth of a frame is tolerated, so that
-/// rounding does not give the frame before.
+/// The frame on screen at `seconds`: the last one that does not start later, with a tolerance of a millionth of a frame
+/// because of rounding.
 STAGE_EXPORT int64_t frame_at(const SceneDescription& scene, double seconds);
 
-/// The first frame that starts no earlier than `seconds`: where a timeline entry applies. Same tolerance.
+/// The first frame that does not start before `seconds`, in which a timeline entry is applied. Same tolerance.
 STAGE_EXPORT int64_t first_frame_from(const SceneDescription& scene, double seconds);
 
-/// A moment among keys.
+/// A position between keys.
 struct KeyMoment {
-    size_t key = 0;    // the last key that was passed, or the first key
-    double way = 0.0;  // share of the change to the next key, eased; 0 to below 1
+    size_t key = 0;         // the last key at or before the time, or the first key
+    double fraction = 0.0;  // of the change to the next key, eased; 0 to below 1
 
     bool operator==(const KeyMoment&) const = default;
 };
 
-/// The share of the change to a key of this ease at the share `part` (0 to 1) of the time: linear u, smooth 3u² - 2u³,
-/// step 0.
+/// The fraction of the change after the fraction `part` (0 to 1) of the time: linear u, smooth 3u² - 2u³, step 0.
 STAGE_EXPORT double eased(Ease ease, double part);
 
-/// The moment at `seconds` among one or more keys with the fields `time`, none below the one before, and `ease`.
+/// The moment at `seconds`. keys: one or more, with the fields `time`, in ascending order, and `ease`.
 template <class Key>
 KeyMoment key_moment(const std::vector<Key>& keys, double seconds) {
     size_t passed = 0;
@@ -46,7 +45,7 @@ KeyMoment key_moment(const std::vector<Key>& keys, double seconds) {
 /// geometry and parameters.
 STAGE_EXPORT Triple track_value(const Track& track, double seconds);
 
-/// The index into `files` of the picture shown at a time; -1 for none, before and after a sequence that is played once.
+/// The index into `files` of the picture at a time; -1 before and after a sequence that is played once.
 STAGE_EXPORT int64_t picture_at(const ImageDescription& image, double seconds);
 
 }  // namespace stage

@@ -13,7 +13,7 @@ namespace stage {
 
 namespace {
 
-// The rows need the scene beside what they fill.
+// Targets of the readers: a value and the scene that the readers look up names in.
 struct WrittenEntry {
     const SceneDescription& scene;
     TimelineEntry entry;
@@ -35,13 +35,13 @@ void require(KeyReader& reader, const toml::table& table, const char* section, c
     }
 }
 
-/// What a key of [[at]] is for. An entry is about a container or about an image, never both.
+/// The use of a key of [[at]]. An entry changes either a container or an image.
 enum class EntryUse {
-    kTime,          // needed by both
-    kContainer,     // needed by an entry about a container
-    kPluginAction,  // something for a container with a plug-in to do
-    kShapeAction,   // something for a container without one
-    kImage,         // needed by an entry about an image
+    kTime,          // required
+    kContainer,     // required for a container
+    kPluginAction,  // change of a container with a plug-in
+    kShapeAction,   // change of a container without a plug-in
+    kImage,         // required for an image
 };
 
 struct EntryRow {
@@ -112,7 +112,7 @@ void check_image_entry(KeyReader& reader, const toml::table& table) {
     }
 }
 
-// Which actions are possible depends on what the container carries.
+// Checks that the entry has actions that the container supports.
 void check_container_entry(KeyReader& reader, const toml::table& table, const TimelineEntry& entry,
                            const SceneDescription& scene) {
     const std::vector<std::string> plugin_actions = entry_keys_for({EntryUse::kPluginAction});
@@ -189,7 +189,7 @@ void read_track_keys(KeyReader& reader, const KeyedNode& entry, Track& track) {
     if (track.keys.empty()) report(reader, entry.node.source(), "keys must hold at least one { time, value }");
 }
 
-// The property and the parameter stand before the keys, whose values depend on them.
+// Property and parameter are before the keys, whose values depend on them.
 const KeyRow<WrittenTrack> kTrackKeys[] = {
     {"container", [](KeyReader& r, const KeyedNode& e,
                      WrittenTrack& w) { w.track.container = read_container_name(r, e, w.scene.containers); }},
@@ -207,7 +207,7 @@ const KeyRow<WrittenTrack> kTrackKeys[] = {
     {"keys", [](KeyReader& r, const KeyedNode& e, WrittenTrack& w) { read_track_keys(r, e, w.track); }},
 };
 
-// A container's shape comes from one place: its plug-in, its geometry with what [[at]] makes of it, or a track.
+// Checks that a container's shape has only one source: its plug-in, its geometry with [[at]] entries, or a track.
 void check_shape_track(KeyReader& reader, const toml::table& table, const Track& track, const SceneDescription& scene) {
     if (track.property != TrackProperty::kGeometry || track.container < 0) return;
     const ContainerDescription& container = scene.containers[static_cast<size_t>(track.container)];
@@ -227,7 +227,7 @@ void check_shape_track(KeyReader& reader, const toml::table& table, const Track&
     }
 }
 
-// A parameter changes by one track, or by [[at]].
+// Checks that a parameter is changed either by one track or by [[at]].
 void check_parameter_track(KeyReader& reader, const toml::table& table, const Track& track,
                            const SceneDescription& scene) {
     if (track.property != TrackProperty::kParameter) return;

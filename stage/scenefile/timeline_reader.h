@@ -5,7 +5,7 @@
 
 namespace stage {
 
-/// Both read the containers of `scene`, which must be complete, and add to its timeline and its tracks.
+/// Add to the timeline and to the tracks of the scene, whose containers must be complete.
 void read_timeline(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene);
 void read_tracks(KeyReader& reader, const KeyedNode& entry, SceneDescription& scene);
 
