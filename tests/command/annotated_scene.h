@@ -1,12 +1,12 @@
-// Scenes whose comments tell which messages they cause.
+// Scenes whose comments state the expected messages.
 #pragma once
 
 #include <gmock/gmock.h>
 
 #include <sstream>
 
-/// What the scene's messages must match, in any order. `#! COLUMN: BEGIN … PART` stands for a message about that column
-/// of its line which begins with BEGIN and contains PART; " … PART" can be left out. A line may have several.
+/// Matchers for the expected messages of a scene, in any order. `#! COLUMN: BEGIN … PART` expects a message about this
+/// column of its line that begins with BEGIN and contains PART. " … PART" is optional. A line may have several.
 inline std::vector<testing::Matcher<std::string>> annotated_messages(const std::string& scene,
                                                                      const std::string& file) {
     const std::string mark = "#! ", gap = " … ";
@@ -26,7 +26,7 @@ inline std::vector<testing::Matcher<std::string>> annotated_messages(const std::
     return messages;
 }
 
-/// The lines of `output` that name a place in `file`, from there on.
+/// The lines of `output` that name a place in `file`, without the text before it.
 inline std::vector<std::string> messages_about(const std::string& file, const std::string& output) {
     std::vector<std::string> messages;
     std::istringstream lines(output);

@@ -1,4 +1,4 @@
-// Runs the command in a folder of its own that has a tiny scene in it.
+// Runs the command in a temporary folder with a tiny scene.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ struct Outcome {
     std::string errors;
 };
 
-// A folder of its own for each test, with a tiny scene in it. Commands run inside.
+// A separate folder for each test, with a tiny scene. Commands run in this folder.
 class Command : public testing::Test {
   protected:
     void SetUp() override {
@@ -37,7 +37,7 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
     void write(const std::string& name, const std::string& bytes) const { write_bytes(folder / "work" / name, bytes); }
     std::string bytes(const std::string& name) const { return file_bytes(folder / "work" / name); }
 
-    // The caller ignores SIGCHLD.
+    // Runs the command from a caller that ignores SIGCHLD.
     Outcome run(const std::string& arguments) const {
         return run_shell("env --ignore-signal=CHLD " TOVU_PROGRAM " " + arguments);
     }
@@ -52,7 +52,8 @@ parameters = { birth_rate = 100, life_time = 0.5, sort = true, turbulence_x = 3 
 
     std::ptrdiff_t file_count() const { return std::distance(fs::recursive_directory_iterator(folder / "work"), {}); }
 
-    // A mistake gives status 2 and a line that begins with the program's name, and leaves no new file. The messages.
+    // Expects status 2, a message that begins with the program's name and contains `message`, and no new file. Returns
+    // the messages.
     std::string expect_mistake(const std::string& arguments, const std::string& message) const {
         const auto before = file_count();
         const Outcome outcome = run(arguments);

@@ -1,4 +1,4 @@
-// Tests of the command line from outside: exit statuses, messages, files.
+// Tests of the program: exit statuses, messages, files.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -103,8 +103,8 @@ TEST_F(Command, HashPrintsADigestOfEveryNthFrame) {
     EXPECT_THAT(lines[2], testing::StartsWith("older 4 "));
 }
 
-// A plug-in that differs from the recorded one in one rule.
-TEST_F(Command, ReplayTellsAPluginThatChanged) {
+// The replayed plug-in differs from the recorded one in one rule.
+TEST_F(Command, ReplayFindsAChangedPlugin) {
     const std::string plugins = TOVU_BINARY_DIR "/plugins/faulty/";
     write("wheel.toml", "length = 0.1\n[[container]]\nname = 'a'\nplugin = '" + plugins + "faulty_none.so'\n");
     EXPECT_EQ(0, run("record wheel.toml -o wheel.txt").status);
@@ -125,7 +125,7 @@ TEST_F(Command, ReplayTellsAPluginThatChanged) {
     }
 }
 
-// Mistakes that only the plug-in's registration or another file shows.
+// Mistakes that are found only with the plug-in's registration or with another file.
 constexpr const char* kMistakesAboutPlugins = R"(container = [
     { name = "a", parameters = { gravity = 1, birth_rat = 3 } },  #! 59: parameter 'birth_rat' is not known to
     { name = "b", parameters = { number_of_particles = 4294967297 } },  #! 56: parameter 'number_of_particles' takes
@@ -213,7 +213,7 @@ track = [
 ]
 )";
 
-TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
+TEST_F(Command, LintAndRenderWarnOfProbableMistakes) {
     write("odd.toml", kDoubtful);
     const Outcome lint = run("lint odd.toml");
     EXPECT_EQ(1, lint.status) << lint.errors;
@@ -228,7 +228,7 @@ TEST_F(Command, LintAndRenderWarnOfValuesThatHardlyMeanWhatIsWritten) {
                 testing::UnorderedElementsAreArray(annotated_messages(kDoubtful, "warning: odd.toml")));
 }
 
-TEST_F(Command, AVideoWithoutAlphaOfATransparentSceneIsWarnedOf) {
+TEST_F(Command, WarnsOfAVideoThatLosesTheAlpha) {
     write("clear.toml", "length = 0.04\ncontainer = [{ name = 'a' }]\n");
     const std::string both = run("render clear.toml -o x.mp4 -o x.mov -o x.gif --size 8x8").errors;
     EXPECT_THAT(both, HasSubstr("warning: x.mp4: has no alpha, so that the scene, which has no background, is over"));
@@ -245,7 +245,7 @@ TEST_F(Command, ASheetShowsFramesFromTheFirstToTheLast) {
                 testing::AllOf(HasSubstr("TAG:Frame=0 2 4 7\n"), HasSubstr("width=32\nheight=24\n")));
 }
 
-TEST_F(Command, PicturesSayWhatTheyAreOf) {
+TEST_F(Command, PicturesHaveTextEntries) {
     ASSERT_EQ(0, run("render tiny.toml -o x.png -o x.exr -o y%d.png --at 0.2 --frames 5 --bits 16 --seed 7").status);
     EXPECT_TRUE(bytes("x.png") == bytes("y5.png")) << "0.2 s of 25 frames a second";
     for (const char* picture : {"x.png", "x.exr"})
@@ -256,14 +256,14 @@ TEST_F(Command, PicturesSayWhatTheyAreOf) {
             << picture;
 }
 
-TEST_F(Command, FramesOfALongerRenderAreWarnedOf) {
+TEST_F(Command, WarnsOfFramesLeftByALongerRender) {
     write("short.toml", "length = 0.04\ncontainer = [{ name = 'a' }]\n");
     for (const char* name : {"f1.png", "f2.png", "f3.png", "g5.png"}) write(name, "");
     EXPECT_THAT(run("render short.toml --size 8x8 -o f%d.png").errors,
                 HasSubstr("warning: f2.png to f3.png are from an earlier render: this scene has 2 frames\n"));
 }
 
-// A look that a scene changes is saved as a look, which then gives the same pictures without the changes.
+// A look with changes of the scene is saved as a new look, which gives the same pictures without these changes.
 TEST_F(Command, LooksAreSavedComparedAndConverted) {
     fs::create_directory(folder / "work" / "looks");
     write("looks/plume.toml", R"(purpose = "A plume"
@@ -369,9 +369,9 @@ const std::string kFaulty = TOVU_BINARY_DIR "/plugins/tests/faulty_at_work.so";
 const std::string kNewGeom = "PLUGIN_NEW_GEOM of Faulty in 'faulty', frame 1 ";
 const std::string kRender = "PLUGIN_RENDER_OPENGL of Faulty in 'faulty', frame 1 ";
 
-// What the faulty plug-in is told to do, and what the command says.
+// A fault of the faulty plug-in and the message of the command.
 struct Fault {
-    const char* deed;
+    const char* fault;
     std::string message;
     const char* options = "";
 };
@@ -402,13 +402,13 @@ class FaultyPlugin : public Command {
     }
     void TearDown() override { unsetenv("FAULTY"); }
 
-    static void tell(const char* deed) { setenv("FAULTY", deed, 1); }
+    static void tell(const char* fault) { setenv("FAULTY", fault, 1); }
 };
 
 TEST_F(FaultyPlugin, IsNamedAndEndsTheRenderWithStatus2) {
-    for (const auto& [deed, message, options] : kFaults) {
-        SCOPED_TRACE(deed);
-        tell(deed);
+    for (const auto& [fault, message, options] : kFaults) {
+        SCOPED_TRACE(fault);
+        tell(fault);
         expect_mistake(std::string("render faulty.toml -o x.mp4 ") + options, message);
     }
 }
@@ -425,16 +425,17 @@ const Fault kComplaints[] = {
 };
 
 TEST_F(FaultyPlugin, ViolationsAreReportedWithItsName) {
-    for (const auto& [deed, message, options] : kComplaints) {
+    for (const auto& [fault, message, options] : kComplaints) {
         SCOPED_TRACE(message);
-        tell(deed);
+        tell(fault);
         const Outcome outcome = run(std::string("render faulty.toml -o x.mp4 ") + options);
         EXPECT_EQ(0, outcome.status);
         EXPECT_THAT(outcome.errors, HasSubstr(message));
     }
 }
 
-// Runs `render` in a process of its own until it has begun to write, then sends it the signal twice. Its exit status.
+// Runs `render` in a child process until it has begun to write, then sends it the signal twice. Returns the exit
+// status.
 int status_after_signal(const fs::path& folder, const char* scene, int signal) {
     const pid_t child = fork();
     if (child == 0) {
@@ -477,7 +478,7 @@ constexpr const char* kProbeAsJson = R"({"name": "Probe", "type": 1, "instance_b
 {"index": 6, "name": "picture", "label": "Picture", "kind": "Image", "default": "", "max_length": 4095}],
 "buttons": [{"name": "draw", "label": "Draw", "action": 1}, {"name": "ask", "label": "Ask", "action": 2}]})";
 
-// A copy of the script in a folder without sources: a command that it passed on would fail to build.
+// A copy of the script in a folder without sources, where a command that needs a build would fail.
 TEST_F(Command, TheScriptAnswersWithoutABuild) {
     for (const char* name : {"tovu", "CMakeLists.txt"}) fs::copy_file(fs::path(TOVU_SOURCE_DIR) / name, folder / name);
     fs::create_directory(folder / "cmake");
@@ -494,7 +495,7 @@ TEST_F(Command, TheScriptAnswersWithoutABuild) {
     EXPECT_FALSE(fs::exists(folder / "build"));
 }
 
-TEST_F(Command, ParamsTellsWhatIsRegistered) {
+TEST_F(Command, ParamsShowsTheRegistration) {
     const Outcome probe = run("params --json " TOVU_BINARY_DIR "/plugins/tests/probe_plugin.so");
     ASSERT_EQ(0, probe.status) << probe.errors;
     EXPECT_EQ(nlohmann::json::parse(probe.output), nlohmann::json::parse(kProbeAsJson));

@@ -31,8 +31,8 @@ TEST_F(LongRender, ProgressIsJsonForPrograms) {
                                                    "[{]\"error\":\"x.mp4: 31 x 24 pixels[^\n]*\"[}]\n$"));
 }
 
-// The limit of a file's size stands for a full disk.
-TEST_F(LongRender, AFullDiskEndsItAndLeavesNoFile) {
+// A limit of the file size simulates a full disk.
+TEST_F(LongRender, AFullDiskIsAnErrorAndLeavesNoFile) {
     const auto files = file_count();
     for (const char* output : {"%d.png", "x.mov", "x.webm"}) {
         const Outcome full = run_shell(
@@ -48,7 +48,7 @@ length = 2000
 container = [{ name = "a", plugin = "smoke" }]
 )";
 
-// A render in a process of its own. The destructor kills it, as the end of a machine would.
+// A render in a child process. The destructor kills it with SIGKILL.
 class Background {
   public:
     Background(const fs::path& folder, const char* scene, const char* output) {
@@ -65,7 +65,7 @@ class Background {
     Background(const Background&) = delete;
     Background& operator=(const Background&) = delete;
 
-    // False if the render ends before that.
+    // Waits until the file exists. False if the render ends before.
     bool wait_for(const fs::path& file) const {
         while (!fs::exists(file))
             if (waitpid(process_, nullptr, WNOHANG) != 0) return false;
@@ -76,7 +76,7 @@ class Background {
     pid_t process_;
 };
 
-TEST_F(LongRender, AKilledOneGoesOnWithTheSameBytes) {
+TEST_F(LongRender, AKilledRenderResumesWithTheSameBytes) {
     write("long.toml", kLong);
     const std::string anew = "render long.toml --frames 0-24 ";
     const auto frame = [](int number) { return "a/" + std::to_string(number) + ".png"; };
@@ -99,7 +99,7 @@ TEST_F(LongRender, AKilledOneGoesOnWithTheSameBytes) {
         EXPECT_TRUE(bytes(frame(number)) == bytes("whole_" + std::to_string(number) + ".png")) << number;
 }
 
-TEST_F(LongRender, TwoDoNotWriteOneVideo) {
+TEST_F(LongRender, TwoRendersCannotWriteOneVideo) {
     write("long.toml", kLong);
     write(".x.mov.4294967294.part", "left by a render that was killed");
     {
@@ -111,7 +111,7 @@ TEST_F(LongRender, TwoDoNotWriteOneVideo) {
     EXPECT_EQ(0, run("render tiny.toml -o x.mov").status);
 }
 
-TEST_F(LongRender, PicturesThatVanishMeanwhileAreAnError) {
+TEST_F(LongRender, PicturesRemovedDuringTheRenderAreAnError) {
     write("long.toml", kLong);
     for (const char* file : {"a/0.png", "a/row.png.json"}) {
         const Outcome outcome = run_shell("(" TOVU_PROGRAM
@@ -125,7 +125,7 @@ TEST_F(LongRender, PicturesThatVanishMeanwhileAreAnError) {
     }
 }
 
-TEST_F(LongRender, ChunksTogetherEqualTheWhole) {
+TEST_F(LongRender, AllChunksTogetherEqualOneRender) {
     ASSERT_EQ(0, run("render tiny.toml --bits 16 -o whole_%d.png").status);
     ASSERT_EQ(0, run("render tiny.toml -o whole.mov -o whole.mp4").status);
     for (const char* chunk : {"3/3", "1/3", "2/3"}) {
@@ -146,7 +146,7 @@ TEST_F(LongRender, ChunksTogetherEqualTheWhole) {
     expect_mistake("render tiny.toml --seed 9 -o x.mov --from part_%d.png", "seed was 1 and is 9");
 }
 
-TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
+TEST_F(LongRender, RefusesToResumePicturesOfOtherContent) {
     ASSERT_EQ(0, run("render tiny.toml -o a/%d.png").status);
     write("other.toml", bytes("tiny.toml") + "# another comment\n");
     for (const char* name : {"b", "c"}) fs::create_directory(folder / "work" / name);
@@ -180,7 +180,7 @@ TEST_F(LongRender, RefusesToResumeWhatWasMadeOfSomethingElse) {
     expect_mistake("render tiny.toml -o c/%d.png --chunk 1/11", "there are 10 frames; N must be from 1 to 10");
 }
 
-TEST_F(LongRender, AFarmNeedsRightChunksAndSlurm) {
+TEST_F(LongRender, AFarmNeedsAValidNumberOfChunksAndSlurm) {
     const std::pair<const char*, const char*> cases[] = {
         {"farm tiny.toml --chunks 11 -o x.mov",
          "--chunks 11: must be a whole number from 1 to 10, the frames to render"},
@@ -203,7 +203,7 @@ TEST_F(LongRender, AFarmNeedsRightChunksAndSlurm) {
     EXPECT_EQ(files, file_count());
 }
 
-TEST_F(LongRender, TraceTellsTheTimesAndCountsOfFrames) {
+TEST_F(LongRender, TraceShowsTheTimesAndCountsOfFrames) {
     const Outcome traced = run("trace tiny.toml --frames 2-9 --json trace.json");
     ASSERT_EQ(0, traced.status) << traced.errors;
     for (const char* row : {"simulate the frame", "draw the frame", "step +smoke", "pass +smoke",
@@ -211,7 +211,7 @@ TEST_F(LongRender, TraceTellsTheTimesAndCountsOfFrames) {
         EXPECT_THAT(traced.output,
                     testing::ContainsRegex("\n" + std::string(row) + " ( +[0-9]+\\.[0-9]{3}){4} +[2-9]\n"));
     EXPECT_THAT(traced.output, testing::ContainsRegex("\nhost calls ( +[1-9][0-9]*){4} +[2-9]\n"));
-    // 4 births a frame, of which none dies within ten frames.
+    // 4 births per frame, and no deaths within ten frames.
     EXPECT_THAT(traced.output, testing::ContainsRegex("\nparticles +smoke +24 +40 +40 +40 +9\n"));
     EXPECT_EQ(8 * 4, nlohmann::json::parse(bytes("trace.json")).at("traceEvents").size());
     expect_mistake("trace tiny.toml --json no/t.json", "--json no/t.json: there is no folder 'no'");

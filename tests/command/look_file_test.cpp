@@ -1,4 +1,4 @@
-// Looks: files of layers that a scene's container takes and changes; the shipped ones show smoke.
+// Looks: their layers in a scene, changes by the scene, and the smoke of the shipped looks.
 #include <algorithm>
 
 #include "../stage/temporary_folder.h"
@@ -16,7 +16,7 @@ using stage::SceneDescription;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// A folder for a scene, with looks/two.toml.
+// A temporary folder for a scene, with looks/two.toml.
 class Looks : public testing::Test {
   protected:
     Looks() {
@@ -54,7 +54,7 @@ std::vector<std::string> values_of(const ContainerDescription& container, const 
     return values;
 }
 
-TEST_F(Looks, LayersAreChildrenThatTheSceneChanges) {
+TEST_F(Looks, LayersAreChildrenWithChangesOfTheScene) {
     auto scene = read(R"(
 [[container]]
 name = "first"

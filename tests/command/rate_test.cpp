@@ -1,4 +1,4 @@
-// Smoke at another frame rate: a burst from a point moves and spreads alike in time.
+// Conversion of smoke to another frame rate: a burst from a point has the same motion and spread in time.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr double kSeconds = 3.0;  // of every burst; particles live a little longer
+constexpr double kSeconds = 3.0;  // length of every burst; particles live a little longer
 
 struct Cloud {
     std::array<double, 3> mean{};
@@ -95,7 +95,7 @@ const RateCase kRates[] = {
 
 class Rates : public testing::TestWithParam<RateCase> {};
 
-TEST_P(Rates, ABurstMovesAndSpreadsAlike) {
+TEST_P(Rates, ABurstHasTheSameMotionAndSpread) {
     const RateCase& row = GetParam();
     const double made_at = stage::exact_frame_rate(row.made_at), rate = stage::exact_frame_rate(row.frame_rate);
     const std::vector<Cloud> before = clouds_of(burst(row.parameters, made_at, made_at));
@@ -120,7 +120,7 @@ TEST_P(Rates, ABurstMovesAndSpreadsAlike) {
 
 INSTANTIATE_TEST_SUITE_P(All, Rates, testing::ValuesIn(kRates), [](const auto& row) { return row.param.name; });
 
-// The value that counts: the last one.
+// The effective value of a parameter, which is that of its last setting.
 double value_of(const std::vector<stage::ParameterSetting>& settings, const std::string& name) {
     double value = -1.0;
     for (const stage::ParameterSetting& setting : settings) {
@@ -131,7 +131,7 @@ double value_of(const std::vector<stage::ParameterSetting>& settings, const std:
     return value;
 }
 
-TEST(Rate, ALooksValuesAndThoseOfTheTimelineAreConverted) {
+TEST(Rate, ValuesOfALookAndOfTheTimelineAreConverted) {
     stage::SceneDescription scene = burst(
         "air_resistance = 40\ngravity = 8\n[[at]]\ntime = 1\ncontainer = \"burst\"\n"
         "parameters = { air_resistance = 0 }\n[[track]]\ncontainer = \"burst\"\n"
@@ -154,7 +154,7 @@ TEST(Rate, ALooksValuesAndThoseOfTheTimelineAreConverted) {
     EXPECT_NEAR(3 * std::sqrt(2), value_of({keys.at(1).setting}, "turbulence_x"), 1e-9);
 }
 
-TEST(Rate, WhatCannotBeConvertedIsReported) {
+TEST(Rate, ValuesThatCannotBeConvertedAreReported) {
     const std::string drag =
         ":7:18: air_resistance is 190 at 25 frames a second, out of its range: held at 100; in a second";
     const std::string wind = ":8:18: what use_wind_image does at 25 frames a second differs a little from 50";
@@ -164,7 +164,7 @@ TEST(Rate, WhatCannotBeConvertedIsReported) {
                                           TOVU_SMOKE_PLUGIN);
     ASSERT_TRUE(built) << built.error().message;
     EXPECT_THAT(built->warnings, testing::UnorderedElementsAre(HasSubstr(drag), HasSubstr(wind)));
-    // With the drag that is left, a particle goes as far before it stands still.
+    // With the clamped drag, a particle travels the same distance until it stops.
     EXPECT_NEAR(50.0 * 0.5 * 100 / 100, value_of(built->description.containers[0].parameters, "initial_speed"), 1e-9);
 }
 

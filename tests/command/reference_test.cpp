@@ -1,4 +1,4 @@
-// What is known of the smoke's parameters: the notes beside the plug-in, and the reference that is made from them.
+// The notes on the smoke's parameters, and the reference that is made from them.
 #include <gmock/gmock.h>
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Scene files: what is read, and what each mistake is answered with.
+// Scene files: their values after reading, and the message about each mistake.
 
 #include "../stage/temporary_folder.h"
 #include "annotated_scene.h"
@@ -30,7 +30,7 @@ std::string error_of(const std::string& text) {
     return scene ? "" : scene.error().message;
 }
 
-// Scene, place and message of mistakes that leave no room for others.
+// Scene, place and message of mistakes that end the reading of the file.
 const std::tuple<const char*, const char*, const char*> kSingleMistakes[] = {
     {"size = [1280,", ":1:14: ", "this is not TOML"},
     {"seed = 1 # \xe4", ":1:11: ", "this is not text in UTF-8: save the file in that encoding"},
@@ -202,7 +202,7 @@ TEST(Timeline, TracksHoldAndEase) {
     EXPECT_THAT(stage::track_value(track, 10.0), ElementsAre(0, 0, 0));
 }
 
-// At 0, 1 and 2 seconds values that are blended half way at 0.5 and kept at 1.5.
+// Keys at 0, 1 and 2 seconds. The value is interpolated at 0.5 seconds and constant at 1.5 seconds.
 TEST(Timeline, TracksOfParametersBlendNumbersAndCurves) {
     using stage::ParameterKind;
     using Values = std::array<stage::ParameterValue, 3>;

@@ -9,7 +9,7 @@
 
 namespace {
 
-// <KEY: this -> that> reads "that" in the variant for the key and "this" in all others.
+// <KEY: this -> that> becomes "that" in the variant for the key and "this" in all others.
 constexpr const char* kScene = R"(
 size = <size: [64, 40] -> [64, 42]>
 frame_rate = <frame_rate: 10 -> 12>
@@ -139,7 +139,7 @@ geometry.fill = <fill of a plate: [1, 1, 1] -> [0.5, 1, 1]>
 
 )";
 
-/// The scene's variant for `changed`. Appends every key that has a variant to `keys`.
+/// The variant of the scene for the key `changed`. Adds every key with a variant to `keys`.
 std::string variant(const std::string& changed, std::set<std::string>& keys) {
     std::string text = kScene;
     for (size_t start = text.find('<'); start != std::string::npos; start = text.find('<', start)) {
@@ -179,7 +179,7 @@ TEST(SceneKeys, EachChangesThePictures) {
     for (const std::string& key : keys) {
         const auto is_inside = [&](const std::string& other) { return other.starts_with(key + "."); };
         if (!variants.contains(key) && std::ranges::any_of(variants, is_inside)) continue;  // a table or an array
-        if (key == "container.pulses") continue;  // for lint alone, whose test shows its effect
+        if (key == "container.pulses") continue;  // affects only lint; tested there
         EXPECT_TRUE(unchanged != pictures(variant(key, variants))) << key;
     }
 }

@@ -10,11 +10,11 @@
 
 struct ScenePictures {
     std::vector<stage::Picture> pictures;
-    std::string renderer;  // OpenGL's, such as "llvmpipe"
+    std::string renderer;  // name of the OpenGL renderer, such as "llvmpipe"
 };
 
-/// Pictures of these frames, which are in order of time, by a canvas that may have drawn other scenes. A warning or a
-/// complaint of the Stage fails the test.
+/// Draws these frames, in ascending order. The canvas may have drawn other scenes before. A warning or a complaint of
+/// the Stage fails the test.
 inline ScenePictures draw_frames(stage::SceneCanvas& canvas, const stage::SceneDescription& scene,
                                  const std::vector<int64_t>& frames) {
     auto built = stage::build_scene(scene, TOVU_SMOKE_PLUGIN);

@@ -1,4 +1,4 @@
-// Scenes whose shapes and images change while they run, and the smoke that is born from them.
+// Scenes whose shapes and images change over time, and the births of smoke in them.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -44,7 +44,7 @@ class SceneRun : public testing::Test {
         return count;
     }
 
-    /// The newest particles' x and y: those as old as the one that was born last.
+    /// x and y of the newest particles, which have the age of the last born one.
     static std::vector<std::array<float, 2>> births(stage::SceneRun& run, const std::string& name = "smoke") {
         std::vector<std::array<float, 2>> places;
         const void* block = stage::instance_of(*run.built.stage, container(run, name))->block;
@@ -81,15 +81,15 @@ parameters = { spawn_type = "Container", spawn_cont_name = "bar", birth_rate = 3
 )";
 
 struct ShapeCase {
-    int64_t frame;        // ten a second
+    int64_t frame;        // at ten frames per second
     size_t corners;       // of the bar
-    float first_x;        // of its first corner
-    float from, to;       // where smoke is born, in x
+    float first_x;        // x of its first corner
+    float from, to;       // range of births in x
     float red;            // of its fill; -1 for none
-    int64_t late_meshes;  // of the container that gets its shape later
+    int64_t late_meshes;  // meshes of the container without a shape at the start
 };
 
-// Rows in order of time: a rectangle of 10 units moves 100 units to the right between 1 and 2 seconds.
+// In order of time. A rectangle of 10 units moves 100 units to the right between 1 and 2 seconds.
 const ShapeCase kShapeCases[] = {{-10, 4, -5, -5, 5, 0.0f, 0},   {0, 4, -5, -5, 5, 0.0f, 0},
                                  {10, 4, -5, -5, 5, 0.0f, 1},    {15, 4, 45, 45, 55, 0.5f, 1},
                                  {20, 4, 95, 95, 105, 1.0f, 1},  {29, 4, 95, 95, 105, 1.0f, 1},
@@ -157,7 +157,7 @@ TEST_F(SceneRun, TracksSetOpacityAndParameters) {
     }
 }
 
-// Whatever the frame rate, and the time that was saved up: for two seconds at a rate of 0, or part of a period.
+// Tests several frame rates, with two seconds of saved time (at a rate of 0) and with part of a period.
 TEST_F(SceneRun, BurstsAreExact) {
     for (const double frame_rate : {1.0, 29.97, 50.0, 1000.0})
         for (const double rate : {0.0, 0.4, 70.0, 2000.0})
@@ -184,8 +184,8 @@ TEST_F(SceneRun, BurstsAreExact) {
             }
 }
 
-// Ten a second, for half a second each, and at most eight at once.
-TEST_F(SceneRun, RegularBirthsGoOnAfterABurst) {
+// Ten births per second with a life of half a second, and a pool of eight.
+TEST_F(SceneRun, RegularBirthsContinueAfterABurst) {
     stage::SceneRun run = start(R"(
 at = [
     { time = 1.05, container = "smoke", burst = 20 },
@@ -237,7 +237,7 @@ name = "leaf"
 parameters = {}
 )";
 
-TEST_F(SceneRun, TexturesShareOutTheirContainer) {
+TEST_F(SceneRun, TexturesSplitTheirContainer) {
     stage::SceneRun run = start(kVariants, 25);
     const stage::Stage& scene = *run.built.stage;
     std::vector<std::string> names, textures;
@@ -275,11 +275,12 @@ TEST_F(SceneRun, TexturesShareOutTheirContainer) {
     EXPECT_LE(sums()[3], 6) << "all were reset";
 }
 
-// In a transparent picture: one patch of blue, two of red, three of green, one of half transparent and one of white.
-// Brightness × opacity, with 77, 150 and 29 of 256 parts for red, green and blue, is 28, 76, 149, 128 and 255.
+// A transparent picture with one blue patch, two red, three green, one half transparent and one white patch. Brightness
+// × opacity, with weights of 77, 150 and 29 of 256 for red, green and blue, is 28, 76, 149, 128 and 255.
 TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
-    const std::pair<int, size_t> rows[] = {{28, 8},  {29, 7},  {76, 7},  {77, 5}, {128, 5},
-                                           {129, 4}, {149, 4}, {150, 1}, {255, 1}};  // threshold in 255ths, patches
+    const std::pair<int, size_t> rows[] = {
+        {28, 8},  {29, 7},  {76, 7},  {77, 5}, {128, 5},
+        {129, 4}, {149, 4}, {150, 1}, {255, 1}};  // threshold in 1/255, number of patches
     const std::array<uint8_t, 4> blue{0, 0, 255, 255}, red{255, 0, 0, 255}, green{0, 255, 0, 255},
         half{255, 255, 255, 128}, white{255, 255, 255, 255};
     const std::array<uint8_t, 4> patches[] = {blue, red, red, green, green, green, half, white};
@@ -297,18 +298,18 @@ TEST_F(SceneRun, PicturesAreTracedByBrightnessAndOpacity) {
 
 struct PlayCase {
     const char* play;
-    std::vector<int> shown;  // in each frame from -0.2 seconds on: the picture's only byte
+    std::vector<int> shown;  // the only byte of the picture, in each frame from -0.2 seconds on
     int64_t changes;
 };
 
-// Three pictures, one for every two frames, from 0 seconds on.
+// Three pictures that last two frames each, from 0 seconds on.
 const PlayCase kPlayCases[] = {
     {"loop", {7, 7, 7, 7, 8, 8, 9, 9, 7, 7, 8}, 5},
     {"hold", {7, 7, 7, 7, 8, 8, 9, 9, 9, 9, 9}, 3},
     {"once", {0, 0, 7, 7, 8, 8, 9, 9, 0, 0, 0}, 5},
 };
 
-TEST_F(SceneRun, SequencesPlayAndDecodeNothingTwiceInARow) {
+TEST_F(SceneRun, SequencesDecodeEachPictureOnce) {
     for (const uint8_t number : std::vector<uint8_t>{7, 8, 9})
         write_picture("p%_0" + std::to_string(number) + ".png", 1, {number});
     for (const PlayCase& c : kPlayCases) {
@@ -326,9 +327,9 @@ TEST_F(SceneRun, SequencesPlayAndDecodeNothingTwiceInARow) {
     }
 }
 
-// An image of one pixel is replaced by a larger one, of which only the corner at the smallest x and y is lit. With the
-// old size, all births would look up that corner's pixel. The image has the name of a built-in sprite and replaces it.
-TEST_F(SceneRun, SmokeLearnsOfAnImagesNewSize) {
+// A larger image replaces an image of one pixel. Only its pixel at the smallest x and y is lit. With the old size, all
+// births would read that pixel. The image also replaces a built-in sprite of the same name.
+TEST_F(SceneRun, SmokeUsesTheNewSizeOfAnImage) {
     write_picture("small.png", 1, {255});
     std::vector<uint8_t> corner(16, 0);
     corner[0] = 255;
@@ -354,7 +355,7 @@ parameters.initial_speed = 0
     EXPECT_TRUE(std::ranges::none_of(births(run), outside)) << "a quarter of 80 units from -40";
 }
 
-TEST_F(SceneRun, APictureThatGoesMissingNamesThePlace) {
+TEST_F(SceneRun, ARemovedPictureIsAnErrorWithItsPlace) {
     for (const char* name : {"p1.png", "p2.png"}) write_picture(name, 1, {255});
     stage::SceneRun run = start("container = [{ name = 'a' }]\nimages = { p = 'p%d.png' }");
     std::filesystem::remove(folder / "p2.png");

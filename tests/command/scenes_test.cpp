@@ -1,4 +1,4 @@
-// The scenes that come along: each is loaded, built and run, and none of them is empty.
+// Loads, builds and runs each shipped scene. None of them may be empty.
 #include <algorithm>
 #include <fstream>
 #include <iomanip>
@@ -64,7 +64,7 @@ TEST_P(Scenes, LookAsStored) {
     expect_stored_picture("scene_" + GetParam(), drawn.pictures.at(0), drawn.renderer);
 }
 
-// `./tovu hash scenes/*.toml --every 50 >scenes/digests.txt` makes them anew.
+// Update them with `./tovu hash scenes/*.toml --every 50 >scenes/digests.txt`.
 TEST_P(Scenes, HaveTheStoredDigests) {
     std::ifstream stored(kFolder / "digests.txt");
     auto built = stage::build_scene(scene, TOVU_SMOKE_PLUGIN);

@@ -1,4 +1,4 @@
-// `tovu validate`: each faulty sample is named by its check, and what is right passes.
+// `tovu validate`: the right check fails for each faulty sample, and correct plug-ins pass.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -30,7 +30,7 @@ std::string faulty(const std::string& fault) {
     return std::string(TOVU_BINARY_DIR) + "/plugins/faulty/faulty_" + fault + ".so";
 }
 
-// The checks that do not hold, warnings included: "name state".
+// The checks that do not pass, warnings included, as "name state".
 std::vector<std::string> broken_checks(const Outcome& outcome) {
     std::vector<std::string> names;
     const nlohmann::json report = nlohmann::json::parse(outcome.output);
@@ -102,7 +102,7 @@ TEST(Validate, NamesOneFaultOnlyInAWholeRun) {
     EXPECT_EQ(1, validate(faulty("corners_each_frame") + " --strict --only heap").status);
 }
 
-TEST(Validate, PassesWhatIsRight) {
+TEST(Validate, PassesCorrectPlugins) {
     for (const std::string& plugin : {faulty("none"), std::string(TOVU_SMOKE_PLUGIN), std::string(TOVU_GATHER_PLUGIN),
                                       std::string(TOVU_SPIRAL_PLUGIN), std::string(TOVU_SWIRL_PLUGIN)}) {
         const Outcome outcome = validate(plugin + " --strict");

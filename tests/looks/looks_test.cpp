@@ -48,7 +48,7 @@ TEST(BuiltInImages, ASceneSetsHowASequenceIsPlayed) {
     EXPECT_EQ(12.0, shown.at("wisp_b").frame_rate) << "its own rate";
 }
 
-/// The exit status of `tovu bake`; what it prints goes into the folder's file "printed".
+/// Runs `tovu bake`, with its output in the folder's file "printed". Returns the exit status.
 int bake(const TemporaryFolder& folder, const std::string& arguments) {
     const std::string command = "cd '" + (folder / "").string() +
                                 "' && /usr/bin/python3 -B '" TOVU_SOURCE_DIR "/looks/make/bake.py' " + arguments +
@@ -56,7 +56,7 @@ int bake(const TemporaryFolder& folder, const std::string& arguments) {
     return WEXITSTATUS(std::system(command.c_str()));
 }
 
-/// The first picture that it writes for these arguments, with the folder for other pictures.
+/// The first picture that `tovu bake` writes for these arguments.
 stage::Picture baked(const TemporaryFolder& folder, const std::string& arguments) {
     EXPECT_EQ(0, bake(folder, arguments + " --range 100 -o %d.png")) << arguments;
     auto picture = stage::read_picture(folder / "0.png");
@@ -95,7 +95,7 @@ struct Weather {
     SmokeHandle smoke;
 };
 
-TEST(Bake, TheSmokeReadsTheWindThatWasAskedFor) {
+TEST(Bake, TheSmokeReadsTheRequestedWind) {
     // A Gaussian vortex: at the distance r the speed is strength · r / scale · exp((1 - (r / scale)²) / 2).
     const TemporaryFolder folder;
     const stage::Picture picture = baked(folder, "vortex --strength 12 --scale 20 --drift 30,0 --size 100");
@@ -109,7 +109,7 @@ TEST(Bake, TheSmokeReadsTheWindThatWasAskedFor) {
     }
 }
 
-/// What flows out of boxes of `side` pixels, as a share of what flows through their borders.
+/// The net outflow of boxes of `side` pixels, as a share of the total flow through their borders.
 double outflow_share(const stage::Picture& picture, int side) {
     const auto wind = [&](int column, int row) {
         const int first_byte = (row * picture.width + column) * 3;
@@ -162,7 +162,7 @@ TEST(Bake, ATitleIsAWholeScene) {
     EXPECT_TRUE(built->warnings.empty());
 }
 
-TEST(Bake, NothingGathersOrThinsOut) {
+TEST(Bake, WindsHaveNoSourcesAndSinks) {
     for (const char* arguments : {"eddies --drift 0,22", "eddies --scale 30 --seed 5", "vortex --count 5 --drift 9,1",
                                   "shear --drift 10,0", "shear --drift 0,-10"}) {
         const TemporaryFolder folder;

@@ -22,7 +22,7 @@ std::string big_endian(size_t value) {
     return bytes;
 }
 
-/// The message of the first write that failed, or nothing.
+/// Writes the picture. Returns the message of a failed write, or empty.
 std::string write(const std::filesystem::path& path, const stage::Picture& picture, const std::string& renderer) {
     if (const auto written = stage::write_png(path, picture); !written) return "\n" + written.error().message;
     const std::string chunk = kChunkStart + renderer;

@@ -1,4 +1,4 @@
-// Comparison with pictures that were looked at and kept.
+// Comparison with stored pictures.
 #pragma once
 
 #include <filesystem>
@@ -9,10 +9,10 @@
 
 enum class PictureVerdict {
     kSame,           // within the tolerance
-    kDifferent,      // NAME.new.png and NAME.difference.png lie beside NAME.png
-    kMissing,        // nothing is stored under the name; NAME.new.png is there to be looked at
-    kOtherRenderer,  // the stored one comes from another renderer: nothing was compared
-    kStored,         // kept as the new NAME.png
+    kDifferent,      // NAME.new.png and NAME.difference.png were written beside NAME.png
+    kMissing,        // there is no NAME.png; NAME.new.png was written
+    kOtherRenderer,  // not compared, since NAME.png was drawn by another renderer
+    kStored,         // stored as the new NAME.png
 };
 
 struct PictureCheck {
@@ -20,12 +20,14 @@ struct PictureCheck {
     std::string message;
 };
 
-/// Compares with folder/NAME.png, whose text entry "Renderer" names what drew it. `store` keeps `actual` instead.
+/// Compares `actual` with folder/NAME.png, whose text entry "Renderer" names its renderer. store: stores `actual`
+/// instead.
 PictureCheck check_stored_picture(const std::filesystem::path& folder, const std::string& name,
                                   const stage::Picture& actual, const std::string& renderer,
                                   const stage::PictureTolerance& tolerance, bool store);
 
-/// The same with the pictures in tests/pictures/stored, as a test's result: fails when different or missing, is skipped
-/// with another renderer. With TOVU_STORE_PICTURES=1 in the environment it stores; look at them before a commit.
+/// Compares with the pictures in tests/pictures/stored. The test fails if the picture is different or missing, and is
+/// skipped with another renderer. With TOVU_STORE_PICTURES=1 in the environment, stores the picture; look at it before
+/// a commit.
 void expect_stored_picture(const std::string& name, const stage::Picture& actual, const std::string& renderer,
                            const stage::PictureTolerance& tolerance = {});

@@ -1,4 +1,4 @@
-// The comparison with stored pictures itself: that it can fail, and what it leaves behind.
+// Tests of the comparison with stored pictures: its verdicts and the files that it writes.
 #include "stored_picture.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// Recorded calls: the stored ones play without a difference, and each change in one is found where it is.
+// Replay: stored recordings have no difference, and a change of a recording is found in its line.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -47,7 +47,7 @@ TEST_P(Replays, HaveNoDifference) {
 INSTANTIATE_TEST_SUITE_P(All, Replays, testing::Values("exchange", "mask", "text"),
                          [](const auto& file) { return file.param; });
 
-/// A stored recording in which the first `from` behind `mark` is replaced.
+/// A stored recording in which the first `from` after `mark` is replaced.
 struct Changed {
     Changed(const std::string& recording, const std::string& mark, const std::string& from, const std::string& to) {
         std::string text = file_bytes(stored(recording));
@@ -58,7 +58,7 @@ struct Changed {
     }
     const TemporaryFolder folder;
     const fs::path file = folder / "calls.txt";
-    int line;  // of the change
+    int line;  // line of the change
 };
 
 const struct {
@@ -67,7 +67,7 @@ const struct {
     const char* from;
     const char* to;
     const char* where;
-    const char* recorded;  // the beginnings of both
+    const char* recorded;  // the beginning of the recorded text and of the actual one
     const char* now;
     bool at_once;  // the difference is in the changed line
 } kDifferences[] = {
@@ -165,7 +165,7 @@ TEST(Replay, NamesTheLineOfAMistake) {
     EXPECT_THAT(replay("none.txt").error().message, StartsWith("none.txt: cannot be read: No such file"));
 }
 
-TEST(Replay, TakesNoPartOfAFile) {
+TEST(Replay, RejectsEveryTruncatedFile) {
     const std::string text = file_bytes(stored("text"));
     const TemporaryFolder folder;
     for (const size_t size : {size_t{0}, size_t{1}, size_t{13}, text.size() / 3, text.size() / 2, text.size() - 5}) {
@@ -174,7 +174,7 @@ TEST(Replay, TakesNoPartOfAFile) {
     }
 }
 
-// Values and texts that are hard to write, from the Stage's answers, slots and names.
+// Unusual values and texts in answers of the Stage, slots and names.
 TEST(Recording, OfUnusualValuesReplays) {
     const TemporaryFolder folder;
     std::ofstream out(folder / "calls.txt");

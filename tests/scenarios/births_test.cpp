@@ -1,4 +1,4 @@
-// How many particles are born when: the clock, the birth accumulator and the pool of records.
+// The number and time of births: the clock, the birth accumulator and the pool of records.
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -76,7 +76,7 @@ TEST(Clock, IgnoresOddTimes) {
         const char* name;
         double seconds;  // frame period, or recording time
         bool recording;  // whose time was 8 before
-        bool goes_on;    // a step of no time is made; otherwise the step returns at once
+        bool goes_on;    // true: a step of time 0; false: the step returns at once
     } rows[] = {{"below 0", -1, false, true},
                 {"below float32", -1e39, false, true},
                 {"minus infinity", -HUGE_VAL, false, true},
@@ -122,7 +122,7 @@ TEST(Clock, BirthsInAStepOfNoTimeStandStill) {
     }
 }
 
-/// Numbers the records in `reserved`, which nothing changes: live ones first, from 1.
+/// Numbers the records from 1, live ones first, in the unused field `reserved`.
 void name_records(TestHost& host, SmokeHandle smoke) {
     int name = 0;
     for (Particle* p : host.active(smoke)) p->reserved = ++name;

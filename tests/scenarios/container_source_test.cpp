@@ -108,7 +108,7 @@ TEST(ContainerSource, NeedsAnExtentOfAHundredthAlongBothAxes) {
     }
 }
 
-/// A thin outline: a line of corners, and back beside it.
+/// A thin outline: a line of corners and a parallel line back.
 stage::Mesh stroke(int corners, Vector3 beside, Vector3 (*corner)(int)) {
     stage::Mesh mesh;
     for (int i = 0; i < corners; ++i) mesh.vertices.push_back(corner(i));

@@ -1,4 +1,4 @@
-// The tables of colour and opacity over life, as the curve texts make them.
+// The tables of colour and opacity over life that are made from curve texts.
 #include <gtest/gtest.h>
 
 #include <algorithm>

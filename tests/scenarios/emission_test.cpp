@@ -1,4 +1,4 @@
-// Births against a second implementation of their rules, which draws the same random numbers in the same order.
+// Compares births with a second implementation of their rules, which draws the same random numbers in the same order.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -57,7 +57,7 @@ struct Mask {
     }
 };
 
-/// The rules of births, with all that they depend on.
+/// The rules of births and their inputs.
 struct Rules {
     const ParameterSlots& p;
     stage::Placement at;
@@ -126,7 +126,7 @@ struct Rules {
         return p.reference ? to_world(d) : d;
     }
 
-    /// What a particle is at the end of the step of its birth.
+    /// Compares a particle at the end of the step of its birth.
     void expect_newborn(const Particle& particle) const {
         const auto near = [](double expected, float value, const char* what) {
             EXPECT_NEAR(expected, value, 4e-6 * (1 + std::fabs(expected))) << what;
@@ -336,7 +336,7 @@ TEST(Emission, RejectionsAreCountedOverTheWholeCall) {
 }
 
 #if !defined(__SANITIZE_ADDRESS__)  // its allocator is not counted
-// In ten frames of a smoke born from either kind of area, and of one of which nothing is born.
+// Ten frames of smokes born in both kinds of area, and of a smoke without births.
 TEST(Emission, SteadyFramesAllocateNothing) {
     const auto allocations = [](const stage::ParameterValues& values) {
         TestHost host(1, kPeriod);

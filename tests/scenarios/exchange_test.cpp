@@ -225,7 +225,7 @@ struct Asked {
         ParticleExchangeBlock* reply = nullptr;
         stage::dispatch(host.stage(), smoke.container, code, &request, &reply);
     }
-    /// All records are on a list, and a pass draws the live ones.
+    /// Expects that each record is on a list and that a pass draws the live ones.
     void expect_sound() {
         host.render(smoke);
         const SmokeInstance& block = host.block(smoke);

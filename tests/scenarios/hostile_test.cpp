@@ -1,4 +1,4 @@
-// Slots with bits that no host should write, and hosts whose answers are wrong: the smoke recovers.
+// The smoke recovers from invalid bits in slots and from wrong answers of the host.
 #include <gmock/gmock.h>
 
 #include <bit>

@@ -1,4 +1,4 @@
-// Images as masks and as wind: the pixel under a position, and images that change between two steps.
+// Images as masks and as wind: the pixel at a position, and images that change between two steps.
 #include <gmock/gmock.h>
 #include <tovu/spawn_requests.h>
 

@@ -1,4 +1,4 @@
-// What the host is told at load time.
+// The registration with the host at load time.
 #include <gmock/gmock.h>
 
 #include "render_host.h"

@@ -37,7 +37,7 @@ class RenderHost : public TestHost {
         return smoke;
     }
 
-    /// What one pass does, as text.
+    /// The calls of one pass as text.
     std::vector<std::string> pass(SmokeHandle smoke, int32_t render_flags = 0, float opacity = 1.0f) {
         stage::forget_recorded_draws();
         start_recording();

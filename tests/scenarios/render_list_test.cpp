@@ -1,4 +1,4 @@
-// The draw list: what is in it, in which order, and what the host is asked for it.
+// The draw list: its content, its order and the calls to the host.
 #include <gmock/gmock.h>
 #include <tovu/exchange.h>
 

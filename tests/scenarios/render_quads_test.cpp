@@ -54,7 +54,7 @@ TEST(ImmediateQuad, IsNineCallsInOrder) {
     }
 }
 
-/// Every corner of every quad, by each path.
+/// The corners of all quads, drawn by both paths.
 struct BothPaths {
     std::vector<float> immediate;
     std::vector<float> arrays;
@@ -71,7 +71,7 @@ BothPaths draw_by_both(RenderHost& host, SmokeHandle smoke, int32_t render_flags
     return paths;
 }
 
-/// Single precision leaves 1e-5 of the quad's size, and less of a large coordinate.
+/// Accepts an error of 1e-5 of the quad's size, and the rounding error of a large coordinate.
 void expect_corners(const plain::Quad& expected, const float* corners, const SmokeInstance& block, const Particle& p) {
     const Vector3 scale = block.draw_mode == kDrawLocalBillboard ? block.abs_scale : Vector3{1, 1, 1};
     const float size = std::max(std::fabs(p.size_x * scale.x), std::fabs(p.size_y * scale.y));

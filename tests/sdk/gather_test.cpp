@@ -1,5 +1,5 @@
-// The sample consumer on the Stage with the real smoke: what it does to the particles, and the protocol whichever of
-// smoke, shape and consumer is removed first.
+// The sample consumer on the Stage with the real smoke: its effect on the particles, and the protocol when smoke, shape
+// or consumer is removed.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -62,7 +62,7 @@ struct Scene : TestHost {
     int coloured(std::array<uint8_t, 3> rgb) {
         return count([rgb](const Particle& p) { return std::equal(rgb.begin(), rgb.end(), p.color); });
     }
-    // No record is lost, and none waits to be freed.
+    // Expects that no record is lost and that none is on the deleted list.
     void expect_whole_pool(int size) {
         EXPECT_EQ(size, active(smoke).size() + inactive(smoke).size());
         EXPECT_EQ(size, block(smoke).particle_count);
@@ -112,8 +112,8 @@ TEST(Gather, PullsSmokeOntoTheOutline) {
     }
 }
 
-// A square with a square hole, joined to one outline by a cut. The cut would get 7 of the 200 particles. Counts may
-// differ from an even share by 4.
+// A square with a square hole, joined to one outline by a cut. Without the rule for cuts, the cut would get 7 of the
+// 200 particles. Counts may differ from an even share by 4.
 TEST(Gather, SpreadsParticlesEvenlyButLeavesTheCutOfAHoleFree) {
     Scene scene;
     stage::Mesh mesh{kSquare};
@@ -160,7 +160,7 @@ TEST(Gather, RunsThroughItsStages) {
     EXPECT_EQ(scene.live(), scene.held());
 }
 
-TEST(Gather, PushesWhatItLetsGo) {
+TEST(Gather, PushesReleasedParticles) {
     Scene scene({{"blow_x", 100.0}, {"blow_y", -50.0}, {"blow_spread", 0.0}});
     scene.run_seconds(5);
     scene.set(scene.consumer, "hold_time", 0.0);
@@ -209,7 +209,7 @@ TEST(GatherProtocol, DetachesWhenItIsRemovedFirst) {
     }
 }
 
-TEST(GatherProtocol, LetsGoOfWhatLeavesThePool) {
+TEST(GatherProtocol, ReleasesRecordsThatLeaveThePool) {
     for (const bool consumer_first : {false, true}) {
         Scene scene({}, {}, consumer_first);
         scene.run_seconds(3);
@@ -226,7 +226,7 @@ TEST(GatherProtocol, LetsGoOfWhatLeavesThePool) {
     }
 }
 
-// Whatever the slots hold, the smoke's particles keep finite numbers.
+// The numbers of the smoke's particles stay finite with any bits in the slots.
 TEST(GatherProtocol, NoSlotSpoilsTheSmoke) {
     for (const uint32_t bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u, 0x80000000u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
         Scene scene;

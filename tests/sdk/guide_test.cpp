@@ -1,4 +1,4 @@
-// The plug-in of the guide for authors, on the Stage: it does what the guide says and detaches when it is removed.
+// Runs the plug-in of the guide for authors on the Stage. It acts as the guide says and detaches when it is removed.
 #include <gmock/gmock.h>
 
 #include <cmath>

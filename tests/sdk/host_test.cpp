@@ -1,4 +1,4 @@
-// Runs the sample host as its reader would. The expected output follows from the smoke's rules: unused birth time is
+// Runs the sample host as a user does. The expected output follows from the smoke's rules: unused birth time is
 // saved up, a particle moves the same distance in every frame of its life, and it dies when its age exceeds its life.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
@@ -31,9 +31,10 @@ struct HostCase {
     const char* name;
     const char* arguments;
     int quads;             // after 100 frames of 0.02 s
-    int oldest, youngest;  // frames that these have moved in
+    int oldest, youngest;  // number of frames in which these particles have moved
 };
-// At 30 births a second the n-th is in the first frame f with n < 0.6 f, at 120.3 in that with n < 2.406 f.
+// At 30 births per second the n-th birth is in the first frame f with n < 0.6 f; at 120.3 in the first with n < 2.406
+// f.
 const HostCase kHostCases[] = {
     {"vertex arrays", "use_array=1", 59, 99, 2},
     {"a short life", "life_time=0.51 sort=1", 15, 25, 2},
@@ -41,7 +42,8 @@ const HostCase kHostCases[] = {
     {"several births a frame", "birth_rate=120.3 life_time=1.01 number_of_particles=1000", 120, 50, 1},
 };
 
-// 50 units a second are one unit a frame. With closed opening angles all of it goes along +Y, turned about Z to -X.
+// 50 units per second are one unit per frame. With closed opening angles all particles move along +Y, which the
+// rotation about Z turns to -X.
 TEST(SampleHost, CountsQuadsAndMeasuresTheBox) {
     for (const HostCase& c : kHostCases) {
         SCOPED_TRACE(c.name);
@@ -63,8 +65,8 @@ TEST(SampleHost, CountsQuadsAndMeasuresTheBox) {
     }
 }
 
-// host_digests.txt: lines of digest and settings, which reach births, both drawing paths, forces, turns, curves,
-// sorting and world coordinates.
+// Lines of host_digests.txt are a digest and settings. The settings cover births, both drawing paths, forces, turns,
+// curves, sorting and world coordinates.
 TEST(SampleHostOutput, HasTheStoredDigestsInAllBuilds) {
     std::ifstream stored(TOVU_SOURCE_DIR "/tests/sdk/host_digests.txt");
     int count = 0;

@@ -1,4 +1,5 @@
-// The sample that checks hosts. The Stage is right; with one thing wrong at a time the report names that thing alone.
+// The sample that checks hosts. It finds no fault in the Stage. With one fault at a time, only the check of that fault
+// fails.
 #include <epoxy/gl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
@@ -24,7 +25,7 @@ namespace {
 bool only_15_random_bits = false;
 }
 
-// Plug-ins bind to this one.
+// Plug-ins use this function as `rand`.
 extern "C" [[gnu::visibility("default")]] int rand() noexcept {
     const long drawn = random();
     return static_cast<int>(only_15_random_bits ? drawn & 0x7fff : drawn);
@@ -35,7 +36,7 @@ namespace {
 
 using stage::find_container;
 
-// Two instances of the probe beside a container with meshes and an image.
+// A scene with two instances of the probe, a container with meshes, and an image.
 struct Host : TestHost {
     Host() {
         stage().camera = {{300, 120, 330}, 40, -15, 5};
@@ -60,7 +61,7 @@ struct Host : TestHost {
     bool is_probe(int32_t object) { return object != -1 && (object == geometry(one) || object == geometry(two)); }
     void set_slot(int32_t index, uint32_t bits) { ASSERT_TRUE(stage::set_slot_bits(stage(), one, index, bits)); }
 
-    // Entry points called without the Stage are answered as those of this container's instance.
+    // Makes direct calls of entry points count as calls of this container's instance.
     void call_as(int32_t handle) {
         services().get_objectid_local = [this, handle](const char* name, int32_t type) {
             if (!stage().running.empty()) return _api__get_objectid_local(name, type);
@@ -76,7 +77,7 @@ struct Host : TestHost {
         calls().new_geom(block(handle), 0);
     }
 
-    // A frame and its passes: in OpenGL where there is a context.
+    // Runs a frame and its passes, with OpenGL if there is a context.
     void run_frame(float opacity = 1) {
         run_frames(1);
         for (const int32_t handle : {one, two}) {
@@ -102,7 +103,7 @@ struct Host : TestHost {
     void (*in_pass)(Host& host) = nullptr;
 };
 
-// Memory below 4 GiB, `bytes` and then what fills the page.
+// A page below 4 GiB with `bytes`, filled up with `filler`.
 uint32_t low_page(std::string_view bytes, char filler, int rights) {
     auto* const page = static_cast<char*>(mmap(reinterpret_cast<void*>(0x20000000), 4096, PROT_READ | PROT_WRITE,
                                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0));
@@ -121,7 +122,7 @@ enum When { kFirst, kBetween, kLast, kInPass };  // before there are instances; 
 
 struct Wrong {
     const char* name;
-    const char* check;  // that names it
+    const char* check;  // the check that fails
     When when;
     Deed deed;
 };
@@ -422,7 +423,8 @@ void run_host(const Wrong* wrong) {
     stage::remove_instances(host.stage());
 }
 
-// What a process of its own writes: the probe counts for as long as its library is loaded.
+// Runs the host in a child process and returns its output. The probe keeps its results as long as its library is
+// loaded, so that each run needs its own process.
 std::string report_on(const Wrong* wrong) {
     int ends[2];
     if (pipe(ends) != 0) return "";
@@ -451,13 +453,13 @@ std::set<std::string> failed_checks(const std::string& report) {
     return names;
 }
 
-TEST(Probe, FindsTheStageRight) {
+TEST(Probe, FindsNoFaultInTheStage) {
     const std::string report = report_on(nullptr);
     EXPECT_THAT(report, testing::HasSubstr("answer: TovuProbe: PASS: 35 of 35 checks ran, 0 failed, 0 skipped\n"));
     EXPECT_THAT(report, testing::Not(testing::HasSubstr("FAIL")));
 }
 
-TEST(Probe, NamesEachWrongAndNothingElse) {
+TEST(Probe, FindsEachFaultAndNoOther) {
     for (const Wrong& wrong : kWrongs) {
         const std::string report = report_on(&wrong);
         EXPECT_THAT(failed_checks(report), testing::ElementsAre(wrong.check)) << wrong.name << "\n" << report;

@@ -35,8 +35,8 @@ stage::ParameterValues values_of(const Shape& shape) {
             {"angle", shape.angle}};
 }
 
-// How far along the band the point lies, 0 to 1; below 0 when it is more than `slack` off the band. The band passes the
-// point's angle once in every turn.
+// The position of a point along the band, 0 to 1; below 0 if it is more than `slack` away from the band. The band
+// passes the angle of the point once per turn.
 double place_along(const Shape& shape, double x, double y, double slack) {
     const double radius = std::hypot(x, y);
     const double angle = (std::atan2(y, x) * 180 / std::numbers::pi - shape.angle) / 360;
@@ -56,7 +56,7 @@ struct SpiralHost : TestHost {
         spiral = stage::add_container(stage(), "spiral");
         add_instance(spiral, TOVU_SPIRAL_PLUGIN, values);
     }
-    // The request's answer; -1 when nothing was written.
+    // Sends a request. Returns the answer, or -1 if none was written.
     int32_t ask(int32_t request, void* data) {
         int32_t reply = -1;
         EXPECT_TRUE(stage::dispatch(stage(), spiral, request, data, &reply));
@@ -77,7 +77,7 @@ TEST(Spiral, SpawnPointsAreEvenlySpreadOverTheBand) {
         SCOPED_TRACE(name);
         SpiralHost host(values_of(shape));
         ASSERT_EQ(host.ask(TOVU_REQUEST_SUPPLIES_SPAWN_POINTS, nullptr), 1) << "before the first frame";
-        // The square of the middle line's radius grows evenly with the area: ten equal areas, 1000 points.
+        // 1000 points in ten equal areas. The square of the middle line's radius is linear in the area.
         std::array<int, 10> counts{};
         int outer_half = 0;  // points in the outer half of the band's area
         for (int i = 0; i < 1000; ++i) {

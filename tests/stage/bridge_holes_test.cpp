@@ -17,7 +17,7 @@ using stage::Mesh;
 
 namespace {
 
-// From x and y in turn.
+// Makes an outline from alternating x and y.
 Mesh outline(std::initializer_list<float> xy) {
     Mesh mesh;
     for (const float* p = xy.begin(); p != xy.end(); p += 2) mesh.vertices.push_back({p[0], p[1], 0});
@@ -33,7 +33,7 @@ Mesh reversed(Mesh mesh) {
     return mesh;
 }
 
-// Six by six, each with corners at random distances around its place, touching nothing.
+// A grid of six by six holes with corners at random distances from their centres. Holes do not touch.
 std::vector<Mesh> jagged_holes() {
     std::mt19937 random(tovu::random_seed());
     std::uniform_real_distribution<float> radius(3, 9.9f);
@@ -56,7 +56,7 @@ struct BridgeCase {
     const char* name;
     Mesh outer;
     std::vector<Mesh> holes;
-    bool apart;  // holes inside the outer contour, touching nothing: cuts must cross nothing
+    bool apart;  // holes lie inside the outer contour and do not touch, so that cuts must not cross anything
 };
 
 const BridgeCase kBridgeCases[] = {
@@ -86,7 +86,7 @@ bool crosses(const Vector3& a, const Vector3& b, const Vector3& c, const Vector3
     return turn(a, b, c) * turn(a, b, d) < 0 && turn(c, d, a) * turn(c, d, b) < 0;
 }
 
-// Two visits of one place cross when the directions that one comes from and goes to separate those of the other.
+// Two visits of the same point cross if the incoming and outgoing directions of one separate those of the other.
 bool visits_cross(const Mesh& mesh, size_t i, size_t j) {
     const auto& v = mesh.vertices;
     const size_t n = v.size();
@@ -110,7 +110,7 @@ int crossings(const Mesh& mesh) {
     return count;
 }
 
-TEST(BridgeHoles, EncloseWhatTheContoursEncloseTogether) {
+TEST(BridgeHoles, EnclosesTheAreaOfTheContours) {
     const tovu::RandomSeed seed;
     for (const auto& [name, outer, holes, apart] : kBridgeCases) {
         SCOPED_TRACE(name);
@@ -142,7 +142,7 @@ const Contour kInnerClockwise{{1, 3}, {3, 3}, {3, 1}, {1, 1}};
 const Contour kShifted{{2, 0}, {6, 0}, {6, 4}, {2, 4}};
 const Contour kIsland{{1.5, 1.5}, {2.5, 1.5}, {2.5, 2.5}, {1.5, 2.5}};
 
-// Name, contours, rule, meshes, twice the area of them all.
+// Name, contours, rule, number of meshes, twice their total area.
 const std::tuple<const char*, std::vector<Contour>, FillRule, size_t, double> kNestingCases[] = {
     {"hole of the other winding", {kSquare, kInnerClockwise}, FillRule::kNonZero, 1, 2 * (16 - 4)},
     {"and all turned around", {kSquareClockwise, kInner}, FillRule::kNonZero, 1, 2 * (16 - 4)},
@@ -170,7 +170,7 @@ TEST(FlattenedCurves, StayWithinTheToleranceWithFewChords) {
     Contour parabola{{-1, 1}}, arc{{1, 0}};  // y = x² from -1 to 1; a quarter of the unit circle, itself off by 2.8e-4
     append_quadratic(parabola, {0, -1}, {1, 1}, kTolerance);
     append_cubic(arc, {1, 0.5522847498}, {0.5522847498, 1}, {0, 1}, kTolerance);
-    // A chord of width w leaves the parabola by w²/4, so 2 / w of them are needed.
+    // The distance between a chord of width w and the parabola is w²/4, and 2 / w chords are needed.
     EXPECT_EQ(parabola.size() - 1, static_cast<size_t>(std::ceil(2 / std::sqrt(4 * kTolerance))));
     for (size_t i = 1; i < arc.size(); ++i)
         EXPECT_NEAR(std::hypot(arc[i - 1].x + arc[i].x, arc[i - 1].y + arc[i].y) / 2, 1, kTolerance + 2.8e-4);

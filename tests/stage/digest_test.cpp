@@ -1,4 +1,4 @@
-// Digests of instances: which bytes of the block and of the records count, compared with the real structures.
+// Digests of instances: the bytes of the block and of the records that they contain, compared with the real structures.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -60,7 +60,8 @@ void mark(std::vector<bool>& bytes, std::span<const Range> ranges, bool counted 
 struct DigestOf : testing::Test {
     uint64_t digest() { return stage::frame_digest(host.stage(), *tables); }
 
-    /// The digest changes with exactly the marked ones of the bytes from `base` on; those in `addresses` stay.
+    /// Expects that the digest changes with the marked bytes from `base` on and with no other. Skips bytes in
+    /// `addresses`.
     void expect_counted(void* base, const std::vector<bool>& counted, std::span<const Range> addresses) {
         std::vector<bool> fixed(counted.size());
         mark(fixed, addresses);
@@ -112,7 +113,7 @@ TEST_F(DigestOf, CountsTheFieldsOfRecordsThatAreSet) {
     expect_counted(host.active(smoke).at(0), counted, links);
 }
 
-TEST_F(DigestOf, TakesAllNaNsForOne) {
+TEST_F(DigestOf, TreatsAllNaNsAsEqual) {
     host.run_frames(2);
     std::set<uint64_t> digests;
     for (const uint32_t bits : {0x7FC00000u, 0xFFC00000u, 0x7FC12345u}) {
@@ -161,7 +162,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
 TEST(FieldTable, NamesTheLineOfAMistake) {
     const TemporaryFolder folder;
     tovu::TestHost host;
-    stage::Plugin beside;  // of a library beside the file
+    stage::Plugin beside;  // its library is beside the file
     beside.path = folder / "TovuSmoke.so";
     beside.name = "TovuSmoke";
     beside.total_size = tovu::kInstanceBytes;

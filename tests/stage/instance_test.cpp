@@ -36,7 +36,7 @@ class Instances : public testing::Test {
         void* block = instance_of(*stage, container)->block;
         return *static_cast<ProbeInstance*>(block);
     }
-    /// The numbers of the last order that drew any.
+    /// The random numbers that the instance drew last.
     std::vector<int32_t> drawn(int32_t container) {
         const auto& numbers = block(container).random;
         return {std::begin(numbers), std::end(numbers)};
@@ -58,7 +58,7 @@ struct SetCase {
     const char* parameter;
     ParameterValue value;
     ParameterValue read_back;
-    const char* refusal;  // null when the value is taken
+    const char* refusal;  // null if the value is accepted
 };
 const SetCase kSetCases[] = {
     {"count", 10, 10, nullptr},
@@ -81,7 +81,7 @@ const SetCase kSetCases[] = {
     {"cuont", 1, {}, "parameter 'cuont' is not known to Probe: did you mean 'count'?"},
 };
 
-TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
+TEST_F(Instances, ParametersAcceptOnlyValidValues) {
     const int32_t container = add_probe("probe");
     for (const auto& [parameter, value, read_back, refusal] : kSetCases) {
         SCOPED_TRACE(std::string(parameter) + ": " + (refusal ? refusal : "taken"));
@@ -101,7 +101,7 @@ TEST_F(Instances, ParametersTakeWhatWasRegisteredOnly) {
     }
 }
 
-TEST_F(Instances, AreToldOfValuesThatDiffer) {
+TEST_F(Instances, AreNotifiedOfChangedValues) {
     const int32_t container = add_probe("probe");
     const auto set = [&](const char* name, const ParameterValue& value, bool notify = true) {
         EXPECT_TRUE(set_parameter(*stage, container, name, value, {notify}));
@@ -228,7 +228,7 @@ TEST_F(Instances, ComplaintsNameThePlugInThatBreaksARule) {
     EXPECT_THAT(stage->complaints.list[0].message, HasSubstr("no entry point of an instance"));
 }
 
-TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
+TEST(LowMemory, FindsFreePagesBelowFourGibibytes) {
     constexpr size_t kBytes = 100000;
     const auto is_low = [](const LowMemory& memory) {
         return memory.data() != nullptr &&
@@ -236,7 +236,7 @@ TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
     };
     const LowMemory first(kBytes);
     ASSERT_TRUE(is_low(first));
-    // A page of another owner where the next search begins.
+    // Maps a page at the start of the next search.
     char* after = first.data() + 0x20000;
     void* taken = mmap(after, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ASSERT_EQ(after, taken);
@@ -248,7 +248,7 @@ TEST(LowMemory, FindsWhatIsFreeBelowFourGibibytes) {
     EXPECT_EQ(0, first.data()[kBytes - 1]);
     munmap(taken, 1);
 
-    // 6 GiB one after the other: freed pages are found again.
+    // 6 GiB in total, each block freed before the next, so that freed pages must be found again.
     for (int round = 0; round < 12; ++round) EXPECT_TRUE(is_low(LowMemory(size_t{1} << 29))) << "round " << round;
     EXPECT_EQ(nullptr, LowMemory(0xFFFF0000u).data()) << "more than is left";
 }

@@ -1,4 +1,4 @@
-// Loading plug-in libraries: what is registered, and what is refused and why.
+// Loading of plug-in libraries: the registration, and the messages about rejected libraries.
 #include <gmock/gmock.h>
 
 #include "stage/plugins/plugin.h"

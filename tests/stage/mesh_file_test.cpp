@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 namespace {
 
-// "x,y,z x,y,z" for each mesh, a line each; or the error.
+// A line "x,y,z x,y,z" for each mesh, or the error.
 std::string described(const TemporaryFolder& folder, const std::string& name) {
     const auto meshes = read_mesh_file(folder / name);
     if (!meshes) return meshes.error().message;
@@ -29,7 +29,7 @@ std::string described(const TemporaryFolder& folder, const std::string& name, co
     return described(folder, name);
 }
 
-// Name, text, and all meshes, each ended by a line feed, or a part of the error.
+// Name, text, and the lines of all meshes or a part of the error.
 const std::tuple<const char*, const char*, const char*> kObjCases[] = {
     {"faces do not change the order", "v 1 2 3\nv 4 5 6\nv 7 8 9\nv 7 8 9\nf 3 1 2\nf 4 2 1\n",
      "1,2,3 4,5,6 7,8,9 7,8,9\n"},
@@ -64,7 +64,7 @@ TEST(ObjFile, GivesVerticesInStoredOrder) {
     }
 }
 
-// Two primitives of three and two positions, the second one strided: the floats 0 to 14 and a gap of 4 bytes each.
+// Two primitives with three and two positions: the floats 0 to 14. Each position of the second has a gap of 4 bytes.
 constexpr const char* kPositions = "0,1,2 3,4,5 6,7,8\n9,10,11 12,13,14\n";
 constexpr const char* kGltf = R"({"asset":{"version":"2.0"},"buffers":[{"byteLength":68,"uri":
 "data:application/octet-stream;base64,AAAAAAAAgD8AAABAAABAQAAAgEAAAKBAAADAQAAA4EAAAABBAAAQQQAAIEEAADBBAACAvwAAQEEAAFBBAABgQQAAgL8="}],
@@ -89,7 +89,7 @@ TEST(GltfFile, GivesPositionsInStoredOrder) {
     EXPECT_EQ(described(folder, "t.GLB", glb()), kPositions);
 }
 
-// A piece of the sound file, what takes its place, and a part of the message.
+// A part of the valid file, its replacement, and a part of the message.
 const std::tuple<const char*, const char*, const char*> kGltfCases[] = {
     {R"("POSITION":1)", R"("POSITION":2)",
      "t.gltf: mesh 0 \"pan\", primitive 1: accessor 2 does not exist; the file has 2"},

@@ -17,7 +17,7 @@ inline Pixel pixel_at(const stage::Picture& picture, int x, int y) {
     return {picture.bytes[at], picture.bytes[at + 1], picture.bytes[at + 2], picture.bytes[at + 3]};
 }
 
-/// One step of a byte is left to the renderer's rounding.
+/// Accepts a difference of one, which depends on the rounding of the renderer.
 inline void expect_pixel(const Pixel& expected, const Pixel& actual, const char* where, int steps = 1) {
     for (size_t i = 0; i < 4; ++i)
         EXPECT_NEAR(expected[i], actual[i], steps) << where << ", channel " << i << " of (" << actual[0] << ", "

@@ -17,7 +17,7 @@ using stage::PassSettings;
 
 constexpr int kSize = 8;
 
-/// From pixels, origin at the bottom left, to the frame.
+/// Maps pixels, with the origin at the bottom left, to the frame.
 constexpr stage::Matrix kPixels = {2.0f / kSize, 0, 0, 0, 0, 2.0f / kSize, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
 
 struct AlphaCase {
@@ -45,7 +45,7 @@ const AlphaCase kAlphaCases[] = {
 
 class FrameTest : public OpenGlTest {
   protected:
-    /// A square that fills the frame, at this place in depth.
+    /// Draws a square that fills the frame at the depth z.
     static void cover(PassSettings settings, float z = 0) {
         settings.world[14] = z;
         stage::draw_pass(settings, [] { glRectf(-1, -1, 1, 1); });
@@ -64,7 +64,7 @@ TEST_F(FrameTest, ComesOutWithStraightAlpha) {
                 settings.blend = blend;
                 cover(settings);
             }
-            // Bytes lose a step in the frame and, divided by the cover, another.
+            // In a frame of bytes, rounding costs one step in the frame and one in the division by the coverage.
             expect_pixel(expected, pixel_at(frame.read(), 1, 0), "anywhere",
                          depth == stage::FrameDepth::kBytes ? 3 : 1);
         }
@@ -133,7 +133,7 @@ void send_quad_arrays() {
 
 const struct {
     stage::PictureFormat format;
-    std::array<int, 4> bytes;  // of a pixel's bytes those that are its red, green, blue and alpha; -1 for none: full
+    std::array<int, 4> bytes;  // index of the byte for red, green, blue and alpha; -1: full
 } kFormats[] = {{stage::kPictureAlpha, {-1, -1, -1, 0}},
                 {stage::kPictureLuminance, {0, 0, 0, -1}},
                 {stage::kPictureLuminanceAlpha, {0, 0, 0, 1}},
@@ -147,8 +147,8 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
     for (const auto& [format, bytes] : kFormats)
         for (const bool arrays : {true, false}) {
             SCOPED_TRACE(testing::Message() << "format " << format << (arrays ? ", arrays" : ", immediate"));
-            // A pixel of the picture covers one pixel of the frame, or 2 × 3. Then only the corners are compared: they
-            // are clamped to the edge, all others are mixed from neighbours.
+            // A pixel of the picture covers 1 × 1 or 2 × 3 pixels of the frame. With 2 × 3 only the corners are
+            // compared, since all other pixels are interpolated between neighbours.
             stage::Picture picture{arrays ? 6 : 3, arrays ? 6 : 2, format, {}};  // rows of 3 to 24 bytes
             const auto bytes_per_pixel = static_cast<size_t>(stage::bytes_per_pixel(format));
             const size_t size = stage::picture_byte_count(picture.width, picture.height, format);
@@ -177,7 +177,7 @@ TEST_F(FrameTest, ShowsTexturedQuadsSentThroughTheServices) {
         }
 }
 
-TEST_F(FrameTest, ShowsWhatLiesBehindWithoutADepthTest) {
+TEST_F(FrameTest, DrawsOverNearerThingsWithoutADepthTest) {
     stage::Framebuffer frame = make_frame(kSize);
     cover({}, -0.5f);  // window depth grows with z
     PassSettings far;
@@ -217,7 +217,7 @@ TEST_F(FrameTest, ShowsShapes) {
     expect_ring_and_hole({0, 0, 255, 255}, {0, 0, 255, 255}, "what is hidden, or clear, leaves nothing to the next");
 }
 
-TEST_F(FrameTest, ShowsPlatesUprightAndKeepsTheDepthBehind) {
+TEST_F(FrameTest, PlatesAreUprightAndDoNotWriteDepth) {
     const auto texture = stage::make_texture({2, 2, stage::kPictureLuminance, {50, 100, 150, 200}});
     ASSERT_TRUE(texture);
     stage::Framebuffer frame = make_frame(kSize);
@@ -244,12 +244,12 @@ TEST_F(FrameTest, ShowsPlatesUprightAndKeepsTheDepthBehind) {
     expect_pixel({0, 0, 255, 255}, pixel_at(frame.read(), 4, 4), "hidden by what is nearer");
 }
 
-// A light of two pixels: the left one neutral, the right one darkens red, doubles green, and clears.
-TEST_F(FrameTest, LightScalesByThePlaceInTheWorld) {
+// A light of two pixels. The left one is neutral; the right one darkens red, doubles green and reduces alpha.
+TEST_F(FrameTest, LightDependsOnTheWorldPosition) {
     const auto light = stage::make_texture({2, 1, stage::kPictureRgba, {64, 64, 64, 255, 32, 128, 255, 128}});
     const auto white = stage::make_texture({1, 1, stage::kPictureLuminance, {255}});
     ASSERT_TRUE(light && white);
-    glTranslatef(3, 0, 0);  // a matrix of the caller's, which does not count
+    glTranslatef(3, 0, 0);  // the caller's matrix must not matter
     for (const bool in_world : {false, true})
         for (const unsigned int texture : {0u, white->number()}) {
             SCOPED_TRACE(testing::Message() << (in_world ? "world" : "local") << ", texture " << texture);
@@ -292,7 +292,8 @@ TEST_F(FrameTest, FaintLayersAddUpInFloats) {
     PassSettings settings;
     settings.color = {0.5f, 0.5f, 0.5f, kAlpha};
     for (int i = 0; i < kLayers; ++i) cover(settings);
-    // Half a step of a 16-bit float below 0.5 for each layer is 0.03 of 255; the later layers fade the earlier errors.
+    // The rounding error of a layer is at most half a step of a 16-bit float below 0.5, which is 0.03 of 255. Later
+    // layers reduce earlier errors.
     EXPECT_NEAR(exact, pixel_at(frame.read(), 4, 4)[0], 3);
 }
 

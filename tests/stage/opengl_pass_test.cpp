@@ -1,4 +1,4 @@
-// A pass restores the OpenGL state, and reports what its drawing did wrong.
+// A pass restores the OpenGL state and reports faults of its drawing.
 #include <epoxy/gl.h>
 #include <tovu/opengl.h>
 
@@ -101,7 +101,7 @@ class PassTest : public OpenGlTest {
 };
 
 TEST_F(PassTest, PutsBackEverythingThatWasChanged) {
-    // A caller with a state of its own, as a window's toolkit has.
+    // The caller has OpenGL state of its own, such as a window toolkit.
     GLuint vertex_array = 0;
     GLuint buffer = 0;
     glGenVertexArrays(1, &vertex_array);

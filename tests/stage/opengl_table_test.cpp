@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The scenarios compare the records of single calls.
+// Records of single calls are tested by the scenarios.
 TEST(Dispatch, ADrawRecordsTheArraysAtItsTime) {
     stage::use_opengl(stage::recording_opengl());
     stage::start_recording_calls();

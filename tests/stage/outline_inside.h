@@ -1,4 +1,4 @@
-// Which points outlines enclose, for the tests of everything that makes outlines.
+// Tests whether outlines enclose points, for tests of code that makes outlines.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace stage_test {
 
-/// The crossing-number rule in the x-y plane, as readers of a geometry apply it to one mesh.
+/// The even-odd rule in the x-y plane, as plug-ins apply it to one mesh.
 inline bool encloses(const stage::Mesh& mesh, double x, double y) {
     bool inside = false;
     const auto& v = mesh.vertices;
@@ -22,7 +22,7 @@ inline bool encloses(const stage::Mesh& mesh, double x, double y) {
     return inside;
 }
 
-/// Inside any of the meshes, which are tested one by one.
+/// True if any of the meshes encloses the point.
 inline bool any_encloses(const std::vector<stage::Mesh>& meshes, double x, double y) {
     return std::any_of(meshes.begin(), meshes.end(), [&](auto& mesh) { return encloses(mesh, x, y); });
 }

@@ -37,7 +37,7 @@ constexpr int32_t kWidth = 64;
 constexpr int32_t kHeight = 48;
 constexpr int kPictures = 4;
 
-/// Straight, 0…1: colour grows to the right, alpha to the bottom; the pictures differ in green.
+/// A test pixel with straight alpha, 0…1. Colour increases to the right, alpha to the bottom; pictures differ in green.
 std::array<double, 4> gradient(int picture, int32_t x, int32_t y) {
     return {0.2 + 0.6 * x / kWidth, 0.3 * picture, 0.4, (y + 0.5) / kHeight};
 }
@@ -60,7 +60,7 @@ stage::Result<stage::Done> write_video(const std::filesystem::path& path, const 
 }
 
 using Pixel = std::array<double, 4>;
-Pixel as_it_is(Pixel p) {
+Pixel unchanged(Pixel p) {
     return p;
 }
 Pixel multiplied(Pixel p) {
@@ -84,7 +84,7 @@ constexpr const char* kDecode =
     "ffmpeg -nostdin -v error -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
 constexpr const char* kDecodeVp9 =
     "ffmpeg -nostdin -v error -c:v libvpx-vp9 -i $f -vf zscale=matrix=gbr:range=full,format='gbrp16|gbrap16' ";
-// Chroma belongs to a field.
+// Decodes one field. Chroma is stored per field.
 constexpr const char* kDecodeTop =
     "ffmpeg -nostdin -v error -i $f "
     "-vf separatefields,zscale=matrix=gbr:range=full,format='gbrp16|gbrap16',weave=first_field=top ";
@@ -109,15 +109,15 @@ struct VideoCase {
 const VideoCase kVideoCases[] = {
     {"a.mp4", {}, "h264,yuv420p,tv,bt709,bt709,bt709,progressive", kDecode, over_black, 0.75},
     {"h265.mp4", {.codec = "h265"}, "hevc,yuv420p10le,tv,bt709,bt709,bt709,progressive", kDecode, over_black, 0.5},
-    {"a.mov", {}, "prores,yuva444p12le,tv,bt709,bt709,bt709,progressive", kDecode, as_it_is, 0.15},
+    {"a.mov", {}, "prores,yuva444p12le,tv,bt709,bt709,bt709,progressive", kDecode, unchanged, 0.15},
     {"multiplied.mov",
      {.premultiplied = true},
      "prores,yuva444p12le,tv,bt709,bt709,bt709,progressive",
      kDecode,
      multiplied,
      0.15},
-    {"a.WEBM", {}, "vp9,yuv420p,tv,bt709,bt709,bt709,progressive", kDecodeVp9, as_it_is, 0.55},
-    {"a.webp", {}, nullptr, kDecodeWebp, as_it_is, 1.7},
+    {"a.WEBM", {}, "vp9,yuv420p,tv,bt709,bt709,bt709,progressive", kDecodeVp9, unchanged, 0.55},
+    {"a.webp", {}, nullptr, kDecodeWebp, unchanged, 1.7},
     {"a.gif", {}, "gif,bgra,unknown,unknown,unknown,unknown,unknown", kDecodeGif, all_or_nothing, 0.2},
     {"top.mp4",
      {.fields = stage::VideoFields::kTopFirst},
@@ -135,7 +135,7 @@ const VideoCase kVideoCases[] = {
      {.fields = stage::VideoFields::kBottomFirst},
      "prores,yuva444p12le,tv,bt709,bt709,bt709,bt",
      kDecode,
-     as_it_is,
+     unchanged,
      0.15},
     {"fill.mp4",
      {.part = stage::VideoPart::kFill},
@@ -157,7 +157,7 @@ const VideoCase kVideoCases[] = {
      0.55},
 };
 
-// What the command prints, in which $f is the file.
+// The output of a shell command, in which $f is the file.
 std::string printed(const std::string& command, const std::filesystem::path& file) {
     const TemporaryFolder folder;
     const auto output = folder / "output";
@@ -168,7 +168,7 @@ std::string printed(const std::string& command, const std::filesystem::path& fil
 
 class Videos : public testing::TestWithParam<VideoCase> {};
 
-TEST_P(Videos, AreWhatTheirFormatSaysAndRepeatToTheByte) {
+TEST_P(Videos, HaveTheirFormatAndEqualBytesEachTime) {
     const VideoCase& expected = GetParam();
     SCOPED_TRACE(expected.name);
     stage::VideoSettings settings = expected.settings;
@@ -245,7 +245,7 @@ TEST(Video, EveryFaultIsNamedAndLeavesNoFile) {
 
 class VideoCommand : public testing::Test {
   protected:
-    /// The only command there is.
+    /// Makes `script` the only command in PATH.
     void put_ffmpeg(const std::string& script) {
         write_bytes(commands / "ffmpeg", "#!/bin/sh\n" + script);
         std::filesystem::permissions(commands / "ffmpeg", std::filesystem::perms::owner_all);
@@ -259,12 +259,12 @@ class VideoCommand : public testing::Test {
     const stage::VideoSettings settings{kWidth, kHeight, 25.0};
 };
 
-TEST_F(VideoCommand, ThatIsMissingIsAskedFor) {
+TEST_F(VideoCommand, IfMissingItsPackageIsNamed) {
     EXPECT_THAT(VideoFile::create(folder / "a.mp4", settings).error().message,
                 HasSubstr("a.mp4: there is no ffmpeg command; install the package ffmpeg"));
 }
 
-TEST_F(VideoCommand, ThatFailsIsQuotedWithItsLastLines) {
+TEST_F(VideoCommand, IfItFailsItsLastLinesAreQuoted) {
     put_ffmpeg("for i in 1 2 3 4 5 6 7; do echo \"line $i\" >&2; done\nexit 3\n");
     auto video = VideoFile::create(folder / "a.mp4", settings);
     ASSERT_TRUE(video);
@@ -276,7 +276,7 @@ TEST_F(VideoCommand, ThatFailsIsQuotedWithItsLastLines) {
     EXPECT_TRUE(folder.is_empty());
 }
 
-TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
+TEST_F(VideoCommand, IfItFailsAtTheEndNoFileIsLeft) {
     const std::tuple<const char*, decltype(SIG_DFL), const char*> cases[] = {
         {"echo full >&2; exit 1", SIG_DFL, "ffmpeg failed with exit status 1:\nfull"},
         {"echo \"Unknown encoder 'libx264'\" >&2; exit 1", SIG_DFL,
@@ -298,7 +298,7 @@ TEST_F(VideoCommand, ThatFailsAtTheEndLeavesNoFile) {
 }
 
 TEST(Exr, KeepsEachHalfAndTexts) {
-    // By hand: 1, 0.5, 2, 0.25 as halves; the top row is the second one here.
+    // 1, 0.5, 2, 0.25 as half floats. The top row is the second one.
     const stage::DrawnPicture picture{1, 2, {0x3c00, 0x3800, 0x4000, 0x3400, 0, 0, 0, 0x3c00}};
     const TemporaryFolder folder;
     const auto file = folder / "a.exr";
@@ -316,7 +316,7 @@ TEST(Exr, KeepsEachHalfAndTexts) {
 
 TEST(ContactSheet, HoldsSmallPicturesInReadingOrder) {
     constexpr uint16_t kFull = 65535;
-    // Two rows of four pixels, the bottom one first. To the left one of four has alpha, to the right all have.
+    // Two rows of four pixels, the bottom row first. One of the four left pixels has alpha, and all right ones have.
     DeepPicture picture{4, 2, std::vector<uint16_t>(4 * 2 * 4)};
     const auto set = [&picture](size_t pixel, std::array<uint16_t, 4> color) {
         std::copy_n(color.data(), 4, &picture.channels[pixel * 4]);
@@ -366,7 +366,7 @@ TEST(Video, RatesAreExact) {
     for (const auto& [rate, text] : cases) EXPECT_EQ(text, stage::frame_rate_text(rate));
 }
 
-TEST(Progress, TellsRateAndTimeLeft) {
+TEST(Progress, ShowsRateAndTimeLeft) {
     const std::tuple<int, int, double, const char*> cases[] = {
         {0, 100, 3.0, "frame 0/100"},
         {30, 100, 2.5, "frame 30/100, 12.0 frames/s, 5.8 s left"},

@@ -1,4 +1,4 @@
-// Pictures in and out of files.
+// Reading and writing of picture files.
 #include <gmock/gmock.h>
 
 #include "stage/assets/picture_file.h"
@@ -12,7 +12,7 @@ using stage::Picture;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// Every byte another, so that a swapped row, column or channel shows.
+/// A picture with different bytes, so that a swapped row, column or channel is found.
 Picture counted_picture(int32_t width, int32_t height, stage::PictureFormat format) {
     Picture picture{width, height, format, {}};
     for (size_t i = 0; i < stage::picture_byte_count(width, height, format); ++i)
@@ -23,7 +23,7 @@ Picture counted_picture(int32_t width, int32_t height, stage::PictureFormat form
 /// A TGA of 1 × 2 pixels of 24 bits, bottom row first: blue, green, red. Bytes 12 and 13 hold the width.
 const std::string kTga({0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 2, 0, 24, 0, 3, 2, 1, 6, 5, 4});
 
-TEST(PictureFile, ComesBackFromAPngAsItWent) {
+TEST(PictureFile, PngKeepsEightBits) {
     const TemporaryFolder folder;
     for (const auto format :
          {stage::kPictureLuminance, stage::kPictureLuminanceAlpha, stage::kPictureRgb, stage::kPictureRgba}) {
@@ -39,7 +39,7 @@ TEST(PictureFile, ComesBackFromAPngAsItWent) {
     }
 }
 
-TEST(PictureFile, OfSixteenBitsComesBackFromAPngAsItWent) {
+TEST(PictureFile, PngKeepsSixteenBits) {
     const stage::DeepPicture picture{2, 2, {0, 1, 256, 65535, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13}};
     const TemporaryFolder folder;
     ASSERT_TRUE(stage::write_png(folder / "a.png", picture, {{"Scene", "Wörter"}}));
@@ -75,7 +75,7 @@ TEST(PictureFile, EveryFaultIsNamed) {
     }
 }
 
-TEST(PictureFile, AFailedWriterLeavesWhatWasThere) {
+TEST(PictureFile, AFailedWriteLeavesTheOldFile) {
     const TemporaryFolder folder;
     const Picture picture = counted_picture(2, 2, stage::kPictureRgb);
     EXPECT_THAT(stage::write_png(folder / "none/a.png", picture).error().message,
@@ -86,7 +86,7 @@ TEST(PictureFile, AFailedWriterLeavesWhatWasThere) {
     EXPECT_TRUE(folder.is_empty());
 }
 
-TEST(PictureCompare, MeasuresWhatIsSeen) {
+TEST(PictureCompare, MeasuresVisibleDifferences) {
     const Picture base{2, 1, stage::kPictureRgba, {100, 100, 100, 255, 0, 0, 0, 0}};
     const Picture invisible{2, 1, stage::kPictureRgba, {100, 100, 100, 255, 255, 9, 200, 0}};
     EXPECT_EQ(0.0, stage::compare_pictures(base, invisible)->mean);

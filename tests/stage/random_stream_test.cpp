@@ -1,5 +1,5 @@
-// The numbers behind `rand`: the Stage's own where the process binds it to the Stage (TOVU_RAND_OF_STAGE is 1), the C
-// library's where it does not.
+// The random numbers of `rand`: those of the Stage if the process binds `rand` to the Stage (TOVU_RAND_OF_STAGE is 1),
+// else those of the C library.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kDraws = 1000;
 
-/// The C library's generator, apart from the one behind `rand`.
+/// A generator of the C library with a state separate from `rand`.
 class Reference {
   public:
     explicit Reference(unsigned seed) { initstate_r(seed, state_, sizeof state_, &data_); }
@@ -28,7 +28,7 @@ class Reference {
     random_data data_{};
 };
 
-/// Where the numbers of `rand` leave those of the reference; kDraws when they do not.
+/// Index of the first number of `rand` that differs from the reference; kDraws if none does.
 int first_difference(Reference& reference) {
     for (int i = 0; i < kDraws; ++i)
         if (std::rand() != reference.next()) return i;

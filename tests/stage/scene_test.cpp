@@ -1,4 +1,4 @@
-// Objects of the scene: handles that stay stale, look-up, images, mesh access, and wrong handles.
+// Objects of the scene: stale handles, look-up, images, mesh access, and wrong handles.
 #include <gmock/gmock.h>
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
@@ -105,7 +105,7 @@ class MeshAccess : public Scene {
         set_mesh_geometry(*stage, outline_container, {{{{1, 2, 3}, {4, 5, 6}}}, {{}}, {{{7, 8, 9}, {10, 11, 12}}}});
 };
 
-/// A wrong call with an out value, and what the complaint about it says.
+/// A wrong call with an out value, and a part of the complaint.
 const std::pair<void (*)(int32_t access, int32_t* out), const char*> kWrongMeshCalls[] = {
     {[](int32_t a, int32_t* out) { _api__geomod_goto_mesh(a, 3, out); }, "no mesh 3"},
     {_api__geomod_next_mesh, "mesh cursor -7 stands on no mesh"},
@@ -148,7 +148,7 @@ TEST_F(MeshAccess, MustBeBegunAndEndsWithItsFrame) {
                             "_api__geomod_goto_mesh: the mesh access is of an earlier frame"));
 }
 
-// The probe's test (tests/sdk) sees that all services leave out values alone then.
+// That all services leave out values unchanged is tested with the probe (tests/sdk).
 TEST_F(Scene, WrongHandlesAreNamed) {
     const int32_t container = add_container(*stage, "outline");
     const int32_t geometry = set_mesh_geometry(*stage, container, {});

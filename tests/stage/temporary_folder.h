@@ -1,4 +1,4 @@
-// A folder of its own for a test that writes files; gone afterwards.
+// A temporary folder for tests that write files, removed at the end.
 #pragma once
 
 #include <unistd.h>

@@ -28,8 +28,8 @@ TEST(TextOutline, SeparatePartsOfLettersAreMeshes) {
 }
 
 TEST(TextOutline, IsPlacedBySizeAlignmentAndKerning) {
-    // In DejaVu Sans H is 1493 of 2048 units tall and its left stem starts at 201; kerning makes A and V overlap;
-    // baselines are 1.1640625 em apart.
+    // In DejaVu Sans, H is 1493 of 2048 units high and its left stem starts at 201. Kerning makes A and V overlap.
+    // Baselines are 1.1640625 em apart.
     const auto box_with = [](const char* text, TextAlignment alignment = TextAlignment::kLeft) {
         return box_of(meshes_of({text, "", 2048, alignment}));
     };

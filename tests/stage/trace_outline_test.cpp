@@ -14,7 +14,8 @@ using namespace stage_test;
 
 namespace {
 
-// A pixel is 200 where the rule holds for its centre, else 100. Coordinates: pixels from the lower left corner.
+// A mask with pixels of 200 where the rule holds for the centre, else 100. Coordinates are pixels from the lower left
+// corner.
 Mask mask_of(int width, int height, const std::function<bool(double, double)>& rule) {
     Mask mask{width, height, {}, 128};
     for (int y = 0; y < height; ++y)

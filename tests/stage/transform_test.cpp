@@ -66,7 +66,7 @@ TEST_F(PlacedContainer, AScaleOfZeroHasNoInverse) {
     EXPECT_EQ(inverted, kIdentity);
 }
 
-// The probe's test (tests/sdk) checks pan, tilt and the position.
+// Pan, tilt and position are tested with the probe (tests/sdk).
 TEST_F(PlacedContainer, APositiveRollTurnsTheTopOfTheCameraToTheLeft) {
     stage->camera.position = {};
     stage->camera.roll_degrees = 90;

@@ -1,4 +1,4 @@
-// What tests of several folders look for in the same way.
+// Expectations that tests of several folders share.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ std::array<uint32_t, sizeof(Value) / 4> words_of(const Value& value) {
     return std::bit_cast<std::array<uint32_t, sizeof(Value) / 4>>(value);
 }
 
-/// Fails with the name of each field, links and consumer's marks aside, in which two records differ by a bit.
+/// Fails with the name of each field whose bits differ in two records. Ignores the links and the fields of consumers.
 inline void expect_same(const Particle& expected, const Particle& value) {
     const char* const words[] = {"position.x", "position.y",  "position.z", "velocity.x",    "velocity.y",
                                  "velocity.z", "color",       "alpha",      "size_x",        "size_step_x",
@@ -51,7 +51,8 @@ inline void expect_same(const Particle& expected, const Particle& value) {
     }
 }
 
-/// How many numbers the process-wide generator has given since it was seeded with `seed`; -1 when it was not. Draws.
+/// The number of draws from the process-wide generator since it was seeded with `seed`; -1 if it was not. Draws a
+/// number.
 inline int draws_since(unsigned seed) {
     const int next = std::rand();
     std::srand(seed);

@@ -1,5 +1,5 @@
-// A plug-in that breaks one rule: the one that FAULT names. With AT_WORK it registers as it should, and the environment
-// variable FAULTY names an entry point (or "loading") and a deed, as in "PLUGIN_NEW_GEOM:crash".
+// A plug-in that breaks the rule FAULT. With AT_WORK it registers correctly, and the environment variable FAULTY names
+// an entry point (or "loading") and a fault, as in "PLUGIN_NEW_GEOM:crash".
 #include <tovu/entry_points.h>
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
@@ -19,7 +19,7 @@ namespace {
 volatile int zero;
 volatile int* volatile nowhere = reinterpret_cast<volatile int*>(uintptr_t{64});
 
-int frames;  // calls of PLUGIN_NEW_GEOM so far, of all instances; faults of a frame wait for the fifth
+int frames;  // calls of PLUGIN_NEW_GEOM so far, of all instances; faults in a frame happen in the fifth
 
 void overflow_stack() {
     volatile int room[1024];
@@ -28,8 +28,8 @@ void overflow_stack() {
     zero = room[0];
 }
 
-void do_deed(const char* deed) {
-    const auto is = [deed](const char* name) { return std::strcmp(deed, name) == 0; };
+void cause_fault(const char* kind) {
+    const auto is = [kind](const char* name) { return std::strcmp(kind, name) == 0; };
     if (is("crash")) *nowhere = 1;
     if (is("overflow")) overflow_stack();
     if (is("trap")) __builtin_trap();
@@ -47,7 +47,7 @@ void work(const char* entry_point) {
     if (!breaks("AT_WORK")) return;
     const char* fault = std::getenv("FAULTY");
     const size_t length = std::strlen(entry_point);
-    if (fault && std::strncmp(fault, entry_point, length) == 0 && fault[length] == ':') do_deed(fault + length + 1);
+    if (fault && std::strncmp(fault, entry_point, length) == 0 && fault[length] == ':') cause_fault(fault + length + 1);
 }
 
 __attribute__((constructor)) void load() {
@@ -56,7 +56,7 @@ __attribute__((constructor)) void load() {
 
 }  // namespace
 
-// NOLINTBEGIN(bugprone-exception-escape): an exception that leaves an entry point is one of the deeds
+// NOLINTBEGIN(bugprone-exception-escape): an exception that leaves an entry point is one of the faults
 
 int32_t PLUGIN_INIT() noexcept {
     work("PLUGIN_INIT");

@@ -1,4 +1,4 @@
-// A plug-in that does what tests tell it, right and wrong.
+// A plug-in whose actions, correct and wrong ones, are started by tests.
 #include "probe_plugin.h"
 
 #include <tovu/entry_points.h>

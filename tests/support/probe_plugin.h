@@ -1,4 +1,4 @@
-// The block and the actions of the probe plug-in, for the tests that read and press them.
+// The block and the actions of the probe plug-in.
 #pragma once
 
 #include <cstdint>

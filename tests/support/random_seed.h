@@ -8,13 +8,13 @@
 
 namespace tovu {
 
-/// TOVU_TEST_SEED from the environment, 1 when it is not set.
+/// TOVU_TEST_SEED from the environment, or 1.
 inline unsigned random_seed() {
     const char* text = std::getenv("TOVU_TEST_SEED");
     return text ? static_cast<unsigned>(std::strtoul(text, nullptr, 10)) : 1;
 }
 
-/// The same, shown with every failure while it lives.
+/// random_seed(), shown with every failure while the object exists.
 struct RandomSeed {
     unsigned value = random_seed();
     testing::ScopedTrace trace{"", 0, "TOVU_TEST_SEED=" + std::to_string(value)};

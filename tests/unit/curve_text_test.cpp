@@ -1,4 +1,4 @@
-// The numbers of curve texts: read whatever the locale, written as printf would.
+// The numbers of curve texts: reading does not depend on the locale, writing equals printf.
 #include "particles/curve_text.h"
 
 #include <gtest/gtest.h>
@@ -43,8 +43,8 @@ TEST(CurveText, ReadsDecimalNumbersBetweenSpaces) {
     for (const auto& [text, numbers] : kTexts) EXPECT_EQ(numbers, numbers_of(text)) << '"' << text << '"';
 }
 
-TEST(CurveText, TakesNoNoticeOfTheLocale) {
-    // Made for the test: few machines have a locale with a decimal comma.
+TEST(CurveText, DoesNotDependOnTheLocale) {
+    // Creates a locale with a decimal comma, since few machines have one.
     const std::string folder = testing::TempDir() + "tovu_locales";
     const std::string make = "mkdir -p '" + folder + "' && localedef -i de_DE -f UTF-8 '" + folder + "/de_DE.UTF-8'";
     ASSERT_EQ(0, std::system(make.c_str())) << make;

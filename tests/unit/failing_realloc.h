@@ -1,5 +1,5 @@
-// The test program is linked so that every realloc comes by here.
+// Replaces realloc in the test program.
 #pragma once
 
-/// While set, realloc fails. Set it back before anything but the code under test runs.
+/// While true, realloc fails. Reset it directly after the code under test.
 extern bool realloc_fails;

@@ -1,4 +1,4 @@
-// Vectors and matrices: OpenGL's conventions, and the zero rules that leave every bit as it was.
+// Vectors and matrices: OpenGL's conventions, and the rules for zero arguments, which keep every bit.
 #include "math/matrix.h"
 
 #include <limits>

@@ -18,8 +18,8 @@ using Outlines = std::vector<std::vector<Vector3>>;
 constexpr float kInfinite = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
-/// Every vertex and a place on every edge, their neighbours by one step of a float, and random points.
-std::vector<Vector3> telling_points(const std::vector<Vector3>& vertices, std::mt19937& generator) {
+/// Every vertex and a point on every edge, the adjacent floats of both, and random points.
+std::vector<Vector3> test_points(const std::vector<Vector3>& vertices, std::mt19937& generator) {
     std::vector<Vector3> points;
     for (size_t i = 0; i < vertices.size(); ++i) {
         const Vector3 a = vertices[i];
@@ -52,7 +52,7 @@ std::vector<Vector3> random_ring(std::mt19937& generator) {
     return ring;
 }
 
-// Vertices on a coarse grid make edges that cross, lie on each other or along the ray; others are anywhere.
+// Some vertices lie on a coarse grid, so that edges cross, overlap or lie along the ray. Others are random.
 Outlines random_outlines(std::mt19937& generator) {
     if (generator() % 3 == 0) return {random_ring(generator)};
     std::uniform_real_distribution<float> anywhere(-10, 10);
@@ -77,7 +77,7 @@ TEST(OutlineIndex, AnswersAsEveryEdgeTested) {
         ++indexed;
         const tovu::InsideTest every_edge{tovu::InsideTest::kTestOutlines, &made.source, nullptr};
         const tovu::InsideTest by_index{tovu::InsideTest::kTestIndex, &made.source, &index};
-        for (const Vector3& p : telling_points(made.vertices, generator))
+        for (const Vector3& p : test_points(made.vertices, generator))
             ASSERT_EQ(contains(every_edge, p), contains(by_index, p))
                 << "round " << round << " at " << p.x << ", " << p.y;
     }

@@ -1,11 +1,11 @@
-// A container source as a refresh leaves it, made by hand.
+// A container source in the state after a refresh.
 #pragma once
 
 #include <vector>
 
 #include "sources/container_source.h"
 
-/// Owns what the source points to. Not to be copied or moved.
+/// Owns the data of the source. Must not be copied or moved.
 struct OutlineSource {
     OutlineSource(const std::vector<std::vector<Vector3>>& outlines, int32_t ref_plane) {
         for (const auto& outline : outlines) vertices.insert(vertices.end(), outline.begin(), outline.end());

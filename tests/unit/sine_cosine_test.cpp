@@ -16,7 +16,7 @@ namespace {
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
-/// Within 1.8 units in the last place; near the zeros the library's own value of a double is no measure for a float's.
+/// True within 1.8 units in the last place. Near zeros an absolute difference is accepted.
 bool near(float value, double exact) {
     const auto nearest = static_cast<float>(std::fabs(exact));
     const double unit = std::nextafter(nearest, kInfinity) - nearest;

@@ -1,4 +1,4 @@
-// Points drawn from a shape's area are spread as accepted candidates are.
+// Points drawn from the area of a shape have the distribution of accepted candidates.
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -17,7 +17,7 @@ namespace {
 constexpr int kDraws = 40000;
 
 /// draw: returns the cell of a point, or -1 for a point outside the shape. sizes: area of each cell within the shape.
-/// Counts may stray from the sizes by what chance allows (chi-square, five standard deviations).
+/// Tests the counts by chi-square with a limit of five standard deviations.
 template <class Draw>
 void expect_uniform(const std::vector<double>& sizes, int max_rejected, Draw draw) {
     const RandomSeed seed;
@@ -62,7 +62,7 @@ std::vector<Vector3> comb(int teeth) {
     return outline;
 }
 
-/// Random edges, which cross far more often than pieces are cut for.
+/// Random edges with more crossings than the number of pieces allows.
 std::vector<Vector3> tangle(size_t corners) {
     std::mt19937 generator(random_seed());
     std::uniform_real_distribution<float> share(0, 1);

@@ -1,4 +1,4 @@
-// A step of the live particles gives the same bits as its rules, applied to one particle after the other.
+// A step of the live particles gives the same bits as the plain version of its rules.
 #include <tovu/opengl.h>
 
 #include <cmath>

@@ -1,4 +1,4 @@
-// Trigonometry gives a float32 that is right to the last place, whichever C library computes it.
+// Trigonometry gives correctly rounded float32 values with every C library.
 #include "math/trigonometry.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@ float arc_tangent_of_thirds(float y) {
     return arc_tangent_degrees(y, 3.0f);
 }
 
-// Arguments for which float functions, or a result rounded to float once more on the way, are off by one place.
+// Arguments for which float functions, or a second rounding, give a result that differs in the last bit.
 TEST(Trigonometry, RoundsTheDoubleResultOnce) {
     const struct {
         const char* name;
