@@ -44,7 +44,7 @@ std::string first_comment(const std::string& text) {
 fs::path cached_picture(const GalleryEntry& entry, const std::string& text) {
     stage::Fnv1a digest;
     digest.add(std::string_view(text));
-    digest.add(std::string_view(entry.part == GalleryPart::kLooks ? "new scene" : "file"));
+    digest.add(std::string_view(entry.part == GalleryPart::kLooks ? "framed" : "file"));
     return cache_folder() / fmt::format("{}_{:016x}.png", entry.name, digest.value);
 }
 
@@ -104,25 +104,23 @@ std::vector<fs::path> all_look_files(const fs::path& looks_folder) {
     return files;
 }
 
-Result<stage::SceneDescription> scene_of(const GalleryEntry& entry) {
+// Of a look, as a new scene of it begins.
+void order_thumbnail(GalleryEntry& entry, std::vector<ThumbnailOrder>& orders) {
     const Result<Document> document = entry.part == GalleryPart::kLooks
                                           ? new_scene_of_look(entry.name, fs::current_path())
                                           : open_document(entry.file);
-    if (!document) return document.error();
-    return stage::read_scene(scene_text(*document), scene_file(*document));
-}
-
-void order_thumbnail(GalleryEntry& entry, std::vector<ThumbnailOrder>& orders) {
-    Result<stage::SceneDescription> scene = scene_of(entry);
+    Result<stage::SceneDescription> scene =
+        document ? stage::read_scene(scene_text(*document), scene_file(*document)) : document.error();
     if (!scene) {
         entry.mistake = scene.error().message;
         return;
     }
     scene->size = {scene->size[0] * kThumbnailHeight / scene->size[1], kThumbnailHeight};
     if (!scene->background) scene->background = stage::Triple{0.05f, 0.06f, 0.08f};
+    const bool is_look = entry.part == GalleryPart::kLooks || document->kind == DocumentKind::kLook;
     const auto frame = static_cast<int64_t>(kShownShare * static_cast<double>(stage::frame_count(*scene)));
-    orders.push_back(
-        {entry.cached.string(), std::make_shared<const stage::SceneDescription>(std::move(*scene)), frame});
+    orders.push_back({entry.cached.string(), std::make_shared<const stage::SceneDescription>(std::move(*scene)),
+                      is_look ? 0 : frame, is_look});
 }
 
 }  // namespace

@@ -188,7 +188,8 @@ void picture_tools(PanelFrame& frame) {
         view.camera.reset();
         frame.commands.push_back(SetView{view});
     }
-    if (tool_button(frame, "Keep this view", "Makes this the camera of the scene")) {
+    const bool has_camera = frame.studio.document->kind == DocumentKind::kScene;
+    if (has_camera && tool_button(frame, "Keep this view", "Makes this the camera of the scene")) {
         frame.commands.push_back(
             camera_keys(*frame.studio.orders.view.camera, frame.studio.scene->camera, memory.pivot_distance));
         view.camera.reset();

@@ -241,16 +241,36 @@ Clock::time_point play_on(PlayerThread& player) {
     return player.pace_start + std::chrono::duration_cast<Clock::duration>(Seconds(next));
 }
 
+Framing framing_of(const stage::SceneDescription& scene, const std::string& smoke_plugin) {
+    const Result<Framing> framing = measure_framing(scene, smoke_plugin);
+    return framing ? *framing : Framing();
+}
+
+// The scene is ordered again with its framing.
+void measure(PlayerThread& player) {
+    player.played_scene = player.orders.scene_number;
+    const Framing framing = framing_of(*player.orders.scene, player.smoke_plugin);
+    const std::lock_guard lock(player.mutex);
+    player.reported.framing = framing;
+    player.reported.framed_scene = player.played_scene;
+}
+
 // Null when newer orders came meanwhile.
 std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const ThumbnailOrder& order) {
-    Result<PlayRun> made = make_play_run(*order.scene, player.smoke_plugin, 0);
+    stage::SceneDescription scene = *order.scene;
+    if (order.measures_framing) {
+        const Framing framing = framing_of(scene, player.smoke_plugin);
+        scene.camera.position = framing.camera;
+        scene.prewarm = framing.prewarm;
+    }
+    Result<PlayRun> made = make_play_run(scene, player.smoke_plugin, 0);
     if (!made) return made.error();
     while (current_frame(*made) < order.frame) {
         if (const Result<Done> done = run_next_frame(*made); !done) return done.error();
         const std::lock_guard lock(player.mutex);
         if (has_new_orders(player)) return {};
     }
-    Result<stage::SceneCanvas> canvas = stage::make_canvas(*order.scene);
+    Result<stage::SceneCanvas> canvas = stage::make_canvas(scene);
     if (!canvas) return canvas.error();
     Result<DrawnFrame> drawn = draw_run(*made, *canvas, {});
     if (!drawn) return drawn.error();
@@ -287,7 +307,9 @@ void follow_orders(PlayerThread& player) {
         if (player.target && player.play) player.target = std::max<int64_t>(current_frame(*player.play), 0);
     }
     const bool waiting = player.target && player.play && now(player) - player.seek_start < kPatience;
-    if (new_scene && orders.scene != nullptr && (!waiting || new_seek)) {
+    if (orders.measures_framing) {
+        if (new_scene && orders.scene != nullptr) measure(player);
+    } else if (new_scene && orders.scene != nullptr && (!waiting || new_seek)) {
         const int64_t shown = player.target ? *player.target : player.play ? current_frame(*player.play) : 0;
         player.seek_start = now(player);
         player.done_seek = orders.seek_number;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "look_framing.h"
 #include "play_run.h"
 
 namespace tovu {
@@ -17,6 +18,7 @@ struct FrameRange {
 struct PlayOrders {
     int64_t scene_number = 0;                              // greater for another scene
     std::shared_ptr<const stage::SceneDescription> scene;  // null: none
+    bool measures_framing = false;                         // of the scene, instead of playing it
     bool playing = false;
     double speed = 1.0;  // of the clock; the time step of a frame stays
     bool loop = true;
@@ -32,6 +34,7 @@ struct ThumbnailOrder {
     std::string name;                                      // that its picture comes with
     std::shared_ptr<const stage::SceneDescription> scene;  // of the size to draw
     int64_t frame = 0;
+    bool measures_framing = false;  // to be drawn with it
 };
 struct Thumbnail {
     std::string name;
@@ -46,6 +49,8 @@ struct PlayReport {
     int64_t frame = 0;                        // that is shown
     int64_t drawn_scene = 0;                  // number of the scene that is shown
     int64_t done_seek = 0;                    // number of the last seek that was begun
+    int64_t framed_scene = 0;                 // number of the last scene whose framing was measured
+    Framing framing;                          // of it; the default one when nothing could be measured
     int64_t failed_scene = 0;                 // number of the last scene that cannot be played
     std::string error;                        // of it, a line for each mistake
     bool seeking = false;

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "document/recent_files.h"
+#include "orbit.h"
 #include "stage/scenefile/scene_reader.h"
 #include "stage/scenefile/timeline.h"
 
@@ -42,11 +43,29 @@ bool open(Studio& studio, Result<Document> opened) {
     studio.orders.speed = 1.0;
     studio.orders.view = {};
     studio.orders.scene = nullptr;
+    studio.orders.measures_framing = studio.document->kind == DocumentKind::kLook;
     ++studio.orders.seek_number;
     studio.orders.seek_frame = 0;
     follow_document(studio);
     if (studio.scene) studio.orders.range = {0, scene_frames(studio) - 1};
     return true;
+}
+
+// What was measured is set, and the scene is played.
+void take_framing(Studio& studio) {
+    PlayOrders& orders = studio.orders;
+    if (!orders.measures_framing || studio.report.framed_scene != orders.scene_number) return;
+    orders.measures_framing = false;
+    ++orders.scene_number;
+    const Framing& framing = studio.report.framing;
+    if (studio.document->kind == DocumentKind::kScene) {
+        frame_new_scene(*studio.document, framing);
+        studio.read_revision = studio.document->revision - 1;
+        return;
+    }
+    stage::CameraDescription camera;  // a look has none: only the view changes
+    camera.position = framing.camera;
+    orders.view.camera = camera_of(camera);
 }
 
 // For the gallery, which only lacks the file when the list cannot be written.
@@ -124,7 +143,8 @@ struct General {
         return true;
     }
     bool operator()(const NewFromLook& command) const {
-        open(studio, new_scene_of_look(command.look, std::filesystem::current_path()));
+        if (open(studio, new_scene_of_look(command.look, std::filesystem::current_path())))
+            studio.orders.measures_framing = true;
         return true;
     }
     bool operator()(const TakeRecovery& command) const {
@@ -252,6 +272,7 @@ void follow_player(Studio& studio, PlayReport report) {
     report.numbers.clear();
     studio.report = std::move(report);
     if (studio.document) studio.report.error = with_scene_named(*studio.document, std::move(studio.report.error));
+    take_framing(studio);
     if (studio.report.at_end) studio.orders.playing = false;
     if (studio.shown_countdown > 0 && --studio.shown_countdown == 0) studio.shown_parameter.clear();
 }

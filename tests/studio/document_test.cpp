@@ -235,9 +235,14 @@ TEST(Document, ALookIsRunAsASceneOfItsLayers) {
             EXPECT_EQ(look->layers[i].place, scene->containers[i].place) << "line and column";
             EXPECT_EQ(look->layers[i].parameters.size(), scene->containers[i].parameters.size());
         }
-        const auto fresh = new_scene_of_look(file.stem().string(), "/");
+        auto fresh = new_scene_of_look(file.stem().string(), "/");
         ASSERT_TRUE(fresh);
-        EXPECT_TRUE(stage::read_scene(scene_text(*fresh), scene_file(*fresh)));
+        frame_new_scene(*fresh, {{-1.5f, 20, 1e6f}, 7});
+        const auto framed = stage::read_scene(scene_text(*fresh), scene_file(*fresh));
+        ASSERT_TRUE(framed) << framed.error().message;
+        EXPECT_EQ((stage::Triple{-1.5f, 20, 1e6f}), framed->camera.position);
+        EXPECT_EQ(7, framed->prewarm);
+        EXPECT_EQ("", undo_label(*fresh));
     }
 }
 

@@ -25,6 +25,10 @@ using stage::Result;
 
 constexpr const char* kPreviewSeconds = "10";  // of a look
 
+std::string camera_text(const Framing& framing) {
+    return fmt::format("[{:.6g}, {:.6g}, {:.6g}]", framing.camera[0], framing.camera[1], framing.camera[2]);
+}
+
 std::optional<toml::table> parsed(const std::string& text) {
     try {
         return toml::parse(text);
@@ -194,12 +198,24 @@ Result<Document> new_scene_of_look(const std::string& look, const std::filesyste
     Document document;
     document.name = file->filename().string();
     document.folder = folder;
+    const Framing framing;
     const std::string text = fmt::format(
-        "# {}\nframe_rate = {}\nlength = 10\nprewarm = 3\nbackground = \"#141b26\"\n\n[[container]]\nname = {}\n"
-        "position = [0, -60, 0]\nlook = {}\n",
-        description->purpose, description->rate, toml_text_of(file->stem().string()), toml_text_of(look));
+        "# {}\nframe_rate = {}\nlength = 10\nprewarm = {}\nbackground = \"#141b26\"\n\n[camera]\nposition = {}\n\n"
+        "[[container]]\nname = {}\nlook = {}\n",
+        description->purpose, description->rate, framing.prewarm, camera_text(framing),
+        toml_text_of(file->stem().string()), toml_text_of(look));
     for (DocumentState& state : document.states) state.text = text;
     return document;
+}
+
+void frame_new_scene(Document& document, const Framing& framing) {
+    for (const DocumentState& state : document.states)
+        if (!state.edits.empty()) return;
+    for (DocumentState& state : document.states) {
+        const auto seen = with_value(state.text, {{"camera"}, {"position"}}, camera_text(framing));
+        const auto warmed = seen ? with_value(*seen, {{"prewarm"}}, fmt::format("{}", framing.prewarm)) : seen;
+        if (warmed) state.text = *warmed;
+    }
 }
 
 const std::string& document_text(const Document& document) {

@@ -50,8 +50,18 @@ struct Document {
 /// file yet. Error: it cannot be read, or its name does not end in ".toml".
 stage::Result<Document> open_document(const std::filesystem::path& file);
 
-/// A scene that is not saved: one container at rest that takes the look. look: as in a scene of `folder`.
+/// What a new scene shows first.
+struct Framing {
+    std::array<float, 3> camera = {0, 60,
+                                   300};  // position in world units; it looks along -Z, with the default field of view
+    double prewarm = 3;                   // seconds
+};
+
+/// A scene that is not saved: one container at the origin that takes the look. look: as in a scene of `folder`.
 stage::Result<Document> new_scene_of_look(const std::string& look, const std::filesystem::path& folder);
+
+/// Gives a scene of new_scene_of_look another framing, which is no step of undo. A scene with edits stays as it is.
+void frame_new_scene(Document& document, const Framing& framing);
 
 /// The text of the shown state.
 const std::string& document_text(const Document& document);
