@@ -8,6 +8,9 @@ plugin=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+echo "# The binary interface of a release, made by describe_abi.sh. It never changes; each release adds its own file."
+echo "# Sizes and offsets are for 4-byte and for 8-byte pointers."
+
 # The headers without comments.
 cat "$include_dir"/tovu/*.h | "$4" -fpreprocessed -dD -E -P -w -x c - >"$work/declarations"
 
@@ -44,7 +47,6 @@ rows() {
 rows "$3" 32
 rows "$4" 64
 
-# Sizes and offsets are for 4-byte and for 8-byte pointers.
 paste -d ' ' "$work/rows32" "$work/rows64" | awk '
     $1 == "constant" { print $1, $2, $3; next }
     { half = NF / 2; narrow = $half; $half = $half " " $NF; NF = half; print }'
