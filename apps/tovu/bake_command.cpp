@@ -24,7 +24,7 @@ stage::Error run_bake_script(std::vector<std::string> arguments) {
     for (std::string& argument : arguments) words.push_back(argument.data());
     words.push_back(nullptr);
     execv(kPython, words.data());
-    return stage::Error{fmt::format("bake needs {}: {}; install python3-numpy, python3-pil and python3-scipy", kPython,
+    return stage::Error{fmt::format("bake needs {}: {}; install python3-numpy and python3-pil", kPython,
                                     std::strerror(errno))};
 }
 

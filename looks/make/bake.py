@@ -10,9 +10,8 @@ import sys
 try:
     import numpy as np
     from PIL import Image, ImageFont
-    import scipy  # noqa: F401  (the maps of arrows need it)
 except ImportError as error:
-    sys.exit(f"tovu bake: {error}; install python3-numpy, python3-pil and python3-scipy")
+    sys.exit(f"tovu bake: {error}; install python3-numpy and python3-pil")
 
 import winds
 
@@ -110,7 +109,10 @@ def stream_functions(options, count):
     moves = winds.direction_of(options.drift)
     share = (options.scale or options.share * options.range) / options.range
     if options.kind == "flow":
-        import arrows
+        try:
+            import arrows
+        except ImportError as error:
+            sys.exit(f"tovu bake flow: {error}; install python3-scipy")
         return [arrows.flow(options.picture, options.size, share)]
     if options.kind == "shear":
         return winds.shear_layer(options.size, count, share, moves)
