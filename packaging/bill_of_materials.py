@@ -11,6 +11,7 @@ import pathlib
 import re
 import subprocess
 import sys
+import urllib.parse
 
 CONTAINED = pathlib.Path(__file__).with_name("contained_libraries")
 
@@ -32,7 +33,8 @@ def entry(name, version, **more):
 def debian_entry(package):
     """An installed Debian package, with the version that the build used."""
     version, architecture = output_of("dpkg-query", "-W", "-f", "${Version} ${Architecture}", package).split()
-    locator = f"pkg:deb/debian/{package}@{version}?arch={architecture}"
+    quote = lambda text: urllib.parse.quote(text, safe=":")  # a package URL encodes "+"
+    locator = f"pkg:deb/debian/{quote(package)}@{quote(version)}?arch={architecture}"
     reference = {"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl", "referenceLocator": locator}
     return entry(package, version, supplier="Organization: Debian", externalRefs=[reference])
 
