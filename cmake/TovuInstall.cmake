@@ -28,7 +28,9 @@ install(FILES ${PROJECT_BINARY_DIR}/tovusmoke.pc DESTINATION share/pkgconfig COM
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION share/tovu/samples COMPONENT SDK
   FILES_MATCHING REGEX "/samples/[^/]+/[^/]+$" PATTERN "faulty" EXCLUDE)
 
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION share/doc/tovu COMPONENT Docs PATTERN "digests.txt" EXCLUDE)
+# As in the source tree, so that the links of README.md hold; without the files that pictures are made from.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION share/doc/tovu COMPONENT Docs
+  PATTERN "digests.txt" EXCLUDE PATTERN "*.py" EXCLUDE PATTERN "scenes" EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION share/doc/tovu COMPONENT Docs)
 
 install(TARGETS TovuSmoke LIBRARY DESTINATION lib/tovu/plugins COMPONENT Plugins)

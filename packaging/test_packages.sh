@@ -39,7 +39,7 @@ echo "two builds in different folders give the same bytes"
 # mmdebstrap makes a bare system in a temporary folder, runs the hooks there and removes it.
 rm -rf "$folder/bare"
 mkdir -p "$folder/bare"
-cp "$folder"/*.deb "$root/packaging/bare_system.sh" "$root/docs/plugin-authors.md" "$folder/bare"
+cp "$folder"/*.deb "$root/packaging/bare_system.sh" "$root/docs/plugin-authors.md" "$root/tests/sdk/guide_block.awk" "$folder/bare"
 # shellcheck disable=SC2016  # mmdebstrap expands $1
 mmdebstrap --quiet --variant=apt --include=cmake,g++,make,pkg-config --customize-hook="copy-in '$folder/bare' /tmp" \
     --customize-hook='chroot "$1" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin sh /tmp/bare/bare_system.sh' bookworm /dev/null >"$folder/bare_system.log" 2>&1 ||
