@@ -86,12 +86,11 @@ void show_card(PanelFrame& frame, const GalleryEntry& entry, float width) {
     ImGui::PushID(entry.file.c_str());
     ImGui::PushID(static_cast<int>(entry.part));
     const ImVec2 low = ImGui::GetCursorScreenPos();
-    const bool pressed = ImGui::InvisibleButton("card", {width, height});
+    const bool chosen = ImGui::InvisibleButton("card", {width, height});
     constexpr const char* kMarks[] = {"recent.", "look.", "scene."};
     mark(frame.targets, kMarks[static_cast<size_t>(entry.part)] + entry.name);
     draw_card(entry, low, {low.x + width, low.y + height}, picture_height);
     widgets::tip((entry.mistake.empty() ? entry.purpose : entry.mistake) + "\n" + entry.file.string());
-    const bool chosen = pressed || (ImGui::IsItemFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)));
     if (chosen && entry.part == GalleryPart::kLooks) frame.commands.push_back(NewFromLook{entry.name});
     if (chosen && entry.part != GalleryPart::kLooks) frame.commands.push_back(OpenScene{entry.file});
     ImGui::PopID();

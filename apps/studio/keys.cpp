@@ -51,15 +51,17 @@ void focus_next_panel(PanelFrame& frame) {
     constexpr const char* kPanels[] = {"Gallery", "Parameters", "Transport", "Top",
                                        "Picture", "Warnings",   "Numbers",   "Export"};
     PanelMemory& memory = frame.memory;
-    const auto is_shown = [](const char* name) {
-        const ImGuiWindow* window = ImGui::FindWindowByName(name);
-        return window != nullptr && window->WasActive;
-    };
     size_t next = memory.keys_navigate ? memory.key_panel + 1 : 0;
-    while (!is_shown(kPanels[next % IM_ARRAYSIZE(kPanels)]) && next < 2 * IM_ARRAYSIZE(kPanels)) ++next;
-    memory.key_panel = next % IM_ARRAYSIZE(kPanels);
-    memory.keys_navigate = true;
-    ImGui::SetWindowFocus(kPanels[memory.key_panel]);
+    for (size_t tried = 0; tried < IM_ARRAYSIZE(kPanels); ++tried, ++next) {
+        memory.key_panel = next % IM_ARRAYSIZE(kPanels);
+        ImGuiWindow* window = ImGui::FindWindowByName(kPanels[memory.key_panel]);
+        if (window == nullptr || !window->WasActive) continue;
+        memory.keys_navigate = true;
+        ImGui::FocusWindow(window);
+        ImGui::NavInitWindow(window, true);
+        GImGui->NavDisableHighlight = false;
+        return;
+    }
 }
 
 void leave(PanelFrame& frame) {
@@ -115,7 +117,7 @@ const Key kKeys[] = {
     {SDL_SCANCODE_S, kControlShift, "Ctrl+Shift+S", "Save as",
      [](PanelFrame& f) { f.memory.shows_save_as = f.studio.document.has_value(); }, true},
     {SDL_SCANCODE_E, kControl, "Ctrl+E", "Export",
-     [](PanelFrame& f) { f.memory.shows_export = f.studio.document.has_value(); }, true},
+     [](PanelFrame& f) { f.memory.shows_export = f.memory.keys_navigate = f.studio.document.has_value(); }, true},
     {SDL_SCANCODE_F1, kNone, "F1", "Gallery", [](PanelFrame& f) { f.commands.push_back(ShowGallery{}); }, true},
     {SDL_SCANCODE_F11, kNone, "F11", "The picture alone, in full screen",
      [](PanelFrame& f) { f.commands.push_back(SetFullscreen{!f.studio.fullscreen}); }, true},

@@ -113,7 +113,7 @@ bool shows_numbers(const PanelMemory& memory, float width);
 /// Whether arrows, Tab, Space and Enter work in ImGui's windows: in a panel that F6 chose, the gallery and popups.
 bool keys_navigate(const Studio& studio, const PanelMemory& memory);
 
-/// Commands of the keys that were pressed in this frame.
+/// Commands of the keys that were pressed in this frame. Call it before the panels.
 void take_keys(PanelFrame& frame);
 
 struct ToolButton {

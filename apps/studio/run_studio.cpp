@@ -68,6 +68,7 @@ void show_stage(PanelFrame& frame, Session& session, const Area& whole) {
 void show_window(PanelFrame& frame, Session& session) {
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     const Area whole{0, 0, size.x, size.y};
+    take_keys(frame);
     if (session.studio.page == Page::kGallery) {
         const float top = ImGui::GetFontSize() * 2.6f;
         top_bar(frame, {0, 0, size.x, top});
@@ -83,7 +84,6 @@ void show_window(PanelFrame& frame, Session& session) {
     }
     open_window(frame);
     keys_window(frame);
-    take_keys(frame);
 }
 
 std::string title_of(const Studio& studio) {
@@ -104,7 +104,7 @@ void begin_copies(Session& session) {
     if (Result<Autosave> place = begin_autosave(state_folder()))
         session.autosave = *place;
     else
-        session.studio.notice = {"nothing is kept for a crash: " + place.error().message, true};
+        session.studio.notice = {"Nothing is kept for a crash: " + place.error().message, true};
 }
 
 // The gallery offers it.
@@ -118,7 +118,7 @@ void keep_left_document(Session& session) {
     if (!kept)
         studio.notice = {kept.error().message, true};
     else
-        studio.notice = {"the unsaved changes of " + name + " are kept: see the gallery (F1)", false};
+        studio.notice = {"The unsaved changes of " + name + " are kept in the gallery (F1)", false};
 }
 
 bool show_frame(Session& session) {

@@ -102,7 +102,7 @@ void save(Studio& studio, const Result<Done>& saved) {
         return;
     }
     remember(studio.document->file);
-    studio.notice = {"saved " + studio.document->file.string(), false};
+    studio.notice = {"Saved " + studio.document->file.string(), false};
 }
 
 void save_look_of(Studio& studio, const LookToSave& look) {
@@ -115,7 +115,7 @@ void save_look_of(Studio& studio, const LookToSave& look) {
     }
     remember(look.file);
     studio.notice = {
-        fmt::format("saved the look {}{}{}", look.file.string(), saved->empty() ? "" : "; ", fmt::join(*saved, "; ")),
+        fmt::format("Saved the look {}{}{}", look.file.string(), saved->empty() ? "" : "; ", fmt::join(*saved, "; ")),
         !saved->empty()};
 }
 
@@ -284,9 +284,9 @@ void follow_export(Studio& studio) {
         studio.export_state->error = with_scene_named(*studio.document, std::move(studio.export_state->error));
     if (!studio.export_state->ended) return;
     if (studio.export_state->error.empty())
-        studio.notice = {"exported " + studio.export_file.string(), false};
+        studio.notice = {"Exported " + studio.export_file.string(), false};
     else
-        studio.notice = {"export: " + studio.export_state->error, studio.export_state->error != "cancelled"};
+        studio.notice = {"Export: " + studio.export_state->error, studio.export_state->error != "cancelled"};
 }
 
 std::string document_title(const Document& document) {

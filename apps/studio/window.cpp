@@ -198,6 +198,8 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
     // ImGui sees a release at the next frame: a press is not held, and does not repeat, because that frame comes late.
     ImGui::GetIO().KeyRepeatDelay = std::max(kKeyRepeatDelay, 1.5f * ImGui::GetIO().DeltaTime);
     ImGui::GetIO().ConfigFlags = keys_navigate ? ImGuiConfigFlags_NavEnableKeyboard : ImGuiConfigFlags_None;
+    // Enter presses buttons too. ImGui's own key for that is Space alone.
+    ImGui::GetIO().NavInputs[ImGuiNavInput_Activate] = ImGui::GetIO().KeysDown[SDL_SCANCODE_RETURN] ? 1.0f : 0.0f;
     ImGui::NewFrame();
     return open;
 }

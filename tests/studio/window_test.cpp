@@ -164,6 +164,13 @@ TEST_F(StudioWindow, LongWorkIsStopped) {
         EXPECT_THAT(file.path().filename().string(), Not(testing::AnyOf(HasSubstr("mp4"), HasSubstr("tovu-export"))));
 }
 
+TEST_F(StudioWindow, TheKeyboardAloneLeadsFromTheGalleryToAStill) {
+    run("",
+        "wait scene.scene\nkey Right\nkey Return\nwait picture\nkey Ctrl+E\nwait export.still\nwait frames 3\n"
+        "key Up\nkey Right\nkey Return\nkey Down\nkey Down\nkey Return\nwait export\n");
+    EXPECT_FALSE(pixels("scene.png").empty());
+}
+
 TEST_F(StudioWindow, ParametersOfAnyPluginAreEdited) {
     write_bytes(folder_ / "gather.toml", std::string(kScene) + R"(
 [[container]]

@@ -16,8 +16,9 @@ constexpr float kWidth = 24;  // of a line of text, in heights of the type
 
 void tip(const std::string& text) {
     if (!ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled) || ImGui::IsAnyMouseDown()) return;
-    // Items without an identity, as plain text, have no time of their own.
     const ImGuiContext& context = *ImGui::GetCurrentContext();
+    if (context.NavDisableMouseHover) return;  // the keyboard's item counts as hovered
+    // Items without an identity, as plain text, have no time of their own.
     if (context.HoveredId != 0 && context.HoveredIdTimer < kRestSeconds) return;
     const float width = kWidth * ImGui::GetFontSize(), gap = ImGui::GetStyle().ItemSpacing.y;
     const ImVec2 padding = ImGui::GetStyle().WindowPadding, window = ImGui::GetIO().DisplaySize;
