@@ -37,13 +37,18 @@ std::string replaced(const std::string& old_text, const std::string& new_text) {
 
 class StudioWindow : public testing::Test {
   protected:
-    TemporaryFolder folder_;
+    TemporaryFolder temporary_;
+    // Deep, so that random events in the window that opens files stay in the temporary folder.
+    const std::filesystem::path folder_ = temporary_ / "a/b/c/d/e/f/g/h";
 
-    void SetUp() override { write_bytes(folder_ / "scene.toml", kScene); }
+    void SetUp() override {
+        std::filesystem::create_directories(folder_);
+        write_bytes(folder_ / "scene.toml", kScene);
+    }
 
     std::string command(const std::string& arguments, const std::string& script) const {
         write_bytes(folder_ / "script.txt", "size 900 600\n" + script);
-        const std::string path = folder_.path().string();
+        const std::string path = folder_.string();
         return "cd " + path + " && SDL_VIDEODRIVER=offscreen TMPDIR=" + path + " XDG_CACHE_HOME=" + path +
                " XDG_STATE_HOME=" + path + " exec " TOVU_STUDIO " --scenes . --looks none " + arguments +
                " --script script.txt 2>&1";
@@ -61,7 +66,7 @@ class StudioWindow : public testing::Test {
 
     // The name of the picture.
     std::string render(const std::string& scene, int frame) const {
-        const std::string command = "cd " + folder_.path().string() + " && " TOVU_COMMAND " render " + scene +
+        const std::string command = "cd " + folder_.string() + " && " TOVU_COMMAND " render " + scene +
                                     " --progress none -o " + scene + ".png --frames " + std::to_string(frame) + " 2>&1";
         EXPECT_EQ(std::system(command.c_str()), 0);
         return scene + ".png";
@@ -160,7 +165,7 @@ TEST_F(StudioWindow, LongWorkIsStopped) {
     int frame = 0;
     ASSERT_EQ(std::sscanf(output.c_str(), "frame %d,", &frame), 1) << output;
     EXPECT_THAT(frame, testing::AllOf(testing::Gt(100), testing::Lt(5000)));
-    for (const auto& file : std::filesystem::directory_iterator(folder_.path()))
+    for (const auto& file : std::filesystem::directory_iterator(folder_))
         EXPECT_THAT(file.path().filename().string(), Not(testing::AnyOf(HasSubstr("mp4"), HasSubstr("tovu-export"))));
 }
 
