@@ -183,7 +183,7 @@ void keys_window(PanelFrame& frame) {
     list_keys();
     ImGui::Separator();
     describe("Panels", "In a panel that F6 chose, arrows, Tab, Space and Enter work");
-    describe("Values", "Drag to change, with Alt finely, with Shift in large steps");
+    describe("Values", "Drag to change, with Alt finely, with Shift in large steps; click to type");
     describe("Picture", "Drag to turn, with Shift to move, wheel to come closer");
     ImGui::Spacing();
     if (ImGui::Button("Close") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) {

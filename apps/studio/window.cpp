@@ -176,6 +176,7 @@ Result<Window> Window::open(const WindowOptions& options) {
     handles->has_imgui = true;
     ImGui::GetIO().IniFilename = nullptr;
     ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true;
+    ImGui::GetIO().ConfigDragClickToInputText = true;
     ImGui_ImplSDL2_InitForOpenGL(handles->window, handles->context);
     ImGui_ImplOpenGL2_Init();
     handles->has_backends = true;
