@@ -66,7 +66,7 @@ std::optional<std::string> edit_stops(const std::vector<double>& numbers, const 
 
 // In the room of the drawing, so that nothing moves while the text is typed.
 void show_mistake(const std::string& mistake, ImVec2 size) {
-    ImGui::BeginChild("mistake", {size.x, size.y + ImGui::GetFrameHeightWithSpacing()});
+    ImGui::BeginChild("mistake", {size.x, size.y + 2 * ImGui::GetFrameHeightWithSpacing()});
     ImGui::TextWrapped("This is no curve yet: %s.", mistake.c_str());
     ImGui::EndChild();
 }

@@ -22,6 +22,7 @@ namespace {
 constexpr float kSide = 500;  // of the drawing, pixels
 constexpr float kMargin = 6;  // around it: about half a line of ImGui's own font
 constexpr float kWhole = kSide + 2 * kMargin;
+constexpr float kRow = 23;      // of fields, in ImGui's own font
 constexpr float kCorner = 100;  // of the window, in which the drawing comes first
 
 enum class Act { kPress, kRelease, kRightPress, kRightRelease, kDelete };
@@ -185,7 +186,7 @@ TEST(Widgets, ADragInThePickerIsOneEdit) {
     Window window;
     std::vector<GradientStop> stops = {{0.0, {1, 0, 0}}, {1.0, {0, 0, 1}}};
     int begins = 0, changes = 0, ends = 0;
-    const float row = 1 + 2 * kMargin / kSide;  // below the drawing
+    const float row = 1 + (2 * kMargin + kRow) / kSide;  // the second below the drawing
     const std::vector<Step> steps = {
         {0.9f, row, {Act::kPress}},           {0.9f, row, {Act::kRelease}}, {1.0f, row + 0.1f},
         {1.0f, row + 0.1f, {Act::kPress}},    {1.05f, row + 0.1f},          {1.1f, row + 0.15f},

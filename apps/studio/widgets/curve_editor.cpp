@@ -127,10 +127,9 @@ void draw_curve(const Curve& curve, std::span<const CurvePoint> sampled) {
 bool number_fields(const Curve& curve) {
     const auto chosen = static_cast<size_t>(chosen_point(static_cast<int>(curve.points.size())));
     const Room room = room_of(curve.points, curve.limits, chosen);
+    bool changed = number_field("Position", curve.points[chosen].x, room.low, room.high);
     ImGui::SameLine();
-    bool changed = number_field("##x", curve.points[chosen].x, room.low, room.high);
-    ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
-    changed |= number_field("##y", curve.points[chosen].y, curve.limits.low, curve.limits.high);
+    changed |= number_field("Value", curve.points[chosen].y, curve.limits.low, curve.limits.high);
     return changed;
 }
 

@@ -138,11 +138,11 @@ bool color_field(GradientStop& stop, float width) {
 bool stop_fields(const Gradient& gradient, float right) {
     const auto chosen = static_cast<size_t>(chosen_point(static_cast<int>(gradient.stops.size())));
     GradientStop& stop = gradient.stops[chosen];
-    ImGui::SameLine();
     double x = stop.x;
-    bool changed = number_field("##x", x, 0.0, 1.0);
+    bool changed = number_field("Position", x, 0.0, 1.0);
     if (changed) move(gradient, chosen, x);
-    ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
+    ImGui::SameLine();
+    field_label("Colour");
     changed |= color_field(stop, std::max(right - ImGui::GetCursorScreenPos().x, ImGui::GetFrameHeight()));
     return changed;
 }

@@ -110,31 +110,41 @@ void take_added_point(int index) {
 
 PointAction point_buttons(int count, bool can_remove) {
     const float gap = ImGui::GetStyle().ItemInnerSpacing.x;
-    const float side = ImGui::GetFrameHeight();
     const int chosen = chosen_point(count);
     PointAction action;
     if (ImGui::ArrowButton("previous", ImGuiDir_Left)) store("chosen", chosen - 1);
     ImGui::SameLine(0, gap);
     ImGui::AlignTextToFramePadding();
-    ImGui::Text("%d/%d", chosen + 1, count);
+    ImGui::Text("%d of %d", chosen + 1, count);
     ImGui::SameLine(0, gap);
     if (ImGui::ArrowButton("next", ImGuiDir_Right)) store("chosen", chosen + 1);
+    ImGui::SameLine();
+    if (ImGui::Button("Add")) action = {PointEvent::kAdd, chosen, {}};
+    tip("Or double-click in the drawing");
     ImGui::SameLine(0, gap);
-    if (ImGui::Button("+", {side, side})) action = {PointEvent::kAdd, chosen, {}};
-    tip("Add a point (double click)");
-    ImGui::SameLine(0, gap);
-    if (ImGui::Button("-", {side, side}) && can_remove) action = {PointEvent::kRemove, chosen, {}};
-    tip("Remove the point (right click, Delete)");
+    ImGui::BeginDisabled(!can_remove);
+    if (ImGui::Button("Remove")) action = {PointEvent::kRemove, chosen, {}};
+    tip("Or right-click the point, or press Delete");
+    ImGui::EndDisabled();
     return action;
 }
 
-bool number_field(const char* id, double& value, double low, double high) {
+void field_label(const char* label) {
+    ImGui::AlignTextToFramePadding();
+    ImGui::TextUnformatted(label);
+    ImGui::SameLine(0, ImGui::GetStyle().ItemInnerSpacing.x);
+}
+
+bool number_field(const char* label, double& value, double low, double high) {
+    field_label(label);
     double typed = value;
     const auto speed = static_cast<float>((high - low) / 1000.0);
     ImGui::SetNextItemWidth(ImGui::GetFontSize() * 4);
-    if (!ImGui::DragScalar(id, ImGuiDataType_Double, &typed, std::max(speed, 0.001f), &low, &high, "%.3f",
-                           ImGuiSliderFlags_AlwaysClamp))
-        return false;
+    ImGui::PushID(label);
+    const bool edited = ImGui::DragScalar("##number", ImGuiDataType_Double, &typed, std::max(speed, 0.001f), &low,
+                                          &high, "%.3f", ImGuiSliderFlags_AlwaysClamp);
+    ImGui::PopID();
+    if (!edited) return false;
     typed = std::clamp(typed, low, high);
     const bool changed = typed != value;
     value = typed;

@@ -45,8 +45,11 @@ void take_added_point(int index);
 /// Buttons to choose a point, add one behind the chosen one and remove it. can_remove: there are enough.
 PointAction point_buttons(int count, bool can_remove);
 
+/// The label of a field that stands behind it on the same line.
+void field_label(const char* label);
+
 /// A number in a field that is dragged or typed into; held between low and high. Returns whether it changed.
-bool number_field(const char* id, double& value, double low, double high);
+bool number_field(const char* label, double& value, double low, double high);
 
 /// Rounds to the three decimals that points have.
 double rounded(double value);
