@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,10 @@ struct PanelMemory {
     std::string search;
     bool wants_search = false;  // focus the search field
     bool wants_value = false;   // focus the first value
-    std::string help;           // of what is under the pointer or in focus
+    std::string help_target;    // of scripts, that the help is about
+    std::string help_title;
+    std::string help;
+    std::set<std::string> used_idle;  // parameters without effect that say what they need
     uint64_t states_revision = 0;
     const SceneFacts* states_facts = nullptr;
     std::string states_container;

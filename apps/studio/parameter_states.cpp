@@ -1,6 +1,7 @@
 #include "parameter_states.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cctype>
@@ -12,8 +13,6 @@ namespace {
 using stage::ParameterKind;
 using stage::ParameterValue;
 
-using Values = std::vector<ParameterValue>;  // by index
-
 ParameterValue as_shown(const stage::ParameterInfo& info, const ParameterValue& value) {
     const auto* whole = std::get_if<int>(&value);
     if (whole != nullptr && info.kind == ParameterKind::kFloat) return static_cast<double>(*whole);
@@ -21,39 +20,6 @@ ParameterValue as_shown(const stage::ParameterInfo& info, const ParameterValue& 
         static_cast<size_t>(*whole) < info.choices.size())
         return info.choices[static_cast<size_t>(*whole)];
     return value;
-}
-
-bool is_number(const ParameterValue& value) {
-    return !std::holds_alternative<std::string>(value);
-}
-
-double number_of(const ParameterValue& value) {
-    if (const auto* whole = std::get_if<int>(&value)) return *whole;
-    if (const auto* number = std::get_if<double>(&value)) return *number;
-    const auto* flag = std::get_if<bool>(&value);
-    return flag != nullptr && *flag ? 1.0 : 0.0;
-}
-
-bool are_equal(const ParameterValue& a, const ParameterValue& b) {
-    return is_number(a) && is_number(b) ? number_of(a) == number_of(b) : a == b;
-}
-
-bool holds(const stage::ValueTest& test, const stage::Plugin& plugin, const Values& values) {
-    const stage::ParameterInfo* info = stage::find_parameter(plugin, test.parameter);
-    if (info == nullptr) return true;
-    const ParameterValue& value = values[static_cast<size_t>(info->index)];
-    if (test.set) return is_number(value) ? number_of(value) != 0.0 : value != ParameterValue(std::string());
-    return std::any_of(test.values.begin(), test.values.end(),
-                       [&](const ParameterValue& wanted) { return are_equal(wanted, value); });
-}
-
-bool hold(const stage::Conditions& conditions, const stage::Plugin& plugin, const Values& values, bool attached) {
-    return conditions.empty() ||
-           std::any_of(conditions.begin(), conditions.end(), [&](const stage::Condition& condition) {
-               return (attached || !condition.attached) &&
-                      std::all_of(condition.tests.begin(), condition.tests.end(),
-                                  [&](const stage::ValueTest& test) { return holds(test, plugin, values); });
-           });
 }
 
 // Whether another plug-in names this container: it may work on its particles.
@@ -74,12 +40,38 @@ std::string lower(std::string text) {
     return text;
 }
 
+// "0 to 100; default 40. Unit: %." Limits that are far away count as none. Empty for texts.
+std::string range_text(const stage::ParameterInfo& info, const std::string& unit) {
+    constexpr double kFar = 9e5;
+    if (info.kind != ParameterKind::kInt && info.kind != ParameterKind::kFloat) return "";
+    const std::string range = info.maximum < kFar    ? fmt::format("{:.10g} to {:.10g}", info.minimum, info.maximum)
+                              : info.minimum > -kFar ? fmt::format("{:.10g} or more", info.minimum)
+                                                     : "Any number";
+    return fmt::format("{}; default {}.{}", range, value_text(info.initial),
+                       unit.empty() ? "" : " Unit: " + unit + ".");
+}
+
+// Names of parameters become their labels. Those that are one word may be meant as a word.
+std::string with_labels(const std::string& text, const stage::Plugin& plugin) {
+    const auto is_of_name = [](char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0; };
+    std::string shown;
+    for (auto at = text.begin(); at != text.end();) {
+        const auto end = is_of_name(*at) ? std::find_if_not(at, text.end(), is_of_name) : at + 1;
+        const std::string word(at, end);
+        const bool is_name = word.find('_') != std::string::npos;
+        const stage::ParameterInfo* named = is_name ? stage::find_parameter(plugin, word) : nullptr;
+        shown += named != nullptr ? named->label : word;
+        at = end;
+    }
+    return shown;
+}
+
 }  // namespace
 
 std::vector<ParameterStates> parameter_states(const SceneFacts& facts, const ContainerFacts& container,
                                               const std::map<std::string, ParameterValue>& written) {
     const NotedPlugin& noted = *container.noted;
-    Values values = container.values;
+    IndexedValues values = container.values;
     for (const auto& [name, value] : written)
         if (const stage::ParameterInfo* info = stage::find_parameter(noted.plugin, name))
             values[static_cast<size_t>(info->index)] = as_shown(*info, value);
@@ -89,52 +81,57 @@ std::vector<ParameterStates> parameter_states(const SceneFacts& facts, const Con
         groups.push_back({group.name, {}});
         for (const stage::ParameterInfo* info : group.parameters) {
             const stage::ParameterNotes* notes = stage::find_notes(noted.notes, info->name);
-            ParameterState state{
-                info, notes, values[static_cast<size_t>(info->index)], written.contains(info->name), {}};
-            if (notes != nullptr && notes->idle)
-                state.idle_reason = "nothing reads it";
-            else if (notes != nullptr && !hold(notes->acts_when, noted.plugin, values, attached))
-                state.idle_reason = "has an effect only while " + to_string(notes->acts_when, noted.plugin);
-            groups.back().parameters.push_back(std::move(state));
+            groups.back().parameters.push_back({info, notes, values[static_cast<size_t>(info->index)],
+                                                written.contains(info->name),
+                                                needs_of(*info, noted, values, attached)});
         }
     }
     return groups;
 }
 
-bool matches_search(const ParameterState& parameter, const std::string& search) {
-    if (search.empty()) return true;
-    const std::string wanted = lower(search);
-    const auto has = [&](const std::string& text) { return lower(text).find(wanted) != std::string::npos; };
-    return has(parameter.info->name) || has(parameter.info->label) ||
-           (parameter.notes != nullptr &&
-            (has(parameter.notes->sentence) || has(parameter.notes->more) || has(parameter.notes->group)));
+bool has_words(const std::string& text, const std::string& search) {
+    return lower(text).find(lower(search)) != std::string::npos;
 }
 
-std::string help_text(const ParameterState& parameter) {
-    const stage::ParameterInfo& info = *parameter.info;
+bool matches_search(const ParameterState& parameter, const std::string& search) {
+    const stage::ParameterNotes* notes = parameter.notes;
+    return has_words(parameter.info->name, search) || has_words(parameter.info->label, search) ||
+           (notes != nullptr &&
+            (has_words(notes->sentence, search) || has_words(notes->more, search) || has_words(notes->group, search)));
+}
+
+std::string needs_text(const ParameterState& parameter) {
+    std::vector<std::string> words;
+    for (const Need& need : parameter.needs.list) words.push_back(need.words);
+    if (words.empty()) return parameter.needs.is_idle ? "Has no effect." : "";
+    return fmt::format("{}: {}.", parameter.needs.is_idle ? "No effect now, needs" : "Needs", fmt::join(words, ", "));
+}
+
+std::string help_text(const ParameterState& parameter, const stage::Plugin& plugin) {
     std::string text;
-    if (!parameter.idle_reason.empty()) text += "No effect now: " + parameter.idle_reason + ".\n";
-    if (parameter.notes != nullptr) {
-        text += parameter.notes->sentence;
-        if (!parameter.notes->more.empty()) text += " " + parameter.notes->more;
-        text += "\n";
-    }
-    text += fmt::format("{}: {}", info.name, values_text(info));
-    if (parameter.notes != nullptr && !parameter.notes->unit.empty()) text += ", " + parameter.notes->unit;
-    text += "; default " + value_text(info.initial);
-    if (parameter.notes != nullptr && parameter.notes->at_birth) text += "; read at birth";
-    return text;
+    const auto add = [&](const std::string& line) {
+        if (!line.empty()) text += with_labels(line, plugin) + "\n";
+    };
+    const stage::ParameterNotes none;
+    const stage::ParameterNotes& notes = parameter.notes != nullptr ? *parameter.notes : none;
+    add(notes.sentence);
+    add(needs_text(parameter));
+    add(range_text(*parameter.info, notes.unit));
+    add(notes.more);
+    if (notes.at_birth) add("A change reaches new particles only.");
+    return text + "Name in files: " + parameter.info->name;
 }
 
 std::string short_unit(const ParameterState& parameter) {
-    if (parameter.notes == nullptr) return "";
-    const std::string& unit = parameter.notes->unit;
-    if (unit == "degrees") return "°";
-    if (unit == "seconds") return " s";
-    if (unit == "units") return "";
-    if (unit.starts_with("units per second")) return "/s";
-    if (unit == "births per second") return "/s";
-    return unit.starts_with("%") ? " %" : "";
+    std::string unit = parameter.notes != nullptr ? parameter.notes->unit : "";
+    if (unit.empty() || std::isdigit(static_cast<unsigned char>(unit.front())) != 0) return "";
+    constexpr std::pair<const char*, const char*> kShort[] = {
+        {", per ", " per "}, {" per ", "/"}, {"seconds", "s"}, {"second", "s"}, {"degrees", "°"}, {"thousandths", "‰"}};
+    for (const auto& [words, sign] : kShort)
+        for (size_t at = unit.find(words); at != std::string::npos; at = unit.find(words))
+            unit.replace(at, std::string_view(words).size(), sign);
+    unit = unit.substr(0, std::min(unit.find(','), unit.find(" of ")));
+    return unit.starts_with("°") ? unit : " " + unit;
 }
 
 }  // namespace tovu

@@ -193,7 +193,7 @@ struct OfDocument {
     void operator()(const ShowParameter& command) const {
         studio.container = command.container;
         studio.shown_parameter = command.parameter;
-        studio.shown_countdown = 120;
+        studio.shown_countdown = kShownFrames;
     }
     void operator()(const SetParameter& command) const {
         note(studio, set_parameter(document, command.container, command.parameter, command.value, command.label));

@@ -21,6 +21,7 @@ struct Notice {
     bool is_error = false;
 };
 
+constexpr int kShownFrames = 120;     // for which a parameter that another panel shows is marked
 constexpr size_t kKeptNumbers = 240;  // pictures that the graph shows
 
 struct Studio {

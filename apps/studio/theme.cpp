@@ -12,7 +12,7 @@ constexpr const char* kFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans.t
 constexpr const char* kHeadingFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf";
 
 // Letters, and the few signs that labels use.
-constexpr ImWchar kGlyphs[] = {0x20,   0x17f,  0x2010, 0x2026, 0x2190, 0x21ff, 0x2200,
+constexpr ImWchar kGlyphs[] = {0x20,   0x17f,  0x2010, 0x2030, 0x2190, 0x21ff, 0x2200,
                                0x22ff, 0x25a0, 0x25ff, 0x2713, 0x2713, 0};
 
 ImVec4 rgb(unsigned int hex, float alpha = 1.0f) {

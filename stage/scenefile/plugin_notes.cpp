@@ -209,6 +209,12 @@ void read_picture(KeyReader& reader, const KeyedNode& entry, WrittenNotes& writt
     written.notes.picture = std::move(picture.picture);
 }
 
+void read_typical(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
+    std::vector<ParameterValue> values;
+    read_value_of(reader, entry, written.parameter, values);
+    if (!values.empty()) written.notes.typical = values.front();
+}
+
 template <std::string ParameterNotes::*text>
 void read_words(KeyReader& reader, const KeyedNode& entry, WrittenNotes& written) {
     read_text(reader, entry, written.notes.*text);
@@ -238,6 +244,7 @@ const KeyRow<WrittenNotes> kNoteKeys[] = {
     {"scaled", [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) { read_texts(r, e, w.notes.scaled); }},
     {"outline", read_outline},
     {"needs", read_needs},
+    {"typical", read_typical},
     {"picture", read_picture},
     {"format",
      [](KeyReader& r, const KeyedNode& e, WrittenNotes& w) {

@@ -54,6 +54,7 @@ struct ParameterNotes {
     bool at_birth = false;             // a change affects new particles only
     std::vector<Condition> acts_when;  // the value has an effect if one of these holds; empty: always
     std::map<std::string, std::string> needs;  // by choice or "true": another parameter, which must not be empty then
+    std::optional<ParameterValue> typical;     // to begin with, where the default has no effect
     std::optional<PictureNotes> picture;
     std::string role;                   // one of kRoles, or empty
     bool idle = false;                  // the plug-in does not use the value

@@ -88,13 +88,20 @@ struct EditCase {
 };
 
 const EditCase kEdits[] = {
-    {"ValueIsTyped", "click parameter.birth_rate ctrl\nkey Ctrl+A\ntype 44.5\nkey Return\n",
+    {"ValueIsTyped", "click parameter.birth_rate\nkey Ctrl+A\ntype 44.5\nkey Return\n",
      replaced("birth_rate = 30 ", "birth_rate = 44.5 ")},
     {"AbsentParameterIsAdded",
      "click search\ntype life time\nwait frames 3\nclick parameter.life_time ctrl\nkey Ctrl+A\ntype 2.25\nkey Return\n",
      std::string(kScene) + "life_time = 2.25\n"},
     {"RadioIsAButton", "click search\ntype spawn type\nwait frames 3\nclick parameter.spawn_type.Sphere\n",
      std::string(kScene) + "spawn_type = \"Sphere\"\n"},
+    {"TurnOnSetsAllThatAMapNeeds",
+     "click search\ntype eddies\nwait frames 3\nclick parameter.wind_image.list\nclick parameter.wind_image.curl\n"
+     "click \"turn on.wind_image\"\n",
+     std::string(kScene) + "wind_image = \"curl\"\nuse_wind_image = true\nwind_force = 40\n" +
+         "wind_image_range_x = 240\nwind_image_range_y = 240\n"},
+    {"TurnOnIsOneStepOfUndo",
+     "click search\ntype eddies\nwait frames 3\nclick \"turn on.wind_image\"\nwait picture\nkey Ctrl+Z\n", kScene},
     {"UndoTakesBackADragAsOne",
      // Two presses at one place would be a double click, which opens the value for typing.
      "drag parameter.birth_rate 90 0\ndrag parameter.birth_rate@0.3,0.5 50 0\nkey Ctrl+Z\nkey Ctrl+Z\n", kScene},
