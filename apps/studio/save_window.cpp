@@ -108,7 +108,7 @@ bool save_to(PanelFrame& frame, const std::filesystem::path& file, bool entered)
         show_line("This file exists: Enter replaces it.", kWarning);
     else if (exists)
         show_line("This file exists and will be replaced.", kWarning);
-    else
+    else if (file != frame.memory.save_as)
         show_line(file.string(), kDim);
     const bool pressed = main_button(exists ? "Replace" : "Save");
     mark(frame.targets, "save as.save");

@@ -76,10 +76,10 @@ void remember(const std::filesystem::path& file) {
 
 // What one should know about a file that was opened.
 Notice notice_of_opened(const Document& document) {
-    if (document.file.empty()) return {"comes with the program: Save makes a copy", false};
+    if (document.file.empty()) return {"Comes with the program: Save makes a copy", false};
     for (const Recovery& recovery : find_recoveries(state_folder()))
         if (recovery.original == document.file)
-            return {"unsaved work of this file is left: see the gallery (F1)", true};
+            return {"Unsaved work of this file is in the gallery (F1)", true};
     return {};
 }
 

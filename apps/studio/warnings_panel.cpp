@@ -32,9 +32,9 @@ std::optional<ShowParameter> target_of(const Studio& studio, const std::string& 
 
 void warnings_panel(PanelFrame& frame, const Area& area) {
     begin_panel("Warnings", area);
-    ImGui::TextDisabled("Warnings");
-    mark(frame.targets, "warnings");
     const auto& facts = frame.studio.report.facts;
+    if (facts) ImGui::TextDisabled("Warnings");
+    mark(frame.targets, "warnings");
     if (facts && facts->warnings.empty()) ImGui::TextDisabled("None");
     int index = 0;
     for (const std::string& line : facts ? facts->warnings : std::vector<std::string>()) {
