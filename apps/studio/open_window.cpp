@@ -81,7 +81,8 @@ bool show_field(PanelFrame& frame) {
         "##file", "a name or a path; Up and Down choose one", &choice.typed,
         ImGuiInputTextFlags_EnterReturnsTrue | ImGuiInputTextFlags_CallbackHistory, step_through_names, &choice.names);
     mark(frame.targets, "open.file");
-    return entered;
+    // After a click in the list the field has no focus: it would take the second click of a double one.
+    return entered || (!ImGui::IsItemActive() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)));
 }
 
 // True when a name was clicked twice.
@@ -94,7 +95,6 @@ bool show_names(PanelFrame& frame) {
         const bool is_typed = name == choice.typed;
         if (ImGui::Selectable(name.c_str(), is_typed, ImGuiSelectableFlags_AllowDoubleClick)) {
             choice.typed = choice.shown = name;
-            choice.wants_focus = true;
             taken = taken || ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left);
         }
         mark(frame.targets, "open.name." + name);

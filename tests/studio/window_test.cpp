@@ -163,6 +163,57 @@ TEST_F(StudioWindow, AContainerIsSavedAsALookThatScenesTake) {
     render("taken.toml", 1);
 }
 
+struct OpeningCase {
+    const char* name;
+    const char* script;  // opens "Größe 2.toml" in the folder "mit Lücke", while another scene is open
+};
+
+const OpeningCase kOpenings[] = {
+    {"ByItsPath", "key Ctrl+O\nwait open.file\nwait frames 3\ntype mit Lücke/Größe 2.toml\nkey Return\n"},
+    {"AfterWrongPaths",
+     "key Ctrl+O\nwait open.file\nwait frames 3\ntype absent.toml\nkey Return\nwait open.mistake\n"
+     "key Ctrl+A\ntype script.txt\nkey Return\nwait open.mistake\n"
+     "key Ctrl+A\ntype mit Lücke/Größe 2.toml\nkey Return\n"},
+    {"FromTheList",
+     "click Open\nclick \"open.name.mit Lücke/\" double\nclick \"open.name.Größe 2.toml\"\nkey Return\n"},
+    {"WithArrowKeys",
+     "key Ctrl+O\nwait open.file\nwait frames 3\ntype mit Lücke\nkey Return\nwait \"open.name.Größe 2.toml\"\n"
+     "wait frames 3\nkey Down\nkey Down\nkey Return\n"},
+    {"ByDropping", "drop mit Lücke/Größe 2.toml\n"},
+    {"FromTheRecentFiles",
+     "key F1\nwait frames 3\ndrop mit Lücke/Größe 2.toml\nwait picture\ndrop scene.toml\nwait picture\n"
+     "key F1\nclick \"recent.Größe 2\"\n"},
+};
+
+class Openings : public StudioWindow, public testing::WithParamInterface<OpeningCase> {};
+
+TEST_P(Openings, ShowTheFileAndKeepUnsavedWork) {
+    const std::string other = "mit Lücke/Größe 2.toml";
+    std::filesystem::create_directory(folder_ / "mit Lücke");
+    write_bytes(folder_ / other, replaced("length = 2", "length = 3"));
+    const std::string edit = "wait picture\nclick parameter.birth_rate ctrl\nkey Ctrl+A\ntype 7\nkey Return\n";
+    const std::string save = "wait picture\nclick reset.number_of_particles\nkey Ctrl+S\nwait frames 3\n";
+    run("scene.toml", edit + GetParam().script + "wait frames 3\n" + save + "key F1\nclick recovery.take\n" + save);
+    std::string expected = replaced("birth_rate = 30 ", "birth_rate = 7 ");
+    EXPECT_EQ(saved(), expected.erase(expected.find("number_of_particles"), 26));
+    expected = replaced("length = 2", "length = 3");
+    EXPECT_EQ(saved(other), expected.erase(expected.find("number_of_particles"), 26));
+}
+
+INSTANTIATE_TEST_SUITE_P(StudioWindow, Openings, testing::ValuesIn(kOpenings),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(StudioWindow, AFileThatExistsIsReplacedByTheSecondEnter) {
+    write_bytes(folder_ / "taken.v1.toml", "# mine\n");
+    const std::string save =
+        "wait picture\nkey Ctrl+Shift+S\nwait \"save as.file\"\nwait frames 3\nkey Ctrl+A\n"
+        "type taken.v1\nkey Return\nwait frames 3\n";
+    run("scene.toml", save + "key Escape\nwait frames 3\n");
+    EXPECT_EQ(saved("taken.v1.toml"), "# mine\n");
+    run("scene.toml", save + "key Return\nwait frames 3\n");
+    EXPECT_EQ(saved("taken.v1.toml"), kScene);
+}
+
 TEST_F(StudioWindow, LongWorkIsStopped) {
     write_bytes(folder_ / "scene.toml", replaced("length = 2", "length = 600"));
     const std::string output = run("scene.toml",
