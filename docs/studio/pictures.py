@@ -12,7 +12,8 @@ from PIL import Image, ImageDraw, ImageFont
 
 FOLDER = pathlib.Path(__file__).parent
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
-RADIUS = 15  # of a number's disc, pixels
+RADIUS = 12  # of a number's disc, pixels
+BESIDE = {"warnings"}  # headings, below which there is text
 
 # Of each picture: what the studio opens, the script until the screenshot, and the targets to number.
 PICTURES = {
@@ -20,7 +21,7 @@ PICTURES = {
     "stage": (
         "campfire",
         'wait picture\nclick container\nwait "container.campfire.embers"\nclick "container.campfire.embers"\n'
-        'wait frames 5\nclick timeline@0.5,0.5\nclick Pause\nclick Bounds\nclick "Safe areas"\nwait picture\n'
+        'wait frames 5\nclick timeline@0.5,0.5\nclick Pause\nclick "Safe areas"\nwait picture\n'
         "drag parameter.birth_rate 200 0\nwait picture\n",
         ["container", "search", "parameter.birth_rate", "reset.birth_rate", "group.Colour and fade", "help", "A", "Save",
          "Safe areas", "picture", "numbers", "warnings", "Loop", "timeline"],
@@ -45,14 +46,23 @@ def run_studio(studio, scenes, opened, script, folder):
     return Image.open(shot).convert("RGB"), {name: tuple(map(float, place)) for name, *place in lines}
 
 
+def free_place(target, place):
+    """Where a number hides no text: in the corner of something large, at the right end of a field, else below or beside."""
+    left, top, right, bottom = place
+    if bottom - top > 4 * RADIUS:
+        return right - 2 * RADIUS, top + 2 * RADIUS
+    if right - left > 8 * RADIUS:
+        return right - 3 * RADIUS, (top + bottom) / 2
+    if target in BESIDE:
+        return right + 1.5 * RADIUS, (top + bottom) / 2
+    return (left + right) / 2, bottom + 0.5 * RADIUS
+
+
 def number(picture, places, targets):
     draw = ImageDraw.Draw(picture)
-    font = ImageFont.truetype(FONT, 18)
+    font = ImageFont.truetype(FONT, 15)
     for index, target in enumerate(targets, 1):
-        left, top, right, bottom = places[target]
-        large = bottom - top > 4 * RADIUS
-        x = left + 2 * RADIUS if large else right
-        y = top + 2 * RADIUS if large else bottom
+        x, y = free_place(target, places[target])
         draw.ellipse((x - RADIUS, y - RADIUS, x + RADIUS, y + RADIUS), fill=(242, 184, 75), outline=(20, 20, 20), width=2)
         draw.text((x, y), str(index), font=font, fill=(20, 20, 20), anchor="mm")
 
