@@ -1,7 +1,7 @@
 /*
- * A small plug-in that breaks one rule, the one that FAULT names (a string): each is a mistake that authors make. `tovu
- * validate` names the rule. Without a fault (NONE) it is a plug-in like any other: it draws a wheel of quads, consumes
- * the smoke that it is given, and supplies spawn points.
+ * A small plug-in with one fault, which the string FAULT names. Each is a typical mistake of authors, and `tovu validate`
+ * names the broken rule. Without a fault (NONE) the plug-in is correct: it draws a wheel of quads, consumes the smoke that
+ * its parameter names, and supplies spawn points.
  */
 #include <fenv.h>
 #include <math.h>
@@ -18,7 +18,7 @@
 #include <tovu/spawn_requests.h>
 
 /*
- * The faults, and the checks that name them:
+ * The faults, and the checks that find them:
  *   LIBM_FORGOTTEN      file.imports
  *   DEFAULT_ABOVE       register.values
  *   SIZE_OF_POINTER     register.size
@@ -52,7 +52,7 @@ static bool breaks(const char* rule) {
     return strcmp(rule, FAULT) == 0;
 }
 
-/* The block: the slots in the order of registration, then what is the plug-in's own. */
+/* The block: the slots in the order of registration, then the plug-in's own fields. */
 typedef struct Wheel {
     int32_t quads;
     float radius;
@@ -73,7 +73,7 @@ enum { kMostQuads = 64, kTitleLength = 16 };
 
 static int32_t draw_event;
 static float shared_turned;
-static int seen; /* keeps the compiler from leaving out what is read */
+static int seen; /* uses values that are read, so that the compiler keeps the reads */
 
 static Wheel* wheel_at(void* instance) {
     return (Wheel*)instance;

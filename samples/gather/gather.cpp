@@ -22,7 +22,7 @@ int32_t container_named(uint32_t slot) {
 
 // The geometry that the container carries, or -1.
 int32_t geometry_of(int32_t container_handle) {
-    int32_t geometry_handle = -1;  // the host leaves it so when there is no container
+    int32_t geometry_handle = -1;  // unchanged if there is no container
     _api__container_get_geometry(container_handle, &geometry_handle);
     return _api__object_valid(geometry_handle) ? geometry_handle : -1;
 }
@@ -47,28 +47,28 @@ float elapsed_seconds(Gather& gather) {
     return static_cast<float>(period);
 }
 
-// Attaches, or refreshes the attachment; detaches first from another smoke. Null when the geometry is no smoke.
+// Attaches or refreshes the attachment. Detaches from another smoke first. Null if the geometry is not a smoke.
 ParticleExchangeBlock* attach(Gather& gather, int32_t geometry_handle) {
     if (geometry_handle != gather.smoke_geometry_handle) detach(gather);
     if (geometry_handle == -1) return nullptr;
     ParticleAttachRequest request{.birth_limit = 25000, .death_acceleration = 100, .owns_colour = 1};
-    ParticleExchangeBlock* block = nullptr;  // another plug-in ignores the request and leaves the reply as it was
+    ParticleExchangeBlock* block = nullptr;  // unchanged if the plug-in is not a smoke
     _api__geom_dispatcher(geometry_handle, TOVU_REQUEST_ATTACH, &request, &block);
     gather.smoke_geometry_handle = block != nullptr ? geometry_handle : -1;
     return block;
 }
 
-// What is the same for all particles of a frame.
+// Values that are the same for all particles of a frame.
 struct Frame {
     Slots values;
     Outline outline;
     float dt;             // seconds since the last frame
     float since_start;    // seconds since gathering began, negative before
-    float since_release;  // seconds since the first particles were let go, negative before
+    float since_release;  // seconds since the release of the first particles, negative before
 };
 
-// How strongly a particle with its place at `across` is pulled: 0 to 1 while it is held, nothing when it is to be let
-// go. The sweep delays places with a high x; all are pulled fully once the gather time is over.
+// The strength, 0 to 1, with which a particle with its place at `across` is pulled; nothing if it must be released. The
+// sweep delays places with a high x. After the gather time all particles are pulled fully.
 std::optional<float> pull_at(const Frame& frame, float across) {
     const Slots& values = frame.values;
     if (frame.since_start < 0 || frame.since_release >= values.release_time * across) return std::nullopt;
@@ -79,8 +79,8 @@ std::optional<float> pull_at(const Frame& frame, float across) {
     return x * x * (3 - 2 * x);  // smoothstep
 }
 
-// Each number -1 to 1, and always the same for the same particle: a place must not jump from frame to frame.
-// Multiples of irrational numbers spread evenly (Weyl).
+// Numbers from -1 to 1 that are constant for a particle, so that its place does not jump between frames. Multiples of
+// irrational numbers are evenly distributed (Weyl).
 Vector3 noise(int32_t number) {
     const auto axis = [number](double step) { return static_cast<float>(std::remainder(number * step, 2.0)); };
     return {axis(1.4142135623730951), axis(1.7320508075688772), axis(2.23606797749979)};
@@ -124,7 +124,7 @@ void hold(Particle& p, const Vector3& point, float pull, const Frame& frame) {
     set_colour(p, values, pull);
 }
 
-// Lets a claimed particle go and pushes it away. It keeps its colour.
+// Releases a claimed particle and pushes it away. It keeps its colour.
 void release(Particle& p, const Frame& frame) {
     const Slots& values = frame.values;
     const float spread = std::hypot(values.blow_x, values.blow_y) * values.blow_spread / 100;
@@ -136,7 +136,7 @@ void release(Particle& p, const Frame& frame) {
     p.released = 1;
 }
 
-// Leaves every particle either claimed or released: with neither set it would stand still and not be drawn.
+// Makes every particle either claimed or released, since otherwise it stands still and is not drawn.
 void tend(Particle& p, int32_t& last_number, const Frame& frame) {
     const bool gathers = frame.since_start >= 0 && frame.since_release < 0 && !frame.outline.edges.empty();
     if (p.claimed == 0 && gathers) {
@@ -170,7 +170,7 @@ void run_frame(Gather& gather) {
     const int32_t target_handle = container_named(values.target_container);
     frame.outline = read_outline(target_handle, geometry_of(target_handle),
                                  values.smoke_reference == kReferenceWorld ? -1 : smoke_handle);
-    // The smoke frees records that left the pool only when nobody claims them.
+    // The smoke frees records on the deleted list only if they are not claimed.
     for (Particle* p = block->deleted_head; p != nullptr; p = p->next) p->claimed = 0;
     for (Particle* p = *block->active_head; p != nullptr; p = p->next) tend(*p, gather.last_number, frame);
 }

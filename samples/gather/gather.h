@@ -1,5 +1,5 @@
 // A consumer of smoke: attaches to a smoke, claims its particles, pulls them onto the outline of another container,
-// lets them go, and detaches at clean-up. It draws nothing itself.
+// releases them, and detaches at clean-up. It draws nothing itself.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace gather {
 
-/// The block: the slots come first, since the host fills them, then the instance's own state. The only thing kept about
-/// the smoke is a handle. Each particle stores its own number in `Particle::claimed`, so there is no table to maintain.
+/// The block: first the slots, which the host fills, then the instance's own state. It stores only a handle of the
+/// smoke. The number of a particle is stored in its `Particle::claimed`, so that no table is needed.
 struct Gather {
     Slots slots;
     int32_t last_retrace = 0;
@@ -19,7 +19,7 @@ struct Gather {
     int32_t last_number = 0;             // given to the particle that was claimed last
 };
 
-/// Attaches, claims, pulls and lets go. Does nothing when it is called again in the same frame.
+/// Attaches, claims, pulls and releases. Does nothing in a second call for the same frame.
 void run_frame(Gather& gather);
 
 /// Detaches from the smoke if it still exists. All of the smoke's live particles vanish.

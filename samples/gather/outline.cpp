@@ -21,8 +21,8 @@ Vector3 transform(const Matrix& matrix, Vector3 p) {
             m[2] * p.x + m[6] * p.y + m[10] * p.z + m[14]};
 }
 
-// A cut joins the hole of a letter to its outer border, and the outline runs along the cut twice. No smoke belongs
-// there: two edges of one mesh with the same ends get the length 0.
+// A cut connects the hole of a letter to its outer border, and the outline passes the cut twice. Smoke must not gather
+// there, so two edges of a mesh with the same ends get the length 0.
 void close_cuts(std::span<Edge> edges) {
     using Point = std::array<float, 3>;
     std::map<std::pair<Point, Point>, Edge*> unpaired;  // by both ends, the lesser first
@@ -41,7 +41,7 @@ void add_mesh(Outline& outline, const std::vector<Vector3>& corners) {
         const Vector3 a = corners[i], b = corners[(i + 1) % corners.size()];
         outline.edges.push_back({a, b, std::hypot(double{b.x} - a.x, double{b.y} - a.y, double{b.z} - a.z), 0});
     }
-    // Both edges of a mesh of two vertices have the same ends too, but are no cut.
+    // Not for a mesh of two vertices, whose two edges also have the same ends.
     if (corners.size() > 2) close_cuts(std::span(outline.edges).subspan(first_edge));
 }
 

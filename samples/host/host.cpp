@@ -83,9 +83,9 @@ int32_t local_object(const char* name, int32_t type) {
 
 }  // namespace
 
-// The services. A call about an object that the host does not know leaves the out values as they were.
+// The services. A call about an unknown object leaves the out values unchanged.
 
-// Registration: called from PLUGIN_INIT. Texts are copied, since the plug-in's may be gone when it returns.
+// Registration: called from PLUGIN_INIT. Texts are copied, since those of the plug-in may be temporary.
 void pelRegisterPlugin(const char* name) {
     std::printf("plug-in %s\n", name);
 }

@@ -1,11 +1,11 @@
-// What the host asks of the operating system: platform_linux.cpp, platform_windows.cpp.
+// Functions of the operating system: platform_linux.cpp, platform_windows.cpp.
 #pragma once
 
 #include <cstddef>
 #include <string>
 
-/// Loads a plug-in library from a path. Null if it cannot be loaded, for lack of a host function too; `error` then says
-/// why. It stays loaded until close_library.
+/// Loads a plug-in library from a path. Null if it cannot be loaded, for example because a host function is missing;
+/// `error` says why. It stays loaded until close_library.
 void* open_library(const char* path, std::string& error);
 void close_library(void* library);
 

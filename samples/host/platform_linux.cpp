@@ -19,7 +19,7 @@ void* exported_function(void* library, const char* name) {
     return dlsym(library, name);
 }
 
-// The system grants an address that is asked for where it is free, and another one where it is not.
+// The system maps at the requested address if it is free, else elsewhere.
 void* memory_below_4_gib(size_t bytes) {
     for (uintptr_t wanted = 0x10000000; wanted < 0xF0000000; wanted += 0x100000) {
         void* memory =

@@ -19,7 +19,7 @@ void* exported_function(void* library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
 
-// Null is returned where the address that is asked for is taken.
+// The system returns null if the requested address is not free.
 void* memory_below_4_gib(size_t bytes) {
     void* memory = nullptr;
     for (uintptr_t wanted = 0x10000000; wanted < 0xF0000000 && memory == nullptr; wanted += 0x100000)

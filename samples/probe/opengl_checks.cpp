@@ -3,7 +3,6 @@
 #include <tovu/opengl.h>
 
 #include <cmath>
-#include <cstring>
 
 #include "process.h"
 #include "report.h"
@@ -12,7 +11,7 @@
 namespace probe {
 namespace {
 
-// Questions of later versions of OpenGL, which tovu/opengl.h has no constants for.
+// Queries of later versions of OpenGL, whose constants are not in tovu/opengl.h.
 enum : unsigned {
     kMatrixMode = 0x0BA0,
     kModelviewMatrix = 0x0BA6,
@@ -42,7 +41,7 @@ bool find(Function& function, const char* name) {
     return function != nullptr;
 }
 
-// All null unless all are there.
+// All functions are null if one of them is missing.
 OpenGl loaded_opengl() {
     OpenGl found;
     const bool complete = find(found.get_integers, "glGetIntegerv") && find(found.get_floats, "glGetFloatv") &&
@@ -58,8 +57,8 @@ bool are_alike(const Matrix& a, const Matrix& b) {
     return true;
 }
 
-// A projection's last row is 0 0 0 1, or a multiple of 0 0 1 0 where it is a perspective: projection × view, taken back
-// by the inverse of the view, has one of them.
+// The last row of a projection is 0 0 0 1 or, for a perspective, a multiple of 0 0 1 0. Tests the last row of
+// projection × view × inverse of the view.
 bool is_projection_of(const Matrix& projection_view, const Matrix& view) {
     Matrix back{view[0], view[4], view[8], 0, view[1], view[5], view[9], 0, view[2], view[6], view[10], 0, 0, 0, 0, 1};
     Matrix displaced{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -view[12], -view[13], -view[14], 1};

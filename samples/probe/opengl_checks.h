@@ -1,13 +1,13 @@
-// The state of OpenGL as a pass begins.
+// Checks the OpenGL state at the start of a pass.
 #pragma once
 
 #include <cstdint>
 
 namespace probe {
 
-/// Compares what is in force with what a pass may rely on. The functions that hosts export only set state: those that
-/// ask for it are taken from the OpenGL that the process has loaded. Does nothing where there is none, and where it
-/// does not answer: without a context, and between glBegin and glEnd.
+/// Compares the OpenGL state with the state that the contract guarantees for a pass. Hosts export no functions that
+/// read the state, so these are taken from the OpenGL library that the process has loaded. Does nothing without such a
+/// library, without a context, and between glBegin and glEnd.
 void check_opengl(int32_t container);
 
 /// Draws the axes of the container in red, green and blue, 100 units long, and those of the world in grey. In a reduced

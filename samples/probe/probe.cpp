@@ -1,5 +1,5 @@
-// A plug-in that checks the host that carries it: whether the host keeps what docs/contract.md promises to plug-ins. It
-// reports on standard output when its last instance is cleaned up and whenever its button is pressed.
+// A plug-in that checks whether its host follows docs/contract.md. It prints a report on standard output when its last
+// instance is cleaned up and when its button is pressed.
 //
 // This file has the entry points and checks the calls, the block and its slots. scene_checks.cpp and opengl_checks.cpp
 // check what the services answer, report.h lists all checks.
@@ -33,7 +33,7 @@ constexpr const char* kWord = "Gr\u00fc\u00dfe, \u7159";  // letters of one, two
 constexpr int32_t kWordLength = 100, kAnswerLength = 400, kQuestionsLength = 20;
 constexpr size_t kLongestName = 65536;  // of a container or an image; hosts choose their own limit
 
-// The block: the slots, then bytes that nobody but this plug-in may write.
+// The block: the slots, then bytes that only this plug-in may write.
 struct Block {
     int32_t count;
     float share;
@@ -60,36 +60,36 @@ const TextSlot kTexts[] = {
     {7, true, "answer", kAnswerLength}, {8, true, "questions", kQuestionsLength},
 };
 
-// What is remembered of an instance, outside of its block.
+// The data about an instance that is stored outside of its block.
 struct Life {
     int number;
     int frames = 0;
-    int32_t counter = 0;   // of the last frame, 0 before the first
-    int place = 0;         // among the instances in that frame, from 1
-    bool changed = false;  // since then, and before the next one
+    int32_t counter = 0;   // retrace counter of the last frame; 0 before the first
+    int place = 0;         // position among the instances in that frame, from 1
+    bool changed = false;  // a change since that frame
     int32_t geometry = -1;
     int32_t container = -1;
-    std::array<uint32_t, kParameterCount> slots{};  // as they were
-    std::map<int, std::string> texts;               // likewise, by index
+    std::array<uint32_t, kParameterCount> slots{};  // last seen values
+    std::map<int, std::string> texts;               // last seen texts, by index
 };
 
 struct Process {
     const void* thread = nullptr;  // that of PLUGIN_INIT
     bool registered = false;
-    int depth = 0;           // of entry points that run
-    bool has_asked = false;  // about handles that are not valid
-    bool is_asking = false;  // a request is on its way
+    int depth = 0;           // number of nested entry points
+    bool has_asked = false;  // services were called with invalid handles
+    bool is_asking = false;  // a request is being sent
     std::map<void*, Life> lives;
     std::set<void*> ended;  // blocks that were cleaned up
     int made = 0;
-    int32_t counter = 0;    // of the current frame
-    int places = 0;         // instances that had their PLUGIN_NEW_GEOM in it
-    int highest_place = 0;  // of the frame before, of these
-    bool passes = false;    // began in it
+    int32_t counter = 0;    // retrace counter of the current frame
+    int places = 0;         // number of instances whose PLUGIN_NEW_GEOM was called in it
+    int highest_place = 0;  // the highest place of these instances in the previous frame
+    bool passes = false;    // passes have begun in it
     ~Process();
 } process;
 
-// Another address in each thread.
+// A different address in each thread.
 const void* this_thread() {
     thread_local char own;
     return &own;
@@ -114,8 +114,6 @@ uint32_t slot(const void* block, int index) {
     std::memcpy(&bits, static_cast<const uint8_t*>(block) + 4 * index, sizeof bits);
     return bits;
 }
-
-// ---- Slots and texts ----
 
 std::string check_text(const void* block, const TextSlot& text) {
     const uint32_t address = slot(block, text.index);
@@ -172,16 +170,14 @@ void check_change(Life& life, const void* block, int32_t index) {
         ++changed;
         another = i;
     }
-    // A value may be set to what it was, and several may be set before the first notice.
+    // A value may be set again unchanged, and several values may be set before the first notification.
     expect(change_index, has_changed(index) || changed != 1, "index %d, and the slot that has changed is %d",
            static_cast<int>(index), another);
     life.slots[static_cast<size_t>(index)] = slot(block, index);
     life.texts[index] = texts[index];
 }
 
-// ---- Calls ----
-
-// The life of the block that an entry point is given; null where there is none that a call could be for.
+// The data of the instance of an entry point call; null if the call is for no known instance.
 Life* life_of(void* instance) {
     const auto found = process.lives.find(instance);
     if (found != process.lives.end()) return &found->second;
@@ -232,8 +228,8 @@ void check_objects(Life& life) {
                static_cast<int>(object));
 }
 
-// An entry point as it runs. What is true of every call is checked when it begins. `life` is null where the call is for
-// no instance that could be asked further.
+// A running entry point. The constructor makes the checks that apply to every call. `life` is null if the call is for
+// no known instance.
 struct Call {
     Call(const char* entry_point, void* instance, bool may_nest = false)
         : place_before(current_place()), block(static_cast<Block*>(instance)) {
@@ -276,7 +272,7 @@ void note_change(Life& life) {
     life.changed = life.frames > 0 && retrace_counter() == life.counter;
 }
 
-// `highest_place` shows a changed order: each instance comes after those that it came after in the frame before.
+// `highest_place` detects a changed order: instances must be called in the same order as in the previous frame.
 void check_frame(Life& life) {
     const int32_t counter = retrace_counter();
     double period = std::numeric_limits<double>::quiet_NaN();
@@ -305,7 +301,7 @@ void check_frame(Life& life) {
 }
 
 struct Question {
-    int asked;  // number of the instance that is to answer
+    int asked;  // number of the instance that must answer
 };
 Question question;
 
@@ -321,7 +317,7 @@ void ask_another(Life& life) {
         expect(dispatch_other, taken != 0 && reply == other.number,
                "the request for instance %d returned %d, and the reply is %d", other.number, static_cast<int>(taken),
                static_cast<int>(reply));
-        check_objects(life);  // are this instance's again
+        check_objects(life);  // the objects must be those of this instance again
         return;
     }
 }
@@ -333,7 +329,7 @@ Process::~Process() {
     if (has_news()) print_report(nullptr, 0);
 }
 
-// Registers with texts that lie in one place and are overwritten there after each call.
+// A text argument in a buffer that is overwritten after each registration call.
 struct PassingText {
     explicit PassingText(const char* from) { std::snprintf(text, sizeof text, "%s", from); }
     ~PassingText() { std::memset(text, '#', std::strlen(text)); }
@@ -366,7 +362,7 @@ int32_t PLUGIN_INIT(void) noexcept {
     pelRegisterParameterContainer("shape", "Container with Meshes", "");
     pelRegisterParameterImage("picture", "Image", "");
     pelRegisterParameterString("answer", "Answer", "", 60, kAnswerLength, 0);
-    // Not a Bool: hosts and tools that try all values should not come upon it.
+    // Not a Bool, so that hosts and tools that try all values do not enable it by chance.
     pelRegisterParameterString("questions", "Questions", "", 10, kQuestionsLength, 0);
     pelRegisterTotalSize(kBlockBytes);
     pelRegisterUseLOD(0);
@@ -475,7 +471,7 @@ void PLUGIN_DISPATCHER_CALLBACK(void* instance, int32_t request, void* data, voi
     const Call call("PLUGIN_DISPATCHER_CALLBACK", instance, true);
     if (call.life == nullptr) return;
     check_objects(*call.life);
-    if (!process.is_asking) return;  // another plug-in's request, which is not known here
+    if (!process.is_asking) return;  // an unknown request of another plug-in
     const bool is_unchanged = request == kRequest && data == &question && reply != nullptr;
     expect(dispatch_other, is_unchanged && question.asked == call.life->number,
            "the request for instance %d came as 0x%08x, data and reply %s", question.asked,

@@ -1,4 +1,4 @@
-// What the probe asks of the operating system about its process: process_linux.cpp, process_windows.cpp.
+// Facts about the process from the operating system: process_linux.cpp, process_windows.cpp.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 
 namespace probe {
 
-/// Bytes from `address` on that the process may read (`access` 'r') or write ('w') without a gap, at most `wanted`.
-/// `wanted` where the system does not say.
+/// The number of consecutive bytes from `address` on that the process may read (`access` 'r') or write ('w'), at most
+/// `wanted`. Returns `wanted` if the system does not say.
 size_t accessible_bytes(uintptr_t address, char access, size_t wanted);
 
 /// A function of the OpenGL library that the process has loaded itself, with the calling convention OPENGL_CALL; null

@@ -29,7 +29,7 @@ void* loaded_opengl_function(const char* name) {
         void* handle = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
         if (handle == nullptr) continue;
         void* function = dlsym(handle, name);
-        dlclose(handle);  // the process holds it for as long as it draws
+        dlclose(handle);  // the library stays loaded, since the process uses it
         if (function != nullptr) return function;
     }
     return nullptr;

@@ -19,10 +19,10 @@ constexpr Words kWords[] = {
 #undef CHECK
 };
 
-// Needs no destructor: the last report may be printed while the library is unloaded.
+// Must not have a destructor, since the last report may be printed while the library is unloaded.
 struct Result {
     bool ran;
-    int times;        // that it did not hold
+    int times;        // number of failures
     char first[500];  // place and message
 };
 Result results[std::size(kWords)];

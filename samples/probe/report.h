@@ -1,4 +1,4 @@
-// The checks, and what has been found so far.
+// The checks and their results.
 #pragma once
 
 #include <cstddef>
@@ -87,8 +87,7 @@ enum Check {
 #undef CHECK
 };
 
-/// Where the findings to come were made: the entry point that runs, its instance and frame. Numbers count from 1; 0 for
-/// none.
+/// The place of the next findings: the running entry point, its instance and frame. Numbers start at 1; 0 for none.
 struct Place {
     const char* entry_point;
     int instance;
@@ -97,15 +96,15 @@ struct Place {
 void set_place(const Place& place);
 Place current_place();
 
-/// Notes that a check ran. Where `holds` is false, the message, which is as for printf, is what it found. The first
-/// finding of each check is kept with its place, the others are counted.
+/// Records that a check ran. If `holds` is false, the printf-style message describes the fault. The first fault of each
+/// check is stored with its place, further ones are counted.
 [[gnu::format(PROBE_PRINTF, 3, 4)]] void expect(Check check, bool holds, const char* message, ...);
 
-/// Whether anything was found since the last report.
+/// True if a fault was found since the last report.
 bool has_news();
 
-/// A line for each check that does not hold or did not run, then the verdict, on standard output.
-/// verdict: receives the verdict too, cut to `capacity` bytes with the NUL, where `capacity` is above 0.
+/// Prints a line for each check that failed or did not run, then the verdict, on standard output.
+/// verdict: receives a copy of the verdict, truncated to `capacity` bytes with the NUL, if `capacity` is above 0.
 void print_report(char* verdict, size_t capacity);
 
 }  // namespace probe

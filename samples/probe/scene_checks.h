@@ -1,4 +1,4 @@
-// Checks of what the services answer. Each is called inside an entry point that is given an instance.
+// Checks of the answers of services. Call them inside an entry point of an instance.
 #pragma once
 
 #include <array>
@@ -15,42 +15,42 @@ using Matrix = std::array<float, 16>;
 /// a · b.
 Matrix product(const Matrix& a, const Matrix& b);
 
-/// a · b is the identity, but for the rounding of its sums.
+/// True if a · b is the identity, apart from rounding errors.
 bool are_inverse(const Matrix& a, const Matrix& b);
 
-/// The container's transformation. Not-a-numbers where the host sets none.
+/// The container's transformation. NaN if the host does not set it.
 Matrix transformation_of(int32_t container);
 
-/// From the world to the camera that renders. Not-a-numbers where the host sets none or there is no camera.
+/// The view matrix of the camera that renders. NaN if the host does not set it or has no camera.
 Matrix view_matrix();
 
-/// Look-ups of what no scene has.
+/// Look-ups of names and numbers that do not exist in any scene.
 void check_look_ups();
 
-/// Every service with an out value, and the dispatcher, about an object that the host does not know. check: which one
-/// counts what is set.
+/// Calls the dispatcher and every service with an out value for an unknown object. check: the check that fails if an
+/// out value changes.
 void check_unknown_object(Check check, int32_t object);
 
-/// The same about a handle that is not valid and the mesh access 0. A host that watches its plug-ins complains: a
-/// plug-in has no reason to ask.
+/// check_unknown_object for an invalid handle and for the mesh access 0. A host that checks its plug-ins complains
+/// about these calls.
 void check_invalid_handles();
 
-/// The container's matrices against each other and against its position, rotation and scaling.
+/// Compares the container's matrices with each other and with its position, rotation and scaling.
 void check_placement(int32_t container);
 
-/// The view matrix against position and direction, those against pan and tilt.
+/// Compares the view matrix with position and direction of the camera, and these with pan and tilt.
 void check_camera();
 
-/// No mesh access to `own_geometry`, a plug-in's.
+/// Expects no mesh access for `own_geometry`, the geometry of a plug-in.
 void check_own_meshes(int32_t own_geometry);
 
-/// The meshes that the container carries: `name` as in a Container parameter, or a number behind '#'.
+/// Checks the meshes of a container. name: as in a Container parameter, or '#' and a number.
 void check_meshes(const std::string& name);
 
-/// Size, format and pixels of the image with this name.
+/// Checks size, format and pixels of the image with this name.
 void check_image(const std::string& name);
 
-/// Draws from `rand`.
+/// Checks the range of `rand`.
 void check_random();
 
 }  // namespace probe
