@@ -11,7 +11,7 @@ struct CallLog {
 };
 
 CallLog& log() {
-    static CallLog the_log;  // the services have no argument that could carry it
+    static CallLog the_log;  // global, since services cannot receive it as an argument
     return the_log;
 }
 

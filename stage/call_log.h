@@ -1,4 +1,4 @@
-// The log of the calls that plug-ins make to the host, services and OpenGL, in order. For tests.
+// A log of the calls of plug-ins to services and OpenGL, in order. For tests.
 #pragma once
 
 #include <string>

@@ -5,8 +5,8 @@
 
 namespace stage {
 
-/// Frames per second that a written rate stands for. Television has rates of 1000/1001 of a whole number, which are
-/// written rounded: 29.97 is 30000/1001, 59.94 is 60000/1001. Every other rate is what is written.
+/// The exact value of a written rate. Television rates of 1000/1001 of a whole number are written rounded: 29.97 means
+/// 30000/1001, 59.94 means 60000/1001. Any other rate is exact as written.
 STAGE_EXPORT double exact_frame_rate(double written);
 
 }  // namespace stage

@@ -28,7 +28,7 @@ size_t edit_distance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-// Empty when no name is near enough to be a typing error.
+// Empty if no name is similar enough for a typing error.
 std::string nearest_name(std::string_view name, const std::vector<std::string>& known) {
     std::string nearest;
     size_t least = std::max<size_t>(2, name.size() / 3) + 1;  // about one wrong character in three

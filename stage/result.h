@@ -1,4 +1,4 @@
-// A value, or the message that says why there is none.
+// A value or an error.
 #pragma once
 
 #include <optional>
@@ -7,8 +7,8 @@
 
 namespace stage {
 
-/// What went wrong: names the file, line or object and says what would be right. One line or several, no newline at the
-/// end.
+/// An error message. Names the file, line or object and says what would be right. One or more lines, without a newline
+/// at the end.
 struct Error {
     std::string message;
 };

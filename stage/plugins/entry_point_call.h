@@ -1,4 +1,4 @@
-// Calls of an instance's entry points: with the instance's random numbers, and checked afterwards.
+// Calls of an instance's entry points, with the instance's random stream and checks afterwards.
 #pragma once
 
 #include <array>
@@ -12,12 +12,12 @@ namespace stage {
 
 struct Stage;
 
-/// While it lives, the instance's entry point is the running one: the instance's Stage answers the services, complaints
-/// name the instance, and `rand` draws from the instance's stream. The destructor restores what was before; sections
-/// left open and overwritten guard bytes become complaints. Nests, since dispatcher calls do.
+/// Marks the instance's entry point as running while the object exists: the instance's Stage answers the services,
+/// complaints name the instance, and `rand` draws from the instance's stream. The destructor restores the previous
+/// state; open sections and overwritten guard bytes become complaints. Can be nested, for dispatcher calls.
 class EntryPointCall {
   public:
-    /// arguments: those after the instance; they must live as long.
+    /// arguments: those after the instance; they must outlive the object.
     EntryPointCall(Stage& stage, Instance& instance, const char* entry_point, std::span<const CallValue> arguments);
     ~EntryPointCall();
     EntryPointCall(const EntryPointCall&) = delete;

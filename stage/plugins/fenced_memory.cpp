@@ -24,7 +24,7 @@ size_t round_up(size_t bytes, size_t unit) {
     return (bytes + unit - 1) / unit * unit;
 }
 
-/// Unreadable pages, or null.
+/// Maps unreadable pages. Null if there are none left.
 char* map_pages(size_t bytes, bool below_4gib) {
     if (!below_4gib) {
         void* pages = mmap(nullptr, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -35,7 +35,7 @@ char* map_pages(size_t bytes, bool below_4gib) {
     return static_cast<char*>(pages);
 }
 
-/// The first of the bytes in [begin, end) that differ from `before`, and how many do.
+/// The bytes in [begin, end) that differ from `before`.
 std::optional<FenceDamage> damage_in(const char* begin, const char* end, const char* before, const char* data) {
     const auto bytes = static_cast<size_t>(end - begin);
     if (std::memcmp(begin, before, bytes) == 0) return std::nullopt;

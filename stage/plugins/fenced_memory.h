@@ -1,4 +1,4 @@
-// Memory between unreadable pages, for finding reads and writes outside of it.
+// Memory between unreadable pages, which detect accesses outside its bounds.
 #pragma once
 
 #include <cstddef>
@@ -20,15 +20,15 @@ struct FenceOptions {
 
 /// Bytes next to the memory that were overwritten.
 struct FenceDamage {
-    ptrdiff_t offset;  // of the first one, from the memory's first byte: below 0 or at least its size
-    size_t bytes;      // how many differ
+    ptrdiff_t offset;  // of the first byte, from the start of the memory: below 0 or at least its size
+    size_t bytes;      // number of changed bytes
 };
 
-/// All readable bytes around the memory hold a pattern. Moves, does not copy; freed with the object.
+/// All readable bytes around the memory hold a pattern. Move only.
 class STAGE_EXPORT FencedMemory {
   public:
     FencedMemory() = default;
-    /// data() is null when the system has no such pages left.
+    /// data() is null if the system has no such pages left.
     FencedMemory(size_t bytes, const FenceOptions& options);
     FencedMemory(FencedMemory&& other) noexcept;
     FencedMemory& operator=(FencedMemory&& other) noexcept;
@@ -37,14 +37,14 @@ class STAGE_EXPORT FencedMemory {
     char* data() const { return data_; }
     size_t size() const { return bytes_; }
 
-    /// The first damage since the last call, if there is any. What was written stays, and is no damage from then on.
+    /// The first damage since the last call, if any. Written bytes stay and are not reported again.
     std::optional<FenceDamage> take_damage();
 
     /// Makes all of it unreadable.
     void forbid();
     bool is_open() const { return !forbidden_; }
 
-    /// The address lies in one of the pages, the unreadable ones included. Async-signal-safe.
+    /// True if the address lies in one of the pages, unreadable ones included. Async-signal-safe.
     bool covers(uintptr_t address) const;
     /// Makes the page at this address, which covers() it, readable and writable. Async-signal-safe.
     void allow(uintptr_t address) const;
@@ -58,7 +58,7 @@ class STAGE_EXPORT FencedMemory {
     size_t open_bytes_ = 0;
     char* data_ = nullptr;
     size_t bytes_ = 0;
-    std::vector<char> before_;  // the readable bytes around the memory, as they were at the last call
+    std::vector<char> before_;  // the readable bytes around the memory at the last call
     bool forbidden_ = false;
 };
 

@@ -16,26 +16,26 @@ struct Container;
 /// when frames were dropped).
 STAGE_EXPORT void advance_frame(Stage& stage, int32_t retraces = 1);
 
-/// Lets every instance, visible or not, simulate the current frame in tree order (PLUGIN_NEW_GEOM). When called again
-/// in the same frame, plug-ins see that no time has passed.
+/// Calls PLUGIN_NEW_GEOM of every instance, visible or not, in tree order. For plug-ins, no time has passed in a second
+/// call for the same frame.
 STAGE_EXPORT void new_frame(Stage& stage);
 
-/// Simulates a frame: the current one when it has not run yet, else the next. The first call runs frame 0.
+/// Simulates the current frame if it has not run yet, else the next one. The first call runs frame 0.
 STAGE_EXPORT void run_frame(Stage& stage);
 
 /// A container to draw.
 struct DrawItem {
     const Container& container;
     Matrix world;       // container to world coordinates
-    float opacity;      // its own times its parents', 0 to 1
+    float opacity;      // product with the opacities of its parents, 0 to 1
     bool has_instance;  // call_render draws it; otherwise its geometry is meshes
 };
 
 /// Calls `draw` for every container that is shown (is_shown) and has a geometry, in tree order.
 STAGE_EXPORT void for_each_shown(Stage& stage, const std::function<void(const DrawItem&)>& draw);
 
-/// Lets the container's instance draw into the current OpenGL context (PLUGIN_RENDER_OPENGL). render_flags: bit 0 set
-/// for a reduced pass. False when the container carries no instance.
+/// Calls PLUGIN_RENDER_OPENGL of the container's instance, which draws into the current OpenGL context. render_flags:
+/// bit 0 is set for a reduced pass. False if the container has no instance.
 STAGE_EXPORT bool call_render(Stage& stage, int32_t container_handle, int32_t render_flags, float opacity);
 
 }  // namespace stage

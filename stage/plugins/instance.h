@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "fenced_memory.h"
@@ -17,16 +16,16 @@ namespace stage {
 
 struct Stage;
 
-/// A text that moved away; its old place is unreadable.
+/// The old, unreadable memory of a text that moved.
 struct RetiredText {
-    int32_t index;  // of its parameter
+    int32_t index;  // parameter index
     FencedMemory memory;
 };
-constexpr size_t kMostRetiredTexts = 256;  // the oldest is given up first
+constexpr size_t kMostRetiredTexts = 256;  // above this number the oldest is freed
 
-/// The block is exactly as large as registered, zeroed at first, and lies at an address that is divisible by 8 and not
-/// by 16, since more is not promised. Behind it, and behind every text, guard bytes show whether a plug-in writes past.
-/// StageOptions::memory puts both between unreadable pages instead.
+/// The block has exactly the registered size and is zeroed. Its address is divisible by 8 and not by 16, since the
+/// contract guarantees no more. Guard bytes behind the block and behind every text detect writes past the end. With
+/// StageOptions::memory both lie between unreadable pages instead.
 struct Instance {
     PluginId plugin = 0;
     int32_t container_handle = -1;
@@ -34,12 +33,12 @@ struct Instance {
     std::unique_ptr<std::byte[]> memory;
     std::byte* block = nullptr;
     LowMemory texts;
-    std::vector<char*> text_buffers;  // by parameter index; null where the parameter is no text
+    std::vector<char*> text_buffers;  // by parameter index; null for parameters that are not texts
     RandomStream random;
 
     // With MemoryOptions::fenced only.
     FencedMemory fenced_block;
-    std::vector<FencedMemory> fenced_texts;  // by parameter index; empty where the parameter is no text
+    std::vector<FencedMemory> fenced_texts;  // by parameter index; empty for parameters that are not texts
     std::vector<RetiredText> retired_texts;  // oldest first
     bool texts_move = false;
 };
@@ -54,8 +53,8 @@ STAGE_EXPORT Result<int32_t> add_instance(Stage& stage, int32_t container_handle
 STAGE_EXPORT Instance* instance_of(Stage& stage, int32_t container_handle);
 STAGE_EXPORT const Instance* instance_of(const Stage& stage, int32_t container_handle);
 
-/// Sends a request to the container's instance as another plug-in would: `_api__geom_dispatcher` without the log.
-/// False when the container carries no instance.
+/// Sends a request to the container's instance, as `_api__geom_dispatcher` does, without recording the call. False if
+/// the container has no instance.
 STAGE_EXPORT bool dispatch(Stage& stage, int32_t container_handle, int32_t request, void* data, void* reply);
 
 }  // namespace stage

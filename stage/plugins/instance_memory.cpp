@@ -81,7 +81,7 @@ bool allocate_fenced(Instance& instance, const Plugin& owner, const MemoryOption
     return true;
 }
 
-/// Gives the text that is to hold `text` a new place. Where the system has none left it stays.
+/// Moves the buffer of a parameter to a new place for `text`. Keeps the old place if no memory is left.
 void move_text(Instance& instance, const ParameterInfo& parameter, const std::string& text) {
     const auto index = static_cast<size_t>(parameter.index);
     const bool tight = fits_name_only(instance, parameter);

@@ -13,14 +13,14 @@ constexpr uint64_t kFirstWanted = 0x10000000;  // above the heap of a program th
 constexpr uint64_t kStep = 0x10000;            // the largest page size of the supported processors
 constexpr uint64_t kMaxTries = (kEnd - kFirstWanted) / kStep;
 
-// Where the next search begins: after what the last one found. The first one begins in the upper half, where a plug-in
-// that takes the 32 bits for a signed number reads from a wrong address.
+// The start of the next search, after the last found pages. The first search starts in the upper half, where a plug-in
+// that treats the 32 bits as a signed number uses a wrong address.
 std::atomic<uint64_t> next_wanted = kEnd / 2;
 
 }  // namespace
 
-// MAP_32BIT would do this in one call, but exists on x86-64 only. The kernel maps at the requested address when that
-// range is free, and elsewhere when it is not.
+// MAP_32BIT does this in one call, but only on x86-64. The kernel maps at the requested address if that range is free,
+// else elsewhere.
 void* map_low(size_t bytes) {
     if (bytes > kEnd - kFirstWanted) return nullptr;
     uint64_t wanted = next_wanted;

@@ -2,20 +2,19 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
 #include "stage/stage_export.h"
 
 namespace stage {
 
-/// Zeroed pages below 4 GiB that the caller unmaps; null when the system has none left.
+/// Zeroed pages below 4 GiB, which the caller unmaps. Null if none are left.
 void* map_low(size_t bytes);
 
 /// Zeroed pages below 4 GiB; the destructor frees them. Move only.
 class STAGE_EXPORT LowMemory {
   public:
     LowMemory() = default;
-    /// data() is null when the system has no such pages left.
+    /// data() is null if the system has no such pages left.
     explicit LowMemory(size_t bytes);
     LowMemory(LowMemory&& other) noexcept;
     LowMemory& operator=(LowMemory&& other) noexcept;

@@ -90,19 +90,18 @@ struct Plugin {
 /// Position in loaded_plugins().
 using PluginId = int32_t;
 
-/// Loads a plug-in library and lets it register itself; a library that is loaded already (under whatever path) is not
-/// loaded again. What a plug-in does inside PLUGIN_INIT against the contract is an error, not a complaint:
-/// no library, an entry point missing, PLUGIN_INIT not 0, name, type or size not registered or registered twice, a type
-/// other than 1 (geometry), a size below four bytes a parameter, parameters with contradictory limits or a name used
-/// twice, a plug-in name that another library has. The message names the file and everything that was wrong, a line
-/// each.
+/// Loads a plug-in library and calls its PLUGIN_INIT. A library that is already loaded, also from another path, is not
+/// loaded again. Violations of the contract inside PLUGIN_INIT are errors, not complaints. Errors: no library, an entry
+/// point missing, PLUGIN_INIT not 0, name, type or size not registered or registered twice, a type other than 1
+/// (geometry), a size below four bytes a parameter, parameters with contradictory limits or a name used twice, a
+/// plug-in name that another library has. The message names the file and all mistakes, a line each.
 STAGE_EXPORT Result<PluginId> load_plugin(Stage& stage, const std::string& path);
 
-/// All that are loaded, in the order of loading. References to elements stay valid.
+/// All loaded plug-ins, in the order of loading. References to elements stay valid.
 STAGE_EXPORT const std::vector<std::unique_ptr<Plugin>>& loaded_plugins();
 STAGE_EXPORT const Plugin& plugin(PluginId id);
 
-/// Null when the plug-in has no such parameter or button.
+/// Null if the plug-in has no such parameter or button.
 STAGE_EXPORT const ParameterInfo* find_parameter(const Plugin& plugin, std::string_view name);
 STAGE_EXPORT const PushButton* find_button(const Plugin& plugin, std::string_view name);
 

@@ -5,7 +5,7 @@
 namespace stage {
 namespace {
 
-// A signal handler has no argument that could carry them.
+// Global, since a signal handler cannot receive them as arguments.
 std::atomic<const PluginCode*> the_running_code = nullptr;
 std::atomic<uint64_t> the_calls_begun = 0;
 

@@ -51,7 +51,7 @@ char* library_state(RandomStream& stream) {
 
 extern "C" {
 
-// Exported below under the names that processes bind to. These are never bound to another library's.
+// The functions behind the exported `rand` and `srand`. These names cannot be bound to another library.
 int stage_rand() noexcept {
     RandomStream& stream = current_stream();
     if (stream.drawn == RandomStream::kLength) advance(stream);
@@ -66,7 +66,7 @@ void stage_srand(unsigned int seed) noexcept {
 
 constinit thread_local RandomStream* stream_in_force = nullptr;
 
-// Volatile: compilers take functions of different names for different functions.
+// Volatile, since compilers assume that functions with different names have different addresses.
 int (*const volatile kAddressOfOurs)() noexcept = stage_rand;
 const bool kRandIsOurs = &::rand == kAddressOfOurs;
 
@@ -82,7 +82,7 @@ void seed_stream(RandomStream& stream, uint32_t scene_seed, std::string_view con
 }
 
 void switch_library_state(RandomStream* previous, RandomStream* next) {
-    static char* process_state = nullptr;  // while a stream is in force
+    static char* process_state = nullptr;  // the saved state of the process while a stream is in use
     if (previous == next) return;
     // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a null `next` follows a stream, which set process_state
     char* left = setstate(next ? library_state(*next) : process_state);

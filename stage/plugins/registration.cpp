@@ -8,8 +8,8 @@
 namespace stage {
 namespace {
 
-Registration* the_running_registration = nullptr;  // the services have no argument that could carry it
-int32_t last_event_number = 0;                     // events count for the whole process
+Registration* the_running_registration = nullptr;  // global, since services cannot receive it as an argument
+int32_t last_event_number = 0;                     // in the whole process
 
 void check_given_once(const char* what, const char* call, int times, std::vector<std::string>& problems) {
     if (times == 0) problems.push_back(fmt::format("{} is not registered ({})", what, call));

@@ -1,4 +1,4 @@
-// What a plug-in registers while PLUGIN_INIT runs, collected and checked.
+// Collects and checks the registration of a plug-in during PLUGIN_INIT.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace stage {
 
-/// A text that came as a null pointer, which reads as the empty text.
+/// A text argument that is a null pointer, which is read as an empty text.
 struct NullText {
     size_t call;      // position in Plugin::registration_calls
     size_t argument;  // 0 for the first
@@ -24,21 +24,21 @@ struct Registration {
     std::vector<std::string> problems;  // against the contract, a sentence each
 };
 
-/// Loads a library, lets it register itself and returns everything, problems included. The plug-in is not added to
+/// Loads a library, calls its PLUGIN_INIT and returns the registration with all problems. The plug-in is not added to
 /// loaded_plugins(); its library stays loaded. Errors: no library, an entry point missing.
 STAGE_EXPORT Result<Registration> try_plugin(Stage& stage, const std::string& path);
 
-/// The registration of the PLUGIN_INIT that is running, or null.
+/// The registration of the running PLUGIN_INIT, or null.
 Registration* running_registration();
 void set_running_registration(Registration* registration);
 
-/// Adds a parameter after those before it. Contradictions in it become problems.
+/// Appends a parameter. Contradictions in it become problems.
 void add_parameter(Registration& registration, ParameterInfo parameter);
 
 /// Adds a profiling event under a handle that no other event of the process has; returns the handle.
 int32_t add_event(Registration& registration, std::string name, int32_t flags);
 
-/// All problems: those found during PLUGIN_INIT, and what is missing or contradictory at its end.
+/// All problems: those found during PLUGIN_INIT, and missing or contradictory registrations at its end.
 std::vector<std::string> find_problems(const Registration& registration);
 
 }  // namespace stage

@@ -2,7 +2,7 @@
 
 namespace stage {
 
-const CallWatch* call_watch = nullptr;  // the services have no argument that could carry it
+const CallWatch* call_watch = nullptr;  // global, since services cannot receive it as an argument
 
 void watch_calls(const CallWatch* watch) {
     call_watch = watch;

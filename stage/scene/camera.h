@@ -15,9 +15,9 @@ struct Camera {
     float field_of_view_degrees = 45;  // vertical, above 0 and below 180
 };
 
-constexpr double kNearDistance = 1, kFarDistance = 100000;  // of what is drawn, from the camera, in world units
+constexpr double kNearDistance = 1, kFarDistance = 100000;  // clipping planes, world units from the camera
 
-/// From world coordinates to the camera's.
+/// Transforms world coordinates to camera coordinates.
 STAGE_EXPORT Matrix view_matrix(const Camera& camera);
 
 /// OpenGL's perspective projection. aspect: width of the picture divided by its height.

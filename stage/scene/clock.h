@@ -1,4 +1,4 @@
-// Frame number, time and status, which the services tell plug-ins.
+// Frame number, time and status.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Violations of the contract by plug-ins. They do not stop the Stage: it answers a wrong call as it answers one with an
+// Violations of the contract by plug-ins. The Stage continues after them and answers a wrong call like a call with an
 // unknown handle.
 #pragma once
 
@@ -17,15 +17,15 @@ struct Stage;
 struct Complaint {
     std::string call;     // the service or entry point, "_api__get_image_size"
     std::string caller;   // "PLUGIN_NEW_GEOM of TovuSmoke in 'steam'"; empty for calls from outside of plug-ins
-    std::string message;  // what was wrong
-    int64_t times = 1;    // how often this complaint was made
+    std::string message;  // the violation
+    int64_t times = 1;    // number of repetitions
 };
 
 /// Keeps at most kMaxComplaints different complaints; `dropped` counts the others.
 struct Complaints {
     std::vector<Complaint> list;
     int64_t dropped = 0;
-    std::function<void(const Complaint&)> sink;  // where set, called at each complaint, repeated ones too
+    std::function<void(const Complaint&)> sink;  // if set, called for each complaint, also for repeated ones
 };
 constexpr int kMaxComplaints = 1000;
 

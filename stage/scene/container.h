@@ -52,7 +52,7 @@ struct Container {
     std::optional<BoundingBox> bounding_box;  // in container units; the last one that its plug-in sent
 
     Placement placement;
-    bool visible = true;  // where false, its children are hidden too; plug-ins still simulate
+    bool visible = true;  // false hides the children too; plug-ins still simulate
     float opacity = 1;    // 0 to 1, multiplied down the tree
     Appearance appearance;
 };
@@ -61,8 +61,8 @@ struct Container {
 /// the parent is not a container, or all object numbers are used.
 STAGE_EXPORT int32_t add_container(Stage& stage, std::string name, int32_t parent_handle = kNoObject);
 
-/// Destroys the container, its geometry and its children, the newest child first. False when it is no container, or
-/// when an entry point of a plug-in below it is running.
+/// Destroys the container, its geometry and its children, the newest child first. False if it is not a container, or if
+/// an entry point of a plug-in in it or below it is running.
 STAGE_EXPORT bool remove_container(Stage& stage, int32_t container_handle);
 
 /// Null for anything but a live container. The pointer stays valid until the container is removed.
@@ -75,13 +75,13 @@ STAGE_EXPORT int32_t find_container_by_name(const Stage& stage, std::string_view
 /// Every container, parents before children, siblings in the order they were added: the order of drawing.
 STAGE_EXPORT std::vector<int32_t> containers_in_tree_order(const Stage& stage);
 
-/// From container to world coordinates: the parents' matrices times its own. The identity when it is no container.
+/// Transforms container coordinates to world coordinates. The identity if it is not a container.
 STAGE_EXPORT Matrix world_matrix(const Stage& stage, int32_t container_handle);
 
-/// Whether the container and all its parents are visible.
+/// True if the container and all its parents are visible.
 STAGE_EXPORT bool is_shown(const Stage& stage, int32_t container_handle);
 
-/// Product of its own and its parents' opacity.
+/// The product of the opacities of the container and its parents.
 STAGE_EXPORT float total_opacity(const Stage& stage, int32_t container_handle);
 
 }  // namespace stage

@@ -1,7 +1,5 @@
 #include "geometry.h"
 
-#include <algorithm>
-
 #include "stage.h"
 
 namespace stage {

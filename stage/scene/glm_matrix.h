@@ -1,4 +1,4 @@
-// Between the Stage's matrices and those of glm, in which the arithmetic is done. Inside the library only.
+// Converts between the Stage's matrices and those of glm, which does the arithmetic. Internal to the library.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// How the Stage numbers its objects: a handle holds an object's kind and its number.
+// Handles of objects. A handle contains the kind and the number of an object.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ enum class ObjectKind : int32_t {
 
 constexpr int32_t kNoObject = -1;
 constexpr int32_t kMaxObjectNumber = 0xFFFFFF;
-constexpr int32_t kCameraNumber = 0;  // not from the count, so that the first container is #1
+constexpr int32_t kCameraNumber = 0;  // fixed, so that the first container is #1
 
 /// The kind is in the bits from 24 up: handles of different kinds are never equal.
 constexpr int32_t make_handle(ObjectKind kind, int32_t number) {

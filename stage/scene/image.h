@@ -23,20 +23,20 @@ struct Image {
     int32_t width = 0;            // pixels
     int32_t height = 0;           // pixels
     int32_t format = 0;           // a PictureFormat
-    std::vector<uint8_t> pixels;  // where empty, plug-ins that ask for the pixels get a null pointer
-    int64_t revision = 0;         // goes up with every change, so that copies can be kept up to date
+    std::vector<uint8_t> pixels;  // if empty, plug-ins get a null pointer
+    int64_t revision = 0;         // incremented at every change, so that copies can be updated
 };
 
-/// Adds an image. pixels: width × height × bytes_per_pixel(format) bytes. An error names the image and the sizes when
-/// they do not agree, a size is below 1, or the name is taken.
+/// Adds an image. pixels: width × height × bytes_per_pixel(format) bytes. Errors: the sizes do not agree or are below
+/// 1; the name exists already.
 STAGE_EXPORT Result<int32_t> add_image(Stage& stage, std::string name, int32_t width, int32_t height, int32_t format,
                                        std::vector<uint8_t> pixels);
 
-/// Gives an image other pixels, of any size and format. Errors as for add_image; the image then stays unchanged.
+/// Replaces the pixels of an image, with any size and format. Errors as for add_image; the image stays unchanged then.
 STAGE_EXPORT Result<Done> replace_image(Stage& stage, int32_t image_handle, int32_t width, int32_t height,
                                         int32_t format, std::vector<uint8_t> pixels);
 
-/// False when it is no image.
+/// False if it is not an image.
 STAGE_EXPORT bool remove_image(Stage& stage, int32_t image_handle);
 
 /// Null for anything but a live image. The pointer stays valid until the image is removed.

@@ -1,4 +1,4 @@
-// How the memory of instances is laid out.
+// The memory layout of instances.
 #pragma once
 
 #include <cstddef>
@@ -6,18 +6,17 @@
 
 namespace stage {
 
-/// Where bytes lie within pages of their own: directly before the unreadable pages behind them, or directly behind
-/// those before them.
+/// The position of data between unreadable pages: directly before those behind it, or directly behind those before it.
 enum class FenceSide { kBehind, kBefore };
 
 struct MemoryOptions {
-    /// Blocks and texts lie between unreadable pages of their own, instead of close together with guard bytes behind.
-    /// The fields below but `fill` count only then.
+    /// Each block and text lies between unreadable pages, instead of having guard bytes behind it. The fields below,
+    /// except `fill`, apply only then.
     bool fenced = false;
     FenceSide side = FenceSide::kBehind;
-    size_t room_bytes = 0;  // readable bytes on either side; what is written there becomes a complaint
-    /// Each change of a text moves it and makes its old place unreadable. Names of containers and images then have not
-    /// a byte more than they need.
+    size_t room_bytes = 0;  // readable bytes on either side; writes to them become complaints
+    /// Each change of a text moves it and makes its old place unreadable. Buffers of names of containers and images
+    /// have exactly the size of the name.
     bool texts_move = false;
     uint8_t fill = 0;  // the bytes of a block before its slots are filled
 };

@@ -1,4 +1,4 @@
-// A part of a geometry, with its vertices.
+// Meshes.
 #pragma once
 
 #include <tovu/vector3.h>

@@ -1,4 +1,4 @@
-// For tests: functions that answer services in place of the Stage, to show plug-ins a host with wrong answers.
+// For tests: functions that answer services instead of the Stage, which simulates a host with wrong answers.
 #pragma once
 
 #include <tovu/host_services.h>
@@ -8,9 +8,9 @@
 
 namespace stage {
 
-/// Where a function is set, the service of that name calls it instead of answering itself; the call is recorded as
-/// usual. While the function runs it is disabled, so that it can call the service for the Stage's own answer. It must
-/// not assign its own field.
+/// If a function is set, the service of that name calls it instead of answering itself; the call is recorded as usual.
+/// The function is disabled while it runs, so that it can call the service for the Stage's own answer. It must not
+/// assign its own field.
 struct Overrides {
     std::function<decltype(_api__get_objectid_local)> get_objectid_local;
     std::function<decltype(_api__get_objectid)> get_objectid;

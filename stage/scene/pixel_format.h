@@ -1,4 +1,4 @@
-// Formats of pixels, and how many bytes they take.
+// Pixel formats and their sizes.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace stage {
 
-/// OpenGL's pixel format codes, which the image services tell plug-ins.
+/// Pixel format codes of OpenGL, as the image services return them.
 enum PictureFormat : int32_t {
     kPictureAlpha = 0x1906,
     kPictureRgb = 0x1907,
@@ -15,7 +15,7 @@ enum PictureFormat : int32_t {
     kPictureLuminanceAlpha = 0x190A,
 };
 
-/// format: a PictureFormat; every other code counts as kPictureRgba.
+/// format: a PictureFormat; any other code is treated as kPictureRgba.
 constexpr int32_t bytes_per_pixel(int32_t format) {
     switch (format) {
         case kPictureAlpha:

@@ -1,4 +1,4 @@
-// Profiling: sections of work that plug-ins begin and end by an event's handle, and the time they take.
+// Profiling: sections of work that plug-ins begin and end with an event's handle, and their durations.
 #pragma once
 
 #include <chrono>
@@ -10,7 +10,7 @@ namespace stage {
 
 struct ProfilingEvent;
 
-/// A section or an entry point that has ended. Times are of the steady clock, counted from when the Stage was made.
+/// A completed section or entry point. Times are of the steady clock since the creation of the Stage.
 struct TraceSpan {
     std::string_view event;      // the event's name; for an entry point its exported name
     std::string_view container;  // the instance's container; both texts are valid only during the sink's call
@@ -28,7 +28,7 @@ struct Profile {
     std::vector<OpenSection> open;  // outermost first
     TimePoint origin = std::chrono::steady_clock::now();
 
-    /// When set, called at the end of every section and of every entry point of an instance. Must not call the Stage.
+    /// If set, called at the end of every section and of every entry point of an instance. Must not call the Stage.
     std::function<void(const TraceSpan&)> sink;
 };
 

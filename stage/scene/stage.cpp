@@ -6,7 +6,7 @@
 namespace stage {
 namespace {
 
-Stage* the_current_stage = nullptr;  // the services have no argument that could carry it
+Stage* the_current_stage = nullptr;  // global, since services cannot receive it as an argument
 
 }  // namespace
 

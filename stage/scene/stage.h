@@ -23,8 +23,8 @@ namespace stage {
 struct StageOptions {
     uint32_t seed = 1;
     double frame_period_seconds = 0.02;  // above 0
-    /// All instances draw from the process-wide `rand`, seeded when the Stage is made, instead of from streams of their
-    /// own: tests can then repeat every number drawn.
+    /// All instances draw from the process-wide `rand`, seeded at the creation of the Stage, instead of from separate
+    /// streams, so that tests can repeat every number.
     bool shared_random = false;
     MemoryOptions memory{};
 };
@@ -35,9 +35,9 @@ struct RunningCall {
     Instance* instance;
     const char* plugin_name;
     int32_t container_handle;              // carries the instance
-    size_t open_sections;                  // profiling sections that were open when it began
+    size_t open_sections;                  // number of open profiling sections at its start
     std::span<const CallValue> arguments;  // after the instance
-    bool has_result = false;               // set once it has returned a value
+    bool has_result = false;               // true after it has returned a value
     int32_t result = 0;
 };
 
@@ -46,7 +46,7 @@ struct RunningCall {
 /// A Stage and its plug-ins are used from one thread.
 struct Stage {
     StageOptions options;
-    int32_t last_number = 0;  // object numbers count up from 1 in the order of making and are never used again
+    int32_t last_number = 0;  // object numbers start at 1, ascend in the order of creation and are never reused
     std::unordered_map<int32_t, Container> containers;  // by handle
     std::unordered_map<int32_t, Geometry> geometries;   // by handle
     std::unordered_map<int32_t, Image> images;          // by handle
@@ -64,14 +64,14 @@ struct Stage {
 struct DestroyStage {
     STAGE_EXPORT void operator()(Stage* stage) const;
 };
-/// Destroying it cleans up its instances, the newest first. Not while one of their entry points is running.
+/// The destructor cleans up the instances, the newest first. Must not run inside one of their entry points.
 using StagePtr = std::unique_ptr<Stage, DestroyStage>;
 
-/// Cleans up all instances, the newest first, as the Stage's destructor does, but so that complaints about it can still
-/// be read. Afterwards their containers carry no geometry.
+/// Cleans up all instances, the newest first, and removes their geometries. Complaints during the clean-up can be read
+/// afterwards, which is not possible with the destructor of the Stage.
 STAGE_EXPORT void remove_instances(Stage& stage);
 
-/// Makes an empty Stage with a camera, and makes it current.
+/// Creates an empty Stage with a camera, and makes it current.
 STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
 
 /// The Stage that answers the exported services, or null. Functions that call a plug-in make its Stage current until
@@ -79,10 +79,10 @@ STAGE_EXPORT StagePtr make_stage(const StageOptions& options = {});
 STAGE_EXPORT Stage* current_stage();
 STAGE_EXPORT void make_current(Stage* stage);
 
-/// Whether an entry point of the instance is running, or waits for a dispatcher call that it made.
+/// True if an entry point of the instance is running, or waits for a dispatcher call that it made.
 bool is_running(const Stage& stage, const Instance& instance);
 
-/// Whether the object exists: a container, geometry, image or camera, or the position or direction of a camera.
+/// True if the object exists: a container, geometry, image or camera, or the position or direction of a camera.
 STAGE_EXPORT bool is_alive(const Stage& stage, int32_t handle);
 
 /// The handle of the container, geometry or image with this number, or kNoObject.

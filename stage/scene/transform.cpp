@@ -61,7 +61,7 @@ Vector3 rotation_degrees_of(const Matrix& matrix) {
     // (sin y, -sin x cos y, cos x cos y).
     const double cos_y = std::hypot(axes[0][0], axes[1][0]);
     const double y = std::atan2(axes[2][0], cos_y);
-    // Near the pole only rounding errors would distinguish the other two angles.
+    // Near the pole the other two angles cannot be separated.
     const bool at_pole = cos_y < 1e-6;
     const double x = at_pole ? std::atan2(axes[1][2], axes[1][1]) : std::atan2(-axes[2][1], axes[2][2]);
     const double z = at_pole ? 0 : std::atan2(-axes[1][0], axes[0][0]);

@@ -27,10 +27,10 @@ STAGE_EXPORT Matrix local_matrix(const Placement& placement);
 /// a · b: b acts first.
 STAGE_EXPORT Matrix multiply(const Matrix& a, const Matrix& b);
 
-/// Empty when the matrix has no inverse (a scale of 0).
+/// Empty if the matrix has no inverse (a scale of 0).
 STAGE_EXPORT std::optional<Matrix> inverse(const Matrix& matrix);
 
-/// Lengths of the first three columns. When the matrix mirrors, x is negative, so that rotation and scaling together
+/// Lengths of the first three columns. If the matrix mirrors, x is negative, so that rotation and scaling together
 /// reproduce the matrix.
 STAGE_EXPORT Vector3 scaling_of(const Matrix& matrix);
 
