@@ -1,23 +1,23 @@
-"""A wind from arrows drawn in a picture: strokes, straight or curved, that are wider at their head."""
+"""Makes a wind from arrows in a picture: straight or curved strokes that are wider at the head."""
 import numpy as np
 from PIL import Image
 from scipy.ndimage import gaussian_filter, label
 from scipy.sparse import coo_matrix
 from scipy.sparse.csgraph import dijkstra
 
-FEWEST_PIXELS = 12  # a smaller stroke is a speck
-END = 0.2           # share of a stroke's length in which its ends are compared
+FEWEST_PIXELS = 12  # smaller strokes are ignored as noise
+END = 0.2           # length of the compared ends, as a share of the stroke's length
 ROUNDS = 40
 
 
 def read_strokes(path, size):
-    """Marked pixels of the picture, size × size: those that differ clearly from the colour of the picture's corner."""
+    """The marked pixels, size × size, which differ clearly from the colour of the picture's corner."""
     picture = np.asarray(Image.open(path).convert("RGB").resize((size, size), Image.LANCZOS), float)[::-1] / 255
     return np.abs(picture - picture[0, 0]).max(-1) > 0.4
 
 
 def distances(pixels, start):
-    """The way from a pixel of a stroke to each of its pixels, inside the stroke. pixels: n × 2, rows and columns."""
+    """The path lengths inside a stroke from one pixel to each pixel. pixels: n × 2, rows and columns."""
     number = {tuple(p): i for i, p in enumerate(pixels)}
     rows, columns, lengths = [], [], []
     for i, (row, column) in enumerate(pixels):
@@ -32,7 +32,7 @@ def distances(pixels, start):
 
 
 def along_stroke(pixels):
-    """The way of each pixel from the stroke's tail; the head is the end around which there are more pixels."""
+    """The path length of each pixel from the tail of the stroke. The head is the end with more pixels around it."""
     one_end = int(np.argmax(distances(pixels, 0)))
     way = distances(pixels, one_end)
     length = way.max()
@@ -42,7 +42,7 @@ def along_stroke(pixels):
 
 
 def stroke_directions(marked):
-    """Unit vectors x and y on the marked pixels, 0 elsewhere, and the number of strokes."""
+    """Unit vectors x and y on the marked pixels, 0 elsewhere; and the number of strokes."""
     x, y = np.zeros(marked.shape), np.zeros(marked.shape)
     strokes, count = label(marked, np.ones((3, 3)))
     used = 0
@@ -54,7 +54,7 @@ def stroke_directions(marked):
         used += 1
         way = np.zeros(marked.shape)
         way[inside] = along_stroke(pixels)
-        # The direction is the slope of the way, from smoothed moments, so that the stroke's edges do not count.
+        # The direction is the gradient of the path length, from smoothed moments, which reduces the effect of the edges.
         row, column = np.mgrid[0:marked.shape[0], 0:marked.shape[1]].astype(float)
         width = max(2.0, 0.08 * way.max())
 
@@ -70,7 +70,7 @@ def stroke_directions(marked):
 
 
 def stream_function(u, v):
-    """The stream function of the part of a wind that has no sources and sinks; u and v vanish towards the border."""
+    """The stream function of the divergence-free part of a wind. u and v must vanish towards the border."""
     ky = np.fft.fftfreq(u.shape[0])[:, None] * 2 * np.pi
     kx = np.fft.fftfreq(u.shape[1])[None, :] * 2 * np.pi
     squared = kx**2 + ky**2
@@ -79,12 +79,12 @@ def stream_function(u, v):
 
 
 def flow(path, size, width):
-    """A stream function of a wind that follows the arrows; width: how far beside an arrow it reaches, as a share of the
+    """The stream function of a wind that follows the arrows. width: its reach beside an arrow, as a share of the
     picture. ValueError: the picture has no stroke."""
     x, y, count = stroke_directions(read_strokes(path, size))
     if count == 0:
         raise ValueError("has no strokes: draw lines in a colour that differs from the background, wider at the head")
-    margin = size // 2  # keeps what flows round the border from meeting itself
+    margin = size // 2  # the transform is periodic: separates the flow from its repetition
     x, y = np.pad(x, margin), np.pad(y, margin)
     marked = np.hypot(x, y) > 0
     blur = width * size / 2
@@ -92,7 +92,7 @@ def flow(path, size, width):
     psi = np.zeros_like(x)
     for _ in range(ROUNDS):
         u, v = np.gradient(psi, axis=0), -np.gradient(psi, axis=1)
-        # What the wind on the strokes still lacks, spread to their surroundings.
+        # The missing wind on the strokes, spread to their surroundings.
         missing_u = gaussian_filter((x - u) * marked, blur) / np.sqrt(weight)
         missing_v = gaussian_filter((y - v) * marked, blur) / np.sqrt(weight)
         psi += stream_function(missing_u, missing_v)

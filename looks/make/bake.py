@@ -46,7 +46,7 @@ def pair(text):
 
 
 def file_for(kind, read):
-    """A reader of options that name a file of this kind; `read` raises OSError for any other."""
+    """Checks an option that names a file of this kind. read: raises OSError for other files."""
     def check(text):
         try:
             read(text)

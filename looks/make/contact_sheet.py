@@ -24,13 +24,13 @@ def sheet_of(pictures, columns):
 
 
 def sprites(folder):
-    """One picture of each sprite; of a flipbook the tenth."""
+    """One picture of each sprite. For a flipbook it is the tenth."""
     files = sorted(path for path in folder.glob("*.png") if not path.stem[-2:].isdigit() or path.stem.endswith("_09"))
     return sheet_of([Image.open(path) for path in files], 6)
 
 
 def wind(path, arrows=None):
-    """Lines along the wind of a picture, from a point each, over its strength."""
+    """Draws streamlines of a wind over its strength."""
     field = np.asarray(Image.open(path).convert("RGB"), float) / 255
     side = 240
     picture = Image.fromarray((field[..., :1] * (70, 90, 130) + BACKGROUND).astype(np.uint8)).resize((side, side))

@@ -1,4 +1,4 @@
-"""Digests of files, as sha256sum writes and checks them, so that a test notices what was not made again."""
+"""Digests of files in the format of sha256sum. A test checks them, to find files that must be made again."""
 import hashlib
 import os
 

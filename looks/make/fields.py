@@ -1,4 +1,4 @@
-"""Arrays that pictures are made of, and how they are written. Row 0 of every array is the bottom of the picture."""
+"""Arrays for pictures, and functions that write them. Row 0 of every array is the bottom of the picture."""
 import numpy as np
 from PIL import Image
 
@@ -48,7 +48,7 @@ def save_with_palette(path, field, palette):
 
 
 def crossfaded_loop(frames, count):
-    """The last of the frames, count of them, as a loop: their end melts into the frames before their beginning."""
+    """Makes a loop of the last `count` frames: their end is blended with the frames before their start."""
     overlap = len(frames) - count
     before, loop = frames[:overlap], list(frames[overlap:])
     for i in range(overlap):

@@ -14,7 +14,7 @@ HOTTEST = 1.3  # heat of the palette's last colour
 
 
 def smooth_series(rng, count, period):
-    """Random values that change slowly, a new one each period."""
+    """Smooth random values with a new key for each period."""
     keys = rng.normal(size=count // period + 3)
     at = np.arange(count) / period
     share = smooth_step(0, 1, at % 1)
@@ -22,7 +22,7 @@ def smooth_series(rng, count, period):
 
 
 def flame_frames(seed, width):
-    """Heat over time. width: of the row of jets at the root, as a share of the picture."""
+    """Heat over time. width: width of the row of jets at the bottom, as a share of the picture."""
     rng = np.random.default_rng(seed)
     fluid = Fluid(HEIGHT, WIDTH)
     y, x = fluid.y / HEIGHT, fluid.x / WIDTH
@@ -47,7 +47,7 @@ def flame_frames(seed, width):
         fluid.u = 0.975 * (fluid.u + 0.9 * np.gradient(stream, axis=0) * burning)
         fluid.v = 0.975 * (fluid.v - 0.9 * np.gradient(stream, axis=1) * burning)
         fluid.fields["heat"] = np.clip(heat - cooling, 0, None)
-        fluid.v += 1.6  # the stream; it only carries along
+        fluid.v += 1.6  # the steady stream, only for the transport
         fluid.step(confinement=0.10)
         fluid.v -= 1.6
         top = smooth_step(1, 0.9, y)

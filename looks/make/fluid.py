@@ -4,7 +4,7 @@ from scipy.ndimage import map_coordinates
 
 
 class Fluid:
-    """A grid of unit cells. u, v: velocity in cells per step. fields: what the fluid carries along, by name."""
+    """A grid of unit cells. u, v: velocity in cells per step. fields: transported quantities, by name."""
 
     def __init__(self, height, width):
         self.shape = (height, width)
@@ -15,7 +15,7 @@ class Fluid:
         self.kx = np.fft.rfftfreq(width)[None, :] * 2 * np.pi
 
     def confine(self, strength):
-        """Gives back to eddies what the coarse grid takes from them."""
+        """Vorticity confinement: restores the eddies that a coarse grid damps."""
         vorticity = np.gradient(self.v, axis=1) - np.gradient(self.u, axis=0)
         gy, gx = np.gradient(np.abs(vorticity))
         length = np.hypot(gx, gy) + 1e-5
@@ -23,7 +23,7 @@ class Fluid:
         self.v -= strength * gx / length * vorticity
 
     def project(self):
-        """Takes the part with sources and sinks out of the velocity."""
+        """Removes the divergence of the velocity."""
         u, v = np.fft.rfft2(self.u), np.fft.rfft2(self.v)
         squared = self.kx**2 + self.ky**2
         squared[0, 0] = 1
@@ -32,7 +32,7 @@ class Fluid:
         self.v = np.fft.irfft2(v - self.ky * share, s=self.shape)
 
     def advect(self):
-        """Carries velocity and fields one step along; traces back through the midpoint."""
+        """Transports velocity and fields by one step, with backward tracing by the midpoint method."""
         def at(field, y, x, order):
             return map_coordinates(field, [y, x], order=order, mode="grid-wrap")
 

@@ -14,7 +14,7 @@ import digests
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SIZE = (320, 180)
 
-# Where the look stands in the picture, and a background that shows it; others stand on the ground of a dark one.
+# Position of the look in the picture, and its background. The default is the ground of a dark picture.
 PLACES = {"fog": (0, -10), "magic_dust": (0, -40), "explosion_puff": (0, 0), "ring": (0, 0), "word_on_fire": (0, -30),
           "blown_title": (0, -30), "breath": (-70, 0), "exhaust": (80, -10)}
 BACKGROUNDS = {"dust_burst": "#6f7f8c", "chimney": "#5f7f9f", "snow_dust": "#3f5f86", "spray": "#16323f",
@@ -39,7 +39,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         for look in looks:
             draw(sys.argv[1], pathlib.Path(folder), look.stem)
-        shutil.rmtree(docs, ignore_errors=True)  # all of them are drawn: now they replace the old ones
+        shutil.rmtree(docs, ignore_errors=True)  # only after all pictures are drawn
         docs.mkdir()
         for look in looks:
             shutil.copy(f"{folder}/{look.stem}.jpg", docs)

@@ -15,7 +15,7 @@ def colour(*channels):
 
 
 def over(picture, mask, above):
-    """Lays a colour or a picture over another where the mask is 1."""
+    """Draws a colour or a picture over another with a mask, 0 to 1."""
     return picture * (1 - mask[..., None]) + above * mask[..., None]
 
 
@@ -30,7 +30,7 @@ def save(path, picture, alpha=None):
 
 
 def conifer(mask, rng, middle, foot, height):
-    """Draws a fir into a mask; all lengths in pixels. Its branches hang in tiers, ragged on both sides."""
+    """Draws a fir into a mask. Lengths are pixels. The branches form tiers with ragged edges."""
     rows, columns = mask.shape
     tiers = rng.integers(8, 13)
     jitter = rng.normal(size=(2, int(height) + 2)) * 0.12
@@ -46,7 +46,7 @@ def conifer(mask, rng, middle, foot, height):
 
 
 def wood(rng, count, foot, height, keep_free=0.0):
-    """A row of firs as a mask. foot and height: shares of the picture; keep_free: width of a gap in the middle."""
+    """A mask of a row of firs. foot and height: shares of the picture; keep_free: width of a gap in the middle."""
     mask = np.zeros((HEIGHT, WIDTH))
     for _ in range(count):
         middle = rng.uniform(-0.03, 1.03)
@@ -75,7 +75,7 @@ def night(path):
 
 
 def log(picture, alpha, rng, ends, radius, light):
-    """A log from one end to the other (pixels), lit from above and from the picture's middle. Returns both anew."""
+    """Draws a log between two points (pixels), lit from above and from the picture's middle. Returns new arrays."""
     height, width = alpha.shape
     y, x = np.mgrid[0:height, 0:width].astype(float)
     (x0, y0), (x1, y1) = ends
@@ -121,17 +121,17 @@ def logs(path, width=768, height=330):
 
 
 def firelight(path):
-    """A light map: a fire in the middle, blue night around. A quarter is neutral."""
+    """A light map: a fire in the middle of a blue night. A value of 1/4 is neutral."""
     y, x = pixel_centres(144, 256)
     near = 1 / (1 + (np.hypot((x - 0.5) * 442, (y - 0.5) * 248 / 1.25) / 38) ** 2.6)
     save(path, np.stack([0.9 * near + 0.06, 0.40 * near + 0.075, 0.12 * near + 0.10], -1))
 
 
 def cup(path):
-    """A cup of tea on a table in a dark room. A second picture has the cup's front wall, for in front of the steam."""
+    """A cup of tea on a table in a dark room. A second picture has only the front wall, which is drawn over the steam."""
     rng = np.random.default_rng(6)
     y, x = np.mgrid[0:HEIGHT, 0:WIDTH].astype(float)
-    y = HEIGHT - 1 - y  # this drawing counts from the top
+    y = HEIGHT - 1 - y  # y starts at the top here
     picture = colour(0.030, 0.026, 0.026) + np.exp(-(((x - 150) / 420) ** 2 + ((y - 120) / 300) ** 2))[..., None] * colour(
         0.16, 0.10, 0.055)
     for lamp_x, lamp_y, radius, light in ((120, 90, 55, 0.10), (250, 190, 36, 0.08), (60, 260, 70, 0.06),
@@ -195,7 +195,7 @@ def valley(path):
         if name is None:
             picture = over(picture, mask, hills)
         else:
-            rows = slice(0, int((base + height + tree_height) * HEIGHT))  # nothing is above
+            rows = slice(0, int((base + height + tree_height) * HEIGHT))  # the area below the top of the trees
             save(path.with_name(path.name + name), hills[rows], mask[rows])
     save(path, picture)
 
@@ -208,7 +208,7 @@ def quarry(path):
     sky = (colour(0.50, 0.57, 0.62) + smooth_step(0.9, horizon, y)[..., None] * colour(0.20, 0.15, 0.08))
     hills = over(sky, smooth_step(-0.002, 0.002, ridge(rng, 0.50, 0.04, 1.5)[None, :] - y),
                  colour(0.52, 0.50, 0.46) * (1 + 0.03 * noise(rng, (HEIGHT, WIDTH), 1.2))[..., None])
-    # The ground's grain grows towards the viewer, as the distance falls.
+    # The grain of the ground becomes larger towards the viewer.
     grain = noise(rng, (HEIGHT, WIDTH), 0.9)
     near = np.clip((horizon - y) / horizon, 0, 1)
     rows = (noise(rng, (512,), 0.6)[(600 * near / (near + 0.12)).astype(int) % 512] * 0.03)

@@ -5,7 +5,7 @@ from fields import noise, pixel_centres, save, smooth_step
 
 
 def glow(side=256):
-    """Light around a source. The dither hides the steps of 8 bits, which show when the glow is large and faint."""
+    """A glow around a light source. Dithering hides the steps of 8 bits, which are visible in a large, faint glow."""
     y, x = pixel_centres(side, side)
     r = np.hypot(2 * x - 1, 2 * y - 1).clip(0, 1)
     dither = np.random.default_rng(1).uniform(-0.5, 0.5, r.shape) / 255
@@ -13,7 +13,7 @@ def glow(side=256):
 
 
 def ember(side=64):
-    """A glowing crumb: a bright uneven core in a short glow."""
+    """A small ember: a bright, uneven core in a short glow."""
     y, x = pixel_centres(side, side)
     uneven = 0.06 * noise(np.random.default_rng(2), (side, side), 1.8, low=2)
     r = np.hypot(2 * x - 1, 2 * y - 1)
@@ -22,7 +22,7 @@ def ember(side=64):
 
 
 def droplet(side=64):
-    """A ball of water in the light: clear in the middle, bright at the rim below, with a highlight above."""
+    """A lit drop of water: clear in the middle, bright at the lower rim, with a highlight at the top."""
     y, x = pixel_centres(side, side)
     right, up = 2 * x - 1, 2 * y - 1
     r = np.hypot(right, up) / 0.8

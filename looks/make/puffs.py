@@ -10,7 +10,7 @@ ROLL_PICTURES = 32  # of the flipbook of a puff that rolls
 
 
 def density(rng, softness, tear):
-    """A ball whose surface is displaced by noise and by billows, which are noise folded at 0. Axes: z, y, x."""
+    """A ball whose surface is displaced by noise and by billows, the absolute value of noise. Axes: z, y, x."""
     z, y, x = (np.mgrid[0:SIDE, 0:SIDE, 0:SIDE] + 0.5) / (SIDE / 2) - 1
     shape = (SIDE,) * 3
     high = 0.33 * SIDE
@@ -22,7 +22,7 @@ def density(rng, softness, tear):
 
 
 def light_from(volume, about_z, about_x, thickness):
-    """The share of light that reaches each cell from above, the light turned by two angles in degrees."""
+    """The share of light that reaches each cell from above. The light is rotated by two angles in degrees."""
     def turned(a, angle, axes, outside=0.0):
         return rotate(a, angle, axes=axes, reshape=False, order=1, cval=outside) if angle else a
 
@@ -44,7 +44,7 @@ def rolling_densities(rng, tilt=25, tear=0.3):
     outward, about_axis = np.hypot(x, z), np.arctan2(z, x) / (2 * np.pi) % 1
     from_core, about_core = np.hypot(outward - 0.4, 1.1 * y), np.arctan2(y, outward - 0.4) / np.pi % 1
     shape = (64, 64, 160)
-    stretch = (1, 1, 0.4)  # the way about the axis is the longest
+    stretch = (1, 1, 0.4)  # the circumference is longest
     fine = noise(rng, shape, 2.05, stretch, low=1.5)
     billows = 1 - 0.9 * np.abs(noise(rng, shape, 2.3, stretch, low=1.5))
     rough = tear * (0.28 * fine + 0.45 * billows)

@@ -15,7 +15,7 @@ def radius(x, y):
 
 
 def border_window(r):
-    """Falls to 0 at the sprite's border, so that the edges of quads are invisible."""
+    """A factor that falls to 0 at the sprite's border, so that the edges of quads are invisible."""
     return smooth_step(0.98, 0.72, r)
 
 
@@ -43,7 +43,7 @@ def noise(x, y, seed):
 
 
 def fractal_noise(x, y, seed, octaves, gain):
-    """Octaves of noise, each twice as fine and `gain` as strong as the one before. About -1 to 1."""
+    """Octaves of noise, each with twice the frequency and `gain` times the amplitude of the previous one. About -1 to 1."""
     total, strength = 0, 1
     for octave in range(octaves):
         total = total + strength * noise(x, y, seed + octave)
@@ -53,7 +53,7 @@ def fractal_noise(x, y, seed, octaves, gain):
 
 
 def curled(x, y, frequency, amount, seed):
-    """The points displaced by noise, which gives shapes curled edges."""
+    """Displaces points by noise, which gives shapes curled edges."""
     at_x, at_y = x * frequency, y * frequency
     return (x + amount * fractal_noise(at_x, at_y, seed, 3, 0.5),
             y + amount * fractal_noise(at_x + 31.7, at_y + 11.3, seed + 50, 3, 0.5))
@@ -67,14 +67,14 @@ def puff(x, y):
 
 
 def soft(x, y):
-    """Close to a bell curve, exactly 0 at the border."""
+    """Approximately a Gaussian, exactly 0 at the border."""
     r = np.minimum(radius(x, y), 1)
     inside = 1 - r * r
     return 1, inside * inside * inside
 
 
 def wisp(x, y):
-    """Strands along the zero lines of stretched noise, that fade to both sides."""
+    """Strands along the zero lines of stretched noise, which fade on both sides."""
     qx, qy = curled(x, y, 1.0, 0.22, 319)
     fold = 3.6 * fractal_noise(qx * 2.7, qy * 0.9, 193, 3, 0.5)
     strand = 1 / (1 + fold * fold)

@@ -53,7 +53,7 @@ def made_files():
 
 
 def digest_lines():
-    """Of the pictures and of the scripts that made them."""
+    """Digests of the pictures and of the scripts that made them."""
     scripts = [path for path in sorted((LOOKS / "make").glob("*.py")) if path.name != "gallery.py"]
     docs = [LOOKS.parent / "docs" / name for name in ("bake.png", "sprites.jpg")]
     return digests.lines([*made_files(), *docs, *scripts], LOOKS)
@@ -69,7 +69,7 @@ def main():
             module.make(made / "sprites")
         for name, options in MAPS.items():
             make_map(made / "maps", name, **options)
-        for folder in FOLDERS:  # all of them are made: now they replace the old ones
+        for folder in FOLDERS:  # only after all files are made
             shutil.rmtree(LOOKS / folder, ignore_errors=True)
             shutil.move(made / folder, LOOKS / folder)
     plates.make(LOOKS.parent / "scenes" / "assets")

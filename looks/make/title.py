@@ -1,5 +1,5 @@
-"""A title that erodes into smoke from right to left: pictures of what is left, pictures of the band where it goes now,
-which are the smoke's `spawn_image`, and a scene that plays them."""
+"""A title that erodes into smoke from right to left: pictures of the remaining title, pictures of the eroding band, which
+are the smoke's `spawn_image`, and a scene that plays them."""
 import pathlib
 
 import numpy as np
@@ -11,7 +11,7 @@ WIDTH, HEIGHT = 1024, 256  # pixels
 UNITS = 360                # width of the title in the scene
 PICTURES_PER_SECOND = 25
 
-# Births a second of each smoke while the band is widest.
+# Births per second of each smoke when the band is widest.
 RATES = {"fine smoke": 7000, "wisps": 230, "other wisps": 230}
 
 SMOKE = """
@@ -57,7 +57,7 @@ geometry = {{ kind = "plate", image = "title", width = {width}, height = {height
 
 
 def letters(text, font):
-    """The text as a mask, 0 to 1, as large as it fits; row 0 is the bottom. ValueError: nothing of it can be seen."""
+    """The text as a mask, 0 to 1, as large as possible. Row 0 is the bottom. ValueError: the text has no visible pixel."""
     picture = Image.new("L", (WIDTH * 2, HEIGHT * 2))
     draw = ImageDraw.Draw(picture)
     for size in range(300, 10, -4):
@@ -73,7 +73,7 @@ def letters(text, font):
 
 
 def erosion_times(mask, rng):
-    """When each pixel goes, 0 to 1 over the letters: from right to left, ragged by noise."""
+    """The time at which each pixel erodes, 0 to 1 over the letters: from right to left, ragged by noise."""
     y, x = pixel_centres(HEIGHT, WIDTH)
     time = 1 - x + 0.05 * noise(rng, (HEIGHT, WIDTH), 1.25, stretch=(1, HEIGHT / WIDTH)) + 0.04 * (y - 0.5)
     inside = time[mask > 0.5]
@@ -81,7 +81,7 @@ def erosion_times(mask, rng):
 
 
 def save_pictures(folder, mask, count, rng):
-    """Writes the title and its band; returns the band's area in pixels, picture by picture."""
+    """Writes the pictures of the title and of its band. Returns the area of the band in each picture, in pixels."""
     goes = erosion_times(mask, rng)
     y, _ = pixel_centres(HEIGHT, WIDTH)
     areas = []
@@ -99,7 +99,7 @@ def save_pictures(folder, mask, count, rng):
 
 
 def rate_tracks(areas, start):
-    """Tracks of the birth rates, which follow the band's area: a steady rate would choke a small band."""
+    """Tracks of the birth rates, which follow the area of the band. A constant rate would be too dense for a small band."""
     shares = {0: 0, **{i: areas[i] / max(areas) for i in range(2, len(areas), 2)}, len(areas): 0}
     for name, most in RATES.items():
         keys = [f"    {{ time = {start + i / PICTURES_PER_SECOND:.2f}, value = {round(most * share)} }},\n"
@@ -134,7 +134,7 @@ def bake(options):
     folder = pathlib.Path(options.output)
     folder.mkdir(parents=True, exist_ok=True)
     for old in [*folder.glob("title_*.png"), *folder.glob("edge_*.png")]:
-        old.unlink()  # a shorter title must not end with another one's pictures
+        old.unlink()  # pictures of an earlier, longer title
     count = max(2, round(options.length * PICTURES_PER_SECOND))
     areas = save_pictures(folder, mask, count, np.random.default_rng(options.seed))
     (folder / "title.toml").write_text(scene(options.text, areas, options.start))

@@ -11,7 +11,7 @@ RADIANS_PER_TURN = 2 * np.pi
 
 
 def sample_points(size):
-    """y and x of a stream function's samples: 0 to 1 over the picture, and a little beyond."""
+    """y and x of the samples of a stream function: 0 to 1 over the picture, plus a margin of one pixel."""
     y, x = (np.mgrid[-1:size + 1, -1:size + 1] + 0.5) / size
     return y, x
 
@@ -26,7 +26,7 @@ def root_mean_square(frames):
 
 
 def divergence_share(u, v):
-    """The divergence as a share of how fast the wind changes from pixel to pixel, both as root mean squares."""
+    """The divergence divided by the change of the wind from pixel to pixel, both as root mean squares."""
     def along(field, axis):
         a = np.moveaxis(field, axis, 0)
         return np.moveaxis(a[2:] - a[:-2], 0, axis)
@@ -58,15 +58,15 @@ def eddies(size, pictures, waves, moves, rng, slope=1.5):
     inside = (count >= waves[0]) & (count <= waves[1]) & ((kx * moves[0] + ky * moves[1] != 0) | (moves == (0, 0)))
     gain = np.where(inside, np.maximum(count, 1), 1) ** -(slope + 1) * inside * rng.normal(size=count.shape)
     start = rng.uniform(0, 1, count.shape)
-    change = rng.integers(-1, 2, count.shape)  # waves overtake each other, so that the pattern changes on its way
+    change = rng.integers(-1, 2, count.shape)  # different speeds of the waves, so that the pattern changes over time
     for time in np.arange(pictures) / pictures:
         turns = start - time * (kx * moves[0] + ky * moves[1] + change)
         yield np.pad(np.fft.ifft2(gain * np.exp(1j * RADIANS_PER_TURN * turns)).real, 1, mode="wrap")
 
 
 def above_foot(psis, repeats, foot):
-    """Stream functions of eddies that repeat across the range: none at the middle of its height and below, full from the
-    height `foot` above it, a share of the range: smoke that is born in the middle rises straight and then curls."""
+    """Stream functions of eddies that repeat across the range. Their strength is 0 up to the middle of the height and full
+    from the height `foot` above it, a share of the range: smoke that is born in the middle rises straight and then curls."""
     for psi in psis:
         tile = psi[1:-1, 1:-1]
         y, _ = sample_points(repeats * len(tile))
@@ -75,7 +75,7 @@ def above_foot(psis, repeats, foot):
 
 def vortices(size, pictures, count, radius, moves, rng):
     """Stream functions of Gaussian vortices, radius as a share of the range: one in the middle that turns
-    counter-clockwise, or several that turn by turns the one way and the other."""
+    counter-clockwise, or several with alternating direction."""
     y, x = sample_points(size)
     places = rng.uniform(0, 1, (count, 2)) if count > 1 else np.array([[0.5, 0.5]])
     for time in np.arange(pictures) / pictures:

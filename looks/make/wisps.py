@@ -7,9 +7,9 @@ from fluid import Fluid
 
 SIDE = 256      # pixels
 PICTURES = 32
-OVERLAP = 12    # pictures that the loop's end melts through
+OVERLAP = 12    # pictures that are blended at the end of the loop
 RUN_IN = 70     # steps before the first picture
-STEPS = 2       # for a picture
+STEPS = 2       # per picture
 
 
 def torn_dye(rng, fluid):
