@@ -1,5 +1,5 @@
-// The benchmark cases, by subject. Names are "subject/variant/count"; figures are seconds per particle unless stated
-// otherwise. A case makes its fixtures when it first runs.
+// The benchmark cases, by subject. Names are "subject/variant/count". Figures are seconds per particle unless stated
+// otherwise. A case creates its fixtures when it first runs.
 #pragma once
 
 #include <vector>

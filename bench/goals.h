@@ -1,7 +1,6 @@
 // The performance goals, as data.
 #pragma once
 
-#include <cstdio>
 #include <string>
 #include <vector>
 

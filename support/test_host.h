@@ -14,7 +14,7 @@
 
 namespace tovu {
 
-/// `values` followed by `more`, whose values replace earlier ones of the same name.
+/// `values` with the values of `more`, which replace those of the same name.
 stage::ParameterValues with(stage::ParameterValues values, const stage::ParameterValues& more);
 
 /// A smoke in the scene.
@@ -23,10 +23,10 @@ struct SmokeHandle {
     int32_t geometry = -1;
 };
 
-/// A host with one Stage, which is the current one while the host exists. All instances draw from the process-wide
-/// `rand`, seeded with `seed` here, so that a test can draw the same numbers itself. Errors in its own functions are
-/// thrown as std::runtime_error with the Stage's message, which fails the test. OpenGL calls do nothing until a test
-/// sets another function table.
+/// A host with one Stage, which is current while the host exists. All instances draw from the process-wide `rand`,
+/// which the constructor seeds with `seed`, so that a test can draw the same numbers. Functions throw
+/// std::runtime_error with the Stage's message, which fails the test. OpenGL calls do nothing until a test sets another
+/// function table.
 class TestHost {
   public:
     explicit TestHost(uint32_t seed = 1, double period_seconds = 0.02);
@@ -34,16 +34,16 @@ class TestHost {
     stage::Stage& stage() { return *stage_; }
     stage::PluginId smoke_plugin() const { return plugin_; }
 
-    /// A container with a smoke of these values; the rest are defaults.
+    /// Adds a container with a smoke with these values and defaults for all others.
     SmokeHandle add_smoke(const stage::ParameterValues& values = {}, const std::string& name = "smoke",
                           int32_t parent_container = -1);
-    /// A container with these outlines.
+    /// Adds a container with these outlines.
     int32_t add_outlines(const std::string& name, std::vector<stage::Mesh> meshes, int32_t parent_container = -1);
 
     /// Gives a container an instance of another plug-in.
     void add_instance(int32_t container_handle, const char* library, const stage::ParameterValues& values);
 
-    /// For its placement, visibility and appearance. The reference is valid while the container exists.
+    /// The container, for changes of placement, visibility and appearance. The reference is valid while it exists.
     stage::Container& container(SmokeHandle smoke);
     stage::Container& container(int32_t container_handle);
 
@@ -67,7 +67,7 @@ class TestHost {
     std::vector<Particle*> deleted(SmokeHandle smoke);
 
     bool has_bounding_box(SmokeHandle smoke);
-    /// The last one that was sent; throws if none was.
+    /// The last bounding box that the smoke sent. Throws if there is none.
     stage::BoundingBox bounding_box(SmokeHandle smoke);
 
     /// Records every call of the plug-in to the host from now on, both services and OpenGL.

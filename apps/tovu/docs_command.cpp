@@ -4,7 +4,6 @@
 #include <fmt/ranges.h>
 
 #include <filesystem>
-#include <map>
 
 #include "reference_page.h"
 #include "stage/output/jpeg_file.h"

@@ -1,7 +1,5 @@
 #include "parameter_strip.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 #include "stage/output/whole_file.h"

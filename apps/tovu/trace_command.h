@@ -1,7 +1,6 @@
 // `tovu trace`: the times and counts of a scene's frames as a table.
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "stage/result.h"

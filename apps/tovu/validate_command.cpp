@@ -2,12 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <filesystem>
-#include <map>
-#include <optional>
 #include <set>
 
 #include "plugin_location.h"

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <limits>
 #include <string_view>
 
 #include "mesh_file_formats.h"

@@ -4,7 +4,6 @@
 #include <ft2build.h>
 #include <hb-ft.h>
 
-#include <cmath>
 #include <map>
 #include <memory>
 #include FT_FREETYPE_H

@@ -1,7 +1,5 @@
 #include "lint.h"
 
-#include <algorithm>
-
 #include "linted.h"
 #include "stage/scenefile/messages.h"
 

@@ -2,7 +2,6 @@
 
 #include <tovu/opengl.h>
 
-#include <algorithm>
 #include <cstring>
 
 #include "stage/call_log.h"

@@ -8,7 +8,6 @@
 #include <OpenEXR/ImfStringAttribute.h>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <exception>
 #include <vector>
 

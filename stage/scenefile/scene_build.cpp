@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <numbers>
-#include <set>
 
 #include "built_in_images.h"
 #include "messages.h"

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "../stage/temporary_folder.h"

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
-#include <sstream>
 
 #include "../stage/temporary_folder.h"
 #include "stage/plugins/frames.h"

@@ -3,7 +3,6 @@
 #include <tovu/spawn_requests.h>
 
 #include <cmath>
-#include <cstring>
 
 #include "render_host.h"
 

@@ -9,7 +9,6 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <set>
 #include <sstream>
 #include <string_view>

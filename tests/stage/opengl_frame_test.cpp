@@ -3,7 +3,6 @@
 #include <tovu/opengl.h>
 
 #include <cmath>
-#include <span>
 
 #include "opengl_fixture.h"
 #include "stage/opengl/pass.h"

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <random>
-#include <string>
 #include <vector>
 
 #include "stage/scene/mesh.h"

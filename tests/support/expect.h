@@ -8,7 +8,6 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "stage/scene/transform.h"
 

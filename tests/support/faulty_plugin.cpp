@@ -4,7 +4,6 @@
 #include <tovu/host_services.h>
 #include <tovu/opengl.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <limits>
 #include <random>
-#include <string>
 
 #include "outline_source.h"
 #include "random_seed.h"

@@ -1,5 +1,4 @@
 // Points drawn from the area of a shape have the distribution of accepted candidates.
-#include <algorithm>
 #include <cmath>
 #include <numeric>
 #include <random>

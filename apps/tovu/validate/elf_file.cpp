@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <span>
 #include <stdexcept>
 

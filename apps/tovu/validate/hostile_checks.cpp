@@ -1,8 +1,6 @@
 // Checks of group hostile: wrong answers of the host, and arbitrary bits in slots.
-#include <fmt/format.h>
 #include <sys/resource.h>
 
-#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>

@@ -2,8 +2,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <functional>
 #include <span>
 
 #include "checks.h"

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include <tovu/exchange.h>
 #include "stage/plugins/fenced_memory.h"

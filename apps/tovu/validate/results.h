@@ -1,7 +1,6 @@
 // Results of the checks, as text and as JSON.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
