@@ -2,6 +2,7 @@
 #include <SDL.h>
 #include <imgui_internal.h>
 
+#include "actions.h"
 #include "panels.h"
 
 namespace tovu {
@@ -19,33 +20,6 @@ struct Key {
     bool while_typing = false;  // also while a text field has the keyboard
     bool repeats = false;       // while it is held
 };
-
-int64_t now(const PanelFrame& frame) {
-    return std::max<int64_t>(frame.studio.report.frame, 0);
-}
-
-void toggle_view(PanelFrame& frame, bool ViewOrders::*field) {
-    ViewOrders view = frame.studio.orders.view;
-    view.*field = !(view.*field);
-    frame.commands.push_back(SetView{view});
-}
-
-void save(PanelFrame& frame) {
-    if (frame.studio.document && frame.studio.document->file.empty())
-        frame.memory.shows_save_as = true;
-    else
-        frame.commands.push_back(Save{});
-}
-
-void set_loop_start(PanelFrame& frame) {
-    const FrameRange& range = frame.studio.orders.range;
-    frame.commands.push_back(SetLoop{true, {now(frame), std::max(now(frame), range.last)}});
-}
-
-void set_loop_end(PanelFrame& frame) {
-    const FrameRange& range = frame.studio.orders.range;
-    frame.commands.push_back(SetLoop{true, {std::min(range.first, now(frame)), now(frame)}});
-}
 
 void focus_next_panel(PanelFrame& frame) {
     constexpr const char* kPanels[] = {"Gallery", "Parameters", "Transport", "Top",
@@ -76,31 +50,22 @@ void leave(PanelFrame& frame) {
 const Key kKeys[] = {
     {SDL_SCANCODE_SPACE, kNone, "Space", "Play or pause",
      [](PanelFrame& f) { f.commands.push_back(SetPlaying{!f.studio.orders.playing}); }},
-    {SDL_SCANCODE_RIGHT, kNone, "Right", "One frame on", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) + 1}); },
-     false, true},
-    {SDL_SCANCODE_LEFT, kNone, "Left", "One frame back", [](PanelFrame& f) { f.commands.push_back(Seek{now(f) - 1}); },
-     false, true},
+    {SDL_SCANCODE_RIGHT, kNone, "Right", "One frame on",
+     [](PanelFrame& f) { f.commands.push_back(Seek{shown_frame(f) + 1}); }, false, true},
+    {SDL_SCANCODE_LEFT, kNone, "Left", "One frame back",
+     [](PanelFrame& f) { f.commands.push_back(Seek{shown_frame(f) - 1}); }, false, true},
     {SDL_SCANCODE_HOME, kNone, "Home", "To the start", [](PanelFrame& f) { f.commands.push_back(Seek{0}); }},
     {SDL_SCANCODE_END, kNone, "End", "To the end",
      [](PanelFrame& f) { f.commands.push_back(Seek{scene_frames(f.studio) - 1}); }},
-    {SDL_SCANCODE_L, kNone, "L", "Loop on or off",
-     [](PanelFrame& f) {
-         f.commands.push_back(SetLoop{!f.studio.orders.loop, f.studio.orders.range});
-     }},
-    {SDL_SCANCODE_I, kNone, "I", "The loop begins here", set_loop_start},
-    {SDL_SCANCODE_O, kNone, "O", "The loop ends here", set_loop_end},
+    {SDL_SCANCODE_L, kNone, "L", "Loop on or off", toggle_loop},
+    {SDL_SCANCODE_I, kNone, "I", "The loop begins here", begin_range},
+    {SDL_SCANCODE_O, kNone, "O", "The loop ends here", end_range},
     {SDL_SCANCODE_S, kNone, "S", "Safe areas", [](PanelFrame& f) { f.memory.safe_areas = !f.memory.safe_areas; }},
     {SDL_SCANCODE_F, kNone, "F", "Forces", [](PanelFrame& f) { toggle_view(f, &ViewOrders::forces); }},
     {SDL_SCANCODE_B, kNone, "B", "Bounds", [](PanelFrame& f) { toggle_view(f, &ViewOrders::boxes); }},
     {SDL_SCANCODE_A, kNone, "A", "On air", [](PanelFrame& f) { toggle_view(f, &ViewOrders::on_air); }},
-    {SDL_SCANCODE_N, kNone, "N", "Numbers and warnings",
-     [](PanelFrame& f) { f.memory.shows_numbers = !shows_numbers(f.memory, ImGui::GetIO().DisplaySize.x); }},
-    {SDL_SCANCODE_C, kNone, "C", "The scene's camera",
-     [](PanelFrame& f) {
-         ViewOrders view = f.studio.orders.view;
-         view.camera.reset();
-         f.commands.push_back(SetView{view});
-     }},
+    {SDL_SCANCODE_N, kNone, "N", "Numbers and warnings", toggle_numbers},
+    {SDL_SCANCODE_C, kNone, "C", "The scene's camera", take_scene_camera},
     {SDL_SCANCODE_F6, kNone, "F6", "To the next panel; Esc leaves it", focus_next_panel, true},
     {SDL_SCANCODE_F, kControl, "Ctrl+F", "Search for a parameter", [](PanelFrame& f) { f.memory.wants_search = true; },
      true},

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "actions.h"
 #include "orbit.h"
 #include "stage/assets/picture_file.h"
 #include "theme.h"
@@ -142,7 +143,7 @@ void choose_backdrop(PanelFrame& frame) {
         ImGui::SameLine();
     } else if (memory.backdrop == Backdrop::kPicture) {
         ImGui::SetNextItemWidth(ImGui::GetFontSize() * 10.0f);
-        ImGui::InputTextWithHint("##behind picture", "picture file", &memory.backdrop_file);
+        ImGui::InputTextWithHint("##behind picture", "Picture file", &memory.backdrop_file);
         mark(frame.targets, "behind.file");
         ImGui::SameLine();
     }
@@ -150,50 +151,38 @@ void choose_backdrop(PanelFrame& frame) {
 
 // While the warnings are hidden, the button that shows them counts them.
 void numbers_button(PanelFrame& frame) {
-    const float width = ImGui::GetIO().DisplaySize.x;
-    const bool shown = shows_numbers(frame.memory, width);
+    const bool shown = shows_numbers(frame.memory, ImGui::GetIO().DisplaySize.x);
     const auto& facts = frame.studio.report.facts;
     const size_t warnings = facts && !shown ? facts->warnings.size() : 0;
     std::string label = "Numbers";
     if (warnings > 0) label = fmt::format("{} warning{}", warnings, warnings == 1 ? "" : "s");
     if (warnings > 0) ImGui::PushStyleColor(ImGuiCol_Text, kWarning);
     const char* what = "Shows the live particles, the time of a frame and the warnings (N)";
-    if (tool_button(frame, (label + "###Numbers").c_str(), what, {.is_on = shown})) frame.memory.shows_numbers = !shown;
+    if (tool_button(frame, (label + "###Numbers").c_str(), what, {.is_on = shown})) toggle_numbers(frame);
     if (warnings > 0) ImGui::PopStyleColor();
     mark(frame.targets, "Numbers");
 }
 
 void picture_tools(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
-    ViewOrders view = frame.studio.orders.view;
+    const ViewOrders& view = frame.studio.orders.view;
     if (tool_button(frame, "Safe areas", "90 % for graphics and 93 % for action (S)", {.is_on = memory.safe_areas}))
         memory.safe_areas = !memory.safe_areas;
-    if (tool_button(frame, "Forces", "Shows what moves the particles (F)", {.is_on = view.forces})) {
-        view.forces = !view.forces;
-        frame.commands.push_back(SetView{view});
-    }
-    if (tool_button(frame, "Bounds", "Shows the box around all particles of a container (B)", {.is_on = view.boxes})) {
-        view.boxes = !view.boxes;
-        frame.commands.push_back(SetView{view});
-    }
+    if (tool_button(frame, "Forces", "Shows what moves the particles (F)", {.is_on = view.forces}))
+        toggle_view(frame, &ViewOrders::forces);
+    if (tool_button(frame, "Bounds", "Shows the box around all particles of a container (B)", {.is_on = view.boxes}))
+        toggle_view(frame, &ViewOrders::boxes);
     if (tool_button(frame, "On air", "Shows the picture as it goes out live: without forces (A)",
-                    {.is_on = view.on_air})) {
-        view.on_air = !view.on_air;
-        frame.commands.push_back(SetView{view});
-    }
+                    {.is_on = view.on_air}))
+        toggle_view(frame, &ViewOrders::on_air);
     if (frame.studio.scene && !frame.studio.scene->background) choose_backdrop(frame);
     numbers_button(frame);
     if (!view.camera) return ImGui::NewLine();
-    if (tool_button(frame, "Scene camera", "Goes back to the camera of the scene (C)")) {
-        view.camera.reset();
-        frame.commands.push_back(SetView{view});
-    }
+    if (tool_button(frame, "Scene camera", "Goes back to the camera of the scene (C)")) take_scene_camera(frame);
     const bool has_camera = frame.studio.document->kind == DocumentKind::kScene;
     if (has_camera && tool_button(frame, "Keep this view", "Makes this the camera of the scene")) {
-        frame.commands.push_back(
-            camera_keys(*frame.studio.orders.view.camera, frame.studio.scene->camera, memory.pivot_distance));
-        view.camera.reset();
-        frame.commands.push_back(SetView{view});
+        frame.commands.push_back(camera_keys(*view.camera, frame.studio.scene->camera, memory.pivot_distance));
+        take_scene_camera(frame);
     }
     ImGui::NewLine();
 }

@@ -78,8 +78,7 @@ void remember(const std::filesystem::path& file) {
 Notice notice_of_opened(const Document& document) {
     if (document.file.empty()) return {"Comes with the program: Save makes a copy", false};
     for (const Recovery& recovery : find_recoveries(state_folder()))
-        if (recovery.original == document.file)
-            return {"Unsaved work of this file is in the gallery (F1)", true};
+        if (recovery.original == document.file) return {"Unsaved work of this file is in the gallery (F1)", true};
     return {};
 }
 

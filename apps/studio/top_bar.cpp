@@ -1,6 +1,7 @@
 // The line at the top: file, undo, the two states, saving, exporting.
 #include <fmt/format.h>
 
+#include "actions.h"
 #include "panels.h"
 #include "theme.h"
 #include "widgets/tip.h"
@@ -9,13 +10,8 @@ namespace tovu {
 
 namespace {
 
-void file_buttons(PanelFrame& frame, const Document& document) {
-    if (tool_button(frame, "Save", "Saves into the file (Ctrl+S)")) {
-        if (document.file.empty())
-            frame.memory.shows_save_as = true;
-        else
-            frame.commands.push_back(Save{});
-    }
+void file_buttons(PanelFrame& frame) {
+    if (tool_button(frame, "Save", "Saves into the file (Ctrl+S)")) save(frame);
     if (tool_button(frame, "Save as", "Saves under another name, or as a look (Ctrl+Shift+S)"))
         frame.memory.shows_save_as = true;
     const bool exports = frame.studio.export_state && !frame.studio.export_state->ended;
@@ -66,7 +62,7 @@ void top_bar(PanelFrame& frame, const Area& area) {
         frame.commands.push_back(ShowGallery{});
     if (tool_button(frame, "Open", "Opens a file (Ctrl+O)")) frame.memory.shows_open = true;
     if (document != nullptr) {
-        file_buttons(frame, *document);
+        file_buttons(frame);
         undo_buttons(frame, *document);
         state_buttons(frame, *document);
         tool_gap();

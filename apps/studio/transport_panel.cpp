@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "actions.h"
 #include "panels.h"
 #include "theme.h"
 #include "widgets/tip.h"
@@ -99,15 +100,11 @@ void speed_choice(PanelFrame& frame) {
 
 void range_buttons(PanelFrame& frame) {
     const PlayOrders& orders = frame.studio.orders;
-    const int64_t now = frame.studio.report.frame;
     const int64_t last = scene_frames(frame.studio) - 1;
     tool_gap();
-    if (tool_button(frame, "Loop", "Plays the range again and again (L)", {.is_on = orders.loop}))
-        frame.commands.push_back(SetLoop{!orders.loop, orders.range});
-    if (tool_button(frame, "In", "The range begins here (I)"))
-        frame.commands.push_back(SetLoop{true, {now, std::max(now, orders.range.last)}});
-    if (tool_button(frame, "Out", "The range ends here (O)"))
-        frame.commands.push_back(SetLoop{true, {std::min(orders.range.first, now), now}});
+    if (tool_button(frame, "Loop", "Plays the range again and again (L)", {.is_on = orders.loop})) toggle_loop(frame);
+    if (tool_button(frame, "In", "The range begins here (I)")) begin_range(frame);
+    if (tool_button(frame, "Out", "The range ends here (O)")) end_range(frame);
     if ((orders.range.first != 0 || orders.range.last != last) &&
         tool_button(frame, "All", "The range is the whole scene"))
         frame.commands.push_back(SetLoop{orders.loop, {0, last}});
@@ -171,7 +168,7 @@ void transport_panel(PanelFrame& frame, const Area& area) {
     begin_panel("Transport", area, false);
     const Studio& studio = frame.studio;
     if (studio.scene) {
-        const int64_t now = std::max<int64_t>(studio.report.frame, 0);
+        const int64_t now = shown_frame(frame);
         play_buttons(frame, now);
         range_buttons(frame);
         tool_gap();
