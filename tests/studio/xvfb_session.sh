@@ -73,13 +73,13 @@ has_title() { xdotool search --name "^$1"; }
 
 # The pauses are a person's; a slow machine needs them too.
 keys() {
-    xdotool key --delay 80 "$@"
-    sleep 0.5
+    xdotool key --delay 100 "$@"
+    sleep 1
 }
 
 type_text() {
-    xdotool type --delay 60 "$1"
-    sleep 0.5
+    xdotool type --delay 100 "$1"
+    sleep 1
 }
 
 # click PLACES NAME: the middle of what has this name.
@@ -90,7 +90,7 @@ click() {
     xdotool mousemove --window "$window" $place
     sleep 0.3
     xdotool click 1
-    sleep 0.5
+    sleep 1
 }
 
 # set_value SEARCH TEXT: the first parameter that the search finds.
@@ -108,8 +108,9 @@ write_places
 start_studio
 click gallery look.steam
 wait_until "the scene of the look" has_title "steam"
-sleep 2 # its first picture
+sleep 10 # until the smoke is there
 set_value "birth rate" 60
+wait_until "the typed rate" grep -rq "birth_rate = 60" "$XDG_STATE_HOME" # each edit is kept there
 set_value "life time" 9
 keys Escape ctrl+z
 click stage B
@@ -120,7 +121,7 @@ type_text session
 keys Return
 wait_until "the saved scene" test -f session.toml
 keys space End
-sleep 2 # runs to the last frame
+sleep 5 # runs to the last frame
 keys ctrl+e
 click export export.still
 click export export.start
