@@ -212,11 +212,11 @@ Result<Done> start_farm(const FarmOptions& options, const RenderOptions& render,
     Result<FarmState> state = plan_farm(options, render, *folder);
     if (!state) return state.error();
     if (is_running(*folder))
-        return Error{fmt::format("-o {}: a farm is rendering it; wait for its end or take it back with --cancel",
-                                 state->output)};
+        return Error{
+            fmt::format("-o {}: a farm is rendering it; wait for its end or cancel it with --cancel", state->output)};
     if (!render.resume && stage::read_manifest(state->pattern) && state->video_command.empty())
-        return Error{fmt::format(
-            "-o {}: these pictures are there already; go on with them with --resume, or remove them", state->output)};
+        return Error{
+            fmt::format("-o {}: these pictures exist already; continue with --resume, or remove them", state->output)};
     std::error_code ignored;
     if (!render.resume) fs::remove_all(*folder, ignored);
     Result<Done> done = make_folder(*folder, *state);
@@ -227,7 +227,7 @@ Result<Done> start_farm(const FarmOptions& options, const RenderOptions& render,
         if (!render.resume) fs::remove_all(*folder, ignored);
         return done;
     }
-    print(fmt::format("{}: jobs {} and {} are submitted; `farm --status -o {}` shows how far they are", state->output,
+    print(fmt::format("{}: jobs {} and {} are submitted; `farm --status -o {}` shows their progress", state->output,
                       state->chunk_job, state->finish_job, shell_word(state->output)));
     return Done{};
 }
@@ -238,12 +238,12 @@ Result<Done> finish_farm(const std::string& folder, const FarmPrint& print) {
     const std::vector<int> frames = frames_to_render(*state);
     const std::vector<int> chunks = chunks_of(*state, frames);
     if (!chunks.empty() && state->tries < kMaxTries) {
-        print(fmt::format("chunks {} are not whole (frames {}); they are submitted again", ranges_text(chunks),
+        print(fmt::format("chunks {} are incomplete (frames {}); they are submitted again", ranges_text(chunks),
                           ranges_text(frames)));
         return submit_chunks(*state, folder, chunks);
     }
     if (!chunks.empty())
-        return Error{fmt::format("{}: chunks {} are not whole after {} tries, frames {} are missing; see {}",
+        return Error{fmt::format("{}: chunks {} are incomplete after {} tries, frames {} are missing; see {}",
                                  state->output, ranges_text(chunks), state->tries, ranges_text(frames),
                                  (fs::path(folder) / fmt::format("chunk-{}.log", chunks[0])).string())};
     if (!state->video_command.empty()) {
@@ -278,7 +278,7 @@ Result<Done> show_farm(const std::string& output, const FarmPrint& print) {
                           range.last, pictures, frames,
                           pictures == frames ? "done" : state_of(fmt::format("{}_{}", state->chunk_job, chunk))));
     }
-    print(fmt::format("the job behind them: {}", state_of(state->finish_job)));
+    print(fmt::format("the finish job: {}", state_of(state->finish_job)));
     std::istringstream log(stage::read_whole_file(*farm_folder(output) / "finish.log"));
     for (std::string line; std::getline(log, line);) print("    " + line);
     return Done{};
@@ -290,7 +290,7 @@ Result<Done> cancel_farm(const std::string& output, const FarmPrint& print) {
     // The finish job first, since it would submit chunks again.
     for (const std::string& job : {state->finish_job, state->chunk_job})
         if (const Result<std::string> done = run_slurm({"scancel", job}); !done) return done.error();
-    print(fmt::format("{}: jobs {} and {} are taken back", state->output, state->chunk_job, state->finish_job));
+    print(fmt::format("{}: jobs {} and {} are cancelled", state->output, state->chunk_job, state->finish_job));
     return Done{};
 }
 

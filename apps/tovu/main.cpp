@@ -166,7 +166,7 @@ void add_looks(CLI::App& app, tovu::LooksOptions& options) {
     save->add_option("scene", options.scene, "Scene file")->required();
     save->add_option("container", options.container, "Its name")->required();
     save->add_option("-o,--output", options.output, "The file; looks/CONTAINER.toml beside the scene when left out");
-    CLI::App* diff = command->add_subcommand("diff", "What differs between two looks");
+    CLI::App* diff = command->add_subcommand("diff", "Show the differences between two looks");
     diff->add_option("first", options.first, "Name or file")->required();
     diff->add_option("second", options.second, "Name or file")->required();
     CLI::App* retime = command->add_subcommand("retime", "Convert a look to another frame rate");
@@ -183,7 +183,7 @@ int run_lint(const tovu::LintOptions& options) {
 }
 
 void add_lint(CLI::App& app, tovu::LintOptions& options) {
-    CLI::App* command = app.add_subcommand("lint", "Explain what would surprise in a scene or a look");
+    CLI::App* command = app.add_subcommand("lint", "Explain settings with surprising results in a scene or a look");
     command->add_option("scene", options.scene, "Scene file, look file or name of a look")->required();
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
 }
@@ -215,25 +215,26 @@ void add_render(CLI::App& app, tovu::RenderOptions& options, RenderMessages& mes
     command->add_option("--codec", options.codec, "Of .mp4 files: h264 if not given, or h265");
     command->add_option("--at", options.at, "Time of a single picture, seconds");
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
-    command->add_option("--chunk", options.chunk,
-                        "K/N: only the K-th of N shares of the frames, for numbered pictures");
+    command->add_option("--chunk", options.chunk, "K/N: only the K-th of N parts of the frames, for numbered pictures");
     command->add_option("--from", options.from,
                         "Take the frames from numbered pictures that render made with --bits 16");
-    command->add_flag("--resume", options.resume, "Keep the numbered pictures that an earlier render made, and go on");
+    command->add_flag("--resume", options.resume,
+                      "Keep numbered pictures of an earlier render, and render the missing ones");
     command->add_option("--size", options.size, "WIDTHxHEIGHT in pixels, instead of the scene's");
     command->add_option("--seed", options.seed, "Random seed, instead of the scene's");
     command->add_option("--rate", options.rate,
                         "Frames per second, such as 25, 29.97 or 60; the scene's smoke is converted to it");
     command->add_option("--set", options.settings, "container.parameter=value; may be given several times")
         ->allow_extra_args(false);
-    command->add_option("--samples", options.samples, "Per pixel, where shapes are seen: 4 if not given, 1 for none");
+    command->add_option("--samples", options.samples,
+                        "Per pixel, in scenes with visible shapes: 4 if not given, 1 for none");
     command->add_option("--plugin", options.plugin, "Plug-in library that replaces the smoke");
     command->add_option("--plugin-timeout", options.plugin_timeout,
                         "Seconds that one call into a plug-in may take; default 60, 0 for no limit");
     command->add_flag("--check-opengl", options.check_opengl, "Name the OpenGL call behind each OpenGL error; slow");
     command->add_option("--trace", options.trace,
                         "JSON file with the time of each plug-in call, for the trace viewers of Chrome and Perfetto");
-    command->add_flag("--report", messages.report, "Print where the time went");
+    command->add_flag("--report", messages.report, "Print the time of each kind of work");
     command->add_option(
         "--progress", messages.progress,
         "line, plain, json (lines of JSON; also for warnings and errors) or none; line on a terminal, else plain");
@@ -252,14 +253,14 @@ void add_farm(CLI::App& app, FarmCommand& farm) {
                                            "Render a scene in chunks on the machines of a Slurm cluster. Takes the "
                                            "scene and the options of `render` too");
     command->add_option("-o,--output", farm.output, "x.mov or another video, or frames/%04d.png");
-    command->add_option("--chunks", farm.options.chunks, "Into how many parts the frames are divided");
+    command->add_option("--chunks", farm.options.chunks, "Number of parts that the frames are divided into");
     command
         ->add_option("--cluster", farm.options.cluster_arguments,
                      "An argument for sbatch, such as --cluster=--partition=night; may be given several times")
         ->allow_extra_args(false);
-    command->add_flag("--status", farm.status, "With -o only: show how far the chunks are");
-    command->add_flag("--cancel", farm.cancel, "With -o only: take the jobs back; pictures stay");
-    command->add_option("--finish", farm.finish, "For the job behind the chunks: their folder")->group("");
+    command->add_flag("--status", farm.status, "With -o only: show the progress of the chunks");
+    command->add_flag("--cancel", farm.cancel, "With -o only: cancel the jobs; pictures stay");
+    command->add_option("--finish", farm.finish, "For the finish job: the folder of the farm")->group("");
     command->allow_extras();
 }
 
@@ -299,7 +300,7 @@ void add_record(CLI::App& app, tovu::RecordOptions& options) {
 }
 
 void add_replay(CLI::App& app, tovu::ReplayOptions& options) {
-    CLI::App* command = app.add_subcommand("replay", "Play recorded calls, and say where the first difference is");
+    CLI::App* command = app.add_subcommand("replay", "Replay recorded calls, and show the first difference");
     command->add_option("calls", options.calls, "File that record wrote")->required();
     command->add_option("plugin", options.plugin, "Plug-in library that replaces the smoke or, without one, the first");
 }
@@ -312,7 +313,7 @@ int run_trace(const tovu::TraceOptions& options) {
 }
 
 void add_trace(CLI::App& app, tovu::TraceOptions& options) {
-    CLI::App* command = app.add_subcommand("trace", "Show what each frame of a scene takes");
+    CLI::App* command = app.add_subcommand("trace", "Show the cost of each frame of a scene");
     command->add_option("scene", options.scene, "Scene file")->required();
     command->add_option("--frames", options.frames, "A-B or A: only these frames, counted from 0");
     command->add_option("--json", options.json,
@@ -330,7 +331,7 @@ void add_validate(CLI::App& app, tovu::ValidateOptions& options) {
                         "Seconds that one call into the plug-in may take; 10 when left out");
     command->add_flag("--strict", options.strict, "Warnings count as failures");
     command->add_flag("--json", options.json, "JSON instead of lines");
-    command->add_flag("--list", options.list, "What checks there are");
+    command->add_flag("--list", options.list, "List the checks");
     command->add_flag("--in-process", options.in_process, "For a debugger: no processes, no time limit; with --only");
 }
 

@@ -261,10 +261,10 @@ Result<Done> check_parts(const RenderOptions& options, const std::vector<OutputP
     const char* option = options.resume ? "--resume" : options.chunk.empty() ? nullptr : "--chunk";
     for (const OutputPlan& output : outputs) {
         if (!options.from.empty() && output.kind != OutputKind::kVideo)
-            return Error{fmt::format("--from: {} is no video; only videos are made from pictures", output.name)};
+            return Error{fmt::format("--from: {} is not a video; only videos can be made from pictures", output.name)};
         if (option != nullptr && output.kind != OutputKind::kNumbered)
             return Error{
-                fmt::format("{}: {} is made in one go; render numbered pictures such as frames/%04d.png with "
+                fmt::format("{}: {} cannot be made in parts; render numbered pictures such as frames/%04d.png with "
                             "--bits 16, and then the video with --from",
                             option, output.name)};
     }

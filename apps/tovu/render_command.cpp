@@ -123,7 +123,7 @@ std::vector<std::string> written_texts(const Outputs& outputs) {
         if (plan.kind == OutputKind::kVideo && plan.video.fields != stage::VideoFields::kNone) frames /= 2;
         const auto kept = std::ranges::count(output.is_there, true);
         lines.push_back(fmt::format("{}: {} frame{}", plan.name, frames, frames == 1 ? "" : "s") +
-                        (kept > 0 ? fmt::format(", of which {} were there", kept) : ""));
+                        (kept > 0 ? fmt::format(", {} of them kept", kept) : ""));
     }
     return lines;
 }

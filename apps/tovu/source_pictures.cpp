@@ -71,7 +71,7 @@ Result<stage::PictureSequence> lock_source_pictures(const RenderPlan& plan, cons
     const Result<std::vector<int>> missing = missing_frames(options.from, plan.frames);
     if (!missing) return wrong(missing.error().message);
     if (!missing->empty())
-        return wrong(fmt::format("{}: these frames are missing or not whole: {}; render them with --resume",
+        return wrong(fmt::format("{}: these frames are missing or incomplete: {}; render them with --resume",
                                  options.from, ranges_text(*missing)));
     Result<stage::PictureSequence> sequence =
         stage::PictureSequence::begin(options.from, manifest->content, plan.frames, true);

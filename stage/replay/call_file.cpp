@@ -82,8 +82,8 @@ void read_lines(Reader& reader, std::istream& stream) {
     while (reader.error.empty() && std::getline(stream, text)) {
         ++number;
         if (number == 1 && text != kFirstLine)
-            return refuse(reader, 1, fmt::format("no recording of calls: those begin with '{}'", kFirstLine));
-        if (ended) return refuse(reader, number, "there is more behind the end");
+            return refuse(reader, 1, fmt::format("not a recording of calls: it must begin with '{}'", kFirstLine));
+        if (ended) return refuse(reader, number, "there is text after the line 'end'");
         ended = text == "end";
         if (number == 1 || ended || text.starts_with('#')) continue;
         const size_t depth = std::min(text.find_first_not_of(' '), text.size());
@@ -91,7 +91,7 @@ void read_lines(Reader& reader, std::istream& stream) {
         if (!has_seed) {
             has_seed = content.starts_with("seed ") && read_value_text(content.substr(5), reader.file.seed);
             if (!has_seed)
-                return refuse(reader, number, "'seed' and a whole number from 0 to 4294967295 must stand here");
+                return refuse(reader, number, "'seed' and a whole number from 0 to 4294967295 are expected here");
             continue;
         }
         CallLine line{number, depth, "", {}};
@@ -101,8 +101,7 @@ void read_lines(Reader& reader, std::istream& stream) {
         if (rows_depth > 0)
             line.text = content;
         else if (!take_line(content, line))
-            return refuse(reader, number,
-                          fmt::format("'{}' is neither a call nor anything else of a recording", content));
+            return refuse(reader, number, fmt::format("'{}' is not a line of a recording", content));
         if (line.text.starts_with("image ")) rows_depth = depth + 1;
         reader.written.push_back(std::move(line));
     }
@@ -147,8 +146,7 @@ void take_image(Reader& reader, size_t first, size_t end) {
         pixel_bytes > 4)
         return refuse(reader, heading.number, "an image has a number and 1 to 4 bytes per pixel, such as 'image 1 4'");
     std::vector<uint8_t>& pixels = reader.file.images[number];
-    if (!pixels.empty())
-        return refuse(reader, heading.number, fmt::format("image {} stands here a second time", number));
+    if (!pixels.empty()) return refuse(reader, heading.number, fmt::format("image {} is given twice", number));
     for (size_t i = first + 1; i < end; ++i)
         if (!take_row(reader.written[i].text, pixel_bytes, pixels))
             return refuse(reader, reader.written[i].number,
@@ -164,9 +162,9 @@ const Lines* take_walk(Reader& reader, size_t first, size_t end) {
     const auto known = reader.walks.find(number);
     const bool is_new = end > first + 1;
     if (!right || is_new != (known == reader.walks.end())) {
-        refuse(reader, heading.number,
-               fmt::format("'{}': {}", heading.text,
-                           is_new ? "stands here a second time" : "its calls are not in the file before"));
+        refuse(
+            reader, heading.number,
+            fmt::format("'{}': {}", heading.text, is_new ? "is given twice" : "its calls are not in the file before"));
         return nullptr;
     }
     if (!is_new) return &known->second;

@@ -54,7 +54,7 @@ size_t aligned(size_t offset, size_t alignment) {
 std::string begin_part(Reader& reader, const std::string& heading) {
     reader.part = heading == "block" ? &reader.table.block : &reader.table.record;
     reader.end = heading == "block" ? 4 * reader.plugin.parameters.size() : 0;
-    return reader.part->empty() ? "" : fmt::format("'{}' stands here a second time", heading);
+    return reader.part->empty() ? "" : fmt::format("'{}' is given twice", heading);
 }
 
 /// Reads "TYPE" or "TYPE[COUNT]". Returns an error message, or empty.
@@ -105,7 +105,8 @@ std::string take_field(Reader& reader, const Words& words) {
         else if (words[i] == "live")
             field.live = true;
         else if (!refers || i + 1 == words.size())
-            return fmt::format("'{}' is no condition; conditions are if NAME, unless NAME, live and never", words[i]);
+            return fmt::format("'{}' is not a condition; conditions are if NAME, unless NAME, live and never",
+                               words[i]);
         else if (std::string wrong = take_reference(reader, words[i + 1], words[i] == "unless", field); !wrong.empty())
             return wrong;
         if (refers) ++i;

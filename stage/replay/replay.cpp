@@ -101,7 +101,7 @@ void give_answers(ServiceCall& call, const CallLine& line) {
     bool right = true;
     for_each_answer(call, [&](auto* value) { right = read_answer(take_value(rest), value) && right; });
     if (!right || !rest.empty())
-        refuse(line, fmt::format("'{}' is no answer of {}", line.answer.value_or(""), call.name));
+        refuse(line, fmt::format("'{}' is not an answer of {}", line.answer.value_or(""), call.name));
 }
 
 /// Plays the calls that a request causes, then gives its answer.
@@ -143,7 +143,7 @@ void entry_begins(const RunningCall& call) {
     for (const CallLine* line = line_here(); line && line->text.starts_with("set ") && !has_stopped();
          line = line_here()) {
         if (!set_slot(*call.instance, std::string_view(line->text).substr(4)))
-            refuse(*line, fmt::format("'{}' is no value of a parameter of {}", line->text.substr(4),
+            refuse(*line, fmt::format("'{}' is not a value of a parameter of {}", line->text.substr(4),
                                       plugin(call.instance->plugin).name));
         ++player->next;
     }
@@ -218,7 +218,7 @@ bool call_entry(const EntryArguments& entry) {
 
 void play_entry(const CallLine& line) {
     const std::optional<EntryArguments> entry = read_entry(line.text);
-    if (!entry) return refuse(line, fmt::format("'{}' is no call of an entry point", line.text));
+    if (!entry) return refuse(line, fmt::format("'{}' is not a call of an entry point", line.text));
     const std::string outer = std::exchange(player->where, line.text);
     ++player->next;
     ++player->depth;
@@ -279,7 +279,7 @@ void play() {
         else if (line.text.starts_with("PLUGIN_"))
             play_entry(line);
         else if (!play_note(line))
-            refuse(line, fmt::format("'{}' cannot stand here", line.text));
+            refuse(line, fmt::format("'{}' is not allowed here", line.text));
     }
 }
 

@@ -72,7 +72,7 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"looks retime steam 0", "0: must be frames per second from 1 to 1000"},
     {"record tiny.toml -o calls.txt --frames 11", "--frames 11: must be a whole number from 1 to 10, the frames of"},
     {"record tiny.toml -o tiny.toml", "-o tiny.toml: the scene reads this file"},
-    {"replay tiny.toml", "tiny.toml:1: no recording of calls"},
+    {"replay tiny.toml", "tiny.toml:1: not a recording of calls"},
     {"render . -o x.png --at 0", ".: is a folder; name a scene file"},
     {"render images.toml -o m1.png --at 0", "-o m1.png: the scene reads this file"},
     {"render images.toml -o m%d.png", "-o m1.png: the scene reads this file"},

@@ -92,7 +92,7 @@ TEST_F(LongRender, AKilledRenderResumesWithTheSameBytes) {
     write(frame(5), bytes(frame(6)).replace(60, 1, "x"));
     const Outcome resumed = run(anew + "--resume -o a/%d.png");
     ASSERT_EQ(0, resumed.status) << resumed.errors;
-    EXPECT_THAT(resumed.output, testing::MatchesRegex("a/%d.png: 25 frames, of which [0-9]+ were there\n"));
+    EXPECT_THAT(resumed.output, testing::MatchesRegex("a/%d.png: 25 frames, [0-9]+ of them kept\n"));
     EXPECT_FALSE(fs::exists(folder / "work" / "a/.20.png.4294967294.part"));
     ASSERT_EQ(0, run(anew + "-o whole_%d.png").status);
     for (int number = 0; number <= 24; ++number)
@@ -142,7 +142,7 @@ TEST_F(LongRender, AllChunksTogetherEqualOneRender) {
     fs::remove(folder / "work" / "part_4.png");
     write("part_7.png", "");
     write("part_8.png", "");
-    expect_mistake("render tiny.toml -o x.mov --from part_%d.png", "these frames are missing or not whole: 4,7-8;");
+    expect_mistake("render tiny.toml -o x.mov --from part_%d.png", "these frames are missing or incomplete: 4,7-8;");
     expect_mistake("render tiny.toml --seed 9 -o x.mov --from part_%d.png", "seed was 1 and is 9");
 }
 
@@ -169,7 +169,7 @@ TEST_F(LongRender, RefusesToResumePicturesOfOtherContent) {
         {"tiny.toml -o a/%02d.png", "name was %d.png and is %02d.png"},
         {"tiny.toml -o b/%d.png", "b/row.png.json: is not the manifest of numbered pictures"},
         {"tiny.toml -o c/%d.png", "the manifest c/row.png.json is missing"},
-        {"tiny.toml -o x.mov", "--resume: x.mov is made in one go"},
+        {"tiny.toml -o x.mov", "--resume: x.mov cannot be made in parts"},
     };
     for (const auto& [arguments, message] : cases) {
         SCOPED_TRACE(arguments);

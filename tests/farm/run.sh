@@ -1,5 +1,5 @@
 #!/bin/sh
-# Renders scenes on a Slurm that it starts on this machine, kills a job, and compares with the video made in one go.
+# Renders scenes on a Slurm that it starts on this machine, kills a job, and compares with a video that is rendered directly.
 # usage: run.sh TOVU, as root
 set -eu
 tovu=$1
@@ -97,14 +97,14 @@ job=$(sed -n 's/.*"chunk_job": "\([0-9]*\)".*/\1/p' 'the clip.mov.farm/farm.json
 wait_until "no picture of chunk 2" test -f 'the clip.mov.farm/frames/000020.png'
 scancel --signal=KILL "${job}_2"
 wait_until "the video is not complete" state_has 'the clip.mov' complete
-grep -q "chunks 2 are not whole .* submitted again" 'the clip.mov.farm/finish.log' || fail "chunk 2 was not rendered again"
+grep -q "chunks 2 are incomplete .* submitted again" 'the clip.mov.farm/finish.log' || fail "chunk 2 was not rendered again"
 "$tovu" render 'a scene.toml' --seed 7 -o whole.mov --progress none
 cmp whole.mov 'the clip.mov' || fail "the farm's video differs"
-echo "a video whose chunk was killed equals the one made in one go"
+echo "a video whose chunk was killed equals one that is rendered directly"
 
 "$tovu" farm 'a scene.toml' --frames 0-5 --chunks 2 --plugin missing.so -o 'row/%d.png'
 wait_until "the farm does not end" grep -qs "after 4 tries" row/row.png.farm/finish.log
-grep -q "chunks 1-2 are not whole after 4 tries, frames 0-5 are missing" row/row.png.farm/finish.log ||
+grep -q "chunks 1-2 are incomplete after 4 tries, frames 0-5 are missing" row/row.png.farm/finish.log ||
     fail "$(cat row/row.png.farm/finish.log)"
 echo "chunks that fail come again three times and are then named"
 

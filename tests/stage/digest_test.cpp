@@ -152,10 +152,10 @@ const std::pair<const char*, const char*> kMistakes[] = {
     {"block\n\nint31 x\n", ":3: unknown type 'int31': did you mean 'int32'?"},
     {"block\nint32[0] x\n", ":2: the count of 'int32[0]' must be a whole number"},
     {"block\nint32\n", ":2: the field has no name"},
-    {"block\nint32 x when y\n", ":2: 'when' is no condition"},
+    {"block\nint32 x when y\n", ":2: 'when' is not a condition"},
     {"block\nint32 x if y\n", ":2: 'y' is neither a parameter nor an earlier"},
     {"block\nint32[2214] x\nint32 y\n", ":3: 'y' ends at byte 9100, beyond the block of 9096"},
-    {"record\nlink x\nrecord\n", ":3: 'record' stands here a second time"},
+    {"record\nlink x\nrecord\n", ":3: 'record' is given twice"},
     {"block\nlist x\nrecord\nint32 y\n", ":5: the block has lists, and no record has a link"},
 };
 
