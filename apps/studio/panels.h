@@ -66,7 +66,9 @@ struct PanelMemory {
     bool shows_open = false;
     OpenChoice open;
     bool shows_save_as = false;
-    bool saves_look = false;  // instead of the document
+    int shown_failed_saves = 0;  // of the studio's
+    std::string save_mistake;    // why saving failed, while the window is open for it
+    bool saves_look = false;     // instead of the document
     std::string save_as;
     bool wants_save_name = false;            // focus it
     std::filesystem::path asked_to_replace;  // the file that Enter was pressed for: the next one replaces it

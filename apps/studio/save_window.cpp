@@ -122,6 +122,10 @@ bool save_to(PanelFrame& frame, const std::filesystem::path& file, bool entered)
 
 void save_as_window(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
+    if (frame.studio.failed_saves != std::exchange(memory.shown_failed_saves, frame.studio.failed_saves)) {
+        memory.save_mistake = frame.studio.notice.text;
+        memory.shows_save_as = true;
+    }
     if (memory.shows_save_as && !ImGui::IsPopupOpen(kTitle)) {
         memory.saves_look = false;
         memory.save_as = proposed_file(frame);
@@ -130,6 +134,7 @@ void save_as_window(PanelFrame& frame) {
     }
     ImGui::SetNextWindowSize({ImGui::GetFontSize() * 32.0f, 0});
     if (!ImGui::BeginPopupModal(kTitle, nullptr, ImGuiWindowFlags_AlwaysAutoResize)) return;
+    if (!memory.save_mistake.empty()) show_line(memory.save_mistake, kMistake);
     const bool entered = show_fields(frame);
     memory.wants_save_name = entered;
     const std::filesystem::path file = chosen_file(frame);
@@ -144,6 +149,7 @@ void save_as_window(PanelFrame& frame) {
     const bool cancel = ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape));
     if (saved || cancel) {
         memory.shows_save_as = false;
+        memory.save_mistake.clear();
         ImGui::CloseCurrentPopup();
     }
     ImGui::EndPopup();

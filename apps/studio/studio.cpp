@@ -98,6 +98,7 @@ void set_keys(Document& document, const SetKeys& command, Studio& studio) {
 void save(Studio& studio, const Result<Done>& saved) {
     if (!saved) {
         studio.notice = {saved.error().message, true};
+        ++studio.failed_saves;
         return;
     }
     remember(studio.document->file);
@@ -110,6 +111,7 @@ void save_look_of(Studio& studio, const LookToSave& look) {
     const Result<std::vector<std::string>> saved = save_look(*studio.document, look, container->noted->plugin);
     if (!saved) {
         studio.notice = {with_scene_named(*studio.document, saved.error().message), true};
+        ++studio.failed_saves;
         return;
     }
     remember(look.file);

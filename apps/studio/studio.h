@@ -37,6 +37,7 @@ struct Studio {
     std::string shown_parameter;  // to scroll to and to mark; empty: none
     int shown_countdown = 0;      // frames for which the mark stays
     Notice notice;
+    int failed_saves = 0;                     // since the start; the notice says why the last one failed
     std::optional<ExportRun> export_run;      // the last one
     std::optional<ExportState> export_state;  // of it
     std::filesystem::path export_file;        // of it

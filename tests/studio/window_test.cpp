@@ -212,6 +212,11 @@ TEST_F(StudioWindow, AFileThatExistsIsReplacedByTheSecondEnter) {
     EXPECT_EQ(saved("taken.v1.toml"), "# mine\n");
     run("scene.toml", save + "key Return\nwait frames 3\n");
     EXPECT_EQ(saved("taken.v1.toml"), kScene);
+    // "places" writes over the file like another program.
+    run("scene.toml",
+        "wait picture\nclick reset.number_of_particles\nplaces scene.toml\nkey Ctrl+S\nwait \"save as.file\"\n"
+        "wait frames 3\nkey Return\nwait frames 3\nkey Return\nwait frames 3\n");
+    EXPECT_EQ(saved(), replaced("number_of_particles = 100\n", ""));
 }
 
 TEST_F(StudioWindow, LongWorkIsStopped) {

@@ -380,8 +380,8 @@ Result<Done> save_document(Document& document, Overwrite overwrite) {
     if (document.file.empty()) return Error{"the scene has no file yet: save it under a name"};
     if (overwrite == Overwrite::kNo && was_changed(document))
         return Error{
-            fmt::format("{}: another program has changed the file since it was opened: save as that name "
-                        "replaces it, or take another one",
+            fmt::format("{}: another program has changed the file since it was opened: replace it, or save "
+                        "under another name",
                         document.file.string())};
     Result<Done> written = write_text(document.file, document_text(document));
     if (written) document.on_disk = document_text(document);
