@@ -49,6 +49,15 @@ struct ResetParameter {
 struct ResetParameters {
     std::string container;
 };
+struct SetContainerKey {
+    std::string container;
+    std::string key;    // of its table: "blend"
+    std::string value;  // TOML on one line; empty: remove the key
+};
+struct PressButton {  // of a plug-in, in the run that is on screen
+    std::string container;
+    std::string button;
+};
 struct SetKeys {  // of the scene, as one step of undo
     std::string label;
     std::vector<std::pair<KeyPath, std::string>> values;  // TOML on one line; empty: remove the key
@@ -107,9 +116,9 @@ struct Quit {};
 
 using Command =
     std::variant<OpenScene, NewFromLook, TakeRecovery, DiscardRecovery, ShowGallery, SelectContainer, ShowParameter,
-                 SetParameter, ResetParameter, ResetParameters, SetKeys, BeginChange, EndChange, Undo, Redo, ShowState,
-                 CopyToOtherState, Save, SaveAs, SaveLook, StartExport, CancelExport, SetPlaying, Seek, CancelSeek,
-                 SetSpeed, SetLoop, SetView, SetFullscreen, SetTextSize, Quit>;
+                 SetParameter, ResetParameter, ResetParameters, SetContainerKey, PressButton, SetKeys, BeginChange,
+                 EndChange, Undo, Redo, ShowState, CopyToOtherState, Save, SaveAs, SaveLook, StartExport, CancelExport,
+                 SetPlaying, Seek, CancelSeek, SetSpeed, SetLoop, SetView, SetFullscreen, SetTextSize, Quit>;
 using Commands = std::vector<Command>;
 
 }  // namespace tovu

@@ -50,6 +50,7 @@ struct PanelMemory {
     const SceneFacts* states_facts = nullptr;
     std::string states_container;
     std::vector<ParameterStates> states;
+    std::set<std::string> written_keys;  // of the container
     // Picture.
     Backdrop backdrop = Backdrop::kScene;
     std::array<float, 3> backdrop_color = {0.25f, 0.3f, 0.38f};

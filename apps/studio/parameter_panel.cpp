@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "container_keys.h"
 #include "panel_line.h"
 #include "panels.h"
 #include "theme.h"
@@ -111,14 +112,16 @@ void refresh_states(PanelFrame& frame, const ContainerFacts& container) {
     memory.states_revision = document.revision;
     memory.states_facts = facts;
     memory.states_container = container.name;
-    memory.states = parameter_states(*facts, container, written_parameters(document, container.name));
+    memory.written_keys = written_keys(document, container.name);
+    memory.states.clear();
+    if (container.noted)
+        memory.states = parameter_states(*facts, container, written_parameters(document, container.name));
 }
 
 void choose_container(PanelFrame& frame, const ContainerFacts& selected) {
     ImGui::SetNextItemWidth(-1);
     if (ImGui::BeginCombo("##container", selected.name.c_str(), ImGuiComboFlags_HeightLarge)) {
         for (const ContainerFacts& container : frame.studio.report.facts->containers) {
-            if (!container.noted) continue;
             if (ImGui::Selectable(container.name.c_str(), &container == &selected))
                 frame.commands.push_back(SelectContainer{container.name});
             mark(frame.targets, "container." + container.name);
@@ -158,6 +161,37 @@ bool show_parameter_groups(PanelFrame& frame, const ContainerFacts& container) {
             if (matches(parameter)) show_parameter({frame, container, parameter});
     }
     return any;
+}
+
+// What the plug-in registers beside its parameters. Whether there is any of it.
+bool show_plugin(PanelFrame& frame, const ContainerFacts& container) {
+    const stage::Plugin& plugin = container.noted->plugin;
+    const bool has_match =
+        has_words(plugin.name, frame.memory.search) ||
+        std::any_of(plugin.buttons.begin(), plugin.buttons.end(),
+                    [&](const stage::PushButton& button) { return has_words(button.label, frame.memory.search); });
+    if (!has_match || !group_header(frame, "Plug-in")) return has_match;
+    ImGui::TextDisabled("%s", plugin.name.c_str());
+    for (const stage::InfoText& info : plugin.info_texts) ImGui::TextWrapped("%s", info.text.c_str());
+    for (const stage::PushButton& button : plugin.buttons) {
+        if (ImGui::Button((button.label + "##" + button.name).c_str()))
+            frame.commands.push_back(PressButton{container.name, button.name});
+        mark(frame.targets, "press." + button.name);
+        if (ImGui::IsItemHovered() || ImGui::IsItemFocused())
+            show_help(frame.memory, "press." + button.name, button.label,
+                      "Presses the plug-in's button now, in the run that is on screen. Nothing is saved: after an edit "
+                      "or a jump in time the scene runs again without it. An entry of the timeline in the scene file "
+                      "presses it at its time: press = \"" +
+                          button.name + "\".");
+    }
+    return true;
+}
+
+void show_lines(PanelFrame& frame, const ContainerFacts& container) {
+    bool any = show_parameter_groups(frame, container);
+    any |= show_container_keys(frame, container.name);
+    any |= container.noted && show_plugin(frame, container);
+    if (!any) ImGui::TextWrapped("Nothing matches. Esc in the search shows all again.");
 }
 
 void show_foot(PanelFrame& frame, float height) {
@@ -200,8 +234,7 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     const float help_height = std::min(ImGui::GetFontSize() * 10.0f, area.height * 0.25f);
     ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y}, false,
                       ImGuiWindowFlags_NavFlattened);
-    if (!show_parameter_groups(frame, *container))
-        ImGui::TextWrapped("No parameter matches. Esc in the search shows all again.");
+    show_lines(frame, *container);
     ImGui::EndChild();
     show_foot(frame, help_height);
     ImGui::End();

@@ -239,6 +239,23 @@ Result<Done> run_next_frame(PlayRun& play) {
     return done;
 }
 
+Result<Done> press_in_run(PlayRun& play, const std::string& container, const std::string& button) {
+    const stage::BuiltScene& built = play.run.built;
+    SceneFacts facts = *play.facts;
+    for (size_t i = 0; i < facts.containers.size(); ++i) {
+        ContainerFacts& pressed = facts.containers[i];
+        if (pressed.name != container || !pressed.noted) continue;
+        const std::vector<stage::ParameterValue> before = values_of(built, i, pressed.noted->plugin);
+        if (Result<Done> done = stage::press_button(*built.stage, built.container_handles[i], button); !done)
+            return done;
+        const std::vector<stage::ParameterValue> after = values_of(built, i, pressed.noted->plugin);
+        for (size_t k = 0; k < after.size(); ++k)
+            if (after[k] != before[k]) pressed.values[k] = after[k];
+    }
+    play.facts = std::make_shared<const SceneFacts>(std::move(facts));
+    return Done{};
+}
+
 Result<DrawnFrame> draw_run(PlayRun& play, stage::SceneCanvas& canvas, const ViewOrders& view) {
     stage::Stage& stage = *play.run.built.stage;
     const stage::Camera scene_camera = stage.camera;

@@ -45,6 +45,9 @@ int64_t current_frame(const PlayRun& play);
 /// Runs one frame without drawing.
 stage::Result<stage::Done> run_next_frame(PlayRun& play);
 
+/// Presses a button of the container's plug-in. The facts become new ones, with the values that the press changed.
+stage::Result<stage::Done> press_in_run(PlayRun& play, const std::string& container, const std::string& button);
+
 /// Draws the frame that was run last and collects its numbers.
 stage::Result<DrawnFrame> draw_run(PlayRun& play, stage::SceneCanvas& canvas, const ViewOrders& view);
 

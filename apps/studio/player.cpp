@@ -62,6 +62,7 @@ struct PlayerThread {
     int64_t played_scene = 0;  // also of one that failed
     int64_t done_seek = 0;
     int64_t done_cancel = 0;
+    int64_t done_press = 0;
     std::optional<int64_t> target;  // of the seek that is under way
     Clock::time_point seek_start;
     int64_t seek_from = 0;
@@ -85,7 +86,7 @@ Clock::time_point now(const PlayerThread& player) {
 bool has_new_orders(const PlayerThread& player) {
     const PlayOrders &ordered = player.ordered, &taken = player.orders;
     return player.quit || ordered.scene_number != taken.scene_number || ordered.seek_number != taken.seek_number ||
-           ordered.playing != taken.playing || ordered.view != taken.view;
+           ordered.playing != taken.playing || ordered.view != taken.view || ordered.press.number != taken.press.number;
 }
 
 void report_failure(PlayerThread& player, const std::string& message) {
@@ -296,6 +297,16 @@ bool work_on_thumbnail(PlayerThread& player) {
     return true;
 }
 
+// The picture is drawn again, with what the press changed.
+void press(PlayerThread& player) {
+    player.done_press = player.orders.press.number;
+    const Result<Done> done = press_in_run(*player.play, player.orders.press.container, player.orders.press.button);
+    if (!done) return fail(player, done.error().message);
+    player.must_draw = true;
+    const std::lock_guard lock(player.mutex);
+    player.reported.facts = player.play->facts;
+}
+
 // A scene that differs from the played one is played from the frame that is shown, another seek's frame, or from 0 when
 // nothing was shown before.
 void follow_orders(PlayerThread& player) {
@@ -322,6 +333,7 @@ void follow_orders(PlayerThread& player) {
         player.paced = false;
         set_at_end(player, false);
     }
+    if (player.play && !player.target && orders.press.number != player.done_press) press(player);
     if (player.play && orders.view != player.drawn_view) player.must_draw = true;
 }
 

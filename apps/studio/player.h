@@ -14,6 +14,13 @@ struct FrameRange {
     int64_t last = 0;
 };
 
+/// A plug-in's button to be pressed in the run.
+struct PressOrder {
+    int64_t number = 0;  // greater for another press
+    std::string container;
+    std::string button;
+};
+
 /// What the player should do. It always works toward the newest orders, so that orders in between may be skipped.
 struct PlayOrders {
     int64_t scene_number = 0;                              // greater for another scene
@@ -26,6 +33,7 @@ struct PlayOrders {
     int64_t seek_number = 0;  // greater for another seek
     int64_t seek_frame = 0;
     int64_t cancel_number = 0;  // greater: stop a seek where it is
+    PressOrder press;           // waits until a seek has ended
     ViewOrders view;
 };
 

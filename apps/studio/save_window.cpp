@@ -11,13 +11,14 @@ namespace {
 
 constexpr const char* kTitle = "Save as##window";
 
-// The container whose look would be saved: of a layer, the one with its look.
+// The container whose look would be saved: of a layer, the one with its look. Empty for a container without smoke.
 std::string container_with_look(const Studio& studio) {
     const ContainerFacts* selected = selected_container(studio);
     if (selected == nullptr || !studio.scene) return "";
     for (const stage::ContainerDescription& one : studio.scene->containers) {
-        if (one.name == selected->name && one.look_container >= 0)
-            return studio.scene->containers[static_cast<size_t>(one.look_container)].name;
+        if (one.name != selected->name) continue;
+        if (one.look_container >= 0) return studio.scene->containers[static_cast<size_t>(one.look_container)].name;
+        if (!one.has_plugin && one.look.empty()) return "";
     }
     return selected->name;
 }

@@ -106,8 +106,11 @@ void save(Studio& studio, const Result<Done>& saved) {
 }
 
 void save_look_of(Studio& studio, const LookToSave& look) {
-    const ContainerFacts* container = selected_container(studio);
-    if (container == nullptr) return;
+    if (!studio.report.facts) return;
+    const std::vector<ContainerFacts>& containers = studio.report.facts->containers;
+    const auto container = std::find_if(containers.begin(), containers.end(),
+                                        [](const ContainerFacts& one) { return one.noted != nullptr; });
+    if (container == containers.end()) return;
     const Result<std::vector<std::string>> saved = save_look(*studio.document, look, container->noted->plugin);
     if (!saved) {
         studio.notice = {with_scene_named(*studio.document, saved.error().message), true};
@@ -204,6 +207,12 @@ struct OfDocument {
     }
     void operator()(const ResetParameters& command) const {
         note(studio, reset_parameters(document, command.container));
+    }
+    void operator()(const SetContainerKey& command) const {
+        note(studio, set_container_key(document, command.container, command.key, command.value));
+    }
+    void operator()(const PressButton& command) const {
+        studio.orders.press = {studio.orders.press.number + 1, command.container, command.button};
     }
     void operator()(const SetKeys& command) const { set_keys(document, command, studio); }
     void operator()(const BeginChange& command) const { begin_change(document, command.label); }
@@ -307,9 +316,8 @@ const ContainerFacts* selected_container(const Studio& studio) {
     if (!studio.report.facts) return nullptr;
     const ContainerFacts* first = nullptr;
     for (const ContainerFacts& container : studio.report.facts->containers) {
-        if (!container.noted) continue;
         if (container.name == studio.container) return &container;
-        if (first == nullptr) first = &container;
+        if (first == nullptr && container.noted) first = &container;
     }
     return first;
 }

@@ -100,6 +100,9 @@ const EditCase kEdits[] = {
      "click \"turn on.wind_image\"\n",
      std::string(kScene) + "wind_image = \"curl\"\nuse_wind_image = true\nwind_force = 40\n" +
          "wind_image_range_x = 240\nwind_image_range_y = 240\n"},
+    {"TheBlendOfAContainerIsAButton",
+     "click search\ntype additive\nwait container.blend\nwait frames 3\nclick container.blend.additive\n",
+     replaced("# the main one\n", "# the main one\nblend = \"additive\"\n")},
     {"TurnOnIsOneStepOfUndo",
      "click search\ntype eddies\nwait frames 3\nclick \"turn on.wind_image\"\nwait picture\nkey Ctrl+Z\n", kScene},
     {"UndoTakesBackADragAsOne",
@@ -254,6 +257,19 @@ parameters = { smoke_container = "smoke" }
         "type damping\nkey Return\nwait frames 3\nkey Ctrl+A\ntype 2.5\nkey Return\nwait picture\nkey Ctrl+S\nwait "
         "frames 3\n");
     EXPECT_THAT(saved("gather.toml"), HasSubstr("parameters = { smoke_container = \"smoke\", damping = 2.5 }"));
+}
+
+TEST_F(StudioWindow, AButtonOfThePluginActsOnTheRunAlone) {
+    const std::string output = run("scene.toml",
+                                   "wait picture\nkey Space\nclick timeline@0.5,0.5\nwait picture\nreport\n"
+                                   "click search\ntype TovuSmoke\nwait press.reset\nwait frames 3\nclick press.reset\n"
+                                   "wait frames 3\nreport\nkey Escape\nkey Ctrl+S\nwait frames 3\n");
+    int frame = 0, before = 0, after = -1;
+    ASSERT_EQ(std::sscanf(output.c_str(), "frame %d, %d alive%*[^\n]\nframe %*d, %d alive", &frame, &before, &after), 3)
+        << output;
+    EXPECT_GT(before, 0);
+    EXPECT_EQ(after, 0);
+    EXPECT_EQ(saved(), kScene);
 }
 
 TEST_F(StudioWindow, AKilledStudioLeavesItsWork) {

@@ -268,6 +268,26 @@ std::map<std::string, stage::ParameterValue> written_parameters(const Document& 
     return values;
 }
 
+std::set<std::string> written_keys(const Document& document, const std::string& container) {
+    std::set<std::string> keys;
+    const std::optional<toml::table> root = parsed(document_text(document));
+    const std::optional<KeyPath> path = root ? find_path(*root, document.kind, container) : std::nullopt;
+    const toml::node* node = path ? node_at(*root, *path) : nullptr;
+    if (node == nullptr || !node->is_table()) return keys;
+    for (const auto& [key, value] : *node->as_table()) keys.emplace(key.str());
+    return keys;
+}
+
+Result<Done> set_container_key(Document& document, const std::string& container, const std::string& key,
+                               const std::string& value) {
+    const Result<KeyPath> table = container_path(document, container);
+    if (!table) return table.error();
+    const KeyPath path = with_step(*table, key);
+    const std::string& text = document_text(document);
+    return take_text(document, value.empty() ? without_value(text, path) : with_value(text, path, value),
+                     fmt::format("{}{} of {}", value.empty() ? "reset " : "", key, container));
+}
+
 Result<Done> set_parameter(Document& document, const std::string& container, const std::string& name,
                            const stage::ParameterValue& value, const std::string& label) {
     const Result<KeyPath> path = parameter_path(document, container, name);

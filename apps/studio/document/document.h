@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,14 @@ stage::Result<KeyPath> container_path(const Document& document, const std::strin
 /// The parameters that the text gives to the container itself, as written, by registered name; what a look's file
 /// gives to a layer is not among them. Reads the whole text: keep the result until the revision changes.
 std::map<std::string, stage::ParameterValue> written_parameters(const Document& document, const std::string& container);
+
+/// The keys of the container's table, "blend" and so on. Keep the result as above.
+std::set<std::string> written_keys(const Document& document, const std::string& container);
+
+/// Sets a key of the container's table, or removes it if `value`, TOML on one line, is empty. Errors as for
+/// set_parameter.
+stage::Result<stage::Done> set_container_key(Document& document, const std::string& container, const std::string& key,
+                                             const std::string& value);
 
 /// Sets a parameter. label: of the step of undo, such as "Birth Rate of smoke"; empty: made of the names. Error: no
 /// such container, or the text is not TOML; then nothing changes.
