@@ -231,7 +231,9 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     end_search_for_shown(frame);
     choose_container(frame, *container);
     search_line(frame, *container);
-    const float help_height = std::min(ImGui::GetFontSize() * 10.0f, area.height * 0.25f);
+    // In a low panel the values come first.
+    const float line = ImGui::GetFontSize();
+    const float help_height = std::clamp(area.height - 14.0f * line, 2.5f * line, 10.0f * line);
     ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y}, false,
                       ImGuiWindowFlags_NavFlattened);
     show_lines(frame, *container);
