@@ -71,7 +71,9 @@ void show_needs(const Row& row) {
     const std::vector<Need>& list = row.parameter.needs.list;
     ImGui::Indent(ImGui::GetFontSize() * 0.5f);
     if (std::any_of(list.begin(), list.end(), [](const Need& need) { return need.info != nullptr; })) {
-        if (ImGui::Button(("Turn on##" + row.info().name).c_str())) turn_on(row);
+        const bool sets =
+            std::any_of(list.begin(), list.end(), [](const Need& need) { return need.value.has_value(); });
+        if (ImGui::Button(((sets ? "Turn on##" : "Go there##") + row.info().name).c_str())) turn_on(row);
         mark(row.frame.targets, "turn on." + row.info().name);
         ImGui::SameLine();
     }
