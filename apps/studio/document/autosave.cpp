@@ -28,7 +28,8 @@ fs::path lock_file(const fs::path& copy) {
     return fs::path(copy).replace_extension(".lock");
 }
 
-// A descriptor of the locked file, or -1 when it cannot be had. The lock goes with the process.
+// The descriptor of the locked file, or -1 if the lock is taken or the file cannot be opened. The end of the process
+// releases the lock.
 int take_lock(const fs::path& file) {
     const int lock = open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
     if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) == 0) return lock;
@@ -56,7 +57,7 @@ Document document_of(const nlohmann::json& json) {
     for (size_t i = 0; i < document.states.size(); ++i)
         document.states[i].text = json.at("texts").at(i).get<std::string>();
     document.shown = std::min<size_t>(json.at("shown").get<size_t>(), 1);
-    document.revision = 1;  // unsaved until it is saved
+    document.revision = 1;  // autosave stores documents from revision 1 on
     return document;
 }
 
@@ -74,12 +75,13 @@ Result<Autosave> begin_autosave(const fs::path& folder) {
     fs::create_directories(folder, code);
     for (int i = 1; i <= kMaxPlaces && !code; ++i) {
         const fs::path file = folder / fmt::format("autosave-{}.json", i);
-        if (fs::exists(file, code)) continue;  // of a living process, or of one that crashed
+        if (fs::exists(file, code)) continue;  // a copy of another process, running or crashed
         const int lock = take_lock(lock_file(file));
         if (lock >= 0) return Autosave{file, lock};
         if (errno != EWOULDBLOCK) code.assign(errno, std::generic_category());
     }
-    return Error{fmt::format("{}: changes cannot be kept there: {}", folder.string(), code.message())};
+    return Error{
+        fmt::format("{}: unsaved changes cannot be stored in this folder: {}", folder.string(), code.message())};
 }
 
 Result<Done> autosave(Autosave& place, const Document& document) {
@@ -134,7 +136,7 @@ Result<Document> recover(const Recovery& recovery) {
     try {
         return document_of(nlohmann::json::parse(stage::read_whole_file(recovery.copy)));
     } catch (const nlohmann::json::exception& error) {
-        return Error{fmt::format("{}: is no copy of a document: {}", recovery.copy.string(), error.what())};
+        return Error{fmt::format("{}: is not a copy of a document: {}", recovery.copy.string(), error.what())};
     }
 }
 

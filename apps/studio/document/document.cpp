@@ -23,7 +23,7 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-constexpr const char* kPreviewSeconds = "10";  // of a look
+constexpr const char* kPreviewSeconds = "10";  // length of the scene that shows a look
 
 std::string camera_text(const Framing& framing) {
     return fmt::format("[{:.6g}, {:.6g}, {:.6g}]", framing.camera[0], framing.camera[1], framing.camera[2]);
@@ -41,7 +41,7 @@ DocumentState& shown_state(Document& document) {
     return document.states[document.shown];
 }
 
-// What differs between two texts, as one replacement.
+// The difference of two texts as one replacement.
 TextEdit difference(const std::string& before, const std::string& after, const std::string& label) {
     const auto parted = std::mismatch(before.begin(), before.end(), after.begin(), after.end());
     const auto same = static_cast<size_t>(parted.first - before.begin());
@@ -66,7 +66,7 @@ Result<Done> take_text(Document& document, const Result<std::string>& text, cons
     return Done{};
 }
 
-// The path to the container of that name in an array of containers, or below one of them.
+// The path to the named container in an array of containers and their nested containers.
 std::optional<KeyPath> find_container(const toml::array* containers, const KeyPath& around, const std::string& key,
                                       const std::string& name) {
     if (containers == nullptr) return std::nullopt;
@@ -91,7 +91,8 @@ const toml::node* node_at(const toml::table& root, const KeyPath& path) {
     return node;
 }
 
-// "fire.embers": the changes that the container "fire", which has a look, makes to a layer of it.
+// The path to the table with the scene's changes to a layer. name: "fire.embers" is the layer "embers" of the look that
+// the container "fire" uses.
 std::optional<KeyPath> find_layer(const toml::table& root, const std::string& name) {
     for (size_t point = name.find('.'); point != std::string::npos; point = name.find('.', point + 1)) {
         auto path = find_container(root["container"].as_array(), {}, "container", name.substr(0, point));
@@ -103,7 +104,7 @@ std::optional<KeyPath> find_layer(const toml::table& root, const std::string& na
     return std::nullopt;
 }
 
-// Other textures' containers are named "smoke/2".
+// Removes the number of a further texture: "smoke/2" becomes "smoke".
 std::string without_number(const std::string& name) {
     const size_t slash = name.rfind('/');
     const bool is_number = slash != std::string::npos && slash + 1 < name.size() &&
@@ -143,7 +144,7 @@ Result<KeyPath> parameter_path(const Document& document, const std::string& cont
     return with_step(with_step(*path, "parameters"), name);
 }
 
-// Whether the file is one of the looks and scenes that come along.
+// Whether the file is one of the installed looks and scenes.
 bool is_shipped(const std::filesystem::path& file) {
     std::error_code none;
     const std::filesystem::path shipped = stage::shipped_files_folder(), folder = file.parent_path();
@@ -151,13 +152,14 @@ bool is_shipped(const std::filesystem::path& file) {
            std::filesystem::equivalent(folder, shipped / "looks", none);
 }
 
-// A file that is not there can be written anew.
+// Whether another program changed the file. A removed file counts as unchanged, so that saving writes it again.
 bool was_changed(const Document& document) {
     std::error_code none;
     return std::filesystem::exists(document.file, none) && stage::read_whole_file(document.file) != document.on_disk;
 }
 
-// Renaming another file to it would replace a file that its owner protects.
+// Checks write permission first, since write_whole_file replaces the file by renaming, which would also replace a
+// read-only file.
 Result<Done> write_text(const std::filesystem::path& file, const std::string& text) {
     std::error_code none;
     if (std::filesystem::is_directory(file, none)) return Error{fmt::format("{}: is a folder", file.string())};
@@ -388,7 +390,7 @@ void copy_to_other_state(Document& document) {
     DocumentState& other = document.states[1 - document.shown];
     const std::string before = std::exchange(other.text, document_text(document));
     record(other, before, document.shown == 0 ? "copy of A" : "copy of B");
-    ++document.revision;  // so that the copy is kept through a crash
+    ++document.revision;  // makes autosave write both states again
 }
 
 bool has_unsaved_changes(const Document& document) {

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file that a text value names, relative to `from`, or empty when it names none.
+// The file that a text value names, relative to `from`; empty if the value is not a file name.
 fs::path named_file(const WrittenText& written, const fs::path& from) {
     const std::string& key = written.path.back().key;
     const std::string& value = written.value;

@@ -1,4 +1,4 @@
-// Names of files in the text of a scene or a look.
+// File names in the text of a scene or a look.
 #pragma once
 
 #include <filesystem>
@@ -6,9 +6,9 @@
 
 namespace tovu {
 
-/// The text with its relative file names changed so that they name the same files from another folder: pictures,
-/// meshes, fonts, looks, plug-in libraries. A look's name that stands for a file in from/looks becomes that file's
-/// name. Text that is not TOML stays as it is.
+/// Changes the relative file names in a text that moves from folder `from` to folder `to`, so that they name the same
+/// files: pictures, meshes, fonts, looks, plug-in libraries. The name of a look in from/looks becomes a file name. Text
+/// that is not TOML is returned unchanged.
 std::string with_moved_files(const std::string& text, const std::filesystem::path& from,
                              const std::filesystem::path& to);
 

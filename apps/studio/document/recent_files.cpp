@@ -19,7 +19,7 @@ fs::path list_file(const fs::path& folder) {
     return folder / "recent_files";
 }
 
-// A path a line, newest first.
+// Reads the list: one path on each line, newest first.
 std::vector<fs::path> read_list(const fs::path& folder) {
     std::vector<fs::path> files;
     std::istringstream lines(stage::read_whole_file(list_file(folder)));

@@ -1,4 +1,4 @@
-// The files that were opened or saved last, in a file of the user's state.
+// The list of files that were opened or saved last.
 #pragma once
 
 #include <filesystem>
@@ -8,11 +8,11 @@
 
 namespace tovu {
 
-/// Puts a file in front of the list in `folder`, which is created; the list keeps the last 8. file: absolute.
-/// Error: the list cannot be written.
+/// Puts a file at the front of the list in `folder`. Creates the folder if necessary. The list keeps 8 files. file:
+/// absolute. Error: the list cannot be written.
 stage::Result<stage::Done> remember_file(const std::filesystem::path& folder, const std::filesystem::path& file);
 
-/// Those of the list that exist, newest first.
+/// The files of the list that still exist, newest first.
 std::vector<std::filesystem::path> recent_files(const std::filesystem::path& folder);
 
 }  // namespace tovu

@@ -13,7 +13,7 @@ namespace {
 using stage::Error;
 using stage::Result;
 
-// The container itself, or the one whose look's layer it is.
+// The name of the container, or for a layer of a look, of the container that uses the look.
 std::string written_container(const stage::SceneDescription& scene, const std::string& name) {
     for (const stage::ContainerDescription& one : scene.containers) {
         if (one.name == name && one.look_container >= 0)

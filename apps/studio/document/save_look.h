@@ -1,4 +1,4 @@
-// A container of the document as a look of its own.
+// Saves a container of the document as a look.
 #pragma once
 
 #include "document.h"
@@ -6,15 +6,15 @@
 namespace tovu {
 
 struct LookToSave {
-    std::string container;  // by its name in the built scene; of a layer, the container with its look is saved
-    std::string purpose;    // one line; empty: where the look comes from
+    std::string container;  // name in the built scene; for a layer of a look, the whole look is saved
+    std::string purpose;    // one line; if empty, the origin of the look
     std::filesystem::path file;
     Overwrite overwrite = Overwrite::kNo;
 };
 
-/// Writes the look that `tovu looks save` would make of the shown text, whole or not at all. smoke: the plug-in of the
-/// scene's smokes. Returns lines about what could not be converted. Error: the document is a look, the text is no scene
-/// that is right, nothing can be made of the container, or the file exists.
+/// Writes the same look as `tovu looks save` for the shown text. On an error no file is written. smoke: the plug-in of
+/// the scene's smoke. Returns a line for each property that could not be converted. Error: the document is a look, the
+/// scene has mistakes, the container cannot be saved as a look, or the file exists.
 stage::Result<std::vector<std::string>> save_look(const Document& document, const LookToSave& look,
                                                   const stage::Plugin& smoke);
 

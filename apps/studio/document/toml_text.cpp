@@ -13,7 +13,7 @@ namespace {
 using stage::Error;
 using stage::Result;
 
-// Where something is written, in bytes.
+// A part of the text, in bytes.
 struct TextRange {
     size_t begin = 0;
     size_t end = 0;
@@ -40,7 +40,7 @@ Result<ParsedText> parse(const std::string& text) {
     return parsed;
 }
 
-// Columns count code points.
+// The byte offset of a position. Columns count code points.
 size_t offset_of(const ParsedText& parsed, const toml::source_position& position) {
     const std::string& text = parsed.text;
     size_t offset = parsed.line_starts[position.line - 1];
@@ -55,7 +55,7 @@ TextRange range_of(const ParsedText& parsed, const toml::node& node) {
     return {offset_of(parsed, node.source().begin), offset_of(parsed, node.source().end)};
 }
 
-// How a table is written.
+// The notation of a table.
 enum class TableStyle {
     kHeader,   // [a.b] or [[a]], and the root
     kImplied,  // a in [a.b], without a header of its own
@@ -68,7 +68,7 @@ TableStyle style_of(const ParsedText& parsed, const toml::table& table) {
     if (table.is_inline()) return TableStyle::kInline;
     const size_t begin = offset_of(parsed, table.source().begin);
     if (parsed.text[begin] != '[') return TableStyle::kDotted;
-    for (const auto& [key, node] : table) {  // the header of an implied table is that of one below it
+    for (const auto& [key, node] : table) {  // an implied table has the source position of a table inside it
         const toml::node& first = node.is_array_of_tables() ? node.as_array()->front() : node;
         if (first.is_table() && first.source().begin == table.source().begin) return TableStyle::kImplied;
     }
@@ -79,12 +79,13 @@ bool has_headers(const toml::node& array) {
     return array.is_array_of_tables() && !array.as_array()->front().as_table()->is_inline();
 }
 
-// A table or array that is no value behind a key.
+// Whether the node is a table or an array of tables that is not one inline value.
 bool is_spread(const toml::node& node) {
     return has_headers(node) || (node.is_table() && !node.as_table()->is_inline());
 }
 
-// The end of what is written under the table's own header, between its braces or with its dotted prefix; 0 for nothing.
+// The end of the table's last entry: under its header, between its braces or with its dotted prefix. 0 if the table has
+// no entries.
 size_t end_of_entries(const ParsedText& parsed, const toml::table& table) {
     size_t end = 0;
     for (const auto& [key, node] : table) {
@@ -97,8 +98,8 @@ size_t end_of_entries(const ParsedText& parsed, const toml::table& table) {
     return end;
 }
 
-// The end of the table's entries and of the tables below it, those of arrays of tables excepted: a header that stands
-// there belongs to the same element of each array around it.
+// The end of the table's entries and of its tables, without arrays of tables. A header inserted there belongs to the
+// same element of each enclosing array.
 size_t end_of_section(const ParsedText& parsed, const toml::table& table) {
     size_t end = end_of_entries(parsed, table);
     if (&table != &parsed.root && !table.is_inline() && style_of(parsed, table) == TableStyle::kHeader)
@@ -133,14 +134,14 @@ std::string key_text(const std::string& key) {
     return is_bare ? key : text_in_quotes(key);
 }
 
-// The keys of steps first…last-1 with points between them.
+// The keys of the steps first…last-1, separated by dots.
 std::string dotted(const KeyPath& path, size_t first, size_t last) {
     std::string text;
     for (size_t i = first; i < last; ++i) text += (text.empty() ? "" : ".") + key_text(path[i].key);
     return text;
 }
 
-// The tables on the way of a path, the root first, as far as they exist; and the value, if all of them do.
+// The existing tables along a path, beginning with the root, and the value if it exists.
 struct Way {
     std::vector<const toml::table*> tables;
     const toml::node* value = nullptr;
@@ -154,7 +155,7 @@ Result<Way> walk(const ParsedText& parsed, const KeyPath& path) {
             const toml::array* array = node == nullptr ? nullptr : node->as_array();
             const auto index = static_cast<size_t>(path[i].index);
             if (array == nullptr || index >= array->size())
-                return Error{fmt::format("there is no {}[{}]", dotted(path, 0, i + 1), index)};
+                return Error{fmt::format("{}[{}] does not exist", dotted(path, 0, i + 1), index)};
             node = array->get(index);
         }
         if (node == nullptr) break;
@@ -162,7 +163,7 @@ Result<Way> walk(const ParsedText& parsed, const KeyPath& path) {
             way.value = node;
             break;
         }
-        if (!node->is_table()) return Error{fmt::format("{} is no table", dotted(path, 0, i + 1))};
+        if (!node->is_table()) return Error{fmt::format("{} is not a table", dotted(path, 0, i + 1))};
         way.tables.push_back(node->as_table());
     }
     return way;
@@ -177,7 +178,7 @@ size_t line_start(const std::string& text, size_t offset, size_t first) {
     return before == std::string::npos ? first : before + 1;
 }
 
-// Before the line end, behind a comment.
+// The end of the line of `offset`, before its line break.
 size_t line_end(const std::string& text, size_t offset) {
     const size_t end = std::min(text.find('\n', offset), text.size());
     return end > offset && text[end - 1] == '\r' ? end - 1 : end;
@@ -187,7 +188,7 @@ size_t skip_blanks(const std::string& text, size_t offset) {
     return std::min(text.find_first_not_of(" \t\r\n", offset), text.size());
 }
 
-// Behind the comment at the top.
+// The end of the comment at the top of the file.
 size_t end_of_title(const ParsedText& parsed) {
     size_t offset = parsed.line_starts[0];
     while (offset < parsed.text.size() && parsed.text[offset] == '#')
@@ -204,12 +205,12 @@ std::string with_lines_at_top(const ParsedText& parsed, const std::string& lines
     return text.insert(offset, (needs_end ? new_line : "") + lines + new_line + (is_tight ? new_line : ""));
 }
 
-// Behind the line of `offset`.
+// Inserts lines after the line of `offset`.
 std::string with_lines_behind(const std::string& text, size_t offset, const std::string& lines) {
     return std::string(text).insert(line_end(text, offset), new_line_of(text) + lines);
 }
 
-// A line in the table's entries, indented like the last one.
+// Inserts a line after the table's last entry, with the same indentation.
 std::string with_line_in(const ParsedText& parsed, const toml::table& table, const std::string& line) {
     const std::string& text = parsed.text;
     size_t end = end_of_entries(parsed, table);
@@ -228,7 +229,7 @@ std::string with_entry_in(const ParsedText& parsed, const toml::table& inline_ta
     return text.replace(range.begin, range.end - range.begin, "{ " + entry + " }");
 }
 
-// With a header of its own for the value's table; `nearest` is the last table of the path that exists.
+// Inserts the value with a new header for its table. nearest: the last existing table of the path.
 std::string with_table(const ParsedText& parsed, const KeyPath& path, const toml::table& nearest,
                        const std::string& value) {
     const bool is_of_array = std::any_of(path.begin(), path.end(), [](const KeyStep& s) { return s.index >= 0; });
@@ -241,8 +242,8 @@ std::string with_table(const ParsedText& parsed, const KeyPath& path, const toml
 }
 
 std::string with_new_value(const ParsedText& parsed, const KeyPath& path, const Way& way, const std::string& value) {
-    const size_t known = way.tables.size() - 1;  // steps that exist
-    size_t prefix = known;                       // where the dotted key begins that the table is written with
+    const size_t known = way.tables.size() - 1;  // number of steps whose tables exist
+    size_t prefix = known;                       // first step of the dotted key of the table
     while (style_of(parsed, *way.tables[prefix]) == TableStyle::kDotted) --prefix;
     const toml::table& nearest = *way.tables[known];
     const toml::table& owner = *way.tables[prefix];
@@ -254,7 +255,7 @@ std::string with_new_value(const ParsedText& parsed, const KeyPath& path, const 
         for (size_t i = known + 1; i < path.size(); ++i) entry += " }";
         return with_entry_in(parsed, owner, entry);
     }
-    if (prefix < known)  // behind the last of its dotted keys
+    if (prefix < known)  // insert after the last dotted key of the table
         return with_line_in(parsed, nearest, dotted(path, prefix, path.size()) + " = " + value);
     if (style == TableStyle::kHeader && known + 1 == path.size())
         return with_line_in(parsed, owner, key_text(path.back().key) + " = " + value);
@@ -266,7 +267,7 @@ std::string without_entry(const ParsedText& parsed, const toml::table& inline_ta
     const TextRange table = range_of(parsed, inline_table);
     const size_t end = range_of(parsed, value).end;
     const size_t next = skip_blanks(text, end);
-    size_t before = 0;  // the end of the entry before, 0 for none
+    size_t before = 0;  // end of the previous entry; 0 if there is none
     const auto look_before = [&](const auto& self, const toml::table& entries) -> void {
         for (const auto& [key, node] : entries) {
             const toml::table* below = node.as_table();
@@ -290,7 +291,7 @@ std::string without_lines(const ParsedText& parsed, const TextRange& value) {
     return text.substr(0, start) + text.substr(end);
 }
 
-// The last dotted key of a table: what is left says that the table is there.
+// Removes the last dotted key of a table. An empty inline table remains, so that the table still exists.
 std::string with_empty_table(const ParsedText& parsed, const std::string& table_key, const TextRange& value) {
     const std::string& text = parsed.text;
     const size_t start = line_start(text, value.begin, parsed.line_starts[0]);
@@ -316,14 +317,14 @@ void collect_texts(const toml::node& node, KeyPath& path, std::vector<WrittenTex
     path.back().index = -1;
 }
 
-// Of a bare key, or one in quotes without escapes.
+// The length of a bare key or of a quoted key without escapes.
 size_t key_length(const std::string& text, size_t begin) {
     const bool is_quoted = text[begin] == '"' || text[begin] == '\'';
     if (is_quoted) return text.find(text[begin], begin + 1) + 1 - begin;
     return text.find_first_of(" \t.]=", begin) - begin;
 }
 
-// Where the headers of the node and of all below it begin.
+// Collects the offsets of the headers of the node and of all tables inside it.
 void collect_headers(const ParsedText& parsed, const toml::node& node, std::set<size_t>& begins) {
     if (const size_t begin = range_of(parsed, node).begin; node.is_table() && parsed.text[begin] == '[')
         begins.insert(begin);
