@@ -1,4 +1,4 @@
-// What all panels share: they read the studio, return commands, and keep only what ImGui needs between two frames.
+// Shared by all panels. Panels read the studio, return commands, and keep only the state of the user interface.
 #pragma once
 
 #include <imgui.h>
@@ -15,64 +15,64 @@
 
 namespace tovu {
 
-/// Where things are in the window, for scripts.
+/// Places of items in the window, for scripts.
 struct Targets {
     bool wanted = false;
     std::map<std::string, ImVec4> places;  // left, top, right, bottom: pixels of this frame
 };
 
-/// Names the item that ImGui was told last.
+/// Names the item that ImGui drew last.
 void mark(Targets& targets, const std::string& name);
 
 enum class Backdrop { kScene, kCheckerboard, kColour, kPicture };
 
-/// Of the window that opens files.
+/// State of the window that opens files.
 struct OpenChoice {
-    std::filesystem::path folder;    // whose list is shown; empty before the first
-    std::vector<std::string> names;  // in it: folders, which end in a slash, then scenes and looks
-    std::string typed;               // a name of the list, or any path
-    std::string shown;               // the name that the list was scrolled to
-    std::string mistake;             // why the typed one was not opened
-    bool wants_focus = false;        // for the typed name
+    std::filesystem::path folder;    // the listed folder; empty before the first
+    std::vector<std::string> names;  // the list: folders, with a slash at the end, then scenes and looks
+    std::string typed;               // content of the field: a name of the list or any path
+    std::string shown;               // name that the list is scrolled to
+    std::string mistake;             // why the typed file was not opened
+    bool wants_focus = false;        // focus the field
 };
 
-/// What panels keep between frames.
+/// State that panels keep between frames.
 struct PanelMemory {
     // Parameters.
     std::string search;
     bool wants_search = false;  // focus the search field
     bool wants_value = false;   // focus the first value
-    std::string help_target;    // of scripts, that the help is about
+    std::string help_target;    // target of the line that the help describes
     std::string help_title;
     std::string help;
-    std::set<std::string> used_idle;  // parameters without effect that say what they need
+    std::set<std::string> used_idle;  // parameters without effect that were used: they show what they need
     uint64_t states_revision = 0;
     const SceneFacts* states_facts = nullptr;
     std::string states_container;
     std::vector<ParameterStates> states;
-    std::set<std::string> written_keys;  // of the container
+    std::set<std::string> written_keys;  // keys of the container's table
     // Picture.
     Backdrop backdrop = Backdrop::kScene;
     std::array<float, 3> backdrop_color = {0.25f, 0.3f, 0.38f};
     bool safe_areas = false;
-    float pivot_distance = 0;   // of the orbit, from the camera; 0: not chosen yet
+    float pivot_distance = 0;   // from the camera to the centre of the orbit; 0: not chosen yet
     float zoom = 1;             // of the picture on screen
-    std::string backdrop_file;  // of the backdrop kPicture
+    std::string backdrop_file;  // for Backdrop::kPicture
     // Keyboard.
-    std::optional<bool> shows_numbers;  // the column of numbers and warnings; none: where there is room
+    std::optional<bool> shows_numbers;  // the column of numbers and warnings; none: shown if the window is wide enough
     bool keys_navigate = false;         // F6 chose a panel
-    size_t key_panel = 0;               // that had the keyboard last
-    // Windows over the others.
+    size_t key_panel = 0;               // the panel that F6 chose last
+    // Dialog windows.
     bool shows_keys = false;
     bool shows_open = false;
     OpenChoice open;
     bool shows_save_as = false;
-    int shown_failed_saves = 0;  // of the studio's
-    std::string save_mistake;    // why saving failed, while the window is open for it
-    bool saves_look = false;     // instead of the document
+    int shown_failed_saves = 0;  // value of Studio::failed_saves that the panels have handled
+    std::string save_mistake;    // why saving failed, if that opened the window
+    bool saves_look = false;     // saves a look, not the document
     std::string save_as;
-    bool wants_save_name = false;            // focus it
-    std::filesystem::path asked_to_replace;  // the file that Enter was pressed for: the next one replaces it
+    bool wants_save_name = false;            // focus the file name
+    std::filesystem::path asked_to_replace;  // existing file that Enter was pressed for; Enter again replaces it
     std::string purpose;                     // of the look
     bool shows_export = false;
     bool exports_still = false;
@@ -86,22 +86,23 @@ struct PanelFrame {
     Targets& targets;
 };
 
-/// A part of the window, pixels.
+/// A part of the window, in pixels.
 struct Area {
     float x, y, width, height;
 };
 
-/// Begins a panel that fills an area. End with ImGui::End().
+/// Begins a panel that fills an area. End it with ImGui::End().
 void begin_panel(const char* name, const Area& area, bool scrolls = true);
 
-/// The folder to propose for a new file: that of the document's file, or the current one when it has none or cannot be
-/// written to.
+/// The proposed folder for a new file: the folder of the document's file, or the current folder if the document has no
+/// file or its folder is not writable.
 std::filesystem::path folder_for_files(const Document& document);
 
-/// The path that a text means: from `folder`, or from the user's home behind "~/".
+/// The path of a typed text: relative to `folder`, or to the user's home after "~/".
 std::filesystem::path typed_path(const std::string& text, const std::filesystem::path& folder);
 
-/// After an item that changes one thing by dragging or typing: begins and ends its step of undo.
+/// Makes all changes of the last item one step of undo, from the start of a drag or typing to its end. Call it after
+/// the item.
 void bracket_change(PanelFrame& frame, const std::string& label);
 
 void top_bar(PanelFrame& frame, const Area& area);
@@ -114,34 +115,35 @@ void open_window(PanelFrame& frame);
 void save_as_window(PanelFrame& frame);
 void export_window(PanelFrame& frame);
 
-/// Whether the column of numbers and warnings is shown in a window of a width in pixels.
+/// Whether the column of numbers and warnings is shown in a window that is `width` pixels wide.
 bool shows_numbers(const PanelMemory& memory, float width);
 
-/// Whether arrows, Tab, Space and Enter work in ImGui's windows: in a panel that F6 chose, the gallery and popups.
+/// Whether ImGui takes arrows, Tab, Space and Enter: in a panel that F6 chose, in the gallery and in popups.
 bool keys_navigate(const Studio& studio, const PanelMemory& memory);
 
-/// Commands of the keys that were pressed in this frame. Call it before the panels.
+/// Adds the commands of the keys that were pressed in this frame. Call it before the panels.
 void take_keys(PanelFrame& frame);
 
 struct ToolButton {
-    bool is_on = false;  // in the accent's colour
+    bool is_on = false;  // drawn in the accent colour
     bool enabled = true;
-    float width = 0;  // pixels; 0: the label's
+    float width = 0;  // pixels; 0: fits the label
 };
 
-/// A button in a row of them; one that does not fit begins another row. tip: what it does. True when it is pressed.
+/// A button in a row of buttons. Begins a new row if the button does not fit. tip: what the button does. True when it
+/// is pressed.
 bool tool_button(PanelFrame& frame, const char* label, const std::string& tip, const ToolButton& button = {});
 
-/// The button that does what a window is for.
+/// The main button of a dialog window.
 bool main_button(const char* label);
 
 /// A wider gap before the next button of a row.
 void tool_gap();
 
-/// The width of a button with this label, pixels.
+/// The width of a button with this label, in pixels.
 float button_width(const char* label);
 
-/// Text on one line of a width in pixels; "…" replaces what does not fit.
+/// Draws text on one line of `width` pixels. "…" replaces the part that does not fit.
 void fitted_text(const std::string& text, float width, ImU32 color);
 
 }  // namespace tovu

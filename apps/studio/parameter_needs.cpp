@@ -17,7 +17,7 @@ struct Search {
     const ParameterInfo& of;
     const NotedPlugin& noted;
     bool attached;
-    IndexedValues values;  // as they would be with the needs that were found
+    IndexedValues values;  // with the changes of `needs`
     std::vector<Need> needs;
 };
 
@@ -55,7 +55,8 @@ bool holds(const Search& search, const stage::ValueTest& test) {
                        [&](const ParameterValue& wanted) { return are_equal(wanted, value); });
 }
 
-// How many tests fail. Values can be changed at once; another plug-in has to be written into the scene.
+// The cost of fulfilling a condition: the number of failing tests. A missing plug-in costs more than any number of
+// tests, since values are easy to change, but another plug-in must be added to the scene.
 int64_t lacking(const Search& search, const stage::Condition& condition) {
     constexpr int64_t kAnotherPlugin = 1000;  // more than the tests of any condition
     const int64_t failing = std::count_if(condition.tests.begin(), condition.tests.end(),
@@ -63,7 +64,7 @@ int64_t lacking(const Search& search, const stage::Condition& condition) {
     return failing + (condition.attached && !search.attached ? kAnotherPlugin : 0);
 }
 
-// The condition that lacks least; null for none.
+// The condition with the lowest cost; null if there are no conditions.
 const stage::Condition* nearest(const Search& search, const stage::Conditions& conditions) {
     const auto found = std::min_element(conditions.begin(), conditions.end(), [&](const auto& a, const auto& b) {
         return lacking(search, a) < lacking(search, b);
@@ -107,7 +108,8 @@ void want_set(Search& search, const std::string& parameter) {
     if (!holds(search, test)) want(search, test);
 }
 
-// A panel that turns on an image gives it a size of its own: the size that replaces it is another thing's.
+// Needs a size for an image: the first pair of sizes in the notes. If no other change is needed, any pair is enough. If
+// other changes turn the image on, only the first pair is, since the other pairs then hold the size of something else.
 void want_extent(Search& search, const ParameterNotes& notes) {
     const auto has_extent = [&](const stage::ParameterPair& pair) {
         return is_set(value_of(search, info_of(search, pair[0]))) && is_set(value_of(search, info_of(search, pair[1])));

@@ -1,4 +1,4 @@
-// The parameters of the selected container, whatever plug-in it carries.
+// The parameters of the selected container, for any plug-in.
 #include <algorithm>
 #include <utility>
 
@@ -28,7 +28,7 @@ bool is_on(const Row& row, const std::string& parameter) {
     return false;
 }
 
-// What a lock that is on keeps alike with this parameter.
+// The parameters that a lock keeps equal to this one while the lock is on.
 std::vector<std::string> bound_to(const Row& row) {
     std::vector<std::string> bound;
     const std::string& name = row.info().name;
@@ -45,7 +45,8 @@ void set(const Row& row, const stage::ParameterValue& value) {
         row.frame.commands.push_back(SetParameter{row.container.name, bound, value, row.change()});
 }
 
-// Sets all that the parameter needs, as one step of undo, and goes to what the designer has to choose.
+// Sets all values that the parameter needs, as one step of undo, and shows the first one that the designer has to
+// choose.
 void turn_on(const Row& row) {
     Commands& commands = row.frame.commands;
     commands.push_back(BeginChange{"turn on " + row.change()});
@@ -59,7 +60,8 @@ void turn_on(const Row& row) {
         commands.push_back(ShowParameter{row.container.name, to_choose->info->name});
 }
 
-// A parameter that has no effect says so where that matters: when it is changed, searched for or used.
+// Whether the needs are shown below the line. For a parameter without effect, only if it is changed, searched for or
+// used.
 bool explains_needs(const Row& row) {
     const Needs& needs = row.parameter.needs;
     const PanelMemory& memory = row.frame.memory;
@@ -148,7 +150,7 @@ void search_line(PanelFrame& frame, const ContainerFacts& container) {
     mark(frame.targets, "reset all");
 }
 
-// Whether any line was shown.
+// Shows the groups. Returns whether any line was shown.
 bool show_parameter_groups(PanelFrame& frame, const ContainerFacts& container) {
     bool any = false;
     for (const ParameterStates& group : frame.memory.states) {
@@ -165,7 +167,8 @@ bool show_parameter_groups(PanelFrame& frame, const ContainerFacts& container) {
     return any;
 }
 
-// What the plug-in registers beside its parameters. Whether there is any of it.
+// Shows the other things that the plug-in registers: name, information texts, buttons. Returns whether anything was
+// shown.
 bool show_plugin(PanelFrame& frame, const ContainerFacts& container) {
     const stage::Plugin& plugin = container.noted->plugin;
     const bool has_match =
@@ -212,7 +215,7 @@ void show_foot(PanelFrame& frame, float height) {
     ImGui::PopStyleColor();
 }
 
-// A search must not hide a parameter that another panel shows.
+// Clears the search when another panel shows a parameter, since the search might hide it.
 void end_search_for_shown(PanelFrame& frame) {
     if (frame.studio.shown_countdown == kShownFrames) frame.memory.search.clear();
 }
@@ -225,7 +228,7 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     if (container == nullptr || !frame.studio.document) {
         const bool is_loading =
             frame.studio.scene && frame.studio.report.failed_scene != frame.studio.orders.scene_number;
-        ImGui::TextDisabled("%s", is_loading ? "loading …" : "nothing here has parameters");
+        ImGui::TextDisabled("%s", is_loading ? "Loading …" : "Nothing here has parameters");
         ImGui::End();
         return;
     }
@@ -233,7 +236,7 @@ void parameter_panel(PanelFrame& frame, const Area& area) {
     end_search_for_shown(frame);
     choose_container(frame, *container);
     search_line(frame, *container);
-    // In a low panel the values come first.
+    // In a low panel the help becomes smaller to leave room for the values.
     const float line = ImGui::GetFontSize();
     const float help_height = std::clamp(area.height - 14.0f * line, 2.5f * line, 10.0f * line);
     ImGui::BeginChild("list", {0, -help_height - ImGui::GetStyle().ItemSpacing.y}, false,

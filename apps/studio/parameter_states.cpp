@@ -22,7 +22,7 @@ ParameterValue as_shown(const stage::ParameterInfo& info, const ParameterValue& 
     return value;
 }
 
-// Whether another plug-in names this container: it may work on its particles.
+// Whether a parameter of another plug-in names this container. That plug-in may work on the container's particles.
 bool is_attached(const SceneFacts& facts, const ContainerFacts& container) {
     for (const ContainerFacts& other : facts.containers) {
         if (!other.noted || &other == &container) continue;
@@ -40,7 +40,7 @@ std::string lower(std::string text) {
     return text;
 }
 
-// "0 to 100; default 40. Unit: %." Limits that are far away count as none. Empty for texts.
+// "0 to 100; default 40. Unit: %." Leaves out limits from 9e5 on. Empty for parameters that are not numbers.
 std::string range_text(const stage::ParameterInfo& info, const std::string& unit) {
     constexpr double kFar = 9e5;
     if (info.kind != ParameterKind::kInt && info.kind != ParameterKind::kFloat) return "";
@@ -51,7 +51,7 @@ std::string range_text(const stage::ParameterInfo& info, const std::string& unit
                        unit.empty() ? "" : " Unit: " + unit + ".");
 }
 
-// Names of parameters become their labels. Those that are one word may be meant as a word.
+// Replaces parameter names by their labels. Names without an underscore stay, since they may be plain words.
 std::string with_labels(const std::string& text, const stage::Plugin& plugin) {
     const auto is_of_name = [](char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0; };
     std::string shown;

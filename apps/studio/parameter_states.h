@@ -1,4 +1,5 @@
-// A container's parameters as a panel shows them: grouped, with their values, and what one needs to have an effect.
+// A container's parameters as the panel shows them: groups, values, and the changes that a parameter needs to have an
+// effect.
 #pragma once
 
 #include <map>
@@ -12,37 +13,37 @@ namespace tovu {
 
 struct ParameterState {
     const stage::ParameterInfo* info;
-    const stage::ParameterNotes* notes;  // null for none
-    stage::ParameterValue value;         // of a Radio the choice's text
-    bool is_written = false;             // the document gives it
-    Needs needs;                         // before it has an effect
+    const stage::ParameterNotes* notes;  // null if the plug-in has no notes about the parameter
+    stage::ParameterValue value;         // for a Radio, the text of the choice
+    bool is_written = false;             // the document sets the value
+    Needs needs;                         // changes that give it an effect
 };
 
 struct ParameterStates {
-    std::string name;  // of the group; empty for parameters of none
+    std::string name;  // of the group; empty for parameters without a group
     std::vector<ParameterState> parameters;
 };
 
-/// container: carries a plug-in. written: what the document gives to it; it holds before the facts, which are those of
-/// the scene that was built last.
+/// container: must have a plug-in. written: the values that the document sets; they take precedence over the facts,
+/// which describe the scene that was built last.
 std::vector<ParameterStates> parameter_states(const SceneFacts& facts, const ContainerFacts& container,
                                               const std::map<std::string, stage::ParameterValue>& written);
 
-/// Whether a search text occurs in a text; upper and lower case count alike. An empty one does.
+/// Whether a text contains a search text, in upper or lower case. True for an empty search text.
 bool has_words(const std::string& text, const std::string& search);
 
-/// Whether a search text occurs in the name, the label or the sentences, as has_words.
+/// Whether the name, the label or the sentences of a parameter contain a search text, as has_words.
 bool matches_search(const ParameterState& parameter, const std::string& search);
 
-/// What the parameter needs before it has an effect: "No effect now, needs: Spawn Type Sphere." Empty when it has one.
+/// The needs as a sentence: "No effect now, needs: Spawn Type Sphere." Empty if the parameter has an effect.
 std::string needs_text(const ParameterState& parameter);
 
-/// The sentence, what it needs, range and default, what else the notes say and its name, a line each. Parameters have
-/// their labels in it.
+/// The help for a parameter, one line for each: its sentence, its needs, range and default, other notes, its name. The
+/// text uses labels for parameter names.
 std::string help_text(const ParameterState& parameter, const stage::Plugin& plugin);
 
-/// The unit as it stands behind a number, with a space where it belongs: " %", "°", " units/s". Empty for one that
-/// begins with a number.
+/// The unit to append to a number, with a leading space if needed: " %", "°", " units/s". Empty if the unit begins with
+/// a digit.
 std::string short_unit(const ParameterState& parameter);
 
 }  // namespace tovu

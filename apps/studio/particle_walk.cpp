@@ -55,7 +55,7 @@ void count_particles(const stage::Instance& instance, const ParticlePlaces& plac
         ++counts.alive;
         const float part = value_at<float>(record + places.age) / value_at<float>(record + places.life);
         const float bin = part * static_cast<float>(kLifeBins);
-        const bool inside = bin >= 0.0f && bin < static_cast<float>(kLifeBins);  // false for no number
+        const bool inside = bin >= 0.0f && bin < static_cast<float>(kLifeBins);  // false for NaN
         ++counts.by_life[inside ? static_cast<size_t>(bin) : kLifeBins - 1];
     }
 }

@@ -22,7 +22,7 @@ ImTextureID id_of(const stage::Texture& texture) {
     return reinterpret_cast<ImTextureID>(static_cast<uintptr_t>(texture.number()));
 }
 
-// The picture in the middle of an area, as large as fits.
+// The largest area with the picture's aspect ratio, centred in `area`.
 Area fit(const Area& area, const std::array<int32_t, 2>& size) {
     const auto width = static_cast<float>(size[0]), height = static_cast<float>(size[1]);
     const float factor = std::min(area.width / width, area.height / height);
@@ -54,7 +54,8 @@ void draw_backdrop(PanelFrame& frame, const ShownPictures& pictures, ImDrawList*
         list->AddImage(id_of(pictures.backdrop), low, high, {0, 1}, {1, 0});
 }
 
-// Reads the picture behind when its name has changed. A name that is still being typed shows no picture.
+// Reads the backdrop picture if its name has changed. Shows none if the name, which may be incomplete, is not a
+// picture.
 void follow_backdrop(const PanelMemory& memory, ShownPictures& pictures) {
     if (memory.backdrop != Backdrop::kPicture || pictures.backdrop_file == memory.backdrop_file) return;
     pictures.backdrop_file = memory.backdrop_file;
@@ -87,7 +88,8 @@ void draw_boxes(const DrawnFrame& drawn, ImDrawList* list, const Area& area) {
     }
 }
 
-// Orbit with the left button, shift with the middle one or with Shift, zoom with the wheel.
+// Moves the camera by the mouse: orbit with the left button, shift with the middle button or Shift, zoom with the
+// wheel.
 void move_camera(PanelFrame& frame, const Area& area) {
     const ImGuiIO& io = ImGui::GetIO();
     const stage::CameraDescription& described = frame.studio.scene->camera;
@@ -113,7 +115,7 @@ std::string triple_text(const Vector3& v) {
     return fmt::format("[{:.6g}, {:.6g}, {:.6g}]", v.x, v.y, v.z);
 }
 
-// Writes the view's camera into the scene.
+// The command that writes the view's camera into the scene.
 SetKeys camera_keys(const stage::Camera& camera, const stage::CameraDescription& described, float distance) {
     SetKeys keys{"camera", {{{{"camera"}, {"position"}}, triple_text(camera.position)}}};
     if (described.look_at) {
@@ -149,7 +151,7 @@ void choose_backdrop(PanelFrame& frame) {
     }
 }
 
-// While the warnings are hidden, the button that shows them counts them.
+// The button for the column of numbers and warnings. While the column is hidden, the label has the number of warnings.
 void numbers_button(PanelFrame& frame) {
     const bool shown = shows_numbers(frame.memory, ImGui::GetIO().DisplaySize.x);
     const auto& facts = frame.studio.report.facts;

@@ -1,4 +1,4 @@
-// The picture, and how it is looked at.
+// The panel with the picture and its view tools.
 #pragma once
 
 #include "panels.h"
@@ -6,18 +6,18 @@
 
 namespace tovu {
 
-/// What is shown in the window besides type and lines. Belongs to the window's OpenGL context.
+/// The textures of the panel. They belong to the window's OpenGL context.
 struct ShownPictures {
     stage::Texture frame;
-    std::shared_ptr<const DrawnFrame> in_frame;  // the one that `frame` holds
+    std::shared_ptr<const DrawnFrame> in_frame;  // the picture in `frame`
     stage::Texture backdrop;
-    std::filesystem::path backdrop_file;  // that `backdrop` holds
+    std::filesystem::path backdrop_file;  // the file in `backdrop`
 };
 
-/// Uploads a new frame, if there is one.
+/// Uploads the picture if it is new.
 stage::Result<stage::Done> follow_frame(ShownPictures& pictures, const Studio& studio);
 
-/// bare: the picture alone, without tools.
+/// Draws the panel. bare: only the picture, without tools.
 void picture_panel(PanelFrame& frame, ShownPictures& pictures, const Area& area, bool bare);
 
 }  // namespace tovu

@@ -120,7 +120,7 @@ std::vector<ParticleCounts> particles_of(const PlayRun& play) {
     return all;
 }
 
-// False for a point beside or behind the camera.
+// Projects a point into the picture. False for a point beside or behind the camera.
 bool to_picture(const stage::Matrix& matrix, const std::array<float, 3>& point, std::array<float, 2>& out) {
     std::array<float, 4> clip{};
     for (size_t row = 0; row < 4; ++row)
@@ -153,7 +153,7 @@ std::vector<ShownBox> boxes_of(const stage::BuiltScene& built) {
     return boxes;
 }
 
-// The parameters that turn on the aids of a plug-in, set without its knowing while this exists.
+// Turns on the parameters that show design aids, and restores them in the destructor. Does not notify the plug-in.
 class ShownAids {
   public:
     ShownAids(PlayRun& play, bool shown) : built_(play.run.built) {

@@ -18,13 +18,13 @@ using Seconds = std::chrono::duration<double>;
 using stage::Done;
 using stage::Result;
 
-constexpr auto kSlice = std::chrono::milliseconds(20);  // of work between two looks at the orders
+constexpr auto kSlice = std::chrono::milliseconds(20);  // of work between two checks of the orders
 constexpr int kSteppedSlice = 20;                       // frames in a slice of a stepped clock
-constexpr auto kPatience = std::chrono::seconds(1);     // a seek that takes longer gives way to a newer scene
-constexpr double kMostLateSeconds = 0.25;               // more is not made up: the clock is set back
+constexpr auto kPatience = std::chrono::seconds(1);     // a longer seek is stopped by a newer scene
+constexpr double kMostLateSeconds = 0.25;               // a longer delay is dropped: the clock is set back
 constexpr auto kIdleWait = std::chrono::milliseconds(50);
 
-// Frames and pictures of about the last second.
+// Frames or pictures per second, measured over periods of at least half a second.
 struct Rate {
     Clock::time_point start;
     int count = 0;
@@ -45,35 +45,35 @@ struct PlayerThread {
     PlayClock clock = PlayClock::kReal;
     std::mutex mutex;
     std::condition_variable changed;
-    // Shared, under the mutex.
+    // Shared by both threads, protected by the mutex.
     PlayOrders ordered;
     std::vector<ThumbnailOrder> thumbnails;
     PlayReport reported;
     bool quit = false;
-    PlayOrders orders;               // newest that the thread has taken; only it writes them
-    bool draws_thumbnail = false;    // there was nothing else to do
-    Clock::time_point ordered_time;  // of a stepped clock: until when the thread may work
-    Clock::time_point worked_time;   // and until when it has
+    PlayOrders orders;               // copy of `ordered` that the thread follows; only the thread writes it
+    bool draws_thumbnail = false;    // the thread has no other work
+    Clock::time_point ordered_time;  // of a stepped clock: the time that the thread may work to
+    Clock::time_point worked_time;   // of a stepped clock: the time that the thread has worked to
     std::condition_variable has_worked;
-    // Of the thread alone.
-    Clock::time_point stepped_time;  // of the work that is done now
+    // Used only by the thread.
+    Clock::time_point stepped_time;  // present time of a stepped clock
     std::optional<PlayRun> play;
     std::optional<stage::SceneCanvas> canvas;
-    int64_t played_scene = 0;  // also of one that failed
+    int64_t played_scene = 0;  // number of the latest scene, also if it failed
     int64_t done_seek = 0;
     int64_t done_cancel = 0;
     int64_t done_press = 0;
-    std::optional<int64_t> target;  // of the seek that is under way
+    std::optional<int64_t> target;  // frame that a running seek leads to
     Clock::time_point seek_start;
     int64_t seek_from = 0;
     bool must_draw = false;
     ViewOrders drawn_view;
-    Clock::time_point pace_start;  // frame `pace_frame` was due then
+    Clock::time_point pace_start;  // time at which `pace_frame` was due
     int64_t pace_frame = 0;
     bool paced = false;  // playing since pace_start
     double paced_speed = 1.0;
     Rate shown, run;
-    std::thread thread;  // last: it uses the others
+    std::thread thread;  // last, since it uses the other members
 };
 
 namespace {
@@ -82,7 +82,7 @@ Clock::time_point now(const PlayerThread& player) {
     return player.clock == PlayClock::kReal ? Clock::now() : player.stepped_time;
 }
 
-// Orders that do not wait until the present work is done. Call under the mutex.
+// Whether new orders interrupt the present work. Call with the mutex locked.
 bool has_new_orders(const PlayerThread& player) {
     const PlayOrders &ordered = player.ordered, &taken = player.orders;
     return player.quit || ordered.scene_number != taken.scene_number || ordered.seek_number != taken.seek_number ||
@@ -96,14 +96,14 @@ void report_failure(PlayerThread& player, const std::string& message) {
     player.reported.seeking = false;
 }
 
-// After a failure in the run itself.
+// Ends the run after it failed.
 void fail(PlayerThread& player, const std::string& message) {
     player.play.reset();
     player.target.reset();
     report_failure(player, message);
 }
 
-// The scene that was played before stays on screen when this one cannot be built.
+// Builds the ordered scene and begins a seek to `frame`. If that fails, the previous scene stays on screen.
 void build(PlayerThread& player, int64_t frame) {
     player.played_scene = player.orders.scene_number;
     player.paced = false;
@@ -131,7 +131,7 @@ int64_t last_frame(const PlayerThread& player) {
     return stage::frame_count(player.play->run.built.description) - 1;
 }
 
-// A frame before the one that was run needs a new run.
+// Begins a seek. A frame before the current one needs a new run.
 void seek(PlayerThread& player, int64_t frame) {
     player.seek_start = now(player);
     if (!player.play || frame < current_frame(*player.play)) return build(player, frame);
@@ -207,7 +207,7 @@ void set_at_end(PlayerThread& player, bool at_end) {
     player.reported.at_end = at_end;
 }
 
-// Runs the frames that are due. Returns when the next one is due.
+// Runs the frames that are due. Returns the time at which the next frame is due.
 Clock::time_point play_on(PlayerThread& player) {
     const Clock::time_point start = now(player);
     const FrameRange range = played_range(player);
@@ -237,7 +237,7 @@ Clock::time_point play_on(PlayerThread& player) {
         player.must_draw = true;
     }
     const int64_t late = due - current_frame(*player.play);
-    if (late > 0) player.paced = false;  // simulation is too slow: go on from here
+    if (late > 0) player.paced = false;  // the simulation is too slow: drop the delay
     const double next = static_cast<double>(current_frame(*player.play) + 1 - player.pace_frame) / rate;
     return player.pace_start + std::chrono::duration_cast<Clock::duration>(Seconds(next));
 }
@@ -247,7 +247,7 @@ Framing framing_of(const stage::SceneDescription& scene, const std::string& smok
     return framing ? *framing : Framing();
 }
 
-// The scene is ordered again with its framing.
+// Reports the framing of the ordered scene. The studio then orders the scene again with this framing.
 void measure(PlayerThread& player) {
     player.played_scene = player.orders.scene_number;
     const Framing framing = framing_of(*player.orders.scene, player.smoke_plugin);
@@ -256,7 +256,7 @@ void measure(PlayerThread& player) {
     player.reported.framed_scene = player.played_scene;
 }
 
-// Null when newer orders came meanwhile.
+// Draws a small picture. None if newer orders interrupted the work.
 std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const ThumbnailOrder& order) {
     stage::SceneDescription scene = *order.scene;
     if (order.measures_framing) {
@@ -278,7 +278,7 @@ std::optional<Result<stage::Picture>> draw_thumbnail(PlayerThread& player, const
     return std::move(drawn->picture);
 }
 
-// False when none is ordered.
+// Draws the first ordered thumbnail. False if none is ordered.
 bool work_on_thumbnail(PlayerThread& player) {
     ThumbnailOrder order;
     {
@@ -297,7 +297,7 @@ bool work_on_thumbnail(PlayerThread& player) {
     return true;
 }
 
-// The picture is drawn again, with what the press changed.
+// Presses the ordered button and draws the picture again.
 void press(PlayerThread& player) {
     player.done_press = player.orders.press.number;
     const Result<Done> done = press_in_run(*player.play, player.orders.press.container, player.orders.press.button);
@@ -307,8 +307,8 @@ void press(PlayerThread& player) {
     player.reported.facts = player.play->facts;
 }
 
-// A scene that differs from the played one is played from the frame that is shown, another seek's frame, or from 0 when
-// nothing was shown before.
+// A new scene is played from the frame of a new seek if there is one, else from the shown frame, or from 0 if no scene
+// was shown.
 void follow_orders(PlayerThread& player) {
     const PlayOrders& orders = player.orders;
     const bool new_seek = orders.seek_number != player.done_seek;
@@ -337,7 +337,8 @@ void follow_orders(PlayerThread& player) {
     if (player.play && orders.view != player.drawn_view) player.must_draw = true;
 }
 
-// Takes the newest orders, at `wake` at the latest or, with a stepped clock, at its next step. False: the thread ends.
+// Waits for new orders until `wake`, or with a stepped clock until its next step, and copies the newest orders. False
+// if the thread must end.
 bool wait_for_orders(PlayerThread& player, Clock::time_point wake) {
     std::unique_lock lock(player.mutex);
     if (player.clock == PlayClock::kReal) {
@@ -377,7 +378,7 @@ Player::Player(std::string smoke_plugin, PlayClock clock) : thread_(std::make_un
     thread_->thread = std::thread([&player] {
         work(player);
         player.play.reset();
-        player.canvas.reset();  // in the thread that its context belongs to
+        player.canvas.reset();  // destroyed here, since its context belongs to this thread
     });
 }
 

@@ -1,4 +1,4 @@
-// Plays scenes in a thread of its own: the window stays responsive however long a frame takes to draw.
+// Plays scenes in a separate thread, so that the window stays responsive while slow frames are drawn.
 #pragma once
 
 #include <memory>
@@ -14,64 +14,64 @@ struct FrameRange {
     int64_t last = 0;
 };
 
-/// A plug-in's button to be pressed in the run.
+/// A press of a plug-in's button in the run.
 struct PressOrder {
-    int64_t number = 0;  // greater for another press
+    int64_t number = 0;  // increase for each press
     std::string container;
     std::string button;
 };
 
-/// What the player should do. It always works toward the newest orders, so that orders in between may be skipped.
+/// Orders to the player. The player follows the newest orders and may skip older ones.
 struct PlayOrders {
-    int64_t scene_number = 0;                              // greater for another scene
+    int64_t scene_number = 0;                              // increase for each new scene
     std::shared_ptr<const stage::SceneDescription> scene;  // null: none
-    bool measures_framing = false;                         // of the scene, instead of playing it
+    bool measures_framing = false;                         // measure the scene's framing, do not play it
     bool playing = false;
-    double speed = 1.0;  // of the clock; the time step of a frame stays
+    double speed = 1.0;  // factor on the clock; the time step of a frame does not change
     bool loop = true;
-    FrameRange range;         // that is looped
-    int64_t seek_number = 0;  // greater for another seek
+    FrameRange range;         // of the loop
+    int64_t seek_number = 0;  // increase for each seek
     int64_t seek_frame = 0;
-    int64_t cancel_number = 0;  // greater: stop a seek where it is
-    PressOrder press;           // waits until a seek has ended
+    int64_t cancel_number = 0;  // increase to stop a seek at the frame it has reached
+    PressOrder press;           // carried out after a seek has ended
     ViewOrders view;
 };
 
-/// A small picture of a scene for a gallery.
+/// An order for a small picture of a scene.
 struct ThumbnailOrder {
-    std::string name;                                      // that its picture comes with
-    std::shared_ptr<const stage::SceneDescription> scene;  // of the size to draw
+    std::string name;                                      // returned with the picture
+    std::shared_ptr<const stage::SceneDescription> scene;  // its size is the size of the picture
     int64_t frame = 0;
-    bool measures_framing = false;  // to be drawn with it
+    bool measures_framing = false;  // measure the framing and use it for the picture
 };
 struct Thumbnail {
     std::string name;
     stage::Result<stage::Picture> picture;
 };
 
-/// What has happened since the report before.
+/// The state of the player, and the results since the previous report.
 struct PlayReport {
-    std::shared_ptr<const DrawnFrame> drawn;  // newest; null before the first
-    std::shared_ptr<const SceneFacts> facts;  // of the scene that is shown; null before the first
-    std::vector<FrameNumbers> numbers;        // of the pictures since the report before
-    int64_t frame = 0;                        // that is shown
-    int64_t drawn_scene = 0;                  // number of the scene that is shown
-    int64_t done_seek = 0;                    // number of the last seek that was begun
-    int64_t framed_scene = 0;                 // number of the last scene whose framing was measured
-    Framing framing;                          // of it; the default one when nothing could be measured
-    int64_t failed_scene = 0;                 // number of the last scene that cannot be played
-    std::string error;                        // of it, a line for each mistake
+    std::shared_ptr<const DrawnFrame> drawn;  // newest picture; null before the first
+    std::shared_ptr<const SceneFacts> facts;  // of the shown scene; null before the first
+    std::vector<FrameNumbers> numbers;        // of all pictures since the previous report
+    int64_t frame = 0;                        // number of the shown frame
+    int64_t drawn_scene = 0;                  // number of the shown scene
+    int64_t done_seek = 0;                    // number of the latest seek that has begun
+    int64_t framed_scene = 0;                 // number of the latest scene whose framing was measured
+    Framing framing;                          // of framed_scene; the default framing if the measurement failed
+    int64_t failed_scene = 0;                 // number of the latest scene that cannot be played
+    std::string error;                        // of failed_scene, a line for each mistake
     bool seeking = false;
-    float seek_share = 0.0f;      // 0 to 1, of the frames to run
-    double seek_seconds = 0.0;    // how long it has taken until now
-    double last_seek_ms = 0.0;    // of the last one that ended, building included
+    float seek_share = 0.0f;      // progress of the seek, 0 to 1
+    double seek_seconds = 0.0;    // duration of the seek until now
+    double last_seek_ms = 0.0;    // duration of the latest finished seek, including building
     double shown_per_second = 0;  // pictures, while playing
     double run_per_second = 0;    // frames, while playing
     bool at_end = false;          // the end of the scene was reached without a loop
     std::vector<Thumbnail> thumbnails;
 };
 
-/// kStepped: time passes only as `Player::advance` says, so that a run is the same on any machine under any load.
+/// kStepped: time passes only in Player::advance, so that a run gives the same result on any machine under any load.
 enum class PlayClock { kReal, kStepped };
 
 struct PlayerThread;
@@ -86,10 +86,10 @@ class Player {
     ~Player();
 
     void order(const PlayOrders& orders);
-    /// The first one is drawn when there is nothing to play or to seek.
+    /// Replaces the orders for small pictures. They are drawn in order while there is nothing to play or seek.
     void order_thumbnails(std::vector<ThumbnailOrder> orders);
     PlayReport report();
-    /// Adds `seconds`, 0 or more, to a stepped clock. Returns once the player has done what the orders want by then.
+    /// Adds `seconds`, 0 or more, to a stepped clock. Returns after the player has done all work that is due by then.
     void advance(double seconds);
 
   private:
