@@ -1,26 +1,26 @@
-// What a key does as well as a button.
+// Actions that keys and buttons share.
 #pragma once
 
 #include "panels.h"
 
 namespace tovu {
 
-/// The frame that is shown, at least 0.
+/// The number of the shown frame, at least 0.
 int64_t shown_frame(const PanelFrame& frame);
 
-/// Saves the document, or asks for a name when it has none.
+/// Saves the document, or opens "Save as" if the document has no file.
 void save(PanelFrame& frame);
 
 /// Turns one of the view's switches on or off.
 void toggle_view(PanelFrame& frame, bool ViewOrders::*field);
 
-/// Looks through the scene's camera again.
+/// Returns the view to the scene's camera.
 void take_scene_camera(PanelFrame& frame);
 
 /// Turns the loop on or off.
 void toggle_loop(PanelFrame& frame);
 
-/// Loops from, or to, the frame that is shown.
+/// Begins or ends the looped range at the shown frame, and turns the loop on.
 void begin_range(PanelFrame& frame);
 void end_range(PanelFrame& frame);
 

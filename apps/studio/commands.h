@@ -1,4 +1,4 @@
-// What panels and keys ask for. Panels read the state and return commands; studio.cpp carries them out.
+// Commands from panels and keys to the studio. studio.cpp carries them out.
 #pragma once
 
 #include <filesystem>
@@ -39,30 +39,30 @@ struct SetParameter {
     std::string container;
     std::string parameter;
     stage::ParameterValue value;
-    std::string label;  // of the step of undo
+    std::string label;  // names the step of undo
 };
 struct ResetParameter {
     std::string container;
     std::string parameter;
-    std::string label;  // of the step of undo
+    std::string label;  // names the step of undo
 };
 struct ResetParameters {
     std::string container;
 };
 struct SetContainerKey {
     std::string container;
-    std::string key;    // of its table: "blend"
+    std::string key;    // in the container's table: "blend"
     std::string value;  // TOML on one line; empty: remove the key
 };
-struct PressButton {  // of a plug-in, in the run that is on screen
+struct PressButton {  // presses a button of a plug-in in the shown run
     std::string container;
     std::string button;
 };
-struct SetKeys {  // of the scene, as one step of undo
+struct SetKeys {  // sets keys of the scene as one step of undo
     std::string label;
     std::vector<std::pair<KeyPath, std::string>> values;  // TOML on one line; empty: remove the key
 };
-struct BeginChange {  // until EndChange all edits are one step of undo
+struct BeginChange {  // all edits until EndChange are one step of undo
     std::string label;
 };
 struct EndChange {};
@@ -83,9 +83,9 @@ struct SaveAs {
 struct SaveLook {
     LookToSave look;
 };
-struct StartExport {  // of the shown text; a running one ends
+struct StartExport {  // exports the shown text; cancels a running export
     std::filesystem::path output;
-    std::optional<int64_t> frame;  // only this one
+    std::optional<int64_t> frame;  // the frame of a still; none: all frames
 };
 struct CancelExport {};
 

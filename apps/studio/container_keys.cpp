@@ -24,16 +24,16 @@ struct Field {
 };
 
 struct ContainerKey {
-    const char* key;  // in the container's table
+    const char* key;  // name in the container's table
     const char* label;
     const char* sentence;
-    std::optional<TrackProperty> property;  // that a track can set instead
-    bool is_for_smoke;                      // shows only where particles are drawn
+    std::optional<TrackProperty> property;  // a track of this property overrides the key
+    bool is_for_smoke;                      // shown only for containers that draw particles
     bool takes_width;
     Edited (*field)(const Field& field);
 };
 
-// Several names are several textures.
+// Several textures are shown and typed as names separated by commas.
 Edited edit_texture(const Field& field) {
     std::string shown = field.container.texture;
     for (const std::string& texture : field.container.more_textures) shown += ", " + texture;
@@ -155,7 +155,7 @@ bool show_container_keys(PanelFrame& frame, const std::string& container) {
     };
     auto found = named(container);
     if (found == scene.containers.end())
-        found = named(container.substr(0, container.rfind('/')));  // of a further texture
+        found = named(container.substr(0, container.rfind('/')));  // "smoke/2" has the keys of "smoke"
     if (found == scene.containers.end()) return false;
     std::vector<const ContainerKey*> keys;
     for (const ContainerKey& key : kKeys)

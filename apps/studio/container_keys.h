@@ -1,12 +1,12 @@
-// What a container has beside its plug-in's parameters: texture, blend, place in the scene.
+// Lines for the container's own keys: texture, blend, position and so on.
 #pragma once
 
 #include "panels.h"
 
 namespace tovu {
 
-/// A group of lines for the container of this name, those that match the search in the panel. Returns whether there
-/// are any.
+/// Shows a group of lines for the keys of the named container that match the panel's search. Returns whether any key
+/// matches.
 bool show_container_keys(PanelFrame& frame, const std::string& container);
 
 }  // namespace tovu

@@ -16,7 +16,7 @@ namespace {
 using widgets::CurvePoint;
 using widgets::GradientStop;
 
-constexpr float kHeight = 8;  // of the drawing, lines of text
+constexpr float kHeight = 8;  // of the drawing, in lines of text
 
 std::vector<CurvePoint> points_of(std::span<const double> numbers) {
     std::vector<CurvePoint> points;
@@ -44,7 +44,7 @@ std::string text_of(const std::vector<GradientStop>& stops) {
     std::vector<double> numbers;
     for (const GradientStop& stop : stops) {
         numbers.push_back(stop.x);
-        // The double of the fewest digits that give the float: those that were written.
+        // Converts through the shortest decimal form of the float, which is the form in the file.
         for (const float part : stop.color) numbers.push_back(std::stod(fmt::format("{}", part)));
     }
     return stage::curve_text(numbers);
@@ -64,10 +64,10 @@ std::optional<std::string> edit_stops(const std::vector<double>& numbers, const 
     return text_of(stops);
 }
 
-// In the room of the drawing, so that nothing moves while the text is typed.
+// Shows the mistake in an area as large as the drawing, so that nothing moves while the text is typed.
 void show_mistake(const std::string& mistake, ImVec2 size) {
     ImGui::BeginChild("mistake", {size.x, size.y + 2 * ImGui::GetFrameHeightWithSpacing()});
-    ImGui::TextWrapped("This is no curve yet: %s.", mistake.c_str());
+    ImGui::TextWrapped("This is not a curve yet: %s.", mistake.c_str());
     ImGui::EndChild();
 }
 

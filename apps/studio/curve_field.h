@@ -1,4 +1,4 @@
-// A curve's text as a picture: points or colour stops that are dragged, and the text itself.
+// A field for the text of a curve: an editor of points or colour stops, and the text itself.
 #pragma once
 
 #include <optional>
@@ -9,17 +9,18 @@
 
 namespace tovu {
 
-/// What is shown with a curve.
+/// The format of a curve and what is drawn with it.
 struct CurveShown {
     const stage::CurveFormat& format;
-    std::span<const double> sampled;  // the curve as the plug-in made it, numbers as in the text; empty: straight lines
-    std::span<const float> histogram;  // what to show behind it: heights of bars of one width; empty: nothing
+    // The curve as the plug-in samples it, with numbers as in the text. Empty: straight lines are drawn.
+    std::span<const double> sampled;
+    std::span<const float> histogram;  // heights of the bars behind the curve, of equal width; may be empty
 };
 
-/// Curves of one component are points, those of three are colours; of others there is only the text. A text that is no
-/// curve shows what is wrong with it. width: pixels.
-/// Returns the new text when it was changed, at every step of a drag and every typed letter. All is one ImGui group,
-/// whose activation brackets an edit.
+/// Curves of one component are edited as points, curves of three components as colours, others only as text. Shows the
+/// mistake of a text that is not a curve. width: pixels.
+/// Returns the new text at every step of a drag and every typed letter. The field is one ImGui group, which is active
+/// from the start to the end of an edit.
 std::optional<std::string> curve_field(const std::string& text, const CurveShown& shown, float width);
 
 }  // namespace tovu

@@ -1,4 +1,4 @@
-// Curves as a plug-in made them.
+// Samples of curves from the plug-in.
 #pragma once
 
 #include <map>
@@ -10,9 +10,9 @@
 
 namespace tovu {
 
-/// The samples of each curve of an instance whose notes say how to get them, by the curve's parameter: position and
-/// components of each point. None for a curve that its text does not give. Presses buttons of the instance, which write
-/// into parameters that the notes name.
+/// The samples of the instance's curves by parameter name: position and components of each point. Includes the curves
+/// whose notes name a button that writes samples and the parameter it writes to. Presses these buttons. Leaves out a
+/// curve if the plug-in writes no valid samples.
 std::map<std::string, std::vector<double>> curve_samples(stage::Stage& stage, int32_t container_handle,
                                                          const stage::PluginNotes& notes);
 

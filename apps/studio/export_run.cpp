@@ -31,7 +31,7 @@ fs::path render_program() {
     return fs::read_symlink("/proc/self/exe", ignored).parent_path() / "tovu";
 }
 
-// 0, or why the program cannot be started.
+// Starts the program. Returns 0 or an error number.
 int spawn(const std::vector<std::string>& arguments, int messages, pid_t& pid) {
     std::vector<char*> argv;
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
@@ -159,7 +159,7 @@ void ExportRun::cancel() {
     }
     take_lines();
     end(status);
-    if (!state_.error.empty()) state_.error = "cancelled";  // else it was complete already
+    if (!state_.error.empty()) state_.error = "cancelled";  // an export that is already complete has no error
 }
 
 }  // namespace tovu

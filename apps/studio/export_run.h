@@ -1,5 +1,5 @@
-// Renders to a file in a process of its own: `tovu render` of the text that is shown. Plug-ins keep state for the whole
-// process, so that a second scene cannot run beside the player's.
+// Renders the shown text to a file by `tovu render` in a separate process. The player's process cannot run a second
+// scene, since plug-ins have process-wide state.
 #pragma once
 
 #include <sys/types.h>
@@ -15,10 +15,10 @@ namespace tovu {
 
 struct ExportOrder {
     std::string scene_text;
-    std::filesystem::path scene_file;  // that the text belongs to: relative paths start in its folder
-    std::filesystem::path output;      // .png, .mp4 or what else `tovu render` writes
-    std::optional<int64_t> frame;      // only this one, for a still; none: all
-    std::string plugin;                // library for "smoke"; empty: the one that comes along
+    std::filesystem::path scene_file;  // the file of the text; its folder is the base of relative paths
+    std::filesystem::path output;      // .png, .mp4 or another format of `tovu render`
+    std::optional<int64_t> frame;      // the frame of a still; none: all frames
+    std::string plugin;                // library for "smoke"; empty: the installed library
 };
 
 struct ExportState {
@@ -26,11 +26,11 @@ struct ExportState {
     int frames_total = 0;  // 0 until the scene has been built
     double seconds_left = 0;
     bool ended = false;
-    std::string error;                  // of an export that failed, a line for each mistake; else empty
+    std::string error;                  // a line for each mistake; empty unless the export failed
     std::vector<std::string> warnings;  // lines
 };
 
-/// An export that runs. The destructor cancels it.
+/// A running export. The destructor cancels it.
 class ExportRun {
   public:
     static stage::Result<ExportRun> start(const ExportOrder& order);
@@ -39,9 +39,9 @@ class ExportRun {
     ExportRun& operator=(ExportRun&& other) noexcept;
     ~ExportRun();
 
-    /// Takes what the process has told since the last call; never waits. Call once a frame.
+    /// Reads the messages of the process since the last call. Does not wait. Call it once a frame.
     const ExportState& follow();
-    /// Ends the process; no unfinished file is left. Returns when it has ended.
+    /// Ends the process and waits for its end. No unfinished file remains.
     void cancel();
 
   private:
@@ -51,10 +51,10 @@ class ExportRun {
     void end(int status);
 
     pid_t pid_ = -1;
-    int messages_ = -1;             // the process's standard error
-    std::filesystem::path folder_;  // of the text as a file; temporary
-    std::string scene_name_;        // in messages, instead of that file's
-    std::string unread_;            // the beginning of a line
+    int messages_ = -1;             // standard error of the process
+    std::filesystem::path folder_;  // temporary folder with the text as a file
+    std::string scene_name_;        // replaces the name of the temporary file in messages
+    std::string unread_;            // the beginning of an incomplete line
     std::vector<std::string> mistakes_;
     ExportState state_;
 };

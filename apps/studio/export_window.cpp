@@ -1,4 +1,4 @@
-// Export of a still or a video, beside which one can go on working.
+// The window that exports a still or a video in the background.
 #include <fmt/format.h>
 
 #include "panels.h"
@@ -8,7 +8,7 @@ namespace tovu {
 
 namespace {
 
-// The scene's name with the ending of what is exported.
+// The proposed file: the scene's name with the ending of a still or a video.
 std::string proposed_file(const PanelFrame& frame) {
     const Document& document = *frame.studio.document;
     std::filesystem::path file = folder_for_files(document) / scene_file(document).filename();

@@ -23,7 +23,7 @@ using stage::Done;
 using stage::Result;
 
 constexpr int32_t kThumbnailHeight = 216;
-constexpr double kShownShare = 0.6;  // of a scene's length: where its picture is taken
+constexpr double kShownShare = 0.6;  // the time of a scene's picture, as a share of its length
 
 fs::path cache_folder() {
     if (const char* folder = std::getenv("XDG_CACHE_HOME"); folder != nullptr && *folder != '\0')
@@ -32,7 +32,7 @@ fs::path cache_folder() {
     return (home != nullptr ? fs::path(home) / ".cache" : fs::temp_directory_path()) / "tovu";
 }
 
-// The first line of comments at the top of a scene.
+// The first line of the comment at the top of a scene.
 std::string first_comment(const std::string& text) {
     if (!text.starts_with("#")) return "";
     std::string line = text.substr(1, text.find('\n') - 1);
@@ -40,7 +40,8 @@ std::string first_comment(const std::string& text) {
     return line;
 }
 
-// Names a picture in the cache by what it shows. Of a look, a new scene shows another picture than its file.
+// The picture's file in the cache, named by a digest of the content. The part is in the digest, since a look file has
+// another picture than a new scene with the look.
 fs::path cached_picture(const GalleryEntry& entry, const std::string& text) {
     stage::Fnv1a digest;
     digest.add(std::string_view(text));
@@ -57,7 +58,7 @@ void load_cached_picture(GalleryEntry& entry) {
         entry.mistake = shown.error().message;
 }
 
-// old: entries whose pictures may be taken over.
+// old: previous entries, whose pictures are reused if still valid.
 GalleryEntry entry_of(const fs::path& file, GalleryPart part, std::vector<GalleryEntry>& old) {
     GalleryEntry entry{part, file.stem().string(), "", file, {}, {}, {}};
     const std::string text = stage::read_whole_file(file);
@@ -83,7 +84,7 @@ std::vector<fs::path> scene_files(const fs::path& folder) {
     return files;
 }
 
-// Those of the current folder, where the studio proposes to save.
+// The scenes of the current folder, which the studio proposes for saving.
 std::vector<fs::path> own_scene_files(const fs::path& scenes_folder) {
     std::error_code ignored;
     const fs::path folder = fs::current_path(ignored);
@@ -93,7 +94,7 @@ std::vector<fs::path> own_scene_files(const fs::path& scenes_folder) {
     return files;
 }
 
-// Those of the current folder hide others of the same name.
+// Looks of the current folder hide installed looks of the same name.
 std::vector<fs::path> all_look_files(const fs::path& looks_folder) {
     std::error_code ignored;
     const fs::path own = fs::current_path(ignored) / "looks";
@@ -104,7 +105,7 @@ std::vector<fs::path> all_look_files(const fs::path& looks_folder) {
     return files;
 }
 
-// Of a look, as a new scene of it begins.
+// Orders the picture of an entry. The picture of a look is the first picture of a new scene with it.
 void order_thumbnail(GalleryEntry& entry, std::vector<ThumbnailOrder>& orders) {
     const Result<Document> document = entry.part == GalleryPart::kLooks
                                           ? new_scene_of_look(entry.name, fs::current_path())
@@ -157,7 +158,7 @@ void take_thumbnails(Gallery& gallery, std::vector<Thumbnail> thumbnails) {
         if (!thumbnail.picture) continue;
         std::error_code ignored;
         fs::create_directories(fs::path(thumbnail.name).parent_path(), ignored);
-        // A cache that cannot be written only costs time at the next start.
+        // Ignores errors: a picture that is not in the cache is drawn again at the next start.
         static_cast<void>(stage::write_png(thumbnail.name, *thumbnail.picture));
     }
 }

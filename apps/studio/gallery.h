@@ -1,4 +1,4 @@
-// The gallery: looks and scenes with small pictures, which the player draws and the user's cache keeps.
+// The gallery: looks and scenes with small pictures. The player draws the pictures, and a cache folder stores them.
 #pragma once
 
 #include <filesystem>
@@ -12,7 +12,7 @@
 
 namespace tovu {
 
-/// What the gallery lists, in its order: files that were opened or saved last, looks to make a scene of, and scenes.
+/// The parts of the gallery in display order: recent files, looks for a new scene, scenes.
 enum class GalleryPart { kRecent, kLooks, kScenes };
 
 struct GalleryEntry {
@@ -20,26 +20,26 @@ struct GalleryEntry {
     std::string name;
     std::string purpose;  // one line
     std::filesystem::path file;
-    std::filesystem::path cached;  // the picture's file in the cache; its name is a digest of what it shows
-    stage::Texture texture;        // empty until it is there
-    std::string mistake;           // why there is no picture
+    std::filesystem::path cached;  // the picture's file in the cache; its name is a digest of the content
+    stage::Texture texture;        // empty until the picture is drawn
+    std::string mistake;           // why the picture cannot be drawn
 };
 
 struct Gallery {
     std::vector<GalleryEntry> entries;  // in the order of their parts
-    std::vector<Recovery> recoveries;   // what crashes left
-    bool is_ordered = false;            // the pictures that the cache lacks were ordered
+    std::vector<Recovery> recoveries;   // unsaved documents
+    bool is_ordered = false;            // the missing pictures were ordered
 };
 
-/// Lists the recent files, the looks and scenes of the current folder and those of two other folders. Keeps the
-/// pictures of what has not changed and loads those that the cache has.
+/// Lists the recent files, and the looks and scenes of the current folder and of the two given folders. Keeps pictures
+/// that are still valid, and loads others from the cache.
 void read_gallery(Gallery& gallery, const std::filesystem::path& scenes_folder,
                   const std::filesystem::path& looks_folder);
 
-/// Orders the pictures that are missing, the first time after the gallery was read.
+/// Orders the missing pictures, once after each read_gallery.
 void order_thumbnails(Gallery& gallery, Player& player);
 
-/// Takes pictures that the player has drawn, and writes them into the cache.
+/// Stores pictures from the player in the gallery and in the cache.
 void take_thumbnails(Gallery& gallery, std::vector<Thumbnail> thumbnails);
 
 void gallery_panel(PanelFrame& frame, const Gallery& gallery, const Area& area);

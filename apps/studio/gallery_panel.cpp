@@ -1,4 +1,4 @@
-// The gallery's page: cards with pictures, in parts.
+// The page of the gallery: cards with pictures, grouped in parts.
 #include <imgui_internal.h>
 
 #include <algorithm>
@@ -14,7 +14,8 @@ namespace {
 
 constexpr float kRounding = 6;
 
-// The text on at most `lines` lines; "…" stands for what does not fit. size: of the type, width: of a line, pixels.
+// The text on at most `lines` lines. "…" replaces the part that does not fit. size: font size, width: of a line, both
+// in pixels.
 std::string fitted(const std::string& text, float size, float width, int lines) {
     const ImFont* font = ImGui::GetFont();
     const float scale = size / font->FontSize;
@@ -40,7 +41,7 @@ std::string fitted(const std::string& text, float size, float width, int lines) 
     return result;
 }
 
-// A file's name as a title: "cup_steam" is "Cup steam".
+// A file's name as a title: "cup_steam" becomes "Cup steam".
 std::string title_of(const GalleryEntry& entry) {
     std::string title = entry.name;
     std::replace(title.begin(), title.end(), '_', ' ');
@@ -52,7 +53,7 @@ std::string first_sentence(const std::string& text) {
     return text.substr(0, text.find(". "));
 }
 
-// The picture in the card, cut to the card's shape.
+// Draws the picture, cropped to the card's aspect ratio.
 void draw_picture(const GalleryEntry& entry, ImVec2 low, ImVec2 high) {
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddRectFilled(low, high, kWell, kRounding);
@@ -97,7 +98,7 @@ void show_card(PanelFrame& frame, const GalleryEntry& entry, float width) {
     ImGui::PopID();
 }
 
-// A title with what to do in its part, on one baseline.
+// The title of a part and a hint, on one baseline.
 void show_heading(const char* title, const char* hint) {
     const float rise = heading_font()->Ascent - ImGui::GetFont()->Ascent;
     ImGui::PushFont(heading_font());

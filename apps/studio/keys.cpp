@@ -1,4 +1,4 @@
-// The keyboard: one table for what keys do and for the window that lists them.
+// The keyboard: one table of keys and actions, used for key presses and for the window that lists the keys.
 #include <SDL.h>
 #include <imgui_internal.h>
 
@@ -17,8 +17,8 @@ struct Key {
     const char* name;
     const char* what;
     void (*act)(PanelFrame& frame);
-    bool while_typing = false;  // also while a text field has the keyboard
-    bool repeats = false;       // while it is held
+    bool while_typing = false;  // works also while a text field has the keyboard
+    bool repeats = false;       // repeats while the key is held
 };
 
 void focus_next_panel(PanelFrame& frame) {
@@ -100,7 +100,7 @@ Modifier modifier_now() {
     return io.KeyShift ? kControlShift : kControl;
 }
 
-// Two columns, each read downwards.
+// Lists the keys in two columns, each from top to bottom.
 void list_keys() {
     constexpr size_t kRows = (IM_ARRAYSIZE(kKeys) + 1) / 2;
     if (!ImGui::BeginTable("keys", 4, ImGuiTableFlags_SizingFixedFit)) return;
@@ -115,7 +115,7 @@ void list_keys() {
     ImGui::EndTable();
 }
 
-// A line of what the mouse does.
+// A line about the mouse.
 void describe(const char* where, const char* what) {
     ImGui::TextDisabled("%s", where);
     ImGui::SameLine(ImGui::GetFontSize() * 6.0f);

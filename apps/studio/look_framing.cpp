@@ -16,31 +16,31 @@ namespace {
 using stage::Error;
 using stage::Result;
 
-constexpr int32_t kWidth = 160, kHeight = 90;  // pixels of a picture that is measured
-constexpr int kLongest = 12;                   // seconds for smoke to gather
-constexpr int kSettled = 3;                    // seconds without growth after which it has gathered
-constexpr double kGrowth = 1.05;               // least factor that counts as growth
-constexpr double kLeastContrast = 0.02;        // that counts, 0 to 1
-constexpr double kFaintShare = 0.02;           // of the smoke, on each side: is not framed
-constexpr double kCutShare = 0.002;            // of the smoke, in a row at an edge: goes on outside
-constexpr double kFilledShare = 2.0 / 3.0;     // of the picture
-constexpr int kMostTries = 10;                 // to find a distance that shows all
+constexpr int32_t kWidth = 160, kHeight = 90;  // of the measured pictures, pixels
+constexpr int kLongest = 12;                   // longest pre-warming, seconds
+constexpr int kSettled = 3;                    // seconds without growth that end the measurement
+constexpr double kGrowth = 1.05;               // smallest factor that counts as growth
+constexpr double kLeastContrast = 0.02;        // smallest contrast that counts as smoke, 0 to 1
+constexpr double kFaintShare = 0.02;           // share of the smoke on each side that the framing ignores
+constexpr double kCutShare = 0.002;            // share of the smoke in an edge row that means that the smoke is cut off
+constexpr double kFilledShare = 2.0 / 3.0;     // share of the picture that the smoke fills
+constexpr int kMostTries = 10;                 // to find a distance that shows all smoke
 
-// A camera that looks along -Z: its place over the plane z = 0, and the distance from it.
+// A camera that looks along -Z: its x and y, and its distance from the plane z = 0.
 struct View {
     std::array<double, 2> place = {0, 0};
     double distance = 300;
 };
 
-// What is seen at a moment, in the plane z = 0.
+// The smoke in one picture, measured in the plane z = 0.
 struct Sight {
     double amount = 0;                    // contrast × square world units
-    double share = 0;                     // of the picture's width or height, the greater one
-    bool is_cut = false;                  // by the picture's edges
+    double share = 0;                     // of the picture's width or height that the smoke fills, the greater one
+    bool is_cut = false;                  // the smoke reaches an edge of the picture
     std::array<double, 2> low{}, high{};  // world units
 };
 
-// Units from the lower to the upper edge of the picture, at `distance` from a camera with the default field of view.
+// The height of the picture in world units, at `distance` from a camera with the default field of view.
 double seen_height(double distance) {
     return 2 * distance * std::tan(stage::CameraDescription().field_of_view * std::numbers::pi / 360);
 }
@@ -55,7 +55,7 @@ std::array<double, 2> ends_of(const std::vector<double>& sums) {
     return {static_cast<double>(first) / count, static_cast<double>(end) / count};
 }
 
-// How much a pixel differs from the background, 0 to 1. Less than an eye sees is none.
+// The difference of a pixel from the background, 0 to 1. Invisible differences count as 0.
 double contrast(const uint8_t* pixel, const stage::Triple& background) {
     double most = 0;
     for (size_t i = 0; i < 3; ++i) most = std::max(most, std::abs(pixel[i] / 255.0 - background[i]));
@@ -86,8 +86,7 @@ Sight sight_of(const stage::Picture& picture, const stage::Triple& background, c
     return sight;
 }
 
-// Moves the view until the smoke is whole and about as large as it will be framed. `view` starts as that of the last
-// sight.
+// Moves the view until it shows all smoke at about its final size. view: starts with the view of the previous second.
 Result<Sight> find_sight(stage::BuiltScene& built, stage::SceneCanvas& canvas, View& view) {
     Sight sight;
     for (int i = 0; i < kMostTries; ++i) {
@@ -103,7 +102,7 @@ Result<Sight> find_sight(stage::BuiltScene& built, stage::SceneCanvas& canvas, V
     return sight;
 }
 
-// A sight for each second from the first, until the smoke has gathered.
+// Measures the smoke once each second until it stops growing.
 Result<std::vector<Sight>> watch(const stage::SceneDescription& scene, const std::string& smoke_plugin) {
     Result<stage::BuiltScene> built = stage::build_scene(scene, smoke_plugin);
     if (!built) return built.error();
@@ -126,7 +125,7 @@ Result<std::vector<Sight>> watch(const stage::SceneDescription& scene, const std
     return sights;
 }
 
-// To three digits, so that the scene's text stays readable.
+// Rounds to three digits, so that the numbers in the scene's text are short.
 float rounded(double value, double scale) {
     const double step = std::pow(10.0, std::floor(std::log10(scale)) - 2);
     return static_cast<float>(std::round(value / step) * step + 0.0);  // not -0

@@ -1,4 +1,4 @@
-// Where to look at smoke from, measured in small pictures of it.
+// Chooses the camera and pre-warming for smoke by measuring small pictures.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 
 namespace tovu {
 
-/// The pre-warming after which the scene shows about as much as it ever does in its first 12 seconds, and the camera
-/// from which all but faint edges of that fill two thirds of a picture of 16:9. Of the scene's camera and pre-warming
-/// nothing counts. Draws up to some twenty small pictures in a context of its own: takes some tenths of a second.
-/// Error: it cannot be built or drawn, or shows nothing.
+/// Returns the pre-warming after which the smoke stops growing, within its first 12 seconds, and the camera from which
+/// the smoke, without faint edges, fills two thirds of a 16:9 picture. Ignores the scene's own camera and pre-warming.
+/// Draws up to about twenty small pictures in a separate OpenGL context, which takes some tenths of a second.
+/// Error: the scene cannot be built or drawn, or shows nothing.
 stage::Result<Framing> measure_framing(const stage::SceneDescription& scene, const std::string& smoke_plugin);
 
 }  // namespace tovu

@@ -1,4 +1,4 @@
-// The studio: a window in which smoke is made live. Only this file prints and chooses the exit status.
+// The studio: a window that shows and edits smoke live. Only this file prints errors and chooses the exit status.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 

@@ -33,7 +33,7 @@ std::optional<std::string> name_field(Targets& targets, const std::string& targe
         ImGui::IsItemDeactivatedAfterEdit())
         chosen = typed;
     ImGui::SameLine(0, gap);
-    ImGui::PushStyleVar(ImGuiStyleVar_Alpha, 1.0f);  // the list of a dimmed line is not dimmed
+    ImGui::PushStyleVar(ImGuiStyleVar_Alpha, 1.0f);  // keeps the list readable if the line is dimmed
     const bool is_open = ImGui::BeginCombo("##names", "", ImGuiComboFlags_NoPreview | ImGuiComboFlags_PopupAlignLeft);
     ImGui::PopStyleVar();
     mark(targets, target + ".list");

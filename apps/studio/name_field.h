@@ -1,4 +1,4 @@
-// A name that is typed or chosen from a list.
+// A field for a name that is typed or chosen from a list.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 namespace tovu {
 
 struct NameChoice {
-    std::string from;  // where the named thing is: "scene", or the folder of a built-in image
+    std::string from;  // origin: "scene", or the folder of a built-in image
     std::string name;
 
     auto operator<=>(const NameChoice&) const = default;
@@ -20,8 +20,8 @@ struct NameChoice {
 /// The images of the scene, then the built-in ones.
 std::vector<NameChoice> images_to_choose(const stage::SceneDescription& scene);
 
-/// A text field with a list beside it, `width` pixels in all. target: what scripts name the list's entries after:
-/// "parameter.wind_image" gives "parameter.wind_image.rise". Returns a name that was typed or chosen.
+/// A text field and the button of a list, `width` pixels together. target: for scripts, prefix of the names of the
+/// list's entries, as in "parameter.wind_image.rise". Returns a name that was typed or chosen.
 std::optional<std::string> name_field(Targets& targets, const std::string& target, const std::string& text, float width,
                                       const std::function<std::vector<NameChoice>()>& choices);
 

@@ -1,4 +1,4 @@
-// How many particles live, and the time that a frame takes.
+// The panel with the numbers of particles and the times of a frame.
 #include <fmt/format.h>
 #include <imgui.h>
 #include <imgui_internal.h>
@@ -19,7 +19,7 @@ constexpr ImU32 kStepColor = IM_COL32(108, 178, 242, 255);
 constexpr ImU32 kDrawColor = IM_COL32(150, 210, 130, 255);
 constexpr ImU32 kPictureColor = IM_COL32(120, 125, 135, 255);
 
-// One line for each container, the numbers first: a long name is cut. More when pointed at.
+// A line for each container. The numbers come first, since a long name is cut off. A tip shows more.
 void show_particles(const ParticleCounts& counts) {
     const std::string text = counts.limit > 0
                                  ? fmt::format("{} of {}  {}", counts.alive, counts.limit, counts.container)
@@ -38,7 +38,7 @@ void show_particles(const ParticleCounts& counts) {
         ImGui::TextColored(ImColor(kWarning), "%.0f births a second are lost", counts.lost_per_second);
 }
 
-// Of the graph: room for 19 of 20 pictures, so that one slow picture does not flatten the others.
+// The top of the graph. 19 of 20 pictures fit, so that one slow picture does not flatten the others.
 double graph_top_ms(const std::deque<FrameNumbers>& numbers, double budget_ms) {
     std::vector<double> sums;
     for (const FrameNumbers& n : numbers) sums.push_back(n.step_ms + n.plugin_draw_ms + n.picture_ms);
@@ -47,7 +47,7 @@ double graph_top_ms(const std::deque<FrameNumbers>& numbers, double budget_ms) {
     return std::max(1.5 * budget_ms, 1.1 * *place);
 }
 
-// A column for each picture: step, the plug-ins' drawing, everything else until the picture is in memory.
+// A column for each picture: step, drawing by plug-ins, and the rest of the time until the picture is in memory.
 void draw_graph(const Studio& studio, double budget_ms) {
     const ImVec2 start = ImGui::GetCursorScreenPos();
     const ImVec2 size{ImGui::GetContentRegionAvail().x, ImGui::GetFontSize() * 5.0f};
@@ -75,7 +75,7 @@ void draw_graph(const Studio& studio, double budget_ms) {
     list->AddText({start.x + 4, y - ImGui::GetFontSize() * 1.1f}, kDim, budget.c_str());
 }
 
-// A line with a time. color: of the square before it, 0: none. what: the tip.
+// A line with a time. color: of the square before the name; 0: no square. what: the tip.
 void number(const std::string& name, double ms, const std::string& what, ImU32 color = 0) {
     const ImVec2 start = ImGui::GetCursorScreenPos();
     const float size = ImGui::GetFontSize(), width = ImGui::GetContentRegionAvail().x;
@@ -92,7 +92,7 @@ void number(const std::string& name, double ms, const std::string& what, ImU32 c
     list->AddText({right, start.y}, ImGui::GetColorU32(ImGuiCol_Text), text.c_str());
 }
 
-// Of the pictures of the graph.
+// The mean of the numbers of all pictures in the graph.
 FrameNumbers mean_numbers(const std::deque<FrameNumbers>& all) {
     FrameNumbers mean;
     const size_t count = std::min<size_t>(all.size(), 25);

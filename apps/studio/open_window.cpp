@@ -1,4 +1,4 @@
-// Opening a scene or a look: a name that is typed, or chosen in the list of a folder.
+// The window that opens a scene or a look: the name is typed or chosen in the list of a folder.
 #include <algorithm>
 
 #include "panels.h"
@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kTitle = "Open##window";
 
-// Folders first; hidden ones and other files are left out.
+// The names in a folder: folders first, then scenes and looks. Leaves out hidden names and other files.
 std::vector<std::string> names_in(const fs::path& folder, std::error_code& code) {
     std::vector<std::string> folders, files;
     for (fs::directory_iterator entry(folder, code), end; !code && entry != end; entry.increment(code)) {
@@ -42,7 +42,7 @@ void enter_folder(OpenChoice& choice, const fs::path& folder) {
     choice = {folder, std::move(names), "", "", "", true};
 }
 
-// Enters the folder or opens the file that is typed. A file that cannot be opened stays typed, with its mistake.
+// Enters the typed folder or opens the typed file. If the file cannot be opened, keeps the text and shows the mistake.
 void take_typed(PanelFrame& frame) {
     OpenChoice& choice = frame.memory.open;
     choice.wants_focus = true;
@@ -57,7 +57,7 @@ void take_typed(PanelFrame& frame) {
     frame.memory.shows_open = false;
 }
 
-// Up and Down put the names of the list into the field.
+// Up and Down put the previous or next name of the list into the field.
 int step_through_names(ImGuiInputTextCallbackData* data) {
     const auto& names = *static_cast<const std::vector<std::string>*>(data->UserData);
     const auto at =
@@ -71,7 +71,7 @@ int step_through_names(ImGuiInputTextCallbackData* data) {
     return 0;
 }
 
-// True when Enter was pressed.
+// The field of the name. True when Enter was pressed.
 bool show_field(PanelFrame& frame) {
     OpenChoice& choice = frame.memory.open;
     ImGui::TextDisabled("%s", choice.folder.c_str());
@@ -81,11 +81,12 @@ bool show_field(PanelFrame& frame) {
         "##file", "a name or a path; Up and Down choose one", &choice.typed,
         ImGuiInputTextFlags_EnterReturnsTrue | ImGuiInputTextFlags_CallbackHistory, step_through_names, &choice.names);
     mark(frame.targets, "open.file");
-    // After a click in the list the field has no focus: it would take the second click of a double one.
+    // A click in the list does not move the focus back to the field, which would swallow the second click of a double
+    // click. Enter is therefore read without the field too.
     return entered || (!ImGui::IsItemActive() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)));
 }
 
-// True when a name was clicked twice.
+// The list of names. True when a name was double-clicked.
 bool show_names(PanelFrame& frame) {
     OpenChoice& choice = frame.memory.open;
     const std::string scrolled = std::exchange(choice.shown, choice.typed);

@@ -1,4 +1,4 @@
-// Moving the camera of the view by the mouse.
+// Camera movements for the mouse: orbit, shift, approach.
 #pragma once
 
 #include "stage/scene/camera.h"
@@ -9,8 +9,8 @@ namespace tovu {
 /// The camera that a scene describes.
 stage::Camera camera_of(const stage::CameraDescription& description);
 
-/// How far in front of the camera the point is that it looks at: the given point's distance, or else where the line of
-/// sight is nearest to the world's origin; at least 1.
+/// The distance from the camera to the point that it looks at: the described point, or without one, the point on the
+/// line of sight that is nearest to the world's origin. World units, at least 1.
 float distance_looked_at(const stage::CameraDescription& description);
 
 /// Turns the camera about the point `distance` in front of it, by degrees.
@@ -19,8 +19,8 @@ void orbit(stage::Camera& camera, float distance, float pan_degrees, float tilt_
 /// Moves the camera to its right and up, in world units.
 void shift(stage::Camera& camera, float right, float up);
 
-/// Moves the camera toward the point `distance` in front of it, so that it is `factor` times as far; returns the new
-/// distance.
+/// Moves the camera along its line of sight, so that its distance to the point `distance` in front of it becomes
+/// `factor` times as large. Returns the new distance.
 float approach(stage::Camera& camera, float distance, float factor);
 
 }  // namespace tovu

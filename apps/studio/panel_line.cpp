@@ -6,7 +6,7 @@ namespace tovu {
 
 namespace {
 
-constexpr float kNarrowPanel = 19.0f;  // lines of text: below, labels and values do not fit side by side
+constexpr float kNarrowPanel = 19.0f;  // lines of text: the smallest width with labels and values side by side
 constexpr float kLabelShare = 0.46f;   // of the width
 
 void draw_label(const LineShown& line, float width) {
@@ -26,7 +26,7 @@ struct ResetEvents {
     bool pressed = false;
 };
 
-// right: where the button ends, from the window's left.
+// right: the right edge of the button, from the window's left edge.
 ResetEvents reset_button(PanelFrame& frame, const LineShown& line, float right) {
     const float side = ImGui::GetFrameHeight();
     ImGui::SameLine(right - side);
@@ -56,7 +56,7 @@ void show_help(PanelMemory& memory, const std::string& target, const std::string
 }
 
 bool group_header(PanelFrame& frame, const std::string& title, bool opens) {
-    // Headers of their own during a search, so that the groups are open or closed as before when it ends.
+    // A search uses other header IDs, so that the groups are open or closed as before when it ends.
     const bool is_search = !frame.memory.search.empty();
     if (is_search) ImGui::SetNextItemOpen(true);
     const bool is_open = ImGui::CollapsingHeader((is_search ? title + "##found" : title).c_str(),
@@ -87,7 +87,7 @@ LineEvents panel_line(PanelFrame& frame, const LineShown& line, const std::funct
     ImGui::BeginGroup();
     if (line.wants_focus) ImGui::SetKeyboardFocusHere();
     field(is_stacked ? full : full - label_width - reset_width);
-    const bool is_focused = ImGui::IsItemFocused();  // a group never is
+    const bool is_focused = ImGui::IsItemFocused();  // asked before EndGroup, since a group has no focus
     ImGui::EndGroup();
     bracket_change(frame, line.change);
     mark(frame.targets, line.target);
@@ -96,7 +96,7 @@ LineEvents panel_line(PanelFrame& frame, const LineShown& line, const std::funct
     ImGui::EndGroup();
     if (line.is_idle) ImGui::PopStyleVar();
     events.reset = reset.pressed;
-    // A mouse at rest does not take the help from the keyboard.
+    // Only a moving mouse changes the help, so that a resting one does not override the keyboard.
     const ImVec2 moved = ImGui::GetIO().MouseDelta;
     const bool is_pointed = ImGui::IsItemHovered() && (moved.x != 0 || moved.y != 0);
     events.shows_help = !reset.pointed && (is_pointed || events.used || frame.memory.help_target == line.target);

@@ -88,7 +88,7 @@ std::filesystem::path typed_path(const std::string& text, const std::filesystem:
 }
 
 void bracket_change(PanelFrame& frame, const std::string& label) {
-    // In a group, one item can be left and another one taken in the same frame.
+    // In a group, one item can be deactivated and another one activated in the same frame.
     if (ImGui::IsItemDeactivated()) frame.commands.push_back(EndChange{});
     if (ImGui::IsItemActivated()) frame.commands.push_back(BeginChange{label});
 }

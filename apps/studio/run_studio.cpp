@@ -18,8 +18,8 @@ using Clock = std::chrono::steady_clock;
 using stage::Done;
 using stage::Result;
 
-constexpr double kFrameSeconds = 1.0 / 60.0;      // of the window while something moves
-constexpr double kIdleFrameSeconds = 1.0 / 10.0;  // and else
+constexpr double kFrameSeconds = 1.0 / 60.0;      // of the window during playback and in the gallery
+constexpr double kIdleFrameSeconds = 1.0 / 10.0;  // otherwise
 
 double ms_since(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -40,7 +40,7 @@ struct Session {
     Session(Window& shown, Player& playing) : window(shown), player(playing), renderer(shown.opengl().renderer) {}
 };
 
-// A name without slash and ending is a look's.
+// Opens a file, or makes a new scene of a look: a name without a slash and without .toml names a look.
 Commands opening_commands(const std::string& file) {
     if (file.empty()) return {};
     const bool is_name = file.find('/') == std::string::npos && !file.ends_with(".toml");
@@ -94,7 +94,7 @@ bool is_moving(const Studio& studio) {
     return studio.orders.playing || studio.report.seeking || studio.page == Page::kGallery;
 }
 
-// How long to wait for an event before the next frame.
+// The longest wait for an event before the next frame, in seconds.
 double patience_of(const Session& session) {
     if (session.script.is_running) return 0;
     return is_moving(session.studio) ? kFrameSeconds : kIdleFrameSeconds;
@@ -104,10 +104,10 @@ void begin_copies(Session& session) {
     if (Result<Autosave> place = begin_autosave(state_folder()))
         session.autosave = *place;
     else
-        session.studio.notice = {"Nothing is kept for a crash: " + place.error().message, true};
+        session.studio.notice = {"A crash would lose unsaved changes: " + place.error().message, true};
 }
 
-// The gallery offers it.
+// Stores the left document for recovery. The gallery offers it.
 void keep_left_document(Session& session) {
     Studio& studio = session.studio;
     const Result<Done> kept = autosave(session.autosave, *studio.left_document);

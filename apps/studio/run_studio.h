@@ -1,4 +1,4 @@
-// The studio from its start to its end.
+// Runs the studio.
 #pragma once
 
 #include <string>
@@ -12,11 +12,12 @@ struct StudioOptions {
     bool fullscreen = false;
     std::string smoke_plugin;   // library
     std::string scenes_folder;  // of the gallery; empty: none
-    std::string looks_folder;   // likewise
+    std::string looks_folder;   // of the gallery; empty: none
     std::string script;         // file of events, see script.h; empty: none
 };
 
-/// Opens the window and returns when it is closed. Errors: no window, no such file, a script that fails.
+/// Opens the window and returns when it is closed. Errors: the window or the file cannot be opened, or the script
+/// fails.
 stage::Result<stage::Done> run_studio(const StudioOptions& options);
 
 }  // namespace tovu

@@ -1,4 +1,4 @@
-// Saving under another name, as the document or as a look of one container.
+// The window "Save as": saves the document under another name, or a container as a look.
 #include <utility>
 
 #include "panels.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kTitle = "Save as##window";
 
-// The container whose look would be saved: of a layer, the one with its look. Empty for a container without smoke.
+// The container to save as a look. For a layer, the container that uses its look. Empty for a container without smoke.
 std::string container_with_look(const Studio& studio) {
     const ContainerFacts* selected = selected_container(studio);
     if (selected == nullptr || !studio.scene) return "";
@@ -30,7 +30,7 @@ std::string proposed_file(const PanelFrame& frame) {
     return (folder / scene_file(document).filename()).string();
 }
 
-// Scene, or look of the selected container. A look file is saved as what it is.
+// The choice between saving the scene and saving a look. A look file has no choice.
 void choose_kind(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     const std::string container = container_with_look(frame.studio);
@@ -50,7 +50,7 @@ void choose_kind(PanelFrame& frame) {
     ImGui::NewLine();
 }
 
-// What is typed, with the ending of a TOML file; one without folder goes where the proposed file is.
+// The typed file with the ending .toml. A name without a folder gets the proposed folder.
 std::filesystem::path chosen_file(const PanelFrame& frame) {
     std::filesystem::path file =
         typed_path(frame.memory.save_as, std::filesystem::path(proposed_file(frame)).parent_path());
@@ -58,7 +58,7 @@ std::filesystem::path chosen_file(const PanelFrame& frame) {
     return file;
 }
 
-// Why the file cannot be saved; empty when it can.
+// The reason why the file cannot be saved; empty if it can.
 std::string mistake_in(const std::filesystem::path& file, bool makes_folder) {
     std::error_code ignored;
     if (!file.has_filename() || std::filesystem::is_directory(file, ignored))
@@ -77,7 +77,7 @@ void give_command(PanelFrame& frame, const std::filesystem::path& file, bool ove
         frame.commands.push_back(SaveAs{file, overwrite});
 }
 
-// True when Enter was pressed in the file's name.
+// The fields of the window. True when Enter was pressed in the file's name.
 bool show_fields(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     choose_kind(frame);
@@ -100,7 +100,8 @@ void show_line(const std::string& text, ImU32 color) {
     ImGui::PopStyleColor();
 }
 
-// Saves when the button is pressed or Enter, which is asked for twice when the file exists. False while it was neither.
+// Saves when the button or Enter is pressed. Enter is needed twice if the file exists. Returns whether the command to
+// save was given.
 bool save_to(PanelFrame& frame, const std::filesystem::path& file, bool entered) {
     std::error_code ignored;
     const bool exists = std::filesystem::exists(file, ignored);

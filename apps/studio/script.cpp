@@ -23,10 +23,10 @@ using Words = std::vector<std::string>;
 constexpr auto kLongestWait = std::chrono::minutes(5);
 constexpr int kDragSteps = 10;
 constexpr double kFrameSeconds = 1.0 / 60.0;
-constexpr int kFramesAfterExport = 20;  // a click then is no double click, however many frames the export took
+constexpr int kFramesAfterExport = 20;  // so that two clicks around an export are never a double click
 constexpr int kJpegQuality = 88;
 
-// Separated by spaces; a word in quotes may have some.
+// Splits a line at spaces. A word in quotes may contain spaces.
 Words words_of(const std::string& line) {
     Words words;
     std::istringstream stream(line);
@@ -110,7 +110,7 @@ constexpr Modifier kModifiers[] = {{"Ctrl", SDL_SCANCODE_LCTRL, KMOD_LCTRL},
 
 using Frames = std::deque<std::vector<SDL_Event>>;
 
-// An event has room for some letters, which must be whole.
+// Splits the text into events of limited size, without splitting a UTF-8 character.
 void add_text(uint32_t window, const std::string& text, Frames& frames) {
     constexpr size_t kRoom = SDL_TEXTINPUTEVENT_TEXT_SIZE - 1;
     for (size_t at = 0, end = 0; at < text.size(); at = end) {
@@ -121,7 +121,7 @@ void add_text(uint32_t window, const std::string& text, Frames& frames) {
     frames.push_back({});
 }
 
-// Holds the modifiers that `names` contains ("Ctrl+Shift+", any case) around what `inside` adds.
+// Holds the modifiers in `names` ("Ctrl+Shift+", any case) during the events that `inside` adds.
 template <class Inside>
 void with_modifiers(uint32_t window, const std::string& names, Frames& frames, const Inside& inside) {
     uint16_t held = 0;
@@ -158,7 +158,7 @@ void add_drag(uint32_t window, ImVec2 from, ImVec2 by, Frames& frames) {
     frames.push_back({});
 }
 
-// Keys that would end the studio are left out.
+// Adds random events, without keys that quit the studio.
 void add_random(uint32_t window, unsigned seed, int count, Frames& frames) {
     std::printf("random events with seed %u\n", seed);
     std::mt19937 random(seed);
@@ -255,7 +255,7 @@ void print_report(const Studio& studio, double studio_ms) {
     std::fflush(stdout);
 }
 
-// Where a target is: its name may have "@X,Y" behind it.
+// The place of a target. The name may end with "@X,Y".
 std::optional<ImVec2> place_of(const Targets& targets, const std::string& name) {
     const size_t at = name.find('@');
     const auto found = targets.places.find(name.substr(0, at));
@@ -266,7 +266,7 @@ std::optional<ImVec2> place_of(const Targets& targets, const std::string& name) 
     return ImVec2{place.x + (place.z - place.x) * x, place.y + (place.w - place.y) * y};
 }
 
-// Carries out a line that names a target which is in the window.
+// Carries out a line whose target is in the window.
 Result<Done> use_target(Script& script, const Script::Line& line, ImVec2 place, uint32_t window) {
     const Words& words = line.words;
     const std::string option = words.size() > 2 ? words.back() : "";
@@ -301,7 +301,7 @@ Result<Done> press_key(Script& script, const Script::Line& line, uint32_t window
     return Done{};
 }
 
-// False while the line has to wait.
+// Carries out a line. False if the line has to wait.
 Result<bool> carry_out_line(Script& script, const Script::Line& line, const ScriptedWindow& scripted) {
     const Words& words = line.words;
     const uint32_t window = scripted.window.id();

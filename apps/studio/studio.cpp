@@ -22,7 +22,7 @@ void note(Studio& studio, const Result<Done>& done) {
     if (!done) studio.notice = {done.error().message, true};
 }
 
-// False, with a notice, when it cannot be opened: then the present document stays.
+// Replaces the document. If opening failed, shows a notice, keeps the present document and returns false.
 bool open(Studio& studio, Result<Document> opened) {
     if (!opened) {
         studio.notice = {opened.error().message, true};
@@ -51,7 +51,7 @@ bool open(Studio& studio, Result<Document> opened) {
     return true;
 }
 
-// What was measured is set, and the scene is played.
+// Applies the measured framing and plays the scene.
 void take_framing(Studio& studio) {
     PlayOrders& orders = studio.orders;
     if (!orders.measures_framing || studio.report.framed_scene != orders.scene_number) return;
@@ -63,18 +63,18 @@ void take_framing(Studio& studio) {
         studio.read_revision = studio.document->revision - 1;
         return;
     }
-    stage::CameraDescription camera;  // a look has none: only the view changes
+    stage::CameraDescription camera;  // a look file has no camera, so only the view changes
     camera.position = framing.camera;
     orders.view.camera = camera_of(camera);
 }
 
-// For the gallery, which only lacks the file when the list cannot be written.
+// Adds the file to the recent files of the gallery. Ignores errors.
 void remember(const std::filesystem::path& file) {
     std::error_code ignored;
     static_cast<void>(remember_file(state_folder(), std::filesystem::absolute(file, ignored).lexically_normal()));
 }
 
-// What one should know about a file that was opened.
+// The notice about an opened file.
 Notice notice_of_opened(const Document& document) {
     if (document.file.empty()) return {"Comes with the program: Save makes a copy", false};
     for (const Recovery& recovery : find_recoveries(state_folder()))

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
 constexpr const char* kHeadingFontFile = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf";
 
-// Letters, and the few signs that labels use.
+// The letters and symbols of labels.
 constexpr ImWchar kGlyphs[] = {0x20,   0x17f,  0x2010, 0x2030, 0x2190, 0x21ff, 0x2200,
                                0x22ff, 0x25a0, 0x25ff, 0x2713, 0x2713, 0};
 
@@ -78,7 +78,7 @@ stage::Result<stage::Done> apply_theme(float text_pixels) {
         style.TabRounding = 4;
     style.WindowTitleAlign = {0.5f, 0.5f};
     style.ScaleAllSizes(unit);
-    style.WindowMinSize = {1, 1};  // pixels; ImGui takes no less
+    style.WindowMinSize = {1, 1};  // pixels, ImGui's minimum; ScaleAllSizes may have changed it
     ImGui::GetStyle() = style;
     return stage::Done{};
 }

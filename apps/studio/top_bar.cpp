@@ -1,4 +1,4 @@
-// The line at the top: file, undo, the two states, saving, exporting.
+// The bar at the top: file, undo, the states A and B, saving, exporting.
 #include <fmt/format.h>
 
 #include "actions.h"
@@ -43,7 +43,7 @@ void state_buttons(PanelFrame& frame, const Document& document) {
         frame.commands.push_back(CopyToOtherState{});
 }
 
-// What the studio has to say: the export that runs, else the last message.
+// The progress of a running export, or else the latest message.
 Notice current_notice(const Studio& studio) {
     const std::optional<ExportState>& state = studio.export_state;
     if (!state || state->ended) return studio.notice;

@@ -1,4 +1,4 @@
-// Playing, and the scene's timeline.
+// The panel with playback and the scene's timeline.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kSpeeds[] = {0.1, 0.25, 0.5, 1.0, 2.0};
 
-// Frame, or time, along the bar.
+// Converts between frames and positions on the bar.
 struct Scale {
     float left, width;
     int64_t frames;  // of the scene
@@ -29,7 +29,7 @@ struct Scale {
     }
 };
 
-// A round number of seconds between two marks, with room for their texts.
+// The seconds between two marks: a round number that leaves room for their texts.
 double mark_step(double seconds, float width) {
     const double least = seconds * static_cast<double>(ImGui::GetFontSize() * 5.0f / std::max(width, 1.0f));
     for (const double step : {0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 30.0, 60.0, 120.0, 300.0, 600.0})
@@ -126,7 +126,7 @@ std::string time_text(const Studio& studio, int64_t frame) {
                        scene_frames(studio));
 }
 
-// As wide as that of the last frame, so that nothing moves while it counts.
+// Shows the time in the width of the last frame's time, so that nothing moves as the time changes.
 void show_time(const Studio& studio, int64_t now) {
     const float left = ImGui::GetCursorPosX();
     ImGui::AlignTextToFramePadding();
@@ -135,7 +135,7 @@ void show_time(const Studio& studio, int64_t now) {
     ImGui::SameLine(left + width + ImGui::GetFontSize() * 1.25f);
 }
 
-// Says what keeps the picture from being live.
+// Shows why the picture is not live.
 void show_lateness(const Studio& studio) {
     const PlayReport& report = studio.report;
     const double rate = studio.scene->frame_rate * studio.orders.speed;

@@ -25,7 +25,7 @@ struct Field {
 
     const ParameterInfo& info() const { return *parameter.info; }
     std::string target() const { return "parameter." + info().name; }
-    // The value, or what stands for none of this type.
+    // The value, or an empty value if it has another type.
     template <class Value>
     Value value() const {
         const auto* held = std::get_if<Value>(&parameter.value);
@@ -33,8 +33,8 @@ struct Field {
     }
 };
 
-// A hundredth of the value, at least a thousandth of a range that is not huge: a drag across the panel reaches far
-// without missing small values.
+// A hundredth of the value, and in a limited range at least a thousandth of the range, so that a drag reaches both
+// small and large values.
 float drag_speed(const ParameterInfo& info, double value) {
     const double range = info.maximum - info.minimum;
     const double least = range <= 1000.0 ? range / 2000.0 : 0.05;
@@ -42,7 +42,7 @@ float drag_speed(const ParameterInfo& info, double value) {
     return static_cast<float>(info.kind == ParameterKind::kInt ? std::max(speed, 0.1) : speed);
 }
 
-// A number's format with its unit, where that fits. A percent sign of a unit is doubled, since the text is a format.
+// A number's format, with its unit if it fits. Doubles percent signs of the unit, since the text is a printf format.
 std::string format_of(const Field& field, const std::string& number, double value) {
     std::string unit = short_unit(field.parameter);
     const std::string shown = fmt::format("{:.4g}", value) + unit;
@@ -82,7 +82,7 @@ Edited edit_radio(const Field& field) {
                           field.width);
 }
 
-// How the live particles are spread over their life, from 0 to 1.
+// The histogram of the ages of live particles relative to their life, 0 to 1.
 std::array<float, kLifeBins> spread_over_life(const Studio& studio, const std::string& container) {
     std::array<float, kLifeBins> heights{};
     if (!studio.report.drawn) return heights;

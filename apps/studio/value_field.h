@@ -5,15 +5,15 @@
 
 namespace tovu {
 
-/// A curve needs the whole width of the panel; all other values stand beside their label.
+/// Whether the field is a curve. Curves need the whole width of the panel.
 bool is_curve(const ParameterState& parameter);
 
 /// Draws the field, `width` pixels wide. Returns a value that was set by a drag, a click or typing.
 std::optional<stage::ParameterValue> value_field(const PanelFrame& frame, const ContainerFacts& container,
                                                  const ParameterState& parameter, float width);
 
-/// Buttons side by side, and below each other where the width ends; the chosen one is in the accent's colour.
-/// target: as for name_field. Returns the choice that was clicked.
+/// A button for each choice, in rows of `width` pixels. The chosen button has the accent colour. target: as for
+/// name_field. Returns the choice that was clicked.
 std::optional<std::string> choice_buttons(Targets& targets, const std::string& target, const std::string& chosen,
                                           const std::vector<std::string>& choices, float width);
 

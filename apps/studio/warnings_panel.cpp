@@ -1,4 +1,4 @@
-// What lint says about the scene that plays.
+// The panel with the warnings about the played scene.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace tovu {
 
 namespace {
 
-// The container that a message names in quotes, and the first word that is one of its parameters.
+// The container that a message names in quotes, and the first of its parameters in the message.
 std::optional<ShowParameter> target_of(const Studio& studio, const std::string& message) {
     if (!studio.report.facts) return {};
     for (const ContainerFacts& container : studio.report.facts->containers) {

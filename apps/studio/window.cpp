@@ -19,7 +19,7 @@ using stage::Done;
 using stage::Error;
 using stage::Result;
 
-constexpr int kDrawnOfStepped = 10;        // one of so many frames whose time is given is drawn
+constexpr int kDrawnOfStepped = 10;        // with given frame_seconds, one of this many frames is drawn
 constexpr float kKeyRepeatDelay = 0.275f;  // seconds that a key is held before it repeats
 
 struct WindowHandles {
@@ -48,7 +48,7 @@ struct WindowHandles {
         }
         if (has_imgui) ImGui::DestroyContext();
         if (context != nullptr) SDL_GL_DeleteContext(context);
-        // SDL is not ended: it would unload the driver, and leak checks could not tell the driver's memory from ours.
+        // Does not call SDL_Quit, which unloads the driver: leak checkers could then not attribute the driver's memory.
         if (window != nullptr) SDL_DestroyWindow(window);
     }
 };
@@ -59,8 +59,8 @@ Error sdl_error(const char* what) {
     return Error{fmt::format("{}: {}", what, SDL_GetError())};
 }
 
-// Pixels of a line of text that is legible from a metre: by the scale of the screen where the system tells it, else by
-// the window's height. In a window too small for all panels the type is smaller.
+// The font size in pixels that is legible from one metre: from the scale of the screen if the system reports one, else
+// from the window's height. Smaller in a window that is too small for all panels.
 float suitable_text_pixels(SDL_Window* window) {
     int width = 0, height = 0, drawn_height = 0;
     SDL_GetWindowSize(window, &width, &height);
@@ -81,8 +81,8 @@ std::optional<size_t> button_index(uint8_t button) {
     return {};
 }
 
-// The mouse as its events tell it. ImGui's back end asks the system for it instead, which knows nothing of events that
-// a script makes.
+// Follows the mouse by its events. ImGui's back end queries the system instead, which does not see the events of
+// scripts.
 void follow_mouse(WindowHandles& handles, const SDL_Event& event) {
     if (event.type == SDL_MOUSEMOTION)
         handles.mouse = {static_cast<float>(event.motion.x), static_cast<float>(event.motion.y)};
@@ -97,7 +97,8 @@ void follow_mouse(WindowHandles& handles, const SDL_Event& event) {
     if (handles.mouse_down[*button]) handles.mouse_pressed[*button] = true;
 }
 
-// Positions of events are the window's; ImGui works in pixels, so that type is sharp on every screen.
+// Converts the mouse position from units of the screen to pixels. ImGui works in pixels, so that text is sharp on every
+// screen.
 void place_mouse(WindowHandles& handles) {
     int width = 0, height = 0, drawn_width = 0, drawn_height = 0;
     SDL_GetWindowSize(handles.window, &width, &height);
@@ -115,8 +116,8 @@ void place_mouse(WindowHandles& handles) {
     }
 }
 
-// The modifiers as they were when a key went down or up. ImGui's back end asks for those of now, which differ when a
-// slow frame takes events late.
+// Takes the modifiers from the key event. ImGui's back end queries the present ones, which differ if a slow frame
+// handles the event late.
 void follow_modifiers(const SDL_Event& event) {
     if (event.type != SDL_KEYDOWN && event.type != SDL_KEYUP) return;
     ImGuiIO& io = ImGui::GetIO();
@@ -142,7 +143,7 @@ bool take_events(WindowHandles& handles, double seconds) {
         follow_modifiers(event);
         if (event.type == SDL_DROPFILE) take_dropped(handles, event.drop);
         open = open && event.type != SDL_QUIT;
-        // ImGui sees one press or release a frame. What a held key repeats is no press.
+        // ImGui sees one press or release per frame. Repeats of a held key do not count as presses.
         const bool is_press = event.type == SDL_KEYDOWN && event.key.repeat == 0;
         if (is_press || event.type == SDL_MOUSEBUTTONUP || event.type == SDL_KEYUP) break;
     }
@@ -165,12 +166,12 @@ Result<Window> Window::open(const WindowOptions& options) {
     handles->window = SDL_CreateWindow("TovuSmoke studio", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
                                        options.width, options.height, flags);
     if (handles->window == nullptr) return sdl_error("no window can be opened");
-    SDL_SetWindowMinimumSize(handles->window, 640, 400);  // below it, buttons would be out of reach
+    SDL_SetWindowMinimumSize(handles->window, 640, 400);  // in a smaller window buttons would be out of reach
     handles->context = SDL_GL_CreateContext(handles->window);
     if (handles->context == nullptr) return sdl_error("the window gets no OpenGL");
     SDL_GL_SetSwapInterval(1);
     SDL_StartTextInput();
-    SDL_GL_LoadLibrary(nullptr);  // once more than it is unloaded with the window
+    SDL_GL_LoadLibrary(nullptr);  // one more reference, so that closing the window does not unload the driver
     handles->opengl = stage::current_opengl_description();
     ImGui::CreateContext();
     handles->has_imgui = true;
@@ -196,10 +197,11 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
     ImGui_ImplSDL2_NewFrame();
     if (handles_->frame_seconds > 0) ImGui::GetIO().DeltaTime = static_cast<float>(handles_->frame_seconds);
     place_mouse(*handles_);
-    // ImGui sees a release at the next frame: a press is not held, and does not repeat, because that frame comes late.
+    // ImGui sees a release only at the next frame. The delay is longer than a frame, so that a late frame does not turn
+    // a press into repeats.
     ImGui::GetIO().KeyRepeatDelay = std::max(kKeyRepeatDelay, 1.5f * ImGui::GetIO().DeltaTime);
     ImGui::GetIO().ConfigFlags = keys_navigate ? ImGuiConfigFlags_NavEnableKeyboard : ImGuiConfigFlags_None;
-    // Enter presses buttons too. ImGui's own key for that is Space alone.
+    // Makes Enter press buttons too. ImGui itself uses only Space.
     ImGui::GetIO().NavInputs[ImGuiNavInput_Activate] = ImGui::GetIO().KeysDown[SDL_SCANCODE_RETURN] ? 1.0f : 0.0f;
     ImGui::NewFrame();
     return open;
@@ -207,7 +209,7 @@ bool Window::begin_frame(double seconds, float text_size, bool keys_navigate) {
 
 void Window::end_frame() {
     ImGui::Render();
-    // Nobody watches a stepped window, and drawing in software takes most of a frame's time.
+    // Skips most frames of a scripted window, since drawing in software takes most of a frame's time.
     if (++handles_->frames % kDrawnOfStepped != 0 && handles_->frame_seconds > 0 && !handles_->keep) return;
     const ImVec2 size = ImGui::GetIO().DisplaySize;
     const auto width = static_cast<int32_t>(size.x), height = static_cast<int32_t>(size.y);

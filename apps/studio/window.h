@@ -15,15 +15,15 @@
 namespace tovu {
 
 struct WindowOptions {
-    int width = 1600;  // of the screen's units
+    int width = 1600;  // in units of the screen
     int height = 900;
     bool fullscreen = false;
-    double frame_seconds = 0;  // that ImGui takes each frame for; 0: the time that it took
+    double frame_seconds = 0;  // duration of each frame for ImGui; 0: real time
 };
 
 struct WindowHandles;
 
-/// One window for the process. The destructor closes it.
+/// The only window of the process. The destructor closes it.
 class Window {
   public:
     static stage::Result<Window> open(const WindowOptions& options);
@@ -31,14 +31,15 @@ class Window {
     Window& operator=(Window&&) noexcept;
     ~Window();
 
-    /// Takes all events that are waiting, or waits up to `seconds` for one, and begins a frame of ImGui with text of
-    /// `text_size` times the size that suits the screen. keys_navigate: arrows, Space and Tab work in ImGui's panels.
-    /// False once the window was asked to close.
+    /// Handles all pending events, or waits up to `seconds` for one, and begins a frame of ImGui. text_size: factor on
+    /// the font size that suits the screen. keys_navigate: arrows, Space and Tab work in ImGui's panels. False after a
+    /// request to close the window.
     bool begin_frame(double seconds, float text_size, bool keys_navigate);
-    /// Draws what ImGui was told and shows it; with a given time of frames every tenth and those to keep.
+    /// Draws and shows the frame. With a given frame_seconds, only every tenth frame and the frames to keep.
     void end_frame();
+    /// Makes the next end_frame copy its picture for kept_frame.
     void keep_next_frame();
-    /// The frame that was drawn after the last keep_next_frame.
+    /// The picture of the frame after the latest keep_next_frame.
     const stage::Picture& kept_frame() const;
 
     /// The files that were dropped on the window since the last call.
@@ -48,9 +49,9 @@ class Window {
     void set_size(int width, int height);
     void set_title(const std::string& title);
     const stage::OpenGlDescription& opengl() const;
-    /// For events that a script makes.
+    /// SDL's ID of the window, for the events of scripts.
     uint32_t id() const;
-    /// Pixels of a line of text.
+    /// The height of a line of text, in pixels.
     float text_pixels() const;
 
   private:

@@ -8,7 +8,7 @@ namespace widgets {
 
 namespace {
 
-constexpr double kLeastStep = 0.001;  // between points that must not share an x
+constexpr double kLeastStep = 0.001;  // smallest distance in x if two points must not have the same x
 
 struct Curve {
     std::vector<CurvePoint>& points;
@@ -34,7 +34,7 @@ CurvePoint point_at(const Curve& curve, ImVec2 place) {
             rounded(curve.limits.low + y * span_of(curve.limits))};
 }
 
-// Where the point may be, between its neighbours.
+// The range of a point's x between its neighbours.
 struct Room {
     double low, high;
 };
@@ -54,7 +54,7 @@ void hold(const Curve& curve, size_t index) {
     point.y = std::clamp(point.y, curve.limits.low, curve.limits.high);
 }
 
-// Half-way to the next point, or to the one before.
+// The point half-way to the next point, or for the last point, to the previous one.
 CurvePoint between(const std::vector<CurvePoint>& points, size_t index) {
     const size_t first = index + 1 < points.size() ? index : index - 1;
     const CurvePoint &a = points[first], &b = points[first + 1];

@@ -1,4 +1,4 @@
-// A curve through points that are dragged. ImGui only.
+// An editor for a curve with draggable points. Depends on ImGui only.
 #pragma once
 
 #include <imgui.h>
@@ -13,21 +13,19 @@ struct CurvePoint {
     double y = 0.0;
 };
 
-/// What the editor shows besides the points, and what points may be.
+/// The limits of the points.
 struct CurveLimits {
     double low = 0.0;    // smallest x and y
     double high = 1.0;   // largest x and y
-    bool steps = false;  // two points may have one x
+    bool steps = false;  // two points may have the same x
     size_t min_points = 2;
 };
 
-/// Draws the points over `sampled`, the curve's own values at rising x, and over `histogram`, whose bars share the
-/// width evenly and are relative to the highest. Below stand fields for the chosen point, so that all can be done by
-/// keyboard: choose, type, add, remove.
-/// A drag moves a point between its neighbours, a double click adds one, a right click or Delete removes one; there
-/// stay limits.min_points at least. Dragged values have three decimals. size: of the drawing with its
-/// margins, pixels.
-/// Returns whether the points changed. The whole is one ImGui group: ask for its activation to bracket an edit.
+/// Draws the points over the curve, `sampled` at ascending x, and over `histogram`, whose bars have equal widths and
+/// heights relative to the highest. Below the drawing are fields and buttons for the chosen point, for use by keyboard.
+/// A drag moves a point between its neighbours, a double click adds one, a right click or Delete removes one; at least
+/// limits.min_points remain. Dragged values have three decimals. size: of the drawing with its margins, pixels.
+/// Returns whether the points changed. The editor is one ImGui group, which is active during an edit.
 bool curve_editor(const char* id, std::vector<CurvePoint>& points, const CurveLimits& limits,
                   std::span<const CurvePoint> sampled, std::span<const float> histogram, const ImVec2& size);
 

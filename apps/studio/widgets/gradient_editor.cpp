@@ -20,7 +20,7 @@ float place_of(const Canvas& canvas, double x) {
     return canvas.low.x + static_cast<float>(x) * canvas.size.x;
 }
 
-// Histogram above, gradient in the middle, handles below.
+// The drawing has the histogram at the top, the gradient in the middle and the handles at the bottom.
 float handle_height() {
     return ImGui::GetFontSize() * 0.8f;
 }
@@ -120,7 +120,7 @@ void draw_handles(const Gradient& gradient) {
     }
 }
 
-// A wide button of the stop's colour, which opens a picker.
+// A wide button in the stop's colour, which opens a colour picker.
 bool color_field(GradientStop& stop, float width) {
     const ImVec4 color(stop.color[0], stop.color[1], stop.color[2], 1.0f);
     if (ImGui::ColorButton("colour", color, ImGuiColorEditFlags_NoTooltip, {width, ImGui::GetFrameHeight()}))
@@ -134,7 +134,7 @@ bool color_field(GradientStop& stop, float width) {
     return changed;
 }
 
-// right: where the editor ends.
+// The fields for the chosen stop. right: the right edge of the editor.
 bool stop_fields(const Gradient& gradient, float right) {
     const auto chosen = static_cast<size_t>(chosen_point(static_cast<int>(gradient.stops.size())));
     GradientStop& stop = gradient.stops[chosen];

@@ -38,7 +38,7 @@ int nearest_point(std::span<const ImVec2> places) {
     return nearest;
 }
 
-// From the press of the button on, a point keeps its distance from the mouse.
+// Stores the distance of a point from the mouse at the press, which stays constant during the drag.
 void grab(int index, ImVec2 place) {
     const ImVec2 mouse = ImGui::GetMousePos();
     store("chosen", index);

@@ -10,15 +10,15 @@ namespace widgets {
 namespace {
 
 constexpr float kRestSeconds = 0.5f;
-constexpr float kWidth = 24;  // of a line of text, in heights of the type
+constexpr float kWidth = 24;  // of a line of text, in font sizes
 
 }  // namespace
 
 void tip(const std::string& text) {
     if (!ImGui::IsItemHovered(ImGuiHoveredFlags_AllowWhenDisabled) || ImGui::IsAnyMouseDown()) return;
     const ImGuiContext& context = *ImGui::GetCurrentContext();
-    if (context.NavDisableMouseHover) return;  // the keyboard's item counts as hovered
-    // Items without an identity, as plain text, have no time of their own.
+    if (context.NavDisableMouseHover) return;  // keyboard navigation: ImGui reports the focused item as hovered
+    // Items without an ID, such as plain text, have no timer: their text shows at once.
     if (context.HoveredId != 0 && context.HoveredIdTimer < kRestSeconds) return;
     const float width = kWidth * ImGui::GetFontSize(), gap = ImGui::GetStyle().ItemSpacing.y;
     const ImVec2 padding = ImGui::GetStyle().WindowPadding, window = ImGui::GetIO().DisplaySize;
