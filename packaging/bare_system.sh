@@ -11,14 +11,14 @@ mkdir -p "$HOME/swirl" "$HOME/tovu-source"
 
 say() { printf 'bare system: %s\n' "$*"; }
 
-# All files but those of apt, dpkg and logs.
+# Lists all files except those of apt, dpkg and logs.
 list_files() {
     find / -xdev \( -path /tmp -o -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /var/cache/apt \
         -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/log \) -prune -o -print | sort
 }
 
 list_files >"$HOME/before"
-# What the command recommends, without what that recommends in turn, and the shells that complete its words.
+# The packages that tovu recommends, without their own recommendations, and the shells with completion.
 others="ffmpeg python3-numpy python3-pil fish zsh"
 # shellcheck disable=SC2086  # a list of names, split on purpose
 apt-get install -y --no-install-recommends "$here"/*.deb $others
@@ -65,7 +65,7 @@ timeout 60 zsh -fc 'zmodload zsh/zpty
 fish -c 'complete -C "tovu render --plugin-t"' | grep '^--plugin-timeout'
 say "bash, zsh and fish complete an option of the command"
 
-# The guide's commands as they stand: its ~/tovu is the installed tree.
+# Runs the guide's commands unchanged. ~/tovu in the guide is the installed tree.
 ln -s /usr "$HOME/tovu"
 ln -s /usr/bin/tovu "$HOME/tovu-source/tovu"
 block() { awk -v language="$1" -v n="$2" -f "$here/guide_block.awk" "$here/plugin-authors.md"; }

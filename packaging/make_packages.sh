@@ -27,7 +27,7 @@ tovu ($version) unstable; urgency=medium
 END
 DEB_BUILD_OPTIONS="noautodbgsym ${DEB_BUILD_OPTIONS:-}" dpkg-buildpackage --build=binary --no-sign
 
-# archive PLATFORM BUILD_FOLDER: what hosts and authors of plug-ins need without packages.
+# archive PLATFORM BUILD_FOLDER: makes an archive of the plug-in, the SDK and the documents, for use without packages.
 archive() {
     name=tovusmoke-$version-$1
     for component in Plugins SDK Docs; do
@@ -37,7 +37,7 @@ archive() {
         --mode=go=rX,u+rw -c "$name" | gzip -9n >"$folder/$name.tar.gz"
 }
 archive "linux-$(uname -m)" build/release
-# archive_of PLATFORM PRESET: the same for another platform, with the plug-in only.
+# archive_of PLATFORM PRESET: builds the plug-in for another platform and makes its archive.
 archive_of() {
     cmake --preset "$2" -DTOVU_BUILD_TESTS=OFF
     cmake --build "build/$2" --target TovuSmoke

@@ -16,8 +16,8 @@ subcommands() {
         inside && NF > 1 && $1 != "help" { word = $1; sub(/^ *[^ ]+ +/, ""); print word "\t" $0 }'
 }
 
-# page SENTENCE WORD...: the page of the subcommand that the words name. help2man takes the page's name from the file that
-# it runs, so it runs a script of that name, which prints the help text in the form that help2man expects.
+# page SENTENCE WORD...: makes the page of the subcommand WORD... help2man takes the page's name from the file that it
+# runs, so it runs a script of that name, which prints the help text in the form that help2man expects.
 page() {
     sentence=$1
     shift

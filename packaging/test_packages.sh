@@ -29,7 +29,7 @@ echo "sums and bill of materials agree with the files"
 lintian --allow-root --fail-on error,warning "$folder"/tovu_*.changes || fail "lintian has complaints"
 echo "lintian has no complaints"
 
-# A second build, in a folder of another name and depth.
+# Builds again in a folder of another name and depth.
 other=$folder/elsewhere/another-folder
 sh "$root/packaging/make_packages.sh" "$other" >"$folder/second_build.log" 2>&1 || fail "the second build failed: $folder/second_build.log"
 diff "$folder/SHA256SUMS" "$other/SHA256SUMS" || fail "two builds in different folders differ"

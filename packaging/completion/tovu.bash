@@ -27,5 +27,5 @@ _tovu_complete() {
     fi
 }
 
-# Where there is nothing to list: file names.
+# Completes file names if there are no subcommands or options to list.
 complete -o default -F _tovu_complete tovu
