@@ -1,4 +1,4 @@
-// Curves as the smoke made them, found by what its notes say.
+// Samples of the smoke's curves, requested as its notes describe.
 #include "apps/studio/curve_samples.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ namespace {
 struct SampleCase {
     const char* name;
     const char* text;     // of the curve
-    double at_half_life;  // its value there
+    double at_half_life;  // the sampled value at half of the life
 };
 void PrintTo(const SampleCase& row, std::ostream* stream) {
     *stream << row.name;

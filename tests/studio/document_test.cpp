@@ -59,7 +59,7 @@ std::vector<std::filesystem::path> shipped_files() {
 struct NameCase {
     const char* name;
     const char* container;
-    const char* after;  // the text once birth_rate of the container is 7
+    const char* after;  // the text after birth_rate of the container is set to 7
 };
 
 void PrintTo(const NameCase& row, std::ostream* stream) {
@@ -326,7 +326,7 @@ TEST(Document, SurvivesACrash) {
     EXPECT_TRUE(find_recoveries(folder.path()).empty());
 }
 
-// Paths to parameters of the file's containers or layers, some of which it has.
+// Paths to parameters of the file's containers or layers. The file has some of the parameters.
 std::vector<KeyPath> parameter_paths(const toml::table& root) {
     std::vector<KeyPath> paths;
     for (const char* key : {"container", "layer"}) {
@@ -343,7 +343,7 @@ std::vector<KeyPath> parameter_paths(const toml::table& root) {
     return paths;
 }
 
-// The same change by the parser's own tables.
+// Makes the same change in the parser's tables.
 void change(toml::table& root, const KeyPath& path, const std::string& value) {
     toml::table* table = &root;
     for (size_t i = 0; i + 1 < path.size(); ++i) {

@@ -26,10 +26,10 @@ parameters = { number_of_particles = 200, birth_rate = 100 }
 )";
 }
 
-// A file in the shipped scenes' folder, for the picture beside it; it is never written.
+// A file name in the folder of the shipped scenes, which makes the picture there accessible. The file is never written.
 const std::filesystem::path kFile = std::filesystem::path(TOVU_SOURCE_DIR) / "scenes" / "unsaved.toml";
 
-// Follows until `until` holds or the export has ended; fails after half a minute.
+// Follows the export until `until` is true or the export has ended. Fails after half a minute.
 template <class Until>
 ExportState follow(ExportRun& run, Until until) {
     for (int i = 0; i < 3000; ++i) {

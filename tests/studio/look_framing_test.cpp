@@ -1,4 +1,4 @@
-// Where a new scene is seen from.
+// The camera and pre-warming of a new scene.
 #include "apps/studio/look_framing.h"
 
 #include <fmt/format.h>
@@ -22,7 +22,7 @@ void PrintTo(const FramingCase& row, std::ostream* stream) {
     *stream << row.name;
 }
 
-// Two thirds of the picture's height or width are filled.
+// The plate must fill two thirds of the picture's height or width.
 const FramingCase kFramings[] = {
     {"a high plate", 30, 40, 40, 60, 90},
     {"a wide one", -300, 0, 1600, 60, 1350},

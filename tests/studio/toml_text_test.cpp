@@ -1,4 +1,4 @@
-// Changes of single values in TOML text: what is written where, and that nothing else changes.
+// Changes of single values in TOML text: the value is written at the right place, and nothing else changes.
 #include "apps/studio/document/toml_text.h"
 
 #include <gmock/gmock.h>

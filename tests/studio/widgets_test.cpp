@@ -1,4 +1,4 @@
-// The editors of curves and gradients, in a window without a screen: mouse and keys go in, points come out.
+// The editors of curves and gradients in an offscreen window: mouse and key events change the points.
 #include <gmock/gmock.h>
 #include <imgui.h>
 
@@ -20,14 +20,14 @@ void PrintTo(const CurvePoint& point, std::ostream* stream) {
 namespace {
 
 constexpr float kSide = 500;  // of the drawing, pixels
-constexpr float kMargin = 6;  // around it: about half a line of ImGui's own font
+constexpr float kMargin = 6;  // around the drawing: about half a line of ImGui's default font
 constexpr float kWhole = kSide + 2 * kMargin;
-constexpr float kRow = 23;      // of fields, in ImGui's own font
-constexpr float kCorner = 100;  // of the window, in which the drawing comes first
+constexpr float kRow = 23;      // height of a row of fields in ImGui's default font
+constexpr float kCorner = 100;  // position of the window; the drawing is at its top
 
 enum class Act { kPress, kRelease, kRightPress, kRightRelease, kDelete };
 
-// One frame: the mouse at a share of the drawing from the left and from the top.
+// The input of one frame. The mouse position is a share of the drawing from the left and from the top.
 struct Step {
     float x, y;
     std::vector<Act> acts = {};
@@ -78,7 +78,7 @@ class Window {
 struct CurveCase {
     const char* name;
     std::vector<Step> steps;
-    bool may_step;  // two points may have one x
+    bool may_step;  // two points may have the same x
     std::vector<CurvePoint> after;
 };
 void PrintTo(const CurveCase& row, std::ostream* stream) {
@@ -186,7 +186,7 @@ TEST(Widgets, ADragInThePickerIsOneEdit) {
     Window window;
     std::vector<GradientStop> stops = {{0.0, {1, 0, 0}}, {1.0, {0, 0, 1}}};
     int begins = 0, changes = 0, ends = 0;
-    const float row = 1 + (2 * kMargin + kRow) / kSide;  // the second below the drawing
+    const float row = 1 + (2 * kMargin + kRow) / kSide;  // the second row below the drawing
     const std::vector<Step> steps = {
         {0.9f, row, {Act::kPress}},           {0.9f, row, {Act::kRelease}}, {1.0f, row + 0.1f},
         {1.0f, row + 0.1f, {Act::kPress}},    {1.05f, row + 0.1f},          {1.1f, row + 0.15f},

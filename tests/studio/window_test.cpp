@@ -1,5 +1,4 @@
-// The studio's window, driven by events of mouse and keyboard on a display without a screen. What it did shows in the
-// files that it saved.
+// The studio's window, driven by mouse and keyboard events without a screen. The tests check the files that it saves.
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -38,7 +37,7 @@ std::string replaced(const std::string& old_text, const std::string& new_text) {
 class StudioWindow : public testing::Test {
   protected:
     TemporaryFolder temporary_;
-    // Deep, so that random events in the window that opens files stay in the temporary folder.
+    // Several levels deep, so that random events in the window that opens files stay in the temporary folder.
     const std::filesystem::path folder_ = temporary_ / "a/b/c/d/e/f/g/h";
 
     void SetUp() override {
@@ -54,7 +53,7 @@ class StudioWindow : public testing::Test {
                " --script script.txt 2>&1";
     }
 
-    // What it printed. It must end with status 0.
+    // Runs the studio and returns what it prints. Its exit status must be 0.
     std::string run(const std::string& arguments, const std::string& script) const {
         FILE* pipe = popen(command(arguments, script).c_str(), "r");
         std::string output;
@@ -64,7 +63,7 @@ class StudioWindow : public testing::Test {
         return output;
     }
 
-    // The name of the picture.
+    // Returns the name of the picture.
     std::string render(const std::string& scene, int frame) const {
         const std::string command = "cd " + folder_.string() + " && " TOVU_COMMAND " render " + scene +
                                     " --progress none -o " + scene + ".png --frames " + std::to_string(frame) + " 2>&1";
@@ -83,7 +82,7 @@ class StudioWindow : public testing::Test {
 
 struct EditCase {
     const char* name;
-    const char* script;    // between the first picture and saving
+    const char* script;    // runs between the first picture and saving
     std::string expected;  // the saved file
 };
 
@@ -140,8 +139,8 @@ TEST_F(StudioWindow, CurvePointsAndColourStopsFollowTheMouse) {
     EXPECT_THAT(saved(), testing::ContainsRegex("color = \"0 1 1 1 0.[0-9]+ 1 1 1 1 1 1 1\"\n$"));
 }
 
-// A look in a new scene: a frame that was reached by playing, seeking and a step, exported, and the saved scene
-// rendered.
+// Reaches a frame of a new scene by playing, seeking and a step. Exports the frame, and renders it from the saved
+// scene.
 TEST_F(StudioWindow, ExportAndRenderDrawThePictureThatItShowed) {
     const std::string output =
         run("steam",
@@ -215,7 +214,7 @@ TEST_F(StudioWindow, AFileThatExistsIsReplacedByTheSecondEnter) {
     EXPECT_EQ(saved("taken.v1.toml"), "# mine\n");
     run("scene.toml", save + "key Return\nwait frames 3\n");
     EXPECT_EQ(saved("taken.v1.toml"), kScene);
-    // "places" writes over the file like another program.
+    // "places" overwrites the file, as another program might do.
     run("scene.toml",
         "wait picture\nclick reset.number_of_particles\nplaces scene.toml\nkey Ctrl+S\nwait \"save as.file\"\n"
         "wait frames 3\nkey Return\nwait frames 3\nkey Return\nwait frames 3\n");
@@ -288,7 +287,7 @@ TEST_F(StudioWindow, AKilledStudioLeavesItsWork) {
     EXPECT_EQ(saved(), kScene);
     run("", "click recovery.take\nwait picture\nkey Ctrl+S\nwait frames 3\n");
     EXPECT_EQ(saved(), replaced("birth_rate = 30 ", "birth_rate = 77 "));
-    // So does one that is closed without saving.
+    // A studio that is closed without saving leaves its work too.
     run("scene.toml", "wait picture\nclick reset.number_of_particles\nwait frames 3\n");
     run("", "click recovery.take\nwait picture\nkey Ctrl+S\nwait frames 3\n");
     EXPECT_THAT(saved(), Not(HasSubstr("number_of_particles")));
@@ -311,7 +310,7 @@ TEST_F(StudioWindow, AnySizeIsShown) {
 TEST_F(StudioWindow, EndsInPeaceAfterRandomEvents) {
     const tovu::RandomSeed seed;
     std::string script = "size 640 400\nwait picture\n";
-    // Escape leaves windows and full screen, where events would find little.
+    // Escape closes windows and full screen, so that the events reach the panels.
     for (unsigned i = 0; i < 10; ++i)
         script += "random " + std::to_string(seed.value + i) + " 500\nkey Escape\nkey Escape\n";
     run("scene.toml", script);

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Uses the studio as a person would, with mouse and keyboard on an X display without a screen, and checks its files.
+# Operates the studio by mouse and keyboard on an X display without a screen, and checks the files that it writes.
 # usage: xvfb_session.sh FOLDER, with the programs tovu and tovu-studio
 set -eu
 programs=$(cd "$1" && pwd)
@@ -33,7 +33,7 @@ wait_until() {
     done
 }
 
-# Where things are in the window, from the studio itself: a line for each, with its name, left, top, right and bottom.
+# Lets the studio write the places of items in its window, a line for each: name, left, top, right, bottom.
 write_places() {
     mkdir "$work/elsewhere" "$work/no_scenes"
     cat >"$work/elsewhere/script.txt" <<'SCRIPT'
@@ -71,7 +71,7 @@ start_studio() {
 
 has_title() { xdotool search --name "^$1"; }
 
-# The pauses are a person's; a slow machine needs them too.
+# Pauses between keys, as a person does. A slow machine needs the pauses.
 keys() {
     xdotool key --delay 100 "$@"
     sleep 1
@@ -82,7 +82,7 @@ type_text() {
     sleep 1
 }
 
-# click PLACES NAME: the middle of what has this name.
+# click PLACES NAME: clicks the middle of the item NAME.
 click() {
     place=$(awk -F '\t' -v name="$2" '$1 == name { printf "%d %d", ($2 + $4) / 2, ($3 + $5) / 2 }' "$work/$1.txt")
     [ -n "$place" ] || fail "there is no $2 in the window"
@@ -93,7 +93,7 @@ click() {
     sleep 1
 }
 
-# set_value SEARCH TEXT: the first parameter that the search finds.
+# set_value SEARCH TEXT: sets the first parameter that the search finds.
 set_value() {
     keys ctrl+f ctrl+a
     type_text "$1"
@@ -131,7 +131,7 @@ wait_until "the end of the studio" eval "! kill -0 $studio"
 wait "$studio" || fail "the studio ended with an error: $(cat "$work/studio.log")"
 studio=
 
-# 60 births in a second are state A's, the long life was undone.
+# State A, which was saved, has 60 births per second. The long life was undone.
 grep -q '^birth_rate = 60$' session.toml || fail "the typed rate is not in session.toml"
 grep -q 'life_time' session.toml && fail "an edit that was undone is in session.toml"
 last=$(awk '$1 == "frame_rate" { rate = $3 } $1 == "length" { seconds = $3 } END { print rate * seconds - 1 }' session.toml)
