@@ -41,7 +41,7 @@ struct PanelMemory {
     // Parameters.
     std::string search;
     bool wants_search = false;  // focus the search field
-    bool wants_value = false;   // focus the first value
+    bool wants_value = false;   // focus the value that the search is for
     std::string help_target;    // target of the line that the help describes
     std::string help_title;
     std::string help;

@@ -1,4 +1,6 @@
 // The parameters of the selected container, for any plug-in.
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -7,6 +9,7 @@
 #include "panels.h"
 #include "theme.h"
 #include "value_field.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -86,12 +89,25 @@ void show_needs(const Row& row) {
     ImGui::Unindent(ImGui::GetFontSize() * 0.5f);
 }
 
+// Where Enter in the search leads: to the first parameter that is called so, else to the first that is found. Null:
+// none.
+const ParameterState* searched_parameter(const PanelMemory& memory) {
+    const ParameterState* found = nullptr;
+    for (const ParameterStates& group : memory.states) {
+        for (const ParameterState& parameter : group.parameters) {
+            if (has_words(parameter.info->label, memory.search)) return &parameter;
+            if (found == nullptr && matches_search(parameter, memory.search)) found = &parameter;
+        }
+    }
+    return found;
+}
+
 void show_parameter(const Row& row) {
     PanelFrame& frame = row.frame;
     const ParameterState& parameter = row.parameter;
     LineShown line{"parameter." + row.info().name, row.info().label,        row.change(),
                    parameter.is_written,           parameter.needs.is_idle, is_curve(parameter)};
-    line.wants_focus = std::exchange(frame.memory.wants_value, false);
+    line.wants_focus = frame.memory.wants_value && &parameter == searched_parameter(frame.memory);
     line.is_highlighted = frame.studio.shown_parameter == row.info().name;
     if (line.is_highlighted && frame.studio.shown_countdown > kShownFrames - 10) ImGui::SetScrollHereY(0.4f);
     const LineEvents events = panel_line(frame, line, [&](float width) {
@@ -122,15 +138,30 @@ void refresh_states(PanelFrame& frame, const ContainerFacts& container) {
         memory.states = parameter_states(*facts, container, written_parameters(document, container.name));
 }
 
+// The name, and that there are others when there are.
+std::string container_label(const PanelFrame& frame, const ContainerFacts& selected) {
+    size_t count = 0;
+    size_t place = 0;
+    for (const ContainerFacts& container : frame.studio.report.facts->containers) {
+        if (container.noted) ++count;
+        if (&container == &selected) place = count;
+    }
+    return count == 1 ? selected.name : fmt::format("{} ({} of {})", selected.name, place, count);
+}
+
 void choose_container(PanelFrame& frame, const ContainerFacts& selected) {
     ImGui::SetNextItemWidth(-1);
-    if (ImGui::BeginCombo("##container", selected.name.c_str(), ImGuiComboFlags_HeightLarge)) {
+    const bool opened =
+        ImGui::BeginCombo("##container", container_label(frame, selected).c_str(), ImGuiComboFlags_HeightLarge);
+    if (opened) {
         for (const ContainerFacts& container : frame.studio.report.facts->containers) {
             if (ImGui::Selectable(container.name.c_str(), &container == &selected))
                 frame.commands.push_back(SelectContainer{container.name});
             mark(frame.targets, "container." + container.name);
         }
         ImGui::EndCombo();
+    } else {
+        widgets::tip("Which smoke of the scene the values below belong to");
     }
     mark(frame.targets, "container");
 }
@@ -164,6 +195,7 @@ bool show_parameter_groups(PanelFrame& frame, const ContainerFacts& container) {
         for (const ParameterState& parameter : group.parameters)
             if (matches(parameter)) show_parameter({frame, container, parameter});
     }
+    frame.memory.wants_value = false;
     return any;
 }
 

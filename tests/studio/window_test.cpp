@@ -114,8 +114,8 @@ const EditCase kEdits[] = {
     {"StateBStartsAsTheFile",
      "click parameter.birth_rate ctrl\nkey Ctrl+A\ntype 50\nkey Return\nclick B\nwait picture\n", kScene},
     {"ASearchThenOnlyTheKeyboard",
-     "key Ctrl+F\ntype life time\nkey Return\nwait frames 3\nkey Tab\nkey Ctrl+A\ntype 12\nkey Return\n",
-     std::string(kScene) + "life_time_spread = 12\n"},
+     "key Ctrl+F\ntype rate\nkey Return\nwait frames 3\nkey Tab\nkey Ctrl+A\ntype 12\nkey Return\n",
+     std::string(kScene) + "gravity = 12\n"},
 };
 
 class Edits : public StudioWindow, public testing::WithParamInterface<EditCase> {};
