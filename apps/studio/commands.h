@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -85,7 +84,7 @@ struct SaveLook {
 };
 struct StartExport {  // exports the shown text; cancels a running export
     std::filesystem::path output;
-    std::optional<int64_t> frame;  // the frame of a still; none: all frames
+    std::string frames;  // "A-B", or "A" for a still; empty: all frames
 };
 struct CancelExport {};
 

@@ -66,7 +66,7 @@ Result<ExportRun> ExportRun::start(const ExportOrder& order) {
     if (const auto written = stage::write_whole_file(scene, text); !written) return written.error();
     std::vector<std::string> arguments = {render_program().string(), "render",     scene.string(), "-o",
                                           order.output.string(),     "--progress", "json"};
-    if (order.frame) arguments.insert(arguments.end(), {"--frames", std::to_string(*order.frame)});
+    if (!order.frames.empty()) arguments.insert(arguments.end(), {"--frames", order.frames});
     if (!order.plugin.empty()) arguments.insert(arguments.end(), {"--plugin", order.plugin});
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return Error{fmt::format("no pipe for the export: {}", std::strerror(errno))};

@@ -5,7 +5,6 @@
 #include <sys/types.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,7 @@ struct ExportOrder {
     std::string scene_text;
     std::filesystem::path scene_file;  // the file of the text; its folder is the base of relative paths
     std::filesystem::path output;      // .png, .mp4 or another format of `tovu render`
-    std::optional<int64_t> frame;      // the frame of a still; none: all frames
+    std::string frames;                // "A-B", or "A" for a still; empty: all frames
     std::string plugin;                // library for "smoke"; empty: the installed library
 };
 

@@ -3,6 +3,7 @@
 
 #include "panels.h"
 #include "theme.h"
+#include "widgets/tip.h"
 
 namespace tovu {
 
@@ -15,14 +16,20 @@ std::string proposed_file(const PanelFrame& frame) {
     return file.replace_extension(frame.memory.exports_still ? ".png" : ".mp4").string();
 }
 
+std::string video_label(const Studio& studio) {
+    if (plays_whole_scene(studio)) return "Video of the whole scene###video";
+    return fmt::format("Video of frames {} to {}###video", studio.orders.range.first, studio.orders.range.last);
+}
+
 void choose_kind(PanelFrame& frame) {
     PanelMemory& memory = frame.memory;
     for (const bool is_still : {false, true}) {
-        if (ImGui::RadioButton(is_still ? "Still of the picture on screen" : "Video of the whole scene",
-                               memory.exports_still == is_still)) {
+        const std::string label = is_still ? "Still of the picture on screen" : video_label(frame.studio);
+        if (ImGui::RadioButton(label.c_str(), memory.exports_still == is_still)) {
             memory.exports_still = is_still;
             memory.export_file = proposed_file(frame);
         }
+        if (!is_still) widgets::tip("In and Out beside the timeline choose the frames");
         mark(frame.targets, is_still ? "export.still" : "export.video");
         ImGui::SameLine(0, ImGui::GetFontSize());
     }
@@ -30,10 +37,13 @@ void choose_kind(PanelFrame& frame) {
 }
 
 void start(PanelFrame& frame) {
-    const PanelMemory& memory = frame.memory;
-    std::optional<int64_t> picture;
-    if (memory.exports_still) picture = std::max<int64_t>(frame.studio.report.frame, 0);
-    frame.commands.push_back(StartExport{memory.export_file, picture});
+    const Studio& studio = frame.studio;
+    std::string frames;
+    if (frame.memory.exports_still)
+        frames = std::to_string(std::max<int64_t>(studio.report.frame, 0));
+    else if (!plays_whole_scene(studio))
+        frames = fmt::format("{}-{}", studio.orders.range.first, studio.orders.range.last);
+    frame.commands.push_back(StartExport{frame.memory.export_file, frames});
 }
 
 void show_order(PanelFrame& frame) {
@@ -69,6 +79,16 @@ void show_progress(PanelFrame& frame, const ExportState& state) {
     mark(frame.targets, "export.cancel");
 }
 
+// Shows the outcome of the last export.
+void show_outcome(const ExportState& state) {
+    if (state.error.empty())
+        ImGui::TextColored(ImColor(kAccent), "Exported");
+    else if (state.error == "cancelled")
+        ImGui::TextDisabled("Cancelled");
+    else
+        ImGui::TextColored(ImColor(kMistake), "%s", state.error.c_str());
+}
+
 }  // namespace
 
 void export_window(PanelFrame& frame) {
@@ -85,9 +105,7 @@ void export_window(PanelFrame& frame) {
             show_progress(frame, *state);
         else
             show_order(frame);
-        if (state && state->ended)
-            ImGui::TextColored(ImColor(state->error.empty() ? kAccent : kMistake), "%s",
-                               state->error.empty() ? "Exported" : state->error.c_str());
+        if (state && state->ended && frame.studio.export_file == memory.export_file) show_outcome(*state);
         if (ImGui::IsWindowFocused() && ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape)))
             memory.shows_export = false;
     }

@@ -89,8 +89,8 @@ void show_needs(const Row& row) {
     ImGui::Unindent(ImGui::GetFontSize() * 0.5f);
 }
 
-// Where Enter in the search leads: to the first parameter that is called so, else to the first that is found. Null:
-// none.
+// The parameter that Enter in the search selects: the first whose label has the words, else the first that matches.
+// Null if none matches.
 const ParameterState* searched_parameter(const PanelMemory& memory) {
     const ParameterState* found = nullptr;
     for (const ParameterStates& group : memory.states) {
@@ -138,15 +138,11 @@ void refresh_states(PanelFrame& frame, const ContainerFacts& container) {
         memory.states = parameter_states(*facts, container, written_parameters(document, container.name));
 }
 
-// The name, and that there are others when there are.
+// The container's name and, if there are several, its place among them.
 std::string container_label(const PanelFrame& frame, const ContainerFacts& selected) {
-    size_t count = 0;
-    size_t place = 0;
-    for (const ContainerFacts& container : frame.studio.report.facts->containers) {
-        if (container.noted) ++count;
-        if (&container == &selected) place = count;
-    }
-    return count == 1 ? selected.name : fmt::format("{} ({} of {})", selected.name, place, count);
+    const auto& containers = frame.studio.report.facts->containers;
+    if (containers.size() == 1) return selected.name;
+    return fmt::format("{} ({} of {})", selected.name, &selected - containers.data() + 1, containers.size());
 }
 
 void choose_container(PanelFrame& frame, const ContainerFacts& selected) {
@@ -161,7 +157,7 @@ void choose_container(PanelFrame& frame, const ContainerFacts& selected) {
         }
         ImGui::EndCombo();
     } else {
-        widgets::tip("Which smoke of the scene the values below belong to");
+        widgets::tip("The container whose values are below");
     }
     mark(frame.targets, "container");
 }

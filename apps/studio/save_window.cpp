@@ -64,7 +64,7 @@ std::string mistake_in(const std::filesystem::path& file, bool makes_folder) {
     if (!file.has_filename() || std::filesystem::is_directory(file, ignored))
         return file.string() + " is a folder: add a name";
     if (!makes_folder && !std::filesystem::is_directory(file.parent_path(), ignored))
-        return "there is no folder " + file.parent_path().string();
+        return "There is no folder " + file.parent_path().string();
     return "";
 }
 

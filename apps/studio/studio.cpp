@@ -128,7 +128,7 @@ void start_export(Studio& studio, const StartExport& command) {
     studio.export_run.reset();
     studio.export_state.reset();
     Result<ExportRun> run = ExportRun::start(
-        {scene_text(document), scene_file(document), command.output, command.frame, studio.smoke_plugin});
+        {scene_text(document), scene_file(document), command.output, command.frames, studio.smoke_plugin});
     if (!run) {
         studio.notice = {run.error().message, true};
         return;
@@ -273,7 +273,10 @@ void follow_document(Studio& studio) {
     studio.scene = std::make_shared<const stage::SceneDescription>(std::move(*scene));
     studio.orders.scene = studio.scene;
     ++studio.orders.scene_number;
-    if (whole) studio.orders.range.last = scene_frames(studio) - 1;
+    FrameRange& range = studio.orders.range;
+    const int64_t last = scene_frames(studio) - 1;
+    range.last = whole ? last : std::min(range.last, last);
+    range.first = std::min(range.first, range.last);
 }
 
 void follow_player(Studio& studio, PlayReport report) {
@@ -310,6 +313,10 @@ bool has_work(const Document& document) {
 
 int64_t scene_frames(const Studio& studio) {
     return studio.scene ? stage::frame_count(*studio.scene) : 1;
+}
+
+bool plays_whole_scene(const Studio& studio) {
+    return studio.orders.range.first == 0 && studio.orders.range.last == scene_frames(studio) - 1;
 }
 
 const ContainerFacts* selected_container(const Studio& studio) {

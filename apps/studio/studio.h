@@ -72,6 +72,9 @@ bool has_work(const Document& document);
 /// The number of frames of the scene, at least 1.
 int64_t scene_frames(const Studio& studio);
 
+/// True if the range between In and Out is the whole scene.
+bool plays_whole_scene(const Studio& studio);
+
 /// The facts of the selected container, or of the first container with a plug-in; null if there is none.
 const ContainerFacts* selected_container(const Studio& studio);
 

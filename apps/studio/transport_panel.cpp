@@ -105,8 +105,7 @@ void range_buttons(PanelFrame& frame) {
     if (tool_button(frame, "Loop", "Plays the range again and again (L)", {.is_on = orders.loop})) toggle_loop(frame);
     if (tool_button(frame, "In", "The range begins here (I)")) begin_range(frame);
     if (tool_button(frame, "Out", "The range ends here (O)")) end_range(frame);
-    if ((orders.range.first != 0 || orders.range.last != last) &&
-        tool_button(frame, "All", "The range is the whole scene"))
+    if (!plays_whole_scene(frame.studio) && tool_button(frame, "All", "The range is the whole scene"))
         frame.commands.push_back(SetLoop{orders.loop, {0, last}});
 }
 

@@ -46,7 +46,7 @@ ExportState finish(ExportRun& run) {
 
 TEST(Export, AStillHasTheBytesOfARender) {
     const TemporaryFolder folder;
-    auto run = ExportRun::start({scene_of(1), kFile, folder / "still.png", 20, {}});
+    auto run = ExportRun::start({scene_of(1), kFile, folder / "still.png", "20", {}});
     ASSERT_TRUE(run) << run.error().message;
     const ExportState state = finish(*run);
     EXPECT_EQ("", state.error);
@@ -63,7 +63,7 @@ TEST(Export, AStillHasTheBytesOfARender) {
 
 TEST(Export, MistakesNameTheSceneFile) {
     const TemporaryFolder folder;
-    auto run = ExportRun::start({"[[container]]\nname = 1\n", kFile, folder / "still.png", 0, {}});
+    auto run = ExportRun::start({"[[container]]\nname = 1\n", kFile, folder / "still.png", "0", {}});
     ASSERT_TRUE(run);
     EXPECT_THAT(finish(*run).error, HasSubstr(kFile.string() + ":2:8: name must be a text"));
     EXPECT_TRUE(folder.is_empty());

@@ -139,20 +139,22 @@ TEST_F(StudioWindow, CurvePointsAndColourStopsFollowTheMouse) {
     EXPECT_THAT(saved(), testing::ContainsRegex("color = \"0 1 1 1 0.[0-9]+ 1 1 1 1 1 1 1\"\n$"));
 }
 
-// Reaches a frame of a new scene by playing, seeking and a step. Exports the frame, and renders it from the saved
-// scene.
+// Reaches a frame of a new scene by playing, seeking and a step. Exports the frame as a still and as a range, and
+// renders it from the saved scene.
 TEST_F(StudioWindow, ExportAndRenderDrawThePictureThatItShowed) {
     const std::string output =
         run("steam",
             "wait picture\nwait frames 20\nkey Space\nclick timeline@0.35,0.5\nwait picture\nkey Right\nwait picture\n"
-            "picture shown.png\nreport\nkey Ctrl+S\nwait \"save as.file\"\nwait frames 3\nkey Ctrl+A\n"
+            "picture shown.png\nreport\nkey I\nkey O\nkey Ctrl+S\nwait \"save as.file\"\nwait frames 3\nkey Ctrl+A\n"
             "type mine.toml\nkey Return\nwait frames 3\nkey Ctrl+E\nclick export.still\nclick export.start\n"
+            "wait export\nclick export.video\nclick export.file\nkey Ctrl+A\ntype range.png\nclick export.start\n"
             "wait export\n");
     int frame = 0;
     ASSERT_EQ(std::sscanf(output.c_str(), "frame %d,", &frame), 1) << output;
     const auto shown = pixels("shown.png");
     EXPECT_EQ(shown, pixels(render("mine.toml", frame))) << "frame " << frame;
     EXPECT_EQ(shown, pixels("mine.png")) << "frame " << frame;
+    EXPECT_EQ(shown, pixels("range.png")) << "frame " << frame;
 }
 
 TEST_F(StudioWindow, AContainerIsSavedAsALookThatScenesTake) {
