@@ -96,7 +96,7 @@ grep -q "a farm is rendering it" errors || fail "$(cat errors)"
 job=$(sed -n 's/.*"chunk_job": "\([0-9]*\)".*/\1/p' 'the clip.mov.farm/farm.json')
 wait_until "no picture of chunk 2" test -f 'the clip.mov.farm/frames/000020.png'
 scancel --signal=KILL "${job}_2"
-wait_until "the video is not complete" state_has 'the clip.mov' complete
+wait_until "the video is not complete" state_has 'the clip.mov' 'is complete'
 grep -q "chunks 2 are incomplete .* submitted again" 'the clip.mov.farm/finish.log' || fail "chunk 2 was not rendered again"
 "$tovu" render 'a scene.toml' --seed 7 -o whole.mov --progress none
 cmp whole.mov 'the clip.mov' || fail "the farm's video differs"
