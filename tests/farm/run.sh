@@ -2,6 +2,7 @@
 # Renders scenes on a Slurm that it starts on this machine, kills a job, and compares with a video that is rendered directly.
 # usage: run.sh TOVU, as root
 set -eu
+here=$(cd "$(dirname "$0")" && pwd)
 tovu=$1
 
 fail() {
@@ -9,17 +10,7 @@ fail() {
     exit 1
 }
 
-# wait_until WHAT COMMAND...: fails if COMMAND does not succeed within two minutes.
-wait_until() {
-    what=$1
-    shift
-    tries=0
-    until "$@" >/dev/null 2>&1; do
-        tries=$((tries + 1))
-        [ $tries -lt 1200 ] || fail "waited too long: $what"
-        sleep 0.1
-    done
-}
+. "$here/../wait_until.sh"
 
 stop_slurm() {
     # A job would outlive the daemons.
@@ -67,7 +58,7 @@ CONF
     export SLURM_CONF="$slurm/slurm.conf"
     slurmctld -f "$SLURM_CONF"
     slurmd -f "$SLURM_CONF"
-    wait_until "no node is idle; see $slurm/slurmctld.log" sh -c 'sinfo --noheader --format=%T | grep -q idle'
+    wait_until "an idle node; see $slurm/slurmctld.log" sh -c 'sinfo --noheader --format=%T | grep -q idle'
 }
 
 state_has() {
@@ -94,22 +85,22 @@ SCENE
 "$tovu" farm 'a scene.toml' --chunks 4 -o 'the clip.mov' 2>errors && fail "a second farm for the same video was accepted"
 grep -q "a farm is rendering it" errors || fail "$(cat errors)"
 job=$(sed -n 's/.*"chunk_job": "\([0-9]*\)".*/\1/p' 'the clip.mov.farm/farm.json')
-wait_until "no picture of chunk 2" test -f 'the clip.mov.farm/frames/000020.png'
+wait_until "a picture of chunk 2" test -f 'the clip.mov.farm/frames/000020.png'
 scancel --signal=KILL "${job}_2"
-wait_until "the video is not complete" state_has 'the clip.mov' 'is complete'
+wait_until "the complete video" state_has 'the clip.mov' 'is complete'
 grep -q "chunks 2 are incomplete .* submitted again" 'the clip.mov.farm/finish.log' || fail "chunk 2 was not rendered again"
 "$tovu" render 'a scene.toml' --seed 7 -o whole.mov --progress none
 cmp whole.mov 'the clip.mov' || fail "the farm's video differs"
 echo "a video whose chunk was killed equals one that is rendered directly"
 
 "$tovu" farm 'a scene.toml' --frames 0-5 --chunks 2 --plugin missing.so -o 'row/%d.png'
-wait_until "the farm does not end" grep -qs "after 4 tries" row/row.png.farm/finish.log
+wait_until "the end of the farm" grep -qs "after 4 tries" row/row.png.farm/finish.log
 grep -q "chunks 1-2 are incomplete after 4 tries, frames 0-5 are missing" row/row.png.farm/finish.log ||
     fail "$(cat row/row.png.farm/finish.log)"
 echo "chunks that fail come again three times and are then named"
 
 "$tovu" farm 'a scene.toml' --chunks 3 -o cancelled.mov
 "$tovu" farm --cancel -o cancelled.mov
-wait_until "the jobs are still there" sh -c '[ -z "$(squeue --noheader)" ]'
+wait_until "the end of the jobs" sh -c '[ -z "$(squeue --noheader)" ]'
 [ ! -e cancelled.mov ] || fail "a cancelled video was made"
 echo "a cancelled farm leaves no job"

@@ -2,6 +2,7 @@
 # Operates the studio by mouse and keyboard on an X display without a screen, and checks the files that it writes.
 # usage: xvfb_session.sh FOLDER, with the programs tovu and tovu-studio
 set -eu
+here=$(cd "$(dirname "$0")" && pwd)
 programs=$(cd "$1" && pwd)
 work=$(mktemp -d "${TMPDIR:-/tmp}/tovu-desktop-XXXXXX")
 export HOME="$work" XDG_CACHE_HOME="$work/cache" XDG_STATE_HOME="$work/state"
@@ -21,17 +22,7 @@ end_programs() {
 }
 trap end_programs EXIT
 
-# wait_until WHAT COMMAND...: fails if COMMAND does not succeed within two minutes.
-wait_until() {
-    what=$1
-    shift
-    tries=0
-    until "$@" >/dev/null 2>&1; do
-        tries=$((tries + 1))
-        [ $tries -lt 600 ] || fail "waited too long for $what"
-        sleep 0.2
-    done
-}
+. "$here/../wait_until.sh"
 
 # Lets the studio write the places of items in its window, a line for each: name, left, top, right, bottom.
 write_places() {
@@ -108,9 +99,9 @@ write_places
 start_studio
 click gallery look.steam
 wait_until "the scene of the look" has_title "steam"
-sleep 10 # until the smoke is there
+sleep 10 # the smoke appears
 set_value "birth rate" 60
-wait_until "the typed rate" grep -rq "birth_rate = 60" "$XDG_STATE_HOME" # each edit is kept there
+wait_until "the typed rate" grep -rq "birth_rate = 60" "$XDG_STATE_HOME" # every edit is autosaved
 set_value "life time" 9
 keys Escape ctrl+z
 click stage B
@@ -121,7 +112,7 @@ type_text session
 keys Return
 wait_until "the saved scene" test -f session.toml
 keys space End
-sleep 5 # runs to the last frame
+sleep 5 # the scene runs to its last frame
 keys ctrl+e
 click export export.still
 click export export.start
