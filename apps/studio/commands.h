@@ -82,7 +82,7 @@ struct SaveAs {
 struct SaveLook {
     LookToSave look;
 };
-struct StartExport {  // exports the shown text; cancels a running export
+struct StartExport {  // exports the state that is shown; cancels a running export
     std::filesystem::path output;
     std::string frames;  // "A-B", or "A" for a still; empty: all frames
 };

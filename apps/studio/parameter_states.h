@@ -29,7 +29,7 @@ struct ParameterStates {
 std::vector<ParameterStates> parameter_states(const SceneFacts& facts, const ContainerFacts& container,
                                               const std::map<std::string, stage::ParameterValue>& written);
 
-/// Whether a text contains a search text, in upper or lower case. True for an empty search text.
+/// True if the text contains the search text. Ignores case. Every text contains the empty search text.
 bool has_words(const std::string& text, const std::string& search);
 
 /// Whether the name, the label or the sentences of a parameter contain a search text, as has_words.

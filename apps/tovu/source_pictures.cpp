@@ -18,7 +18,7 @@ namespace {
 using stage::Error;
 using stage::Result;
 
-// Entries that may differ: the machine that rendered the pictures, and the format of their files.
+// Entries of the manifest that are not compared: the machine that rendered the pictures, and the format of their files.
 constexpr std::array<std::string_view, 4> kNotCompared = {"plug-ins", "renderer", "name", "bits"};
 
 stage::SequenceContent compared_content(stage::SequenceContent content) {

@@ -107,7 +107,7 @@ std::string place_of_end(const validate::Result& result) {
     return result.state == validate::State::kTimeout ? innermost.substr(0, innermost.find(" +0x")) : innermost;
 }
 
-/// The first check that crashed or hung in the same place of the plug-in; null if there is none.
+// Searches `before` for a check that crashed or hung at the same place in the plug-in. Null if there is none.
 const Check* same_end(const validate::Result& result, const std::vector<validate::Result>& before) {
     for (const validate::Result& other : before)
         if (!result.stack.empty() && result.state == other.state && place_of_end(result) == place_of_end(other))

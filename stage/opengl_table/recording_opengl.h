@@ -29,7 +29,7 @@ struct RecordedDraw {
     RecordedArray texcoords;
 };
 
-/// Reads the arrays that were set through this table, as glDrawArrays does.
+/// Reads the client arrays that were set through this table, in the same way as glDrawArrays.
 RecordedDraw read_client_arrays(unsigned int mode, int first, int count);
 
 /// Every glDrawArrays since the last forget_recorded_draws() that was made while call recording was on.

@@ -158,7 +158,7 @@ struct SceneDescription {
     std::optional<Triple> background;  // 0…1 each; none is transparent
     int32_t bits = 16;                 // per channel of the framebuffer: 8, or 16 (floating point)
     std::optional<float> shoulder;     // brightness above which light is compressed, 0…0.99; none: clipped at 1
-    int32_t samples = 4;               // per pixel, for scenes that show shapes; 1: no antialiasing
+    int32_t samples = 4;               // samples per pixel in scenes with visible shapes; 1: no antialiasing
     CameraDescription camera;
     ImageDescriptions images;
     std::vector<ContainerDescription> containers;  // parents before their children

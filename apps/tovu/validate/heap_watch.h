@@ -19,7 +19,7 @@ struct HeapBlock {
     uintptr_t callers[kMostCallers];  // return addresses, innermost first; the first ones are in the watch
 };
 
-/// False in builds with sanitizers, which replace the heap themselves. Nothing is watched then.
+/// False in builds with sanitizers: they replace the heap, so its use is not checked there.
 bool heap_can_be_watched();
 
 struct HeapOptions {
